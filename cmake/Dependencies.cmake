@@ -1,0 +1,77 @@
+# The libraries vesk calls, under one name on both systems:
+#
+#   vesk::antlr_runtime  runtime of the generated recognisers
+#   vesk::fmt            {fmt}, header-only
+#   vesk::xxhash         XXH3, header-only
+#   vesk::json           nlohmann/json
+#   vesk::gtest_main     GoogleTest and GoogleMock with a main, built here from the packaged sources
+#
+# scripts/setup installs all of them. For Windows it also prepares a folder with the runtime,
+# cross-built, and with nothing but the needed headers: /usr/include is no place for that compiler.
+
+set(VESK_GOOGLETEST_SOURCES
+    /usr/src/googletest
+    CACHE PATH "The sources of GoogleTest"
+)
+
+if(WIN32)
+    set(_cache "$ENV{XDG_CACHE_HOME}")
+    if(NOT _cache)
+        set(_cache "$ENV{HOME}/.cache")
+    endif()
+    file(GLOB _prepared "${_cache}/vesk-deps/antlr4-*-mingw")
+    list(SORT _prepared COMPARE NATURAL ORDER DESCENDING)
+    list(POP_FRONT _prepared _newest)
+    set(VESK_WINDOWS_DEPS
+        "${_newest}"
+        CACHE PATH "The folder with include/ and lib/ for Windows that scripts/setup prepares"
+    )
+    if(NOT EXISTS "${VESK_WINDOWS_DEPS}/lib/libantlr4-runtime.a")
+        message(FATAL_ERROR "The libraries for Windows are missing. Run scripts/setup.")
+    endif()
+    set(_search PATHS "${VESK_WINDOWS_DEPS}" NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+else()
+    set(_search)
+endif()
+
+find_path(VESK_ANTLR_INCLUDE antlr4-runtime.h ${_search} PATH_SUFFIXES include/antlr4-runtime antlr4-runtime)
+find_library(VESK_ANTLR_LIBRARY antlr4-runtime ${_search} PATH_SUFFIXES lib)
+find_path(VESK_FMT_INCLUDE fmt/format.h ${_search} PATH_SUFFIXES include)
+find_path(VESK_XXHASH_INCLUDE xxhash.h ${_search} PATH_SUFFIXES include)
+find_path(VESK_JSON_INCLUDE nlohmann/json.hpp ${_search} PATH_SUFFIXES include)
+
+foreach(_found VESK_ANTLR_INCLUDE VESK_ANTLR_LIBRARY VESK_FMT_INCLUDE VESK_XXHASH_INCLUDE VESK_JSON_INCLUDE)
+    if(NOT ${_found})
+        message(FATAL_ERROR "${_found} was not found. Run scripts/setup, or set it with -D${_found}=...")
+    endif()
+endforeach()
+
+function(_vesk_header_library name include_dir)
+    add_library(vesk_dep_${name} INTERFACE)
+    add_library(vesk::${name} ALIAS vesk_dep_${name})
+    target_include_directories(vesk_dep_${name} SYSTEM INTERFACE "${include_dir}")
+    target_compile_definitions(vesk_dep_${name} INTERFACE ${ARGN})
+endfunction()
+
+_vesk_header_library(fmt "${VESK_FMT_INCLUDE}" FMT_HEADER_ONLY)
+_vesk_header_library(xxhash "${VESK_XXHASH_INCLUDE}" XXH_INLINE_ALL)
+_vesk_header_library(json "${VESK_JSON_INCLUDE}")
+_vesk_header_library(antlr_runtime "${VESK_ANTLR_INCLUDE}")
+target_link_libraries(vesk_dep_antlr_runtime INTERFACE "${VESK_ANTLR_LIBRARY}")
+if(WIN32)
+    # How scripts/setup compiles the runtime.
+    target_compile_definitions(
+        vesk_dep_antlr_runtime INTERFACE ANTLR4CPP_STATIC USE_UTF8_INSTEAD_OF_CODECVT
+    )
+endif()
+
+if(VESK_BUILD_TESTS)
+    if(NOT EXISTS "${VESK_GOOGLETEST_SOURCES}/CMakeLists.txt")
+        message(FATAL_ERROR "GoogleTest's sources were not found. Run scripts/setup.")
+    endif()
+    set(INSTALL_GTEST OFF)
+    add_subdirectory("${VESK_GOOGLETEST_SOURCES}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
+    add_library(vesk_dep_gtest_main INTERFACE)
+    add_library(vesk::gtest_main ALIAS vesk_dep_gtest_main)
+    target_link_libraries(vesk_dep_gtest_main INTERFACE GTest::gmock_main)
+endif()

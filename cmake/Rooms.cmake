@@ -1,0 +1,98 @@
+# One static library per folder of src/ (a room), one test program per folder of tests/.
+
+set(VESK_EMULATOR)
+if(WIN32 AND CMAKE_CROSSCOMPILING)
+    set(VESK_EMULATOR "${PROJECT_SOURCE_DIR}/scripts/run-in-wine" "${CMAKE_BINARY_DIR}/wine")
+endif()
+
+# vesk_add_room(<name> SOURCES <file>... [POSIX_SOURCES <file>...] [WINDOWS_SOURCES <file>...]
+#               [DEPENDS <target>...])
+#
+# Makes the static library vesk_<name>. DEPENDS names targets (vesk_base, vesk::fmt), which those
+# who link the room get too. A room without sources is made of headers only.
+function(vesk_add_room name)
+    cmake_parse_arguments(PARSE_ARGV 1 room "" "" "SOURCES;POSIX_SOURCES;WINDOWS_SOURCES;DEPENDS")
+    _vesk_refuse_leftovers(vesk_add_room "${room_UNPARSED_ARGUMENTS}")
+    set(sources ${room_SOURCES})
+    if(WIN32)
+        list(APPEND sources ${room_WINDOWS_SOURCES})
+    else()
+        list(APPEND sources ${room_POSIX_SOURCES})
+    endif()
+
+    if(sources)
+        add_library(vesk_${name} STATIC ${sources})
+        target_link_libraries(
+            vesk_${name}
+            PUBLIC vesk_settings ${room_DEPENDS}
+            PRIVATE vesk_warnings
+        )
+    else()
+        add_library(vesk_${name} INTERFACE)
+        target_link_libraries(vesk_${name} INTERFACE vesk_settings ${room_DEPENDS})
+    endif()
+endfunction()
+
+# vesk_add_executable(<target> SOURCES <file>... [DEPENDS <target>...])
+#
+# Makes a program of vesk's own. On Windows it carries the manifest (UTF-8 as active code page, long
+# paths) and a stack that the recursive parser needs.
+function(vesk_add_executable target)
+    cmake_parse_arguments(PARSE_ARGV 1 program "" "" "SOURCES;DEPENDS")
+    _vesk_refuse_leftovers(vesk_add_executable "${program_UNPARSED_ARGUMENTS}")
+    add_executable(${target} ${program_SOURCES})
+    target_link_libraries(${target} PRIVATE vesk_settings vesk_warnings ${program_DEPENDS})
+    if(WIN32)
+        vesk_add_windows_resources(${target})
+    endif()
+endfunction()
+
+# vesk_add_room_test(<name> SOURCES <file>... [DEPENDS <target>...] [POSIX_SOURCES <file>...]
+#                    [WINDOWS_SOURCES <file>...])
+#
+# Makes the GoogleTest program vesk_test_<name>, linked with the room of that name and with DEPENDS,
+# and registers it with CTest; a cross-built one runs under Wine.
+function(vesk_add_room_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 test "" "" "SOURCES;POSIX_SOURCES;WINDOWS_SOURCES;DEPENDS")
+    _vesk_refuse_leftovers(vesk_add_room_test "${test_UNPARSED_ARGUMENTS}")
+    set(sources ${test_SOURCES})
+    if(WIN32)
+        list(APPEND sources ${test_WINDOWS_SOURCES})
+    else()
+        list(APPEND sources ${test_POSIX_SOURCES})
+    endif()
+    if(TARGET vesk_${name})
+        list(APPEND test_DEPENDS vesk_${name})
+    endif()
+
+    vesk_add_executable(
+        vesk_test_${name} SOURCES ${sources} DEPENDS ${test_DEPENDS} vesk::gtest_main
+    )
+    target_include_directories(vesk_test_${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+    set_target_properties(vesk_test_${name} PROPERTIES CROSSCOMPILING_EMULATOR "${VESK_EMULATOR}")
+    add_test(NAME ${name} COMMAND vesk_test_${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+endfunction()
+
+# Links manifest, version information and the stack reserve into a Windows program.
+function(vesk_add_windows_resources target)
+    enable_language(RC)
+    set(resources "${PROJECT_SOURCE_DIR}/cmake/windows")
+    set(script "${CMAKE_BINARY_DIR}/windows/${target}.rc")
+    set(VESK_PROGRAM_FILE "${target}.exe")
+    string(REPLACE "." "," VESK_VERSION_NUMBERS "${PROJECT_VERSION}")
+    configure_file("${resources}/program.rc.in" "${script}" @ONLY)
+    target_sources(${target} PRIVATE "${script}")
+    set_source_files_properties(
+        "${script}" PROPERTIES INCLUDE_DIRECTORIES "${resources}"
+                               OBJECT_DEPENDS "${resources}/program.manifest"
+    )
+    target_link_options(${target} PRIVATE LINKER:--stack,16777216)
+endfunction()
+
+# Fails on arguments that belong to no keyword, usually a misspelt one.
+function(_vesk_refuse_leftovers function leftovers)
+    if(leftovers)
+        message(FATAL_ERROR "${function}: unknown arguments ${leftovers}")
+    endif()
+endfunction()
