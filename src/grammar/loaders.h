@@ -1,0 +1,42 @@
+// From text to model: the four ways in which text of the language comes into vesk.
+//
+// Each throws on any failure; none returns a part of the model. Files are UTF-8, with or without a
+// byte order mark, of at most kMaxFileBytes. Errors that are found after parsing carry a note with
+// file and line.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+
+#include "grammar/model.h"
+#include "types/assignment.h"
+#include "types/target.h"
+
+namespace Vesk {
+
+/// Larger files are refused; no one writes them by hand.
+inline constexpr std::size_t kMaxFileBytes = std::size_t{32} * 1024 * 1024;
+
+/// Braces and square brackets may be open this many at once: the parser recurses, and the stack of
+/// a Windows program ends at about twice as many.
+inline constexpr std::size_t kMaxNesting = 1000;
+
+/// Loads a unit file; syntax errors are printed to standard error as they are found. Throws
+/// VeskException for a file that cannot be read or has syntax errors, for a value that cannot be
+/// made and for two targets of one name; std::filesystem::filesystem_error when the file's path has
+/// no canonical form.
+Unit parseUnitFile(const std::filesystem::path& path);
+
+/// Loads a project file. Throws NotFoundException when it cannot be opened, VeskException with all
+/// syntax errors, a line each, and else as parseUnitFile.
+ProjectFile parseProjectFile(const std::filesystem::path& path);
+
+/// Loads a registry file; throws as parseProjectFile.
+RegistryFile parseRegistryFile(const std::filesystem::path& path);
+
+/// The assignment at the start of `text`; what follows it is ignored. Relative paths in it are
+/// relative to `base`. Bytes that are not UTF-8 are kept inside strings. Throws VeskException.
+Assignment parseAssignment(const std::string& text, const std::filesystem::path& base);
+
+}  // namespace Vesk

@@ -1,0 +1,64 @@
+// What project and registry files say, entry by entry in the order of the file. Nothing is merged
+// by name and nothing is looked up here. What unit files say is the model of types/target.h.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Vesk {
+
+class Context;
+class ContextTemplate;
+
+/// An entry of a tools section.
+struct ToolEntry {
+    std::string name;
+    std::shared_ptr<Context> context;               ///< never empty
+    std::shared_ptr<const ContextTemplate> source;  ///< as written: what is given twice is there twice
+    std::uint32_t line = 0;
+};
+
+/// An entry of a profiles section.
+struct ProfileEntry {
+    std::string name;
+    std::shared_ptr<Context> context;  ///< never empty
+    std::uint32_t line = 0;
+};
+
+/// An entry of a units section.
+struct UnitEntry {
+    std::string name;
+    std::vector<std::string> files;  ///< paths as written
+    std::uint32_t line = 0;
+};
+
+/// An entry of an import section. Parts that are not written are empty.
+struct ProjectImport {
+    bool byPath = false;
+    std::string location;         ///< the path, or the registered name, as written
+    std::string alias;            ///< of an import by path
+    std::string sourceProfile;    ///< the import applies under this profile of the importing project
+    std::string importedProfile;  ///< the profile with which the imported project is loaded
+    std::uint32_t line = 0;
+};
+
+struct ProjectFile {
+    std::filesystem::path path;  ///< weakly canonical
+    std::string name;            ///< empty without a name line
+    std::vector<ProjectImport> imports;
+    std::vector<ToolEntry> tools;
+    std::vector<UnitEntry> units;
+    std::vector<ProfileEntry> profiles;
+};
+
+struct RegistryFile {
+    std::filesystem::path path;                                 ///< weakly canonical
+    std::vector<std::pair<std::string, std::string>> projects;  ///< name, path as written
+    std::vector<ToolEntry> tools;
+};
+
+}  // namespace Vesk
