@@ -61,7 +61,7 @@ target_link_libraries(vesk_dep_antlr_runtime INTERFACE "${VESK_ANTLR_LIBRARY}")
 if(WIN32)
     # How scripts/setup compiles the runtime.
     target_compile_definitions(
-        vesk_dep_antlr_runtime INTERFACE ANTLR4CPP_STATIC USE_UTF8_INSTEAD_OF_CODECVT
+        vesk_dep_antlr_runtime INTERFACE ANTLR4CPP_STATIC
     )
 endif()
 

@@ -1,6 +1,5 @@
-#include <gtest/gtest.h>
-
 #include <array>
+#include <gtest/gtest.h>
 #include <ostream>
 #include <string>
 
@@ -87,9 +86,7 @@ struct Lexed {
     /// Symbolic names and texts of the tokens.
     const char* tokens;
 
-    friend void PrintTo(const Lexed& lexed, std::ostream* out) {
-        *out << lexed.text;
-    }
+    friend void PrintTo(const Lexed& lexed, std::ostream* out) { *out << lexed.text; }
 };
 
 class TokenBoundary : public testing::TestWithParam<Lexed> {};
@@ -100,32 +97,34 @@ TEST_P(TokenBoundary, SplitsAsDescribed) {
     lexer.removeErrorListeners();
     std::string found;
     for (const auto& token : lexer.getAllTokens()) {
-        found += lexer.getVocabulary().getSymbolicName(token->getType()) + "<" + token->getText() +
-                 "> ";
+        found +=
+            lexer.getVocabulary().getSymbolicName(token->getType()) + "<" + token->getText() + "> ";
     }
     EXPECT_EQ(found, GetParam().tokens);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Lexer, TokenBoundary,
-    testing::Values(
-        Lexed{"R\"(a)b)\"", "RAW_STRING<R\"(a)b)\"> "},
-        Lexed{"R\"()\"x", "RAW_STRING<R\"()\"> IDENTIFIER<x> "},
-        Lexed{"R\"(f(x))\" y", "RAW_STRING<R\"(f(x))\"> IDENTIFIER<y> "},
-        Lexed{"R\"(f(g(x)))\" \"z)\"", "RAW_STRING<R\"(f(g(x)))\"> STRING<\"z)\"> "},
-        Lexed{"P\"(C:/Program Files (x86))\"", "PATH_STRING<P\"(C:/Program Files (x86))\"> "},
-        Lexed{"R\"()))\")\"", "RAW_STRING<R\"()))\"> RBRACKET<)> "},
-        Lexed{"R\"(a\"b\n\\c)d)\"", "RAW_STRING<R\"(a\"b\n\\c)d)\"> "},
-        Lexed{"R\"x\"", "IDENTIFIER<R> STRING<\"x\"> "},
-        Lexed{"\"C:\\dir\"", "STRING<\"C:\\dir\"> "},
-        Lexed{"a-b a - b", "IDENTIFIER<a-b> IDENTIFIER<a> IDENTIFIER<b> "},
-        Lexed{"-12 -0x1F 0x", "NUMBER<-12> NUMBER<-0x1F> NUMBER<0> IDENTIFIER<x> "},
-        Lexed{"units units2 if iffy", "UNITS_STR<units> IDENTIFIER<units2> IF_STR<if> "
-                                      "IDENTIFIER<iffy> "},
-        Lexed{":: ?= ? => +> += .. // x", "DCOLON<::> ASSIGNEMPTY<?=> HINT<?> ALIAS<=>> "
-                                          "MERGE_ALIAS<+>> APPEND<+=> DDOT<..> "},
-        Lexed{"/* a /* b */ c */", "IDENTIFIER<c> SLASH</> "},
-        Lexed{"'a b' 'c\nd", "INDEX_NAME<'a b'> IDENTIFIER<d> "}));
+    testing::Values(Lexed{"R\"(a)b)\"", "RAW_STRING<R\"(a)b)\"> "},
+                    Lexed{"R\"()\"x", "RAW_STRING<R\"()\"> IDENTIFIER<x> "},
+                    Lexed{"R\"(f(x))\" y", "RAW_STRING<R\"(f(x))\"> IDENTIFIER<y> "},
+                    Lexed{"R\"(f(g(x)))\" \"z)\"", "RAW_STRING<R\"(f(g(x)))\"> STRING<\"z)\"> "},
+                    Lexed{"P\"(C:/Program Files (x86))\"",
+                          "PATH_STRING<P\"(C:/Program Files (x86))\"> "},
+                    Lexed{"R\"()))\")\"", "RAW_STRING<R\"()))\"> RBRACKET<)> "},
+                    Lexed{"R\"(a\"b\n\\c)d)\"", "RAW_STRING<R\"(a\"b\n\\c)d)\"> "},
+                    Lexed{"R\"x\"", "IDENTIFIER<R> STRING<\"x\"> "},
+                    Lexed{"\"C:\\dir\"", "STRING<\"C:\\dir\"> "},
+                    Lexed{"a-b a - b", "IDENTIFIER<a-b> IDENTIFIER<a> IDENTIFIER<b> "},
+                    Lexed{"-12 -0x1F 0x", "NUMBER<-12> NUMBER<-0x1F> NUMBER<0> IDENTIFIER<x> "},
+                    Lexed{"units units2 if iffy",
+                          "UNITS_STR<units> IDENTIFIER<units2> IF_STR<if> "
+                          "IDENTIFIER<iffy> "},
+                    Lexed{":: ?= ? => +> += .. // x",
+                          "DCOLON<::> ASSIGNEMPTY<?=> HINT<?> ALIAS<=>> "
+                          "MERGE_ALIAS<+>> APPEND<+=> DDOT<..> "},
+                    Lexed{"/* a /* b */ c */", "IDENTIFIER<c> SLASH</> "},
+                    Lexed{"'a b' 'c\nd", "INDEX_NAME<'a b'> IDENTIFIER<d> "}));
 
 }  // namespace
 }  // namespace Vesk::grammar
