@@ -1,0 +1,68 @@
+// Loading a project and what it imports.
+//
+// It takes two steps, because the profile that is asked for can only be told from a target's name
+// once the targets are known: the project's own files first, then, under the profile, its imports.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "project/project.h"
+#include "project/project_store.h"
+
+namespace Vesk {
+
+class Registry;
+
+/// Whether a tool can be made of that tool type; asked for each tool that a project declares.
+using ToolTypePredicate = std::function<bool(std::string_view)>;
+
+/// The project file in `directory` or the nearest directory above it; nothing without one.
+std::optional<std::filesystem::path> findProjectFile(const std::filesystem::path& directory);
+
+/// Loads projects into a store, each project file once.
+class ProjectLoader {
+  public:
+    /// `registry` may be null; store and registry must outlive the loader.
+    ProjectLoader(ProjectStore& store, const Registry* registry, ToolTypePredicate knowsToolType);
+
+    /// Reads a project file and the project's own units. Throws VeskException for what the file or
+    /// a unit has wrong, with the file's path, and what parsing and the store throw.
+    Project& loadRoot(const std::filesystem::path& projectFile);
+
+    /// Selects the profile (empty: none) and loads the imports that apply under it, theirs under
+    /// the profiles that the imports name, and so on. Throws VeskException for an unknown profile,
+    /// a cycle, a project wanted under two profiles, an alias given twice; NotFoundException for
+    /// a name that is not registered; and as loadRoot.
+    void loadImports(Project& root, const std::string& profile);
+
+    /// Makes a project known that the command line names and `root` does not import: the registered
+    /// one of that name, loaded without a profile. Throws as loadImports. Does nothing when `root`
+    /// knows the name.
+    void loadRequested(Project& root, const std::string& name);
+
+  private:
+    struct Frame;
+
+    Project& readProject(const std::filesystem::path& projectFile);
+    void selectProfile(Project& project, const std::string& profile) const;
+    void loadImportTree(Project& start);
+    Project* enterImport(std::vector<Frame>& chain, const ProjectImport& entry);
+    std::filesystem::path locateImport(const Project& importer, const ProjectImport& entry) const;
+    std::vector<ToolEntry> usableTools(std::vector<ToolEntry> declared,
+                                       const std::string& projectName) const;
+
+    ProjectStore& store_;
+    const Registry* registry_;
+    ToolTypePredicate knowsToolType_;
+    std::unordered_map<std::string, Project*> loaded_;        ///< by identity of the project file
+    std::unordered_map<const Project*, std::string> origin_;  ///< who asked for it first
+};
+
+}  // namespace Vesk

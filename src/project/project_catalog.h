@@ -1,0 +1,73 @@
+// Where a build finds projects, units and targets, and what each project's targets see first.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "project/project.h"
+#include "project/project_store.h"
+#include "types/context.h"
+#include "types/dependency.h"
+
+namespace Vesk {
+
+/// A target and where it belongs. The project is the catalog's.
+struct TargetLocation {
+    const Project* project = nullptr;
+    std::shared_ptr<const Unit> unit;
+    std::shared_ptr<const Target> target;
+};
+
+/// The loaded projects of a build. One of them is the active page, the one that the command works
+/// on. Reading is safe from several threads.
+class ProjectCatalog {
+  public:
+    /// Takes the store over and builds the implicit context of each project from what lies under
+    /// all of them (`base`: the builtin variables) and over them (`overrides`: the command line's
+    /// assignments).
+    ProjectCatalog(ProjectStore store, const Context& base, const Context& overrides);
+
+    /// In name order.
+    const std::vector<const Project*>& projects() const noexcept { return projects_; }
+
+    /// Turns to another page. Throws NotFoundException for a project that is not the catalog's.
+    void setActive(const Project& project);
+
+    /// The active page and what it holds. Each throws VeskException "ProjectCatalog has no active
+    /// page." before the first setActive.
+    const Project& active() const;
+    const std::vector<std::shared_ptr<const Unit>>& activeUnits() const;
+    const std::vector<ImportedProject>& activeImports() const;
+
+    /// Finds what a reference means that stands in `currentUnit` of `from`. A namespace is the
+    /// alias or the name of a project that `from` imports; an empty unit is the current one, or
+    /// with a namespace the main unit; "1" is the main unit. Throws NotFoundException of kind
+    /// "Project", "Unit" or "Target" with a suggestion where a name is near.
+    TargetLocation locate(const DependencyReference& reference, const Project& from,
+                          const Unit& currentUnit) const;
+
+    /// The same as seen from the active page's main unit. An empty target is that unit's first;
+    /// throws VeskException when it has none.
+    TargetLocation locate(const DependencyReference& reference) const;
+
+    /// Throws NotFoundException for a project that is not the catalog's.
+    const Context& implicitContext(const Project& project) const;
+
+  private:
+    ProjectStore store_;
+    std::vector<const Project*> projects_;
+    std::unordered_map<const Project*, std::shared_ptr<Context>> implicitContexts_;
+    const Project* active_ = nullptr;
+};
+
+/// The context that every target of the project sees first; later steps override earlier ones:
+/// `base`, PROJECT_ROOT, the profile "default", the selected profile, PROFILE, `overrides`.
+/// Conditions of profiles are taken over, not evaluated. An append stays one while nothing has
+/// assigned the variable.
+std::shared_ptr<Context> buildImplicitContext(const Project& project, const Context& base,
+                                              const Context& overrides);
+
+}  // namespace Vesk

@@ -1,0 +1,70 @@
+// The per-user registry: projects by name, and tools for every project.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/ci_string.h"
+#include "grammar/model.h"
+#include "types/context.h"
+
+namespace Vesk {
+
+inline constexpr const char* kRegistryFileName = ".vesk_registry.txt";
+
+class Registry {
+  public:
+    using Projects = std::map<std::string, std::filesystem::path>;
+    using Tools = std::map<CiString, ToolEntry, CiLess>;
+
+    std::filesystem::path file;  ///< read from and written back to
+    Projects projects;           ///< paths as registered: a project's directory or its file
+    Tools tools;
+
+    /// Adds the project, or gives the entry of that name another path. Throws VeskException
+    /// "Project name cannot be empty.", and for what the file could not hold: a name that is no
+    /// identifier, a path with a double quote.
+    void registerProject(const std::string& name, const std::filesystem::path& path);
+
+    /// The registered path, made absolute against the registry file's directory. Throws
+    /// NotFoundException of kind "Registered project".
+    std::filesystem::path findRegisteredProject(const std::string& name) const;
+
+    /// Adds the tool, or replaces the one of that name. Throws VeskException for a name that is no
+    /// identifier.
+    void registerTool(const std::string& name, std::shared_ptr<Context> context);
+};
+
+/// The directory with this user's files, made when it is missing: "vesk" under %APPDATA%, or under
+/// %USERPROFILE%\AppData\Local; where neither is set, on POSIX, under $XDG_CONFIG_HOME or
+/// $HOME/.config. Throws std::runtime_error when none is set, std::filesystem::filesystem_error
+/// when it cannot be made.
+std::filesystem::path userDataDirectory();
+
+/// What the file says; an empty registry when there is no such file. Of two entries of one name the
+/// first counts, and a warning tells. Throws what parseRegistryFile throws.
+Registry loadRegistry(const std::filesystem::path& file);
+
+/// Writes the whole registry to its file and says so. Comments of the file that is replaced stay
+/// with what they stand at. The file is replaced in one step: after a failure the old one is still
+/// there. Throws VeskException "Unable to open registry file for writing: ..." or "Unable to write
+/// registry file: ...".
+void writeRegistry(const Registry& registry);
+
+/// Reads the file, applies the change and writes it back, while no other vesk can do the same: two
+/// that register at once lose neither entry. Returns what was written. Throws as the other two.
+Registry updateRegistry(const std::filesystem::path& file,
+                        const std::function<void(Registry&)>& change);
+
+/// The tool's type. Throws VeskException when it has none, an empty one or more than one.
+std::string toolTypeOf(const ToolEntry& tool);
+
+/// The value of "toolchain_name"; nothing without one. Throws VeskException for a null context.
+std::optional<std::string> toolchainNameOf(const Context* context);
+std::optional<std::string> toolchainNameOf(const ToolEntry& tool);
+
+}  // namespace Vesk
