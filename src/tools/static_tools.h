@@ -1,0 +1,20 @@
+// The tools that exist in every run without being declared.
+#pragma once
+
+#include <string_view>
+
+#include "tools/toolbox.h"
+
+namespace Vesk {
+
+/// Makes sure that the types of the static tools are registered.
+void registerStaticToolTypes();
+
+/// Adds default_basic, default_no_tool, default_file_writer and default_pwsh. One that cannot be
+/// made is warned about and left out.
+void createStaticTools(Toolbox& toolbox);
+
+/// One of them: a tool of a registered type without a declaration. False when it is left out.
+bool createStaticTool(Toolbox& toolbox, std::string_view name, std::string_view typeWord);
+
+}  // namespace Vesk
