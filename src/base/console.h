@@ -1,0 +1,89 @@
+// The one place that writes messages.
+//
+// A message has a level and a colour. It is written when its level is at least the process-wide
+// threshold. Levels 6 and 7 go to standard error, all others to standard output. Standard output is
+// buffered; it is flushed before anything goes to standard error, and by `flush`, which whoever
+// starts a child calls first, so that a log shows things in the order in which they happened.
+//
+// All functions may be called from any thread.
+#pragma once
+
+#include <fmt/format.h>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace Vesk::console {
+
+/// Message levels; a larger threshold makes a quieter program.
+namespace level {
+inline constexpr int kMatch = 0;    ///< why a tool fits a target
+inline constexpr int kTrace = 1;    ///< project discovery, visits, cache decisions
+inline constexpr int kClaim = 2;    ///< oddities of cache claims
+inline constexpr int kDetail = 3;   ///< tool choice, contexts
+inline constexpr int kSubject = 4;  ///< variables that do not take part in a match
+inline constexpr int kNormal = 5;
+inline constexpr int kWarning = 6;
+inline constexpr int kError = 7;
+}  // namespace level
+
+/// ANSI 256-colour foreground numbers.
+namespace colour {
+inline constexpr int kError = 31;
+inline constexpr int kSecondColumn = 32;  ///< second column of a target listing
+inline constexpr int kWarning = 33;
+inline constexpr int kTrace = 35;
+inline constexpr int kReport = 36;  ///< the tool selection report
+inline constexpr int kNormal = 37;
+}  // namespace colour
+
+inline constexpr int kDefaultThreshold = 5;
+
+int threshold() noexcept;
+void setThreshold(int value) noexcept;
+
+/// Whether a message of this level would be written; ask before building an expensive text.
+bool enabled(int level) noexcept;
+
+/// Writes one message line: prefix and text in the colour, the colour's end, a line end. One line
+/// end at the end of the text is dropped first.
+void write(int level, int colour, std::string_view text);
+
+template <class... Args>
+void message(int level, int colour, fmt::format_string<Args...> format, Args&&... args) {
+    if (enabled(level)) {
+        write(level, colour, fmt::format(format, std::forward<Args>(args)...));
+    }
+}
+
+template <class... Args>
+void normal(fmt::format_string<Args...> format, Args&&... args) {
+    message(level::kNormal, colour::kNormal, format, std::forward<Args>(args)...);
+}
+
+template <class... Args>
+void trace(fmt::format_string<Args...> format, Args&&... args) {
+    message(level::kTrace, colour::kTrace, format, std::forward<Args>(args)...);
+}
+
+template <class... Args>
+void warning(fmt::format_string<Args...> format, Args&&... args) {
+    message(level::kWarning, colour::kWarning, format, std::forward<Args>(args)...);
+}
+
+template <class... Args>
+void error(fmt::format_string<Args...> format, Args&&... args) {
+    message(level::kError, colour::kError, format, std::forward<Args>(args)...);
+}
+
+/// Wraps a part of a message in a colour of its own; plain when colours are off. The caller goes
+/// back to the message's colour with the next call.
+std::string coloured(int colour, std::string_view text);
+
+/// The text that stands before every message, normally "[unit::target] ".
+void setPrefix(std::string prefix);
+
+/// Hands the buffered standard output to the system.
+void flush() noexcept;
+
+}  // namespace Vesk::console

@@ -1,0 +1,105 @@
+#include "base/text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+#include <stdexcept>
+
+#include "base/ci_string.h"
+
+namespace Vesk {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+/// The number of single-byte edits between two words; `limit + 1` when it is larger than `limit`.
+std::size_t editDistance(std::string_view a, std::string_view b, std::size_t limit) {
+    const std::size_t difference = a.size() > b.size() ? a.size() - b.size() : b.size() - a.size();
+    if (difference > limit) {
+        return limit + 1;
+    }
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const bool same = asciiLower(a[i - 1]) == asciiLower(b[j - 1]);
+            const std::size_t replaced = diagonal + (same ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row[b.size()];
+}
+
+}  // namespace
+
+std::string_view trimmed(std::string_view text) noexcept {
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+std::string lowerCased(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), asciiLower);
+    return result;
+}
+
+std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
+    std::string result;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (i > 0) {
+            result += separator;
+        }
+        result += parts[i];
+    }
+    return result;
+}
+
+int leadingInteger(const std::string& text) {
+    // Our own words and limits: what std::stoi says and accepts differs between libraries.
+    std::size_t at = text.find_first_not_of(" \t\r\n\v\f");
+    at = at == std::string::npos ? text.size() : at;
+    const bool negative = at < text.size() && text[at] == '-';
+    if (at < text.size() && (text[at] == '-' || text[at] == '+')) {
+        ++at;
+    }
+    const std::size_t firstDigit = at;
+    std::int64_t value = 0;
+    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+        value = value * 10 + (text[at] - '0');
+        if (value > std::int64_t{std::numeric_limits<int>::max()} + (negative ? 1 : 0)) {
+            throw std::out_of_range("stoi argument out of range");
+        }
+    }
+    if (at == firstDigit) {
+        throw std::invalid_argument("invalid stoi argument");
+    }
+    return static_cast<int>(negative ? -value : value);
+}
+
+std::string closestName(std::string_view name, const std::vector<std::string>& candidates) {
+    const std::size_t limit = std::max<std::size_t>(1, name.size() / 3);
+    std::size_t best = limit + 1;
+    std::string closest;
+    for (const std::string& candidate : candidates) {
+        const std::size_t distance = editDistance(name, candidate, limit);
+        if (distance < best && distance < candidate.size()) {
+            best = distance;
+            closest = candidate;
+        }
+    }
+    return closest;
+}
+
+std::string didYouMean(std::string_view name, const std::vector<std::string>& candidates) {
+    const std::string closest = closestName(name, candidates);
+    return closest.empty() ? std::string{} : " (did you mean '" + closest + "'?)";
+}
+
+}  // namespace Vesk

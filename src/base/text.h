@@ -1,0 +1,29 @@
+// Small helpers for text.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Vesk {
+
+/// Without blanks, tabs, line feeds and carriage returns at both ends.
+std::string_view trimmed(std::string_view text) noexcept;
+
+std::string lowerCased(std::string_view text);
+
+std::string joined(const std::vector<std::string>& parts, std::string_view separator);
+
+/// The value of a standard base-10 string-to-integer conversion: blanks, a sign, digits;
+/// what follows is ignored. Throws std::out_of_range "stoi argument out of range" when the value
+/// does not fit 32 bits, std::invalid_argument "invalid stoi argument" without a digit.
+int leadingInteger(const std::string& text);
+
+/// The candidate that `name` was most probably meant to be, without regard to case: the nearest by
+/// edits, at most a third of the name's length (at least one) away; empty when there is none.
+std::string closestName(std::string_view name, const std::vector<std::string>& candidates);
+
+/// "" or " (did you mean 'lib'?)", ready to follow a message about an unknown name.
+std::string didYouMean(std::string_view name, const std::vector<std::string>& candidates);
+
+}  // namespace Vesk

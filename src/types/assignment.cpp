@@ -1,0 +1,53 @@
+#include "types/assignment.h"
+
+#include "types/string_values.h"
+
+namespace Vesk {
+namespace {
+
+std::string_view operatorText(AssignOperator op, bool hasValue) {
+    switch (op) {
+        case AssignOperator::Assign:
+            return " = ";
+        case AssignOperator::Append:
+            return " += ";
+        case AssignOperator::AssignEmpty:
+            return " ?= ";
+        case AssignOperator::None:
+            return hasValue ? " : " : "";
+    }
+    return "";
+}
+
+}  // namespace
+
+std::string Assignment::toDisplayString() const {
+    std::string text = name.str();
+    text += operatorText(op, value != nullptr);
+    if (value) {
+        text += value->toDisplayString();
+    }
+    return text;
+}
+
+Assignment resolvedAssignment(CiString name, ValuePtr value, AssignModifier modifier) {
+    Assignment assignment;
+    assignment.name = std::move(name);
+    assignment.value = std::move(value);
+    assignment.modifier = modifier;
+    assignment.state = ResolveState::Resolved;
+    return assignment;
+}
+
+Assignment textAssignment(CiString name, std::string text) {
+    return resolvedAssignment(std::move(name), std::make_shared<VeskRawString>(std::move(text)));
+}
+
+Assignment deepCopy(const Assignment& assignment) {
+    Assignment copy = assignment;
+    copy.value = assignment.value ? deepCopy(*assignment.value) : nullptr;
+    copy.exported = assignment.exported ? deepCopy(*assignment.exported) : nullptr;
+    return copy;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,67 @@
+// One variable of a context.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "base/ci_string.h"
+#include "types/value.h"
+
+namespace Vesk {
+
+enum class AssignOperator : std::uint32_t {
+    Assign = 1,       ///< =
+    Append = 2,       ///< +=
+    AssignEmpty = 3,  ///< ?=  assigns only where nothing is stored
+    None = 4,         ///< a bare name: clears the variable
+};
+
+enum class AssignModifier : std::uint32_t {
+    None = 0,
+    Output = 1,  ///< ^  dependants see it
+    Must = 2,    ///< !  a value by which a tool's declaration satisfies its own needs
+    Hint = 3,    ///< ?  takes part in choosing the tool only
+};
+
+/// What a merge does with the stored modifier.
+enum class ModifierMode : std::uint32_t { Keep = 0, Copy = 1, Clear = 2 };
+
+/// How far the value of an assignment is resolved.
+enum class ResolveState : std::uint32_t { Unresolved = 0, InProgress = 1, Resolved = 2 };
+
+struct Assignment {
+    ResolveState state = ResolveState::Unresolved;  ///< reset by every merge
+    CiString name;
+    ValuePtr value;  ///< may be empty
+    AssignOperator op = AssignOperator::Assign;
+    AssignModifier modifier = AssignModifier::None;
+
+    /// What `^name += ...` added, apart from what the variable held before: the part that a
+    /// dependant which merges outputs appends to its own variable. Empty for other assignments.
+    ValuePtr exported;
+
+    std::uint32_t line = 0;  ///< where it was written; 0: in no file
+
+    /// Name, operator and the value's display form, as dumps and messages show it.
+    std::string toDisplayString() const;
+
+    /// The assignment as the language's grammar reads it back to an equal one, modifier included:
+    /// `^FLAGS += ["a", R"(b"c)"]`. Nested contexts are written out. Throws VeskException for a
+    /// text that no literal can hold.
+    std::string toSourceString() const;
+};
+
+/// An assignment with "=" of a value that is final: it is not expanded again.
+Assignment resolvedAssignment(CiString name, ValuePtr value,
+                              AssignModifier modifier = AssignModifier::None);
+
+/// Such an assignment of a text, held as a raw string.
+Assignment textAssignment(CiString name, std::string text);
+
+/// The same with the value copied all the way down, to be merged into another context.
+Assignment deepCopy(const Assignment& assignment);
+
+/// The value as the grammar reads it back. Throws as `Assignment::toSourceString`.
+std::string toSourceString(const VeskValue& value);
+
+}  // namespace Vesk

@@ -1,0 +1,75 @@
+// Conditional blocks of contexts.
+
+#include <algorithm>
+
+#include "types/context.h"
+#include "types/errors.h"
+
+namespace Vesk {
+namespace {
+
+constexpr int kUnknownOperatorLine = 529;
+
+ValuePtr resolvedOperand(const ValuePtr& operand, Context& context) {
+    auto* resolvable = dynamic_cast<Resolvable*>(operand.get());
+    if (resolvable == nullptr) {
+        return operand;
+    }
+    resolvable->setResolver(&context);
+    return resolvable->resolve();
+}
+
+}  // namespace
+
+bool Context::compare(const Condition& condition) {
+    const ValuePtr left = resolvedOperand(condition.left, *this);
+    const ValuePtr right = resolvedOperand(condition.right, *this);
+    switch (condition.op) {
+        case ConditionOperator::Equal:
+            return left->equals(*right);
+        case ConditionOperator::NotEqual:
+            return left->notEquals(*right);
+        case ConditionOperator::Less:
+            return left->lessThan(*right);
+        case ConditionOperator::Greater:
+            return left->greaterThan(*right);
+        case ConditionOperator::Exists:
+            break;
+    }
+    throw InternalError(kContextSourceUnit, kUnknownOperatorLine,
+                        "void __cdecl Vesk::Context::evaluateConditions(void)");
+}
+
+bool Context::conditionHolds(const Condition& condition, Unresolvable unresolvable) {
+    const bool exists = condition.op == ConditionOperator::Exists;
+    try {
+        if (exists) {
+            resolvedOperand(condition.left, *this);
+            return true;
+        }
+        return compare(condition);
+    } catch (const VeskException&) {
+        if (exists || unresolvable == Unresolvable::isFalse) {
+            return false;
+        }
+        rethrowWithNote("in the condition in line " + std::to_string(condition.line));
+    } catch (const std::exception&) {
+        if (exists || unresolvable == Unresolvable::isFalse) {
+            return false;
+        }
+        rethrowWithNote("in the condition in line " + std::to_string(condition.line));
+    }
+}
+
+void Context::evaluateConditions(Unresolvable unresolvable) {
+    // A body may bring further conditions: the size is read afresh.
+    for (std::size_t i = 0; i < conditions_.size(); ++i) {
+        const Condition condition = conditions_[i];
+        if (conditionHolds(condition, unresolvable)) {
+            adopt(*condition.body->instantiate(), ModifierMode::Keep);
+        }
+    }
+    conditions_.clear();
+}
+
+}  // namespace Vesk

@@ -1,0 +1,152 @@
+// Contexts: scopes of named assignments.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/ci_string.h"
+#include "types/assignment.h"
+#include "types/context_template.h"
+#include "types/identifier_path.h"
+#include "types/value.h"
+
+namespace Vesk {
+
+/// The source unit that internal errors of this floor name.
+inline constexpr const char* kContextSourceUnit = "types/vesk_context_types";
+
+/// A scope of variables, and conditional blocks that may add to them.
+///
+/// Life: filled by merging assignments; `evaluateConditions` merges the bodies that apply;
+/// `resolveVariables` gives every variable its final value; then it is read. Always held by a
+/// shared pointer. Not locked.
+class Context : public Resolver, public std::enable_shared_from_this<Context> {
+  public:
+    using Map = std::map<CiString, Assignment, CiLess>;
+
+    /// The value of a path as it would be after resolving; nothing stored changes before
+    /// `resolveVariables` runs. Names that this context lacks are looked for in the enclosing one;
+    /// `ascii` is the character set where no variable has that name. Throws NotFoundException,
+    /// MissingVariable, NotAContext, IndexException, IdentifierError, LoopFoundException.
+    ValuePtr resolveIdentifier(const IdentifierPath& path) override;
+    void reportMissing(const IdentifierPath& path) override;
+
+    /// Writes the dump, a message a line, when the level reaches the console's threshold.
+    virtual void print(int level) const;
+
+    /// Inserts a copy, or merges into the assignment of that name. Throws AssignmentException for a
+    /// forbidden merge, and what appending throws.
+    void addAssignment(const Assignment& assignment, ModifierMode mode);
+
+    /// Merges as source text does: a modifier that is written is taken over, and an append that
+    /// meets an unresolved reference, in the value or in what is stored, is held back and made when
+    /// variables are resolved, in order, instead of failing.
+    void mergeAssignment(const Assignment& assignment, ModifierMode mode);
+    void mergeAssignment(const Assignment& assignment) {
+        mergeAssignment(assignment, assignment.modifier == AssignModifier::None
+                                        ? ModifierMode::Keep
+                                        : ModifierMode::Copy);
+    }
+
+    /// Merges copies of the other's assignments, in its map order, and takes over its conditions
+    /// and held appends. `mode` as for addAssignment.
+    void mergeContext(const Context& other, ModifierMode mode);
+
+    /// The assignment that the keys lead to; the last one names it. Throws InternalError for no
+    /// keys, NotFoundException, MissingVariable, NotAContext.
+    Assignment& getAssignment(const std::vector<Key>& keys);
+
+    const Assignment* find(std::string_view name) const;
+    Assignment* find(std::string_view name);
+    bool erase(std::string_view name);
+    const Map& assignments() const noexcept { return assignments_; }
+
+    /// The text (toString) of a variable's value; nothing when it is missing or has no value.
+    std::optional<std::string> textOf(std::string_view name) const;
+
+    void addCondition(Condition condition) { conditions_.push_back(std::move(condition)); }
+    const std::vector<Condition>& conditions() const noexcept { return conditions_; }
+
+    enum class Unresolvable {
+        fails,    ///< an operand of a comparison that cannot be resolved is an error
+        isFalse,  ///< the condition is false; nothing is reported
+    };
+
+    /// Evaluates the conditional blocks in order and merges the bodies of those that hold.
+    void evaluateConditions(Unresolvable unresolvable = Unresolvable::fails);
+
+    /// Drops hints, makes the held appends and resolves every variable, each after those that it
+    /// refers to. Announces itself at trace level. Throws what resolving throws, with a note that
+    /// names the variable.
+    void resolveVariables();
+
+    /// The same without the announcement and without dropping hints; for nested contexts.
+    void resolveAll();
+
+    /// Makes the held appends whose references resolve now; the others stay held.
+    void placeHeldAppends();
+    bool hasHeldAppends(std::string_view name) const;
+
+    /// The value of a stored assignment as it would be after resolving; an empty string when it
+    /// has none. Throws as `resolveIdentifier`.
+    ValuePtr valueOfVariable(std::string_view name);
+
+    /// Replaces each hint's value by what it stands for: the named variable's value where there is
+    /// one, else the name's text. Throws VeskException for a hint that is no identifier.
+    void resolveHints();
+
+    /// Nothing is reported about unknown variables from now on; for trial evaluations.
+    void setSilent() noexcept { silent_ = true; }
+
+    /// Where names are looked for that this context lacks. Not owned; ignored once resolved.
+    void setEnclosing(Context* enclosing) noexcept;
+
+    /// A copy that shares nothing that can change.
+    std::shared_ptr<Context> deepCopy() const;
+
+    /// The dump: "{", a line for each assignment, "}", each with a line end.
+    std::string dump() const;
+
+    /// Names that variables have here, for suggestions.
+    std::vector<std::string> names() const;
+
+  protected:
+    void printBlock(int level, bool withModifiers) const;
+
+  private:
+    struct HeldAppend {
+        Assignment assignment;
+        ModifierMode mode;
+    };
+
+    Assignment& storedAt(const std::vector<Key>& keys);
+    ValuePtr lookUp(std::string_view name, bool dotted);
+    ValuePtr valueOf(Assignment& assignment);
+    ValuePtr applyIndex(const ValuePtr& value, const PathIndex& index, const IdentifierPath& path,
+                        std::size_t element);
+    void resolveAssignment(Assignment& assignment);
+    ValuePtr resolvedCopy(const Assignment& assignment);
+    void adopt(Context& other, ModifierMode mode);
+    bool mustHold(const Assignment& assignment) const;
+    void placeHeldAppend(const HeldAppend& held);
+    bool conditionHolds(const Condition& condition, Unresolvable unresolvable);
+    bool compare(const Condition& condition);
+    [[noreturn]] void throwUnknown(std::string_view name, bool dotted) const;
+
+    Map assignments_;
+    std::vector<Condition> conditions_;
+    std::vector<HeldAppend> heldAppends_;
+    std::map<CiString, ValuePtr, CiLess> lookedUp_;  ///< results before resolving, until a change
+    std::vector<std::string> inProgress_;            ///< names being resolved, outermost first
+    Context* enclosing_ = nullptr;
+    bool resolving_ = false;  ///< resolving has begun: results are stored
+    bool silent_ = false;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,52 @@
+// What a context block of a file says, before it is used.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "types/assignment.h"
+
+namespace Vesk {
+
+class Context;
+class ContextTemplate;
+
+/// Codes of condition operators.
+enum class ConditionOperator : std::uint32_t {
+    Equal = 1,
+    NotEqual = 2,
+    Less = 3,
+    Greater = 4,
+    Exists = 5,  ///< a bare identifier: true when it resolves
+};
+
+/// A conditional block: its body's assignments apply when the condition holds.
+struct Condition {
+    ValuePtr left;
+    ValuePtr right;  ///< empty for Exists
+    ConditionOperator op = ConditionOperator::Exists;
+    std::shared_ptr<const ContextTemplate> body;
+    std::uint32_t line = 0;
+};
+
+/// The assignments and conditional blocks of a brace block in the order in which they are written.
+class ContextTemplate {
+  public:
+    virtual ~ContextTemplate() = default;
+
+    /// A new context with copies of everything.
+    std::shared_ptr<Context> instantiate() const;
+
+    /// Merges copies of the assignments onto what `context` holds, in their order, and adds the
+    /// conditional blocks.
+    void mergeInto(Context& context) const;
+
+    std::vector<Assignment> assignments;
+    std::vector<Condition> conditions;
+};
+
+/// A copy with operands of its own.
+Condition deepCopy(const Condition& condition);
+
+}  // namespace Vesk

@@ -1,0 +1,157 @@
+#include "types/context_value.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "types/context.h"
+#include "types/errors.h"
+#include "types/string_values.h"
+
+namespace Vesk {
+namespace {
+
+constexpr int kExpiredContextLine = 1402;
+
+class ContextIterator : public IVeskValueIterator {
+  public:
+    ContextIterator(std::shared_ptr<const Context> context, Context::Map::const_iterator position)
+        : context_(std::move(context)), position_(position) {}
+
+    IVeskValueIterator& next() override {
+        ++position_;
+        return *this;
+    }
+    ValuePtr get() const override { return position_->second.value; }
+    bool equals(const IVeskValueIterator& other) const override {
+        const auto* iterator = dynamic_cast<const ContextIterator*>(&other);
+        return iterator != nullptr && context_ == iterator->context_ &&
+               position_ == iterator->position_;
+    }
+
+  private:
+    std::shared_ptr<const Context> context_;
+    Context::Map::const_iterator position_;
+};
+
+bool sameAssignment(const Context::Map::value_type& a, const Context::Map::value_type& b) {
+    if (a.first != b.first) {
+        return false;
+    }
+    const ValuePtr& left = a.second.value;
+    const ValuePtr& right = b.second.value;
+    return left && right ? left->equals(*right) : !left && !right;
+}
+
+}  // namespace
+
+VeskContext::VeskContext(std::shared_ptr<Context> context)
+    : reference_(context), owner_(std::move(context)) {}
+
+std::shared_ptr<VeskContext> VeskContext::referringTo(const std::shared_ptr<Context>& context) {
+    std::shared_ptr<VeskContext> value(new VeskContext);
+    value->reference_ = context;
+    return value;
+}
+
+std::shared_ptr<Context> VeskContext::context() const {
+    auto context = reference_.lock();
+    if (!context) {
+        throw InternalError(kValueSourceUnit, kExpiredContextLine,
+                            "class std::shared_ptr<class Vesk::Context> __cdecl "
+                            "Vesk::VeskContext::context(void) const");
+    }
+    return context;
+}
+
+const VeskContext& VeskContext::contextOperand(const VeskValue& other) const {
+    const auto* context = dynamic_cast<const VeskContext*>(&other);
+    if (context == nullptr) {
+        throw BadConversion(other.typeName(), other.toDisplayString(), typeName());
+    }
+    return *context;
+}
+
+ValuePtr VeskContext::clone() const {
+    return owner_ ? std::make_shared<VeskContext>(owner_) : referringTo(context());
+}
+
+ValuePtr VeskContext::add(const VeskValue& other) const {
+    auto sum = std::make_shared<VeskContext>(context()->deepCopy());
+    sum->append(other);
+    return sum;
+}
+
+void VeskContext::append(const VeskValue& other) {
+    if (const auto* name = dynamic_cast<const VeskString*>(&other)) {
+        Assignment assignment;
+        assignment.name = name->text;
+        assignment.op = AssignOperator::None;
+        context()->addAssignment(assignment, ModifierMode::Keep);
+        return;
+    }
+    context()->mergeContext(*contextOperand(other).context(), ModifierMode::Keep);
+}
+
+ValuePtr VeskContext::at(const Key& key) const {
+    if (!std::holds_alternative<NameKey>(key)) {
+        throw IndexException("{...}", key);
+    }
+    return context()->getAssignment({key}).value;
+}
+
+std::string VeskContext::toString() const {
+    std::string text;
+    bool first = true;
+    for (const auto& [name, assignment] : context()->assignments()) {
+        text += first ? "" : " ";
+        text += assignment.value ? assignment.value->toString() : std::string{};
+        first = false;
+    }
+    return text;
+}
+
+std::string VeskContext::toDisplayString() const {
+    const auto inner = context();
+    return inner->assignments().empty() ? "{}" : inner->dump();
+}
+
+ValueIteratorPtr VeskContext::begin() const {
+    const auto inner = context();
+    return std::make_unique<ContextIterator>(inner, inner->assignments().begin());
+}
+
+ValueIteratorPtr VeskContext::end() const {
+    const auto inner = context();
+    return std::make_unique<ContextIterator>(inner, inner->assignments().end());
+}
+
+bool VeskContext::equals(const VeskValue& other) const {
+    const auto left = context();
+    const auto right = contextOperand(other).context();
+    return left == right ||
+           std::equal(left->assignments().begin(), left->assignments().end(),
+                      right->assignments().begin(), right->assignments().end(), sameAssignment);
+}
+
+bool VeskContext::greaterThan(const VeskValue& other) const {
+    return std::less<>{}(contextOperand(other).context().get(), context().get());
+}
+
+bool VeskContext::lessThan(const VeskValue& other) const {
+    return std::less<>{}(context().get(), contextOperand(other).context().get());
+}
+
+void VeskContext::setResolver(Resolver* resolver) {
+    // A context that somebody else owns keeps its own surroundings.
+    if (owner_) {
+        owner_->setEnclosing(dynamic_cast<Context*>(resolver));
+    }
+}
+
+ValuePtr VeskContext::resolve() {
+    const auto inner = context();
+    inner->resolveAll();
+    return clone();
+}
+
+}  // namespace Vesk

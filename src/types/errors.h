@@ -1,0 +1,132 @@
+// The kinds of error that values, contexts and everything above them raise.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "base/exception.h"
+#include "types/key.h"
+
+namespace Vesk {
+
+/// A value of one type was given where only another type's values can be used.
+class BadConversion : public VeskException {
+  public:
+    BadConversion(std::string fromType, std::string valueText, std::string toType);
+    std::string message() const override;
+
+  private:
+    std::string fromType_;
+    std::string valueText_;
+    std::string toType_;
+};
+
+/// The operation makes no sense for this kind of value.
+class BadOperation : public VeskException {
+    using VeskException::VeskException;
+};
+
+/// The value has no element with that key.
+class IndexException : public VeskException {
+  public:
+    IndexException(std::string valueText, Key key);
+    std::string message() const override;
+
+  private:
+    std::string valueText_;
+    Key key_;
+};
+
+/// A broken invariant: a fault of vesk itself.
+class InternalError : public VeskException {
+  public:
+    InternalError(std::string file, int line, std::string function);
+    std::string message() const override;
+
+  private:
+    std::string file_;
+    int line_;
+    std::string function_;
+};
+
+/// Something that was asked for by name does not exist. `hint` follows the message word for word.
+class NotFoundException : public VeskException {
+  public:
+    NotFoundException(std::string kind, std::string name, std::string hint = {});
+    std::string message() const override;
+
+  private:
+    std::string kind_;
+    std::string name_;
+    std::string hint_;
+};
+
+/// Variables or targets that need each other. The chain starts with the term that closes the loop.
+class LoopFoundException : public VeskException {
+  public:
+    LoopFoundException(std::string term, std::vector<std::string> chain);
+    std::string message() const override;
+    const std::vector<std::string>& chain() const noexcept { return chain_; }
+
+  private:
+    std::string term_;
+    std::vector<std::string> chain_;
+};
+
+/// An identifier path of which one element cannot be applied to what the elements before it gave.
+class IdentifierError : public VeskException {
+  public:
+    IdentifierError(std::vector<std::string> elements, std::size_t position);
+    std::string message() const override;
+
+  private:
+    std::vector<std::string> elements_;
+    std::size_t position_;
+};
+
+/// A forbidden merge; both texts are assignments in their text form.
+class AssignmentException : public VeskException {
+  public:
+    AssignmentException(std::string oldText, std::string newText);
+    std::string message() const override;
+
+  private:
+    std::string oldText_;
+    std::string newText_;
+};
+
+/// A middle part of a dotted name holds a value that is no context.
+class NotAContext : public VeskException {
+  public:
+    NotAContext() : VeskException("Identifier part must be context.") {}
+};
+
+/// Why and where an identifier path does not parse. The parser fills one; string expansion throws
+/// it, with the text in which the reference stands.
+class ParseError : public VeskException {
+  public:
+    ParseError() = default;
+    ParseError(std::size_t where, std::string what) : position(where), text(std::move(what)) {}
+
+    std::string message() const override;
+
+    std::size_t position = 0;  ///< byte offset in the parsed text
+    std::string text;          ///< the parser's message
+    std::string parsed;        ///< the text that was parsed; set when thrown
+};
+
+/// The first name of a dotted path is unknown: the standard library's words for a missing map key.
+class MissingVariable : public std::out_of_range {
+  public:
+    explicit MissingVariable(const std::string& details);
+};
+
+/// A string refers to itself, directly or through others.
+class CircularReference : public std::out_of_range {
+    using std::out_of_range::out_of_range;
+};
+
+}  // namespace Vesk

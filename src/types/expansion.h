@@ -1,0 +1,47 @@
+// Expansion of references in strings.
+//
+// ${name} is replaced by the named value's text. #{name} multiplies the string: one text for each
+// element of the named value, every combination when there are several references, the leftmost
+// varying slowest.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+#include "types/value.h"
+
+namespace Vesk {
+
+/// No expanded text, and no set of texts of one cross expansion, may be larger than this.
+inline constexpr std::size_t kMaxExpansionBytes = std::size_t{16} * 1024 * 1024;
+
+/// One expansion may follow this many references.
+inline constexpr std::size_t kMaxExpansionReferences = 1'000'000;
+
+/// References may lead to references this many times.
+inline constexpr std::size_t kMaxReferenceDepth = 500;
+
+/// The text with every ${} reference replaced. `inProgress` holds the names that are being
+/// expanded. A reference to an unknown variable becomes empty and is reported to the resolver.
+/// Throws VeskException for braces that do not match and for texts beyond the limits, ParseError
+/// for a malformed path, CircularReference for a name that leads back to itself.
+std::string expandVariables(const std::string& text, Resolver& resolver,
+                            std::unordered_set<std::string>& inProgress);
+
+/// A VeskString, or a VeskList of them when the text has #{} references. Throws as above, and as
+/// the resolver does for unknown variables.
+ValuePtr expandCross(const std::string& text, Resolver& resolver);
+
+/// Both, in this order: the expansion of a whole string.
+ValuePtr expandText(const std::string& text, Resolver& resolver);
+
+/// The value that a path names, or an empty pointer for a variable that does not exist, after the
+/// resolver has been told. Throws CircularReference.
+ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver);
+
+/// Whether the text is one single reference, "${path}", and nothing else.
+bool isSingleReference(std::string_view text) noexcept;
+
+}  // namespace Vesk

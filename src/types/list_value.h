@@ -1,0 +1,40 @@
+// Lists of values.
+#pragma once
+
+#include <vector>
+
+#include "types/value.h"
+
+namespace Vesk {
+
+class VeskList : public VeskValue, public Resolvable {
+  public:
+    VeskList() = default;
+    explicit VeskList(std::vector<ValuePtr> elements) : items(std::move(elements)) {}
+
+    ValuePtr clone() const override;  ///< the elements are shared
+    ValuePtr add(const VeskValue& other) const override;
+    void append(const VeskValue& other) override;
+    ValuePtr at(const Key& key) const override;
+    std::string toString() const override;
+    std::string toDisplayString() const override;
+    ValueIteratorPtr begin() const override;
+    ValueIteratorPtr end() const override;
+    bool equals(const VeskValue& other) const override;
+    bool greaterThan(const VeskValue& other) const override;  ///< by the elements' identities
+    bool lessThan(const VeskValue& other) const override;     ///< by the elements' identities
+    std::string typeName() const override { return "VeskList"; }
+
+    void setResolver(Resolver* resolver) override;
+
+    /// A new list of the resolved elements. An element that resolves to a list (a reference to one,
+    /// or a string with cross references) contributes its elements.
+    ValuePtr resolve() override;
+
+    std::vector<ValuePtr> items;
+
+  private:
+    const VeskList& listOperand(const VeskValue& other) const;
+};
+
+}  // namespace Vesk

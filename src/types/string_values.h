@@ -1,0 +1,90 @@
+// The three kinds of string.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "types/value.h"
+
+namespace Vesk {
+
+/// What all strings share. A string iterates over its words, the runs between white space.
+class VeskBaseString : public VeskValue, public std::enable_shared_from_this<VeskBaseString> {
+  public:
+    explicit VeskBaseString(std::string content) : text(std::move(content)) {}
+
+    ValuePtr clone() const override { return makeString(text); }
+    ValuePtr add(const VeskValue& other) const override;
+    void append(const VeskValue& other) override;
+    ValuePtr at(const Key& key) const override;
+    std::string toString() const override { return text; }
+    std::string toDisplayString() const override;
+    ValueIteratorPtr begin() const override;
+    ValueIteratorPtr end() const override;
+    bool equals(const VeskValue& other) const override;
+    bool greaterThan(const VeskValue& other) const override;
+    bool lessThan(const VeskValue& other) const override;
+    std::string typeName() const override { return "VeskBaseString"; }
+
+    /// The text without enclosing double quotes, for the classes that strip them.
+    virtual std::string unquoted() const { return text; }
+
+    /// A new string of the same class (and base directory) that holds `newText`.
+    virtual std::shared_ptr<VeskBaseString> makeString(std::string newText) const = 0;
+
+    std::string text;
+
+  private:
+    std::shared_ptr<const VeskBaseString> sharedSelf() const;
+};
+
+/// A plain string: references in it are expanded when it is resolved.
+class VeskString : public VeskBaseString, public Resolvable {
+  public:
+    using VeskBaseString::VeskBaseString;
+
+    std::string typeName() const override { return "VeskString"; }
+    std::string unquoted() const override;
+    std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
+
+    void setResolver(Resolver* resolver) override { resolver_ = resolver; }
+
+    /// Expands the text and keeps the outcome's text. A string, or a list of strings when the text
+    /// has cross references. Without a resolver the text stays as it is.
+    ValuePtr resolve() override;
+
+  protected:
+    Resolver* resolver_ = nullptr;
+};
+
+/// A path. Resolved, it is absolute: a relative one is joined to the base directory.
+class VeskPathString : public VeskString {
+  public:
+    VeskPathString(std::string content, std::filesystem::path base)
+        : VeskString(std::move(content)), baseDirectory(std::move(base)) {}
+
+    std::string toDisplayString() const override;
+    bool equals(const VeskValue& other) const override;
+    std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
+
+    /// One path, or a list of them: one for each text that cross references give. A literal that
+    /// is nothing but one reference to a list or a plain string gives a path for every element or
+    /// word; in any other literal blanks belong to the path.
+    ValuePtr resolve() override;
+
+    std::filesystem::path baseDirectory;
+
+  private:
+    ValuePtr joinedToBase(const std::string& path) const;
+};
+
+/// A string that is never expanded.
+class VeskRawString : public VeskBaseString {
+  public:
+    using VeskBaseString::VeskBaseString;
+
+    std::string typeName() const override { return "VeskRawString"; }
+    std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
+};
+
+}  // namespace Vesk
