@@ -1,0 +1,70 @@
+// Files and paths where the standard library differs between systems or falls short.
+//
+// Functions that report through `error` clear it on success. On Windows paths beyond the classic
+// length limit work whatever the machine's policy says.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace Vesk::platform {
+
+/// On Windows, bytes that are no UTF-8 become U+FFFD; on POSIX every byte is kept.
+std::filesystem::path pathFromUtf8(std::string_view text);
+std::string pathToUtf8(const std::filesystem::path& path);
+
+/// True for a path that starts at a root: on POSIX a leading slash, on Windows two leading slashes
+/// or backslashes (a network share), on both a drive letter, a colon and a slash or backslash.
+bool isAbsolutePath(std::string_view text) noexcept;
+
+/// The whole file as bytes. On failure returns nothing and sets `error`; a directory fails with
+/// is_a_directory, a file larger than `maxBytes` with file_too_large.
+std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
+                                         std::size_t maxBytes = SIZE_MAX);
+
+/// Writes bytes to a file, as they are. False and `error` set when opening, writing or closing
+/// fails (a full disk is noticed here). `Append::yes` adds to the end instead of truncating.
+enum class Append { no, yes };
+bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
+                    std::error_code& error);
+
+/// Renames `from` over `to` in one step, replacing it; both on one volume. A `to` that is marked
+/// read-only is refused (permission_denied) and stays as it is, on POSIX too, where the system
+/// itself would replace it.
+bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
+                 std::error_code& error);
+
+/// What one system call tells about a file; links are followed.
+struct FileStatus {
+    bool directory = false;
+    std::uint64_t size = 0;                ///< bytes
+    std::int64_t modifiedNanoseconds = 0;  ///< since 1970-01-01 UTC, as fine as the file system is
+};
+
+/// Nothing when the file does not exist or cannot be examined.
+std::optional<FileStatus> fileStatus(const std::filesystem::path& path);
+
+/// A lock that two processes can compete for, held by the operating system through an open file:
+/// it ends with the process whatever way that ends. The file stays behind; its existence means
+/// nothing.
+class FileLock {
+  public:
+    /// Takes the lock, waiting as long as it takes. `onWait`, when given, is called once if the
+    /// lock is not free at once. Throws std::system_error when the lock file cannot be opened or
+    /// locked, and when an interruption (see interrupt.h) ends the waiting.
+    explicit FileLock(const std::filesystem::path& path, const std::function<void()>& onWait = {});
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+  private:
+    std::intptr_t handle_;
+};
+
+}  // namespace Vesk::platform

@@ -1,0 +1,138 @@
+#include "platform/files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "platform/posix/descriptor.h"
+
+namespace Vesk::platform {
+
+namespace {
+
+std::error_code lastError() noexcept {
+    return {errno, std::generic_category()};
+}
+
+int openRetrying(const std::filesystem::path& path, int flags) noexcept {
+    for (;;) {
+        const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
+        if (descriptor >= 0 || errno != EINTR) {
+            return descriptor;
+        }
+    }
+}
+
+/// Reads to the end into `content`, which has the expected size plus one byte: the extra byte lets
+/// the end be found with the second read, without growing. False with errno set on failure.
+bool readToEnd(int descriptor, std::string& content, std::size_t maxBytes) {
+    std::size_t filled = 0;
+    for (;;) {
+        if (filled > maxBytes) {
+            errno = EFBIG;
+            return false;
+        }
+        if (filled == content.size()) {
+            content.resize(content.size() * 2 + 4096);
+        }
+        const ssize_t count = ::read(descriptor, content.data() + filled, content.size() - filled);
+        if (count == 0) {
+            content.resize(filled);
+            return true;
+        }
+        if (count > 0) {
+            filled += static_cast<std::size_t>(count);
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+}
+
+bool writeAll(int descriptor, std::string_view bytes) noexcept {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+std::filesystem::path pathFromUtf8(std::string_view text) {
+    return {text};
+}
+
+std::string pathToUtf8(const std::filesystem::path& path) {
+    return path.native();
+}
+
+std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
+                                         std::size_t maxBytes) {
+    error.clear();
+    const Descriptor file(openRetrying(path, O_RDONLY));
+    struct stat status {};
+    if (!file.valid() || ::fstat(file.get(), &status) != 0) {
+        error = lastError();
+        return std::nullopt;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        error = std::make_error_code(std::errc::is_a_directory);
+        return std::nullopt;
+    }
+    const auto size = static_cast<std::size_t>(status.st_size);
+    if (size > maxBytes) {
+        error = std::make_error_code(std::errc::file_too_large);
+        return std::nullopt;
+    }
+    std::string content(size + 1, '\0');
+    if (!readToEnd(file.get(), content, maxBytes)) {
+        error = lastError();
+        return std::nullopt;
+    }
+    return content;
+}
+
+bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
+                    std::error_code& error) {
+    error.clear();
+    const int mode = append == Append::yes ? O_APPEND : O_TRUNC;
+    Descriptor file(openRetrying(path, O_WRONLY | O_CREAT | mode));
+    if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
+        error = lastError();
+        return false;
+    }
+    return true;
+}
+
+bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
+                 std::error_code& error) {
+    error.clear();
+    struct stat status {};
+    if (::stat(to.c_str(), &status) == 0 && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
+        error = std::make_error_code(std::errc::permission_denied);
+        return false;
+    }
+    if (std::rename(from.c_str(), to.c_str()) != 0) {
+        error = lastError();
+        return false;
+    }
+    return true;
+}
+
+std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+    return FileStatus{S_ISDIR(status.st_mode), static_cast<std::uint64_t>(status.st_size),
+                      status.st_mtim.tv_sec * kNanosecondsPerSecond + status.st_mtim.tv_nsec};
+}
+
+}  // namespace Vesk::platform

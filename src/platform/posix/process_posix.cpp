@@ -1,0 +1,167 @@
+#include "platform/process.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <system_error>
+
+#include "platform/interrupt.h"
+#include "platform/posix/children.h"
+#include "platform/posix/descriptor.h"
+
+extern char** environ;  // NOLINT(readability-redundant-declaration): not every libc declares it
+
+namespace Vesk::platform {
+
+namespace {
+
+/// How the child differs from us: the settings that posix_spawn takes.
+class SpawnSettings {
+  public:
+    SpawnSettings() {
+        ::posix_spawn_file_actions_init(&actions_);
+        ::posix_spawnattr_init(&attributes_);
+        // We ignore SIGPIPE for ourselves (see prepareConsole); in a pipeline of the child's it has
+        // to do its work.
+        sigset_t defaults;
+        ::sigemptyset(&defaults);
+        ::sigaddset(&defaults, SIGPIPE);
+        ::posix_spawnattr_setsigdefault(&attributes_, &defaults);
+        short flags = POSIX_SPAWN_SETSIGDEF;
+        if (childrenHaveOwnGroups()) {
+            ::posix_spawnattr_setpgroup(&attributes_, 0);
+            flags |= POSIX_SPAWN_SETPGROUP;
+        }
+        ::posix_spawnattr_setflags(&attributes_, flags);
+    }
+    ~SpawnSettings() {
+        ::posix_spawnattr_destroy(&attributes_);
+        ::posix_spawn_file_actions_destroy(&actions_);
+    }
+    SpawnSettings(const SpawnSettings&) = delete;
+    SpawnSettings& operator=(const SpawnSettings&) = delete;
+
+    int setWorkingDirectory(const std::filesystem::path& directory) {
+        return directory.empty()
+                   ? 0
+                   : ::posix_spawn_file_actions_addchdir_np(&actions_, directory.c_str());
+    }
+
+    int setStandardOutput(int descriptor) {
+        return ::posix_spawn_file_actions_adddup2(&actions_, descriptor, STDOUT_FILENO);
+    }
+
+    /// 0 and `child`, or the system's error code.
+    int spawn(const std::vector<std::string>& arguments, char* const* environment,
+              pid_t& child) const;
+
+  private:
+    posix_spawn_file_actions_t actions_;
+    posix_spawnattr_t attributes_;
+};
+
+/// The null-terminated vector that the system takes; it does not write to the strings.
+std::vector<char*> pointersTo(const std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    pointers.reserve(strings.size() + 1);
+    for (const std::string& string : strings) {
+        pointers.push_back(const_cast<char*>(string.c_str()));
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+int SpawnSettings::spawn(const std::vector<std::string>& arguments, char* const* environment,
+                         pid_t& child) const {
+    if (arguments.empty()) {
+        return EINVAL;
+    }
+    return ::posix_spawnp(&child, arguments.front().c_str(), &actions_, &attributes_,
+                          pointersTo(arguments).data(), environment);
+}
+
+/// Waits for the end of the child and reaps it.
+int waitFor(pid_t child, RunningChild& running) {
+    siginfo_t info{};
+    while (::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT) != 0 &&
+           errno == EINTR) {}
+    running.forget();
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+std::string readAll(int descriptor) {
+    std::string content;
+    std::array<char, 16384> buffer;
+    for (;;) {
+        const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
+        if (count > 0) {
+            content.append(buffer.data(), static_cast<std::size_t>(count));
+        } else if (count == 0 || errno != EINTR) {
+            return content;
+        }
+    }
+}
+
+}  // namespace
+
+ProcessResult runProcess(const ProcessRequest& request) {
+    SpawnSettings settings;
+    if (const int error = settings.setWorkingDirectory(request.workingDirectory); error != 0) {
+        return {false, error};
+    }
+    std::vector<char*> environment;
+    if (request.environment) {
+        environment = pointersTo(*request.environment);
+    }
+    RunningChild running;
+    if (interruptSignal() != 0) {
+        return {false, ECANCELED};
+    }
+    pid_t child = 0;
+    const int error = settings.spawn(request.arguments,
+                                     request.environment ? environment.data() : environ, child);
+    if (error != 0) {
+        return {false, error};
+    }
+    running.started(child);
+    return {true, waitFor(child, running)};
+}
+
+std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return std::nullopt;
+    }
+    const Descriptor readEnd(ends[0]);
+    Descriptor writeEnd(ends[1]);
+    SpawnSettings settings;
+    RunningChild running;
+    pid_t child = 0;
+    if (settings.setStandardOutput(writeEnd.get()) != 0 || interruptSignal() != 0 ||
+        settings.spawn({"/bin/sh", "-c", command}, environ, child) != 0) {
+        return std::nullopt;
+    }
+    running.started(child);
+    writeEnd.close();
+    std::string output = readAll(readEnd.get());
+    const int code = waitFor(child, running);
+    if (status != nullptr) {
+        *status = code;
+    }
+    return output;
+}
+
+std::string systemErrorText(int code) {
+    return std::generic_category().message(code);
+}
+
+}  // namespace Vesk::platform

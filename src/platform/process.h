@@ -1,0 +1,42 @@
+// Child processes: start one and wait for it. Which command runs, and how a failure is worded, is
+// decided above.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Vesk::platform {
+
+/// What to start. Windows reads `commandLine`, POSIX reads `arguments`; the other one is ignored.
+struct ProcessRequest {
+    std::string commandLine;             ///< the whole command line, already quoted (Windows)
+    std::vector<std::string> arguments;  ///< the program and its arguments (POSIX); the program is
+                                         ///< searched in our PATH when it holds no slash
+    std::filesystem::path workingDirectory;               ///< empty: inherit ours
+    std::optional<std::vector<std::string>> environment;  ///< "NAME=value" entries; unset: inherit
+};
+
+struct ProcessResult {
+    bool started = false;  ///< false: `status` is the system's error code for the failed start
+    int status = 0;        ///< exit code; on POSIX 128+N for a child that signal N killed
+};
+
+/// Starts the process on our own console and waits for it without a limit. Thread-safe.
+///
+/// A running child takes part in interruption (see interrupt.h); after an interruption nothing is
+/// started and the status is the system's code for a cancelled operation. On Windows children do
+/// not outlive a vesk that is killed; what they leave running on purpose outlives one that ends
+/// itself.
+ProcessResult runProcess(const ProcessRequest& request);
+
+/// Runs a command text through the system's shell and returns all that it wrote to standard
+/// output; nothing when it could not be started. `status`, when given, gets the exit code.
+std::optional<std::string> captureShellOutput(const std::string& command, int* status = nullptr);
+
+/// The system's text for an error code as `ProcessResult::status` holds it, without a full stop at
+/// its end.
+std::string systemErrorText(int code);
+
+}  // namespace Vesk::platform

@@ -1,0 +1,58 @@
+#include <windows.h>
+
+#include "platform/files.h"
+#include "platform/interrupt.h"
+#include "platform/windows/extended_path.h"
+#include "platform/windows/handle.h"
+
+namespace Vesk::platform {
+
+namespace {
+
+[[noreturn]] void fail(DWORD code, const char* what, const std::filesystem::path& path) {
+    throw std::system_error(static_cast<int>(code), std::system_category(),
+                            std::string(what) + " '" + pathToUtf8(path) + "'");
+}
+
+/// ERROR_SUCCESS, or why the lock could not be had now; ERROR_LOCK_VIOLATION: somebody has it.
+DWORD tryLock(HANDLE file) noexcept {
+    OVERLAPPED start{};
+    return ::LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start)
+               ? ERROR_SUCCESS
+               : ::GetLastError();
+}
+
+}  // namespace
+
+FileLock::FileLock(const std::filesystem::path& path, const std::function<void()>& onWait)
+    : handle_(0) {
+    Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                              OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.valid()) {
+        fail(::GetLastError(), "Unable to open lock file", path);
+    }
+    DWORD result = tryLock(file.get());
+    if (result == ERROR_LOCK_VIOLATION && onWait) {
+        onWait();
+    }
+    // A waiting LockFileEx could not be interrupted, so the lock is asked for again and again.
+    constexpr DWORD kPauseMilliseconds = 25;
+    while (result == ERROR_LOCK_VIOLATION) {
+        if (interruptSignal() != 0) {
+            fail(ERROR_CANCELLED, "Unable to lock file", path);
+        }
+        ::Sleep(kPauseMilliseconds);
+        result = tryLock(file.get());
+    }
+    if (result != ERROR_SUCCESS) {
+        fail(result, "Unable to lock file", path);
+    }
+    handle_ = reinterpret_cast<std::intptr_t>(file.release());
+}
+
+FileLock::~FileLock() {
+    ::CloseHandle(reinterpret_cast<HANDLE>(handle_));
+}
+
+}  // namespace Vesk::platform

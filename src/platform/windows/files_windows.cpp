@@ -1,0 +1,182 @@
+#include "platform/files.h"
+
+#include <algorithm>
+#include <windows.h>
+
+#include "platform/windows/extended_path.h"
+#include "platform/windows/handle.h"
+#include "platform/windows/wide.h"
+
+namespace Vesk::platform {
+
+namespace {
+
+// One call of the system moves at most this much.
+constexpr std::size_t kMaxPiece = std::size_t{1} << 30;
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+std::error_code lastError() noexcept {
+    return {static_cast<int>(::GetLastError()), std::system_category()};
+}
+
+/// Reads to the end into `content`, which has the expected size plus one byte: the extra byte lets
+/// the end be found with the second read, without growing. False with the system's error set.
+bool readToEnd(HANDLE file, std::string& content, std::size_t maxBytes) {
+    std::size_t filled = 0;
+    for (;;) {
+        if (filled > maxBytes) {
+            ::SetLastError(ERROR_FILE_TOO_LARGE);
+            return false;
+        }
+        if (filled == content.size()) {
+            content.resize(content.size() * 2 + 4096);
+        }
+        DWORD count = 0;
+        const auto piece = static_cast<DWORD>(std::min(content.size() - filled, kMaxPiece));
+        if (!::ReadFile(file, content.data() + filled, piece, &count, nullptr) &&
+            ::GetLastError() != ERROR_BROKEN_PIPE) {
+            return false;
+        }
+        if (count == 0) {
+            content.resize(filled);
+            return true;
+        }
+        filled += count;
+    }
+}
+
+bool writeAll(HANDLE file, std::string_view bytes) noexcept {
+    while (!bytes.empty()) {
+        const auto piece = static_cast<DWORD>(std::min(bytes.size(), kMaxPiece));
+        DWORD count = 0;
+        if (!::WriteFile(file, bytes.data(), piece, &count, nullptr)) {
+            return false;
+        }
+        bytes.remove_prefix(count);
+    }
+    return true;
+}
+
+bool isReadOnly(const std::wstring& path) noexcept {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+std::int64_t unixNanoseconds(FILETIME time) noexcept {
+    constexpr std::int64_t kTicksTo1970 = 116'444'736'000'000'000;
+    const std::int64_t ticks =
+        static_cast<std::int64_t>(time.dwHighDateTime) * (std::int64_t{1} << 32) +
+        time.dwLowDateTime;
+    return (ticks - kTicksTo1970) * 100;
+}
+
+template <class Attributes>
+FileStatus statusFrom(const Attributes& attributes) noexcept {
+    return {(attributes.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+            (static_cast<std::uint64_t>(attributes.nFileSizeHigh) << 32) | attributes.nFileSizeLow,
+            unixNanoseconds(attributes.ftLastWriteTime)};
+}
+
+}  // namespace
+
+std::filesystem::path pathFromUtf8(std::string_view text) {
+    return {toWide(text)};
+}
+
+std::string pathToUtf8(const std::filesystem::path& path) {
+    return fromWide(path.native());
+}
+
+std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
+                                         std::size_t maxBytes) {
+    error.clear();
+    // Backup semantics open directories as well, so that they can be told from unreadable files.
+    const Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    if (!file.valid()) {
+        error = lastError();
+        return std::nullopt;
+    }
+    BY_HANDLE_FILE_INFORMATION information{};
+    // Devices and pipes give no information and have no size in advance.
+    const bool isFile = ::GetFileInformationByHandle(file.get(), &information) != 0;
+    const FileStatus status = isFile ? statusFrom(information) : FileStatus{};
+    if (status.directory) {
+        error = std::make_error_code(std::errc::is_a_directory);
+        return std::nullopt;
+    }
+    if (status.size > maxBytes) {
+        error = std::make_error_code(std::errc::file_too_large);
+        return std::nullopt;
+    }
+    std::string content(static_cast<std::size_t>(status.size) + 1, '\0');
+    if (!readToEnd(file.get(), content, maxBytes)) {
+        error = ::GetLastError() == ERROR_FILE_TOO_LARGE
+                    ? std::make_error_code(std::errc::file_too_large)
+                    : lastError();
+        return std::nullopt;
+    }
+    return content;
+}
+
+bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
+                    std::error_code& error) {
+    error.clear();
+    const bool adds = append == Append::yes;
+    Handle file(::CreateFileW(extendedPath(path).c_str(), adds ? FILE_APPEND_DATA : GENERIC_WRITE,
+                              kShareAll, nullptr, adds ? OPEN_ALWAYS : CREATE_ALWAYS,
+                              FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
+        error = lastError();
+        return false;
+    }
+    return true;
+}
+
+bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
+                 std::error_code& error) {
+    error.clear();
+    const std::wstring source = extendedPath(from);
+    const std::wstring target = extendedPath(to);
+    if (isReadOnly(target)) {
+        error = std::make_error_code(std::errc::permission_denied);
+        return false;
+    }
+    // Virus scanners and indexers hold a fresh file open for moments.
+    constexpr int kAttempts = 10;
+    constexpr DWORD kPauseMilliseconds = 20;
+    for (int attempt = 1;; ++attempt) {
+        if (::MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+            return true;
+        }
+        error = lastError();
+        const bool held =
+            error.value() == ERROR_SHARING_VIOLATION || error.value() == ERROR_ACCESS_DENIED;
+        if (!held || attempt == kAttempts) {
+            return false;
+        }
+        ::Sleep(kPauseMilliseconds);
+    }
+}
+
+std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
+    const std::wstring name = extendedPath(path);
+    WIN32_FILE_ATTRIBUTE_DATA attributes{};
+    if (!::GetFileAttributesExW(name.c_str(), GetFileExInfoStandard, &attributes)) {
+        return std::nullopt;
+    }
+    if ((attributes.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        return statusFrom(attributes);
+    }
+    // A link: the attributes are its own. Opening it leads to the file.
+    const Handle file(::CreateFileW(name.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!file.valid() || !::GetFileInformationByHandle(file.get(), &information)) {
+        return std::nullopt;
+    }
+    return statusFrom(information);
+}
+
+}  // namespace Vesk::platform

@@ -1,0 +1,26 @@
+// Owner of a system handle.
+#pragma once
+
+#include <utility>
+#include <windows.h>
+
+namespace Vesk::platform {
+
+class Handle {
+  public:
+    explicit Handle(HANDLE value) noexcept : value_(value) {}
+    ~Handle() { close(); }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    /// The system's functions disagree on which value means failure; both are invalid here.
+    bool valid() const noexcept { return value_ != nullptr && value_ != INVALID_HANDLE_VALUE; }
+    HANDLE get() const noexcept { return value_; }
+    HANDLE release() noexcept { return std::exchange(value_, nullptr); }
+    bool close() noexcept { return !valid() || ::CloseHandle(release()) != 0; }
+
+  private:
+    HANDLE value_;
+};
+
+}  // namespace Vesk::platform

@@ -1,0 +1,132 @@
+#include "platform/process.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <windows.h>
+
+#include "platform/interrupt.h"
+#include "platform/windows/handle.h"
+#include "platform/windows/wide.h"
+
+namespace Vesk::platform {
+
+namespace {
+
+bool setKillOnClose(HANDLE job, bool kill) noexcept {
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = kill ? JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE : 0;
+    return ::SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits,
+                                     sizeof(limits)) != 0;
+}
+
+HANDLE ownJob = nullptr;
+
+/// Puts this process into a job that dies with it. Children are born into the job, so there is no
+/// moment at which one could escape; when the system refuses, we do without. A process that ends
+/// itself lifts the limit first: what a command leaves running on purpose (a server that compilers
+/// share) is none of our business.
+void enterJob() {
+    Handle job(::CreateJobObjectW(nullptr, nullptr));
+    if (job.valid() && setKillOnClose(job.get(), true)) {
+        if (::AssignProcessToJobObject(job.get(), ::GetCurrentProcess())) {
+            ownJob = job.release();
+            std::atexit([] { setKillOnClose(ownJob, false); });
+        }
+    }
+}
+
+void enterJobOnce() {
+    static std::once_flag once;
+    std::call_once(once, enterJob);
+}
+
+/// The entries, each followed by a zero, and one more zero.
+std::wstring environmentBlock(const std::vector<std::string>& entries) {
+    std::wstring block;
+    for (const std::string& entry : entries) {
+        block += toWide(entry);
+        block += L'\0';
+    }
+    if (entries.empty()) {
+        block += L'\0';
+    }
+    block += L'\0';
+    return block;
+}
+
+ProcessResult notStarted(DWORD error) noexcept {
+    return {false, static_cast<int>(error)};
+}
+
+}  // namespace
+
+ProcessResult runProcess(const ProcessRequest& request) {
+    if (interruptSignal() != 0) {
+        return notStarted(ERROR_CANCELLED);
+    }
+    enterJobOnce();
+    std::wstring commandLine = toWide(request.commandLine);
+    std::wstring environment;
+    DWORD flags = 0;
+    if (request.environment) {
+        environment = environmentBlock(*request.environment);
+        flags = CREATE_UNICODE_ENVIRONMENT;
+    }
+    std::wstring directory = request.workingDirectory.native();
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION information{};
+    if (!::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, flags,
+                          environment.empty() ? nullptr : environment.data(),
+                          directory.empty() ? nullptr : directory.c_str(), &startup,
+                          &information)) {
+        return notStarted(::GetLastError());
+    }
+    const Handle thread(information.hThread);
+    const Handle process(information.hProcess);
+    DWORD exitCode = 0;
+    if (::WaitForSingleObject(process.get(), INFINITE) != WAIT_OBJECT_0 ||
+        !::GetExitCodeProcess(process.get(), &exitCode)) {
+        exitCode = ::GetLastError();
+    }
+    return {true, static_cast<int>(exitCode)};
+}
+
+std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
+    if (interruptSignal() != 0) {
+        return std::nullopt;
+    }
+    enterJobOnce();
+    // The interpreter drops the first and the last quote of its command text, except when there is
+    // nothing but one pair around a plain program path. A pair around the whole text is what it
+    // drops then, whatever the text holds.
+    std::FILE* const pipe = ::_wpopen((L"\"" + toWide(command) + L"\"").c_str(), L"r");
+    if (pipe == nullptr) {
+        return std::nullopt;
+    }
+    std::string output;
+    std::array<char, 16384> buffer;
+    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe)) {
+        output.append(buffer.data(), count);
+    }
+    const int code = ::_pclose(pipe);
+    if (status != nullptr) {
+        *status = code;
+    }
+    return output;
+}
+
+std::string systemErrorText(int code) {
+    wchar_t* text = nullptr;
+    const DWORD size = ::FormatMessageW(
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+        nullptr, static_cast<DWORD>(code), 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    std::string result = fromWide({text, size});
+    ::LocalFree(text);
+    result.erase(result.find_last_not_of(" .\r\n") + 1);
+    return result.empty() ? "Windows error " + std::to_string(code) : result;
+}
+
+}  // namespace Vesk::platform
