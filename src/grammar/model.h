@@ -18,7 +18,7 @@ class ContextTemplate;
 struct ToolEntry {
     std::string name;
     std::shared_ptr<Context> context;               ///< never empty
-    std::shared_ptr<const ContextTemplate> source;  ///< as written: what is given twice is there twice
+    std::shared_ptr<const ContextTemplate> source;  ///< as written, nothing merged
     std::uint32_t line = 0;
 };
 
@@ -41,7 +41,7 @@ struct ProjectImport {
     bool byPath = false;
     std::string location;         ///< the path, or the registered name, as written
     std::string alias;            ///< of an import by path
-    std::string sourceProfile;    ///< the import applies under this profile of the importing project
+    std::string sourceProfile;    ///< of the importing project; the import needs it
     std::string importedProfile;  ///< the profile with which the imported project is loaded
     std::uint32_t line = 0;
 };

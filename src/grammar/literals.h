@@ -1,0 +1,17 @@
+// Numbers as the language writes them: -12, 0x1F, -0X80.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace Vesk {
+
+/// The value of an integer literal; nothing when it is malformed or does not fit 32 bits.
+std::optional<std::int32_t> integerLiteral(std::string_view text) noexcept;
+
+/// The value of an index. A negative one must fit 64 bits; the magnitude of any other may fill all
+/// 64, and is then kept as that bit pattern (it selects nothing, whatever the value has).
+std::optional<std::int64_t> indexLiteral(std::string_view text) noexcept;
+
+}  // namespace Vesk

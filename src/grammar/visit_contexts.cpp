@@ -1,0 +1,106 @@
+// Contexts: assignments and conditional blocks.
+#include "grammar/visitor.h"
+#include "types/assignment.h"
+#include "types/identifier_value.h"
+
+namespace Vesk {
+
+antlrcpp::Any VeskVisitorImpl::visitContext(Parser::ContextContext* tree) {
+    auto context = std::make_shared<ContextTemplate>();
+    for (auto* assignment : tree->assignment()) {
+        context->assignments.push_back(taken<Assignment>(visitAssignment(assignment)));
+    }
+    for (auto* block : tree->cond_context()) {
+        context->conditions.push_back(taken<Condition>(visitCond_context(block)));
+    }
+    return TemplatePtr(std::move(context));
+}
+
+antlrcpp::Any VeskVisitorImpl::visitCond_context(Parser::Cond_contextContext* tree) {
+    auto condition = taken<Condition>(visitCondition(tree->condition()));
+    condition.body = taken<TemplatePtr>(visitContext(tree->context()));
+    return condition;
+}
+
+antlrcpp::Any VeskVisitorImpl::visitCondition(Parser::ConditionContext* tree) {
+    auto condition = taken<Condition>(visitBool_expr(tree->bool_expr()));
+    condition.line = lineOf(tree);
+    return condition;
+}
+
+antlrcpp::Any VeskVisitorImpl::visitBool_expr(Parser::Bool_exprContext* tree) {
+    Condition condition;
+    auto path = taken<IdentifierPath>(visitIdentifier(tree->identifier()));
+    condition.left = std::make_shared<VeskIdentifier>(std::move(path));
+    if (auto* op = tree->bool_operator()) {
+        const std::string outerKey = std::exchange(key_, condition.left->toDisplayString());
+        condition.op = taken<ConditionOperator>(visitBool_operator(op));
+        condition.right = taken<ValuePtr>(visitValueNode(tree->valueNode()));
+        key_ = outerKey;
+    }
+    return condition;
+}
+
+antlrcpp::Any VeskVisitorImpl::visitBool_operator(Parser::Bool_operatorContext* tree) {
+    switch (tree->start->getType()) {
+        case Parser::EQUALS:
+            return ConditionOperator::Equal;
+        case Parser::NEQUALS:
+            return ConditionOperator::NotEqual;
+        case Parser::LESSER:
+            return ConditionOperator::Less;
+        case Parser::GREATER:
+            return ConditionOperator::Greater;
+        default:
+            return {};
+    }
+}
+
+antlrcpp::Any VeskVisitorImpl::visitAssignment(Parser::AssignmentContext* tree) {
+    Assignment assignment;
+    std::string key = tree->IDENTIFIER()->getText();
+    assignment.line = lineOf(tree);
+    if (auto* modifier = tree->assignment_modifier()) {
+        assignment.modifier = taken<AssignModifier>(visitAssignment_modifier(modifier));
+    }
+    assignment.op = AssignOperator::None;
+    if (auto* op = tree->assign_operator()) {
+        const std::string outerKey = std::exchange(key_, key);
+        assignment.op = taken<AssignOperator>(visitAssign_operator(op));
+        assignment.value = taken<ValuePtr>(visitValueNode(tree->valueNode()));
+        key_ = outerKey;
+    }
+    assignment.name = CiString(std::move(key));
+    return assignment;
+}
+
+antlrcpp::Any VeskVisitorImpl::visitAssignment_modifier(Parser::Assignment_modifierContext* tree) {
+    switch (tree->start->getType()) {
+        case Parser::UP:
+            return AssignModifier::Output;
+        case Parser::MUST:
+            if (kind_ != FileKind::Registry && !inTool_) {
+                fail(lineOf(tree), "'!' assignment modifier is not allowed in this context.");
+            }
+            return AssignModifier::Must;
+        case Parser::HINT:
+            return AssignModifier::Hint;
+        default:
+            return {};
+    }
+}
+
+antlrcpp::Any VeskVisitorImpl::visitAssign_operator(Parser::Assign_operatorContext* tree) {
+    switch (tree->start->getType()) {
+        case Parser::EQUALS:
+            return AssignOperator::Assign;
+        case Parser::APPEND:
+            return AssignOperator::Append;
+        case Parser::ASSIGNEMPTY:
+            return AssignOperator::AssignEmpty;
+        default:
+            return {};
+    }
+}
+
+}  // namespace Vesk

@@ -1,0 +1,93 @@
+// Unit files: targets and their dependencies.
+#include "grammar/visitor.h"
+#include "types/target.h"
+
+namespace Vesk {
+
+antlrcpp::Any VeskVisitorImpl::visitVeskUnit(Parser::VeskUnitContext* tree) {
+    Unit unit;
+    if (auto* name = tree->unit_name()) {
+        unit.name = name->IDENTIFIER()->getText();
+        unit.nameDeclared = true;
+    }
+    unit.files.push_back(path_);
+    for (auto* target : tree->target()) {
+        unit.addTarget(taken<TargetPtr>(visitTarget(target)));
+    }
+    return unit;
+}
+
+antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
+    auto target = std::make_shared<Target>();
+    target->name = targetName_ = tree->IDENTIFIER()->getText();
+    target->file = file_;
+    target->line = lineOf(tree);
+    for (auto* parameter : tree->parameter_name()) {
+        target->parameters.push_back(parameter->getText());
+    }
+    for (auto* dependency : tree->dependency()) {
+        target->dependencies.push_back(taken<DependencyRecord>(visitDependency(dependency)));
+    }
+    target->body = *taken<TemplatePtr>(visitContext(tree->context()));
+    targetName_.clear();
+    return TargetPtr(std::move(target));
+}
+
+antlrcpp::Any VeskVisitorImpl::visitDependency(Parser::DependencyContext* tree) {
+    DependencyRecord record;
+    record.line = lineOf(tree);
+    record.merge = tree->dependency_modifier() != nullptr;
+    auto* identifier = tree->dependency_identifier();
+    if (auto* macro = identifier->dependency_macro()) {
+        record.kind = DependencyKind::Macro;
+        record.macro = taken<IdentifierPath>(visitDependency_macro(macro));
+    } else {
+        record.reference =
+            taken<DependencyReference>(visitDirect_dependency(identifier->direct_dependency()));
+    }
+    for (auto* parameter : tree->dependency_parameter()) {
+        if (auto* path = parameter->identifier()) {
+            record.parameters.push_back(taken<IdentifierPath>(visitIdentifier(path)));
+        } else {
+            setSourceParameter(record, lineOf(parameter));
+        }
+    }
+    if (auto* alias = tree->dependency_alias()) {
+        record.aliasKind = taken<AliasKind>(visitDependency_alias(alias));
+        record.alias = tree->IDENTIFIER()->getText();
+    }
+    return record;
+}
+
+void VeskVisitorImpl::setSourceParameter(DependencyRecord& record, std::size_t line) const {
+    if (record.kind != DependencyKind::Macro) {
+        fail(line, "The source parameter marker '.' can only be used with a dynamic dependency.");
+    }
+    if (record.sourceParameter || !record.parameters.empty()) {
+        fail(line, "The source parameter marker '.' must be the first dependency parameter.");
+    }
+    record.sourceParameter = true;
+}
+
+antlrcpp::Any VeskVisitorImpl::visitDirect_dependency(Parser::Direct_dependencyContext* tree) {
+    const auto names = tree->IDENTIFIER();
+    DependencyReference reference;
+    reference.target = names.back()->getText();
+    if (names.size() > 1) {
+        reference.unit = names[names.size() - 2]->getText();
+    }
+    if (names.size() > 2) {
+        reference.ns = names[names.size() - 3]->getText();
+    }
+    return reference;
+}
+
+antlrcpp::Any VeskVisitorImpl::visitDependency_macro(Parser::Dependency_macroContext* tree) {
+    return visitIdentifier(tree->identifier());
+}
+
+antlrcpp::Any VeskVisitorImpl::visitDependency_alias(Parser::Dependency_aliasContext* tree) {
+    return tree->ALIAS() != nullptr ? AliasKind::Single : AliasKind::Merge;
+}
+
+}  // namespace Vesk
