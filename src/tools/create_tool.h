@@ -21,9 +21,9 @@ struct ToolDeclaration {
 
 /// Makes the tool, or returns null after a warning that says why it is left out. The tool shares
 /// nothing with the declaration.
-std::unique_ptr<Matcher> createTool(const ToolDeclaration& declaration);
+std::unique_ptr<Matcher> createTool(const ToolDeclaration& tool);
 
 /// Makes the tool and adds it, with a notice when it replaces one. False when it is left out.
-bool addTool(Toolbox& toolbox, const ToolDeclaration& declaration);
+bool addTool(Toolbox& toolbox, const ToolDeclaration& tool);
 
 }  // namespace Vesk

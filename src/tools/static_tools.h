@@ -7,9 +7,6 @@
 
 namespace Vesk {
 
-/// Makes sure that the types of the static tools are registered.
-void registerStaticToolTypes();
-
 /// Adds default_basic, default_no_tool, default_file_writer and default_pwsh. One that cannot be
 /// made is warned about and left out.
 void createStaticTools(Toolbox& toolbox);

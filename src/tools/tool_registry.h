@@ -2,8 +2,8 @@
 //
 // Filled before main starts, by one ToolTypeRegistration object in the source file of each matcher
 // class, and only read afterwards. A linker takes such an object out of a static library only when
-// something refers to it; so each family of tools has a function that refers to all of its own
-// (registerStaticToolTypes in tools/static_tools.h), and whoever starts the program calls it.
+// something refers to it: static_tools.cpp refers to those of all static tools, so every program
+// that creates the static tools has their types registered.
 #pragma once
 
 #include <functional>
@@ -25,7 +25,12 @@ using MatcherFactory = std::function<std::unique_ptr<Matcher>(
 /// first factory.
 class ToolTypeRegistration {
   public:
-    ToolTypeRegistration(std::string_view word, MatcherFactory factory);
+    ToolTypeRegistration(std::string word, MatcherFactory factory);
+
+    const std::string& word() const noexcept { return word_; }
+
+  private:
+    std::string word_;
 };
 
 /// The factory for classes whose constructor takes what a factory is given.

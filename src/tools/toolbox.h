@@ -38,7 +38,7 @@ class Toolbox {
     std::size_t size() const noexcept { return matchers_.size(); }
 
   private:
-    void collectComparedNames();
+    void collectComparedNames(const Matcher& matcher);
 
     std::map<CiString, std::unique_ptr<Matcher>, CiLess> matchers_;
     std::set<CiString, CiLess> comparedNames_;

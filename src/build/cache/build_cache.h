@@ -43,8 +43,8 @@ class BuildCache {
     /// token is not that of the current claim. A key that nobody asked for yet is inserted.
     virtual bool upsert(const std::string& key, CacheRecord record, std::uint64_t token) = 0;
 
-    /// Ends a claim without a record, after a build that failed. An earlier record of the key is no
-    /// hit any more. Does nothing for a token that is not current.
+    /// Ends a claim without a record, after a build that failed. The key's earlier record has been
+    /// no hit since the claim. Does nothing for a token that is not current.
     virtual void release(const std::string& key, std::uint64_t token) noexcept = 0;
 
     /// Ends all waiting; every operation on a record is refused from now on.

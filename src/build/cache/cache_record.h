@@ -2,24 +2,17 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "build/run/recipe.h"
 #include "types/assignment.h"
 
 namespace Vesk {
 
-/// Something that a recipe reads, with what the recipe makes of it on the way, if anything (a
-/// source and its object file).
-struct CacheInput {
-    Assignment assignment;
-    std::optional<Assignment> intermediate;
-};
-
 /// The part of a recipe that decides whether its result still stands.
 struct CacheRecipe {
-    std::vector<CacheInput> inputs;
+    std::vector<RecipeInput> inputs;
     std::vector<Assignment> outputs;
 };
 

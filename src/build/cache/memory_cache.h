@@ -36,21 +36,24 @@ class MemoryCache : public BuildCache {
         std::mutex mutex;
         std::condition_variable released;           ///< told when the claim ends
         std::shared_ptr<const CacheRecord> record;  ///< of the last completed build
-        bool valid = false;                         ///< the record may be a hit
-        bool closed = false;
+        bool valid = false;                         ///< what the record tells of is still in place
         bool claimed = false;
+        bool closed = false;
         std::uint64_t token = 0;  ///< of the claim; 0 without one
+
+        void endClaim() noexcept;
     };
 
     Entry* find(const std::string& key);
-    Entry& findOrCreate(const std::string& key);
-    bool waitForRelease(Entry& entry, std::unique_lock<std::mutex>& lock,
-                        std::uint64_t waitMilliseconds) const;
-    ObtainResult answerAfterWaiting(const std::string& key, Entry& entry,
-                                    const CacheRequest& request) const;
+    Entry* findOrCreate(const std::string& key);
+    bool insert(const std::string& key, const std::shared_ptr<const CacheRecord>& record);
+    ObtainResult check(const Entry& entry, const CacheRequest& request) const;
+    ObtainResult obtainAfterWaiting(const std::string& key, Entry& entry,
+                                    const CacheRequest& request, std::unique_lock<std::mutex>& lock,
+                                    std::uint64_t waitMilliseconds) const;
 
     std::mutex mutex_;
-    bool closed_ = false;  ///< entries made from now on are closed
+    bool closed_ = false;
     std::unordered_map<std::string, std::unique_ptr<Entry>> entries_;  ///< entries stay for good
 };
 

@@ -1,0 +1,56 @@
+#include "tools/builder.h"
+
+#include <utility>
+
+#include "base/console.h"
+
+namespace Vesk {
+
+Builder::Builder(AssignmentMap subjects, AssignmentMap settings)
+    : subjects_(std::move(subjects)), settings_(std::move(settings)) {}
+
+void Builder::prepare(const Recipe&, BuildEnv&) {}
+
+MatchResult Builder::match(const Context& target) const {
+    MatchResult result;
+    result.note = MatchNote::BuildPossible;
+    for (const auto& [key, subject] : subjects_) {
+        const Assignment* assignment = target.find(key);
+        if (assignment != nullptr && assignment->modifier == AssignModifier::Output) {
+            console::message(console::level::kSubject, console::colour::kReport,
+                             "Skipping '{}' as match subject: output variable", assignment->name);
+            result.note = MatchNote::BuildImpossible;
+            break;
+        }
+    }
+
+    for (const auto& [key, subject] : subjects_) {
+        const Assignment* assignment = target.find(key);
+        if (assignment == nullptr || !assignment->value) {
+            continue;
+        }
+        const bool equal =
+            subject.value && subject.value->toString() == assignment->value->toString();
+        result.matches.emplace(key, equal ? MatchKind::ExactMatch : MatchKind::PartialMatch);
+    }
+    return result;
+}
+
+std::vector<Recipe> Builder::commandRecipes(TargetContext&) {
+    return {};
+}
+
+std::vector<Recipe> Builder::commandsOf(const Recipe& recipe, const BuildEnv&) const {
+    return {recipe};
+}
+
+ValuePtr Builder::settingOr(const Context& target, std::string_view name) const {
+    const Assignment* assignment = target.find(name);
+    if (assignment != nullptr && assignment->value) {
+        return assignment->value;
+    }
+    const auto setting = settings_.find(name);
+    return setting == settings_.end() ? nullptr : setting->second.value;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,36 @@
+// The no-op tool: a target that says NO_TOOL counts as built without anything being run.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tools/builder.h"
+#include "tools/matcher.h"
+#include "tools/tool_registry.h"
+
+namespace Vesk {
+
+extern const ToolTypeRegistration RegisterNoToolMatcher;
+
+class NoToolMatcher : public Matcher {
+  public:
+    NoToolMatcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others);
+
+    std::unique_ptr<Matcher> clone() const override;
+    std::shared_ptr<Builder> createBuilder(const Context& target) const override;
+
+  protected:
+    /// Claims NO_TOOL as a full match, so that it wins against the tools that would run something.
+    MatchResult matchTool(const Context& target) const override;
+};
+
+class NoToolBuilder : public Builder {
+  public:
+    NoToolBuilder();
+
+    std::string name() const override { return "no_tool"; }
+    std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
+    RecipeSet createRecipes(TargetContext& target) override;
+};
+
+}  // namespace Vesk
