@@ -92,6 +92,15 @@ bool Context::hasHeldAppends(std::string_view name) const {
     });
 }
 
+std::vector<Assignment> Context::heldAppends() const {
+    std::vector<Assignment> appends;
+    appends.reserve(heldAppends_.size());
+    for (const HeldAppend& held : heldAppends_) {
+        appends.push_back(held.assignment);
+    }
+    return appends;
+}
+
 bool Context::mustHold(const Assignment& assignment) const {
     if (assignment.op != AssignOperator::Append || !assignment.value) {
         return false;

@@ -92,6 +92,7 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     /// Makes the held appends whose references resolve now; the others stay held.
     void placeHeldAppends();
     bool hasHeldAppends(std::string_view name) const;
+    std::vector<Assignment> heldAppends() const;
 
     /// The value of a stored assignment as it would be after resolving; an empty string when it
     /// has none. Throws as `resolveIdentifier`.

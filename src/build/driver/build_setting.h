@@ -1,0 +1,27 @@
+// What all visits of one build share.
+#pragma once
+
+#include <functional>
+
+#include "build/cache/build_cache.h"
+#include "project/project_catalog.h"
+#include "tools/toolbox.h"
+
+namespace Vesk {
+
+struct DriverOptions {
+    int jobCount = 1;        ///< -j; 0 and 1 mean strictly sequential work inside a target
+    bool dryRun = false;     ///< show the commands, run and write nothing
+    bool keepGoing = false;  ///< after a failure go on with what does not need the failed target
+};
+
+/// All that is referred to outlives the build.
+struct BuildSetting {
+    const ProjectCatalog& catalog;
+    const Toolbox& staticTools;
+    std::function<const Toolbox&(const Project&)> declaredTools;  ///< of a project
+    std::function<BuildCache&(const Project&)> cacheOf;
+    DriverOptions options;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,147 @@
+#include "build/driver/driver.h"
+
+#include <fmt/format.h>
+
+#include "base/console.h"
+#include "build/driver/build_errors.h"
+#include "build/driver/target_visit.h"
+#include "types/context_value.h"
+
+namespace Vesk {
+namespace {
+
+/// Takes the target's name off the messages when the build ends, whichever way.
+struct PrefixEnd {
+    PrefixEnd() = default;
+    PrefixEnd(const PrefixEnd&) = delete;
+    PrefixEnd& operator=(const PrefixEnd&) = delete;
+    ~PrefixEnd() { console::setPrefix({}); }
+};
+
+std::string argumentText(const ValuePtr& argument) {
+    const auto* context = dynamic_cast<const VeskContext*>(argument.get());
+    if (context != nullptr && !context->owns()) {
+        // The dependant's own context, which is not resolved yet: its identity tells it.
+        return fmt::format("{}", static_cast<const void*>(context->context().get()));
+    }
+    return argument->toDisplayString();
+}
+
+std::string visitKey(const TargetLocation& location, const std::vector<ValuePtr>& arguments) {
+    std::string key = fmt::format("{}", static_cast<const void*>(location.target.get()));
+    for (const ValuePtr& argument : arguments) {
+        key += "(" + argumentText(argument) + ")";
+    }
+    return key;
+}
+
+void reportFailure(const std::string& text) {
+    console::error("Error: {}", text);
+}
+
+}  // namespace
+
+Driver::Driver(BuildSetting setting) : setting_(std::move(setting)) {}
+
+Driver::~Driver() = default;
+
+void Driver::throwCycle(const std::string& key) const {
+    std::vector<std::string> chain;
+    for (const auto& visit : stack_) {
+        if (!chain.empty() || visit->key() == key) {
+            chain.push_back(visit->displayName());
+        }
+    }
+    chain.push_back(chain.front());
+    throw LoopFoundException(chain.front(), chain);
+}
+
+Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<ValuePtr> arguments) {
+    const std::string key = visitKey(location, arguments);
+    const auto [position, isNew] = visited_.try_emplace(key);
+    if (isNew) {
+        stack_.push_back(
+            std::make_unique<TargetVisit>(setting_, location, std::move(arguments), key));
+        stack_.back()->begin();
+    } else if (!position->second.finished) {
+        throwCycle(key);
+    }
+    return position->second;
+}
+
+void Driver::visitNextDependency(TargetVisit& visit) {
+    const TargetLocation location = visit.locateNext();
+    const Visited& visited = enter(location, visit.argumentsForNext());
+    if (!visited.finished) {
+        return;  // it is on top of the stack now
+    }
+    if (visited.failed) {
+        visit.skipDependency();
+    } else {
+        visit.addOutputs(location, visited.outputs);
+    }
+}
+
+void Driver::finishTop() {
+    TargetVisit& visit = *stack_.back();
+    if (visit.hasFailedDependency()) {
+        throw BuildFailed();
+    }
+    Visited& visited = visited_.at(visit.key());
+    visited.outputs = visit.finish();
+    visited.finished = true;
+    stack_.pop_back();
+    if (!stack_.empty()) {
+        stack_.back()->announce();
+    }
+}
+
+/// After a failure that has been reported: the target is left unbuilt, its dependants will be too.
+void Driver::failTop() {
+    Visited& visited = visited_.at(stack_.back()->key());
+    visited.finished = true;
+    visited.failed = true;
+    stack_.pop_back();
+    if (!stack_.empty()) {
+        stack_.back()->announce();
+    }
+}
+
+std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
+    const PrefixEnd prefixEnd;
+    stack_.clear();
+    const std::string root = visitKey(location, {});
+    enter(location, {});
+    while (!stack_.empty()) {
+        TargetVisit& visit = *stack_.back();
+        try {
+            if (visit.nextDependency() != nullptr) {
+                visitNextDependency(visit);
+            } else {
+                finishTop();
+            }
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const BuildFailed&) {
+            if (!setting_.options.keepGoing) {
+                throw;
+            }
+            failTop();
+        } catch (const LoopFoundException&) {
+            throw;
+        } catch (const VeskException& exception) {
+            if (!setting_.options.keepGoing) {
+                throw;
+            }
+            reportFailure(exception.report());
+            failTop();
+        }
+    }
+    const Visited& visited = visited_.at(root);
+    if (visited.failed) {
+        throw BuildFailed();
+    }
+    return visited.outputs;
+}
+
+}  // namespace Vesk
