@@ -27,16 +27,23 @@ std::string argumentText(const ValuePtr& argument) {
     return argument->toDisplayString();
 }
 
+std::vector<std::shared_ptr<Context>> referredContexts(const std::vector<ValuePtr>& arguments) {
+    std::vector<std::shared_ptr<Context>> contexts;
+    for (const ValuePtr& argument : arguments) {
+        const auto* context = dynamic_cast<const VeskContext*>(argument.get());
+        if (context != nullptr && !context->owns()) {
+            contexts.push_back(context->context());
+        }
+    }
+    return contexts;
+}
+
 std::string visitKey(const TargetLocation& location, const std::vector<ValuePtr>& arguments) {
     std::string key = fmt::format("{}", static_cast<const void*>(location.target.get()));
     for (const ValuePtr& argument : arguments) {
         key += "(" + argumentText(argument) + ")";
     }
     return key;
-}
-
-void reportFailure(const std::string& text) {
-    console::error("Error: {}", text);
 }
 
 }  // namespace
@@ -60,6 +67,7 @@ Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<Value
     const std::string key = visitKey(location, arguments);
     const auto [position, isNew] = visited_.try_emplace(key);
     if (isNew) {
+        position->second.arguments = referredContexts(arguments);
         stack_.push_back(
             std::make_unique<TargetVisit>(setting_, location, std::move(arguments), key));
         stack_.back()->begin();
@@ -71,14 +79,16 @@ Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<Value
 
 void Driver::visitNextDependency(TargetVisit& visit) {
     const TargetLocation location = visit.locateNext();
-    const Visited& visited = enter(location, visit.argumentsForNext());
-    if (!visited.finished) {
-        return;  // it is on top of the stack now
-    }
-    if (visited.failed) {
-        visit.skipDependency();
-    } else {
-        visit.addOutputs(location, visited.outputs);
+    std::vector<ValuePtr> arguments = visit.argumentsForNext();
+    try {
+        const Visited& visited = enter(location, std::move(arguments));
+        if (visited.failed) {
+            visit.skipDependency();
+        } else if (visited.finished) {
+            visit.addOutputs(location, visited.outputs);
+        }  // else it is on top of the stack now, and hands its outputs over when it is finished
+    } catch (...) {
+        rethrowWithNote(visit.neededByNote());
     }
 }
 
@@ -90,9 +100,11 @@ void Driver::finishTop() {
     Visited& visited = visited_.at(visit.key());
     visited.outputs = visit.finish();
     visited.finished = true;
+    const TargetLocation location = visit.location();
     stack_.pop_back();
     if (!stack_.empty()) {
         stack_.back()->announce();
+        stack_.back()->addOutputs(location, visited.outputs);
     }
 }
 
@@ -104,6 +116,15 @@ void Driver::failTop() {
     stack_.pop_back();
     if (!stack_.empty()) {
         stack_.back()->announce();
+        stack_.back()->skipDependency();
+    }
+}
+
+void Driver::step(TargetVisit& visit) {
+    if (visit.nextDependency() != nullptr) {
+        visitNextDependency(visit);
+    } else {
+        finishTop();
     }
 }
 
@@ -113,27 +134,22 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
     const std::string root = visitKey(location, {});
     enter(location, {});
     while (!stack_.empty()) {
-        TargetVisit& visit = *stack_.back();
         try {
-            if (visit.nextDependency() != nullptr) {
-                visitNextDependency(visit);
-            } else {
-                finishTop();
-            }
+            step(*stack_.back());
         } catch (const Interrupted&) {
+            throw;
+        } catch (const LoopFoundException&) {
             throw;
         } catch (const BuildFailed&) {
             if (!setting_.options.keepGoing) {
                 throw;
             }
             failTop();
-        } catch (const LoopFoundException&) {
-            throw;
         } catch (const VeskException& exception) {
             if (!setting_.options.keepGoing) {
                 throw;
             }
-            reportFailure(exception.report());
+            console::error("Error: {}", exception.report());
             failTop();
         }
     }
