@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "project/project.h"
@@ -44,25 +45,33 @@ class ProjectLoader {
 
     /// Makes a project known that the command line names and `root` does not import: the registered
     /// one of that name, loaded without a profile. Throws as loadImports. Does nothing when `root`
-    /// knows the name.
+    /// knows the name or it is not registered.
     void loadRequested(Project& root, const std::string& name);
 
   private:
     struct Frame;
 
+    struct Loaded {
+        Project* project = nullptr;
+        std::string origin;  ///< who asked for it first, for messages
+    };
+
     Project& readProject(const std::filesystem::path& projectFile);
+    std::vector<ToolEntry> usableTools(const ProjectFile& file) const;
     void selectProfile(Project& project, const std::string& profile) const;
     void loadImportTree(Project& start);
-    Project* enterImport(std::vector<Frame>& chain, const ProjectImport& entry);
+    Project* enterImport(const std::vector<Frame>& chain, const ProjectImport& entry);
+    void requireReusable(const std::vector<Frame>& chain, const Loaded& loaded,
+                         const std::string& profile) const;
+    [[noreturn]] void throwCycle(const std::vector<Frame>& chain, const Project& again) const;
+    void addImport(Project& importer, const ProjectImport& entry, const Project& imported) const;
     std::filesystem::path locateImport(const Project& importer, const ProjectImport& entry) const;
-    std::vector<ToolEntry> usableTools(std::vector<ToolEntry> declared,
-                                       const std::string& projectName) const;
 
     ProjectStore& store_;
     const Registry* registry_;
     ToolTypePredicate knowsToolType_;
-    std::unordered_map<std::string, Project*> loaded_;        ///< by identity of the project file
-    std::unordered_map<const Project*, std::string> origin_;  ///< who asked for it first
+    std::unordered_map<std::string, Loaded> loaded_;  ///< by identity of the project file
+    std::unordered_set<const Project*> inProgress_;   ///< those on the chain of imports
 };
 
 }  // namespace Vesk

@@ -1,0 +1,192 @@
+#include "project/create_project.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "base/console.h"
+#include "base/exception.h"
+#include "grammar/loaders.h"
+#include "platform/files.h"
+#include "project/identifier.h"
+#include "project/project.h"
+#include "project/project_paths.h"
+
+namespace Vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A unit file as it will be listed.
+struct FoundFile {
+    std::string listed;        ///< relative to the project, with slashes
+    fs::path directory;        ///< relative to the project; empty for the project's own
+    std::optional<Unit> unit;  ///< nothing when the file has errors
+};
+
+class ProjectDescriber {
+  public:
+    explicit ProjectDescriber(fs::path root) : root_(std::move(root)) {
+        const std::string directory = platform::pathToUtf8(root_.filename());
+        project_.name = directory.empty() ? "project" : identifierFrom(directory);
+    }
+
+    NewProject describe(const std::vector<fs::path>& files) {
+        std::vector<FoundFile> undeclared;
+        for (const fs::path& file : files) {
+            FoundFile found = read(file);
+            if (found.listed.find('"') != std::string::npos) {
+                leaveOut(found, "its path has a double quote, which a project file cannot hold");
+            } else if (found.unit && found.unit->nameDeclared) {
+                addDeclared(found);
+            } else {
+                undeclared.push_back(std::move(found));
+            }
+        }
+        // Names that files declare are fixed; the others make way for them, the root's file last.
+        std::stable_partition(undeclared.begin(), undeclared.end(),
+                              [](const FoundFile& found) { return found.directory.empty(); });
+        for (const FoundFile& found : undeclared) {
+            project_.units[freeName(found)].push_back(found.listed);
+        }
+        return std::move(project_);
+    }
+
+  private:
+    FoundFile read(const fs::path& file) const {
+        FoundFile found;
+        const fs::path relative = file.lexically_relative(root_);
+        found.listed = genericText(relative);
+        found.directory = relative.parent_path();
+        try {
+            found.unit = parseUnitFile(file);
+        } catch (const VeskException& error) {
+            console::warning("Unit file '{}' is listed, but it has errors: {}", found.listed,
+                             error.report());
+        } catch (const std::exception& error) {
+            console::warning("Unit file '{}' is listed, but it has errors: {}", found.listed,
+                             error.what());
+        }
+        return found;
+    }
+
+    static std::string genericText(const fs::path& path) {
+        const auto text = path.generic_u8string();
+        return std::string(text.begin(), text.end());
+    }
+
+    static void leaveOut(const FoundFile& found, const std::string& why) {
+        console::warning("Unit file '{}' is left out: {}.", found.listed, why);
+    }
+
+    /// Files that declare one name make one unit, as long as their targets differ.
+    void addDeclared(const FoundFile& found) {
+        const Unit& unit = *found.unit;
+        auto& targets = targets_[unit.name];
+        for (const auto& target : unit.targets) {
+            const auto known = targets.find(target->name);
+            if (known != targets.end()) {
+                leaveOut(found, "unit '" + unit.name + "' already has a target '" + target->name +
+                                    "' in '" + known->second +
+                                    "'; give one of the two units another name");
+                return;
+            }
+        }
+        for (const auto& target : unit.targets) {
+            targets.emplace(target->name, found.listed);
+        }
+        project_.units[unit.name].push_back(found.listed);
+    }
+
+    /// After the directory, or more of the path where that name is taken.
+    std::string freeName(const FoundFile& found) const {
+        std::string wanted = project_.name;
+        std::string path;
+        for (auto part = found.directory.end(); part != found.directory.begin();) {
+            path = genericText(*--part) + (path.empty() ? "" : "_") + path;
+            wanted = identifierFrom(path);
+            if (!project_.units.contains(wanted)) {
+                return wanted;
+            }
+        }
+        std::string name = wanted;
+        for (int number = 2; project_.units.contains(name); ++number) {
+            name = wanted + "_" + std::to_string(number);
+        }
+        return name;
+    }
+
+    fs::path root_;
+    NewProject project_;
+    std::map<std::string, std::map<std::string, std::string>> targets_;  ///< by unit: target, file
+};
+
+std::string projectText(const NewProject& project) {
+    std::string text = "name " + project.name + "\nunits\n{\n";
+    for (const auto& [name, files] : project.units) {
+        if (name.empty()) {
+            continue;
+        }
+        text += name + "\n{\n";
+        for (const std::string& file : files) {
+            text += "  \"" + file + "\"\n";
+        }
+        text += "}\n";
+    }
+    return text + "}\n";
+}
+
+fs::path freeBackupName(const fs::path& file) {
+    fs::path backup = file;
+    backup += ".bak";
+    std::error_code ignored;
+    for (int number = 2; fs::exists(backup, ignored); ++number) {
+        backup = file;
+        backup += ".bak" + std::to_string(number);
+    }
+    return backup;
+}
+
+/// Copies the old file, if there is one, to a name beside it. False and `error` set on failure.
+bool keepOldFile(const fs::path& file, std::error_code& error) {
+    if (!fs::exists(file, error)) {
+        return !error;
+    }
+    const fs::path backup = freeBackupName(file);
+    if (!fs::copy_file(file, backup, error)) {
+        return false;
+    }
+    console::normal("The old project file is kept as '{}'.", platform::pathToUtf8(backup));
+    return true;
+}
+
+}  // namespace
+
+NewProject describeNewProject(const fs::path& root, std::string_view outputDirectory) {
+    const fs::path canonical = canonicalPath(root);
+    NewProject project =
+        ProjectDescriber(canonical).describe(findUnitFiles(canonical, outputDirectory));
+    if (project.units.empty()) {
+        console::warning("No unit files ('{}') were found under '{}': the project lists no units.",
+                         kUnitFileName, platform::pathToUtf8(canonical));
+    }
+    return project;
+}
+
+fs::path createProjectFile(const NewProject& project, const fs::path& directory) {
+    fs::path file = directory / kProjectFileName;
+    fs::path temporary = file;
+    temporary += ".tmp";
+    std::error_code error;
+    if (!platform::writeWholeFile(temporary, projectText(project), platform::Append::no, error) ||
+        !keepOldFile(file, error) || !platform::replaceFile(temporary, file, error)) {
+        std::error_code ignored;
+        fs::remove(temporary, ignored);
+        VeskException failure("Unable to write project file: " + platform::pathToUtf8(file));
+        failure.addNote(error.message());
+        throw failure;
+    }
+    console::normal("Created file '{}'.", platform::pathToUtf8(file));
+    return file;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,113 @@
+#include "project/project_catalog.h"
+
+#include "base/text.h"
+#include "platform/files.h"
+#include "types/errors.h"
+
+namespace Vesk {
+namespace {
+
+std::shared_ptr<const Unit> unitOf(const Project& project, std::string_view name) {
+    auto unit = project.findUnit(name);
+    if (!unit) {
+        throw NotFoundException("Unit", std::string(name), didYouMean(name, project.unitNames()));
+    }
+    return unit;
+}
+
+TargetLocation targetOf(const Project& project, std::shared_ptr<const Unit> unit,
+                        const std::string& name) {
+    auto target = unit->findTarget(name);
+    if (!target) {
+        throw NotFoundException("Target", unit->name + "::" + name,
+                                didYouMean(name, unit->targetNames()));
+    }
+    return {&project, std::move(unit), std::move(target)};
+}
+
+void mergeProfile(Context& context, const Project& project, std::string_view name) {
+    if (const ProfileEntry* entry = project.findProfile(name)) {
+        context.mergeContext(*entry->context, ModifierMode::Keep);
+    }
+}
+
+}  // namespace
+
+ProjectCatalog::ProjectCatalog(ProjectStore store, const Context& base, const Context& overrides)
+    : store_(std::move(store)), projects_(store_.projects()) {
+    implicitContexts_.reserve(projects_.size());
+    for (const Project* project : projects_) {
+        implicitContexts_.emplace(project, buildImplicitContext(*project, base, overrides));
+    }
+}
+
+void ProjectCatalog::setActive(const Project& project) {
+    implicitContext(project);  // throws for one that is not ours
+    active_ = &project;
+}
+
+const Project& ProjectCatalog::active() const {
+    if (active_ == nullptr) {
+        throw VeskException("ProjectCatalog has no active page.");
+    }
+    return *active_;
+}
+
+const std::vector<std::shared_ptr<const Unit>>& ProjectCatalog::activeUnits() const {
+    return active().units();
+}
+
+const std::vector<ImportedProject>& ProjectCatalog::activeImports() const {
+    return active().imports();
+}
+
+TargetLocation ProjectCatalog::locate(const DependencyReference& reference, const Project& from,
+                                      const Unit& currentUnit) const {
+    if (reference.ns.empty()) {
+        const std::string& unitName = reference.unit.empty() ? currentUnit.name : reference.unit;
+        return targetOf(from, unitOf(from, unitName), reference.target);
+    }
+    const Project* project = from.findImport(reference.ns);
+    if (project == nullptr) {
+        throw NotFoundException("Project", reference.ns,
+                                didYouMean(reference.ns, from.importNames()));
+    }
+    return targetOf(*project, unitOf(*project, reference.unit), reference.target);
+}
+
+TargetLocation ProjectCatalog::locate(const DependencyReference& reference) const {
+    const Project& from = active();
+    const auto& mainUnit = from.mainUnit();
+    if (!reference.target.empty()) {
+        return locate(reference, from, *mainUnit);
+    }
+    if (mainUnit->targets.empty()) {
+        throw VeskException("Unit '" + mainUnit->name + "' has no targets.");
+    }
+    return {&from, mainUnit, mainUnit->targets.front()};
+}
+
+const Context& ProjectCatalog::implicitContext(const Project& project) const {
+    const auto found = implicitContexts_.find(&project);
+    if (found == implicitContexts_.end()) {
+        throw NotFoundException("Project", project.name);
+    }
+    return *found->second;
+}
+
+std::shared_ptr<Context> buildImplicitContext(const Project& project, const Context& base,
+                                              const Context& overrides) {
+    auto context = std::make_shared<Context>();
+    context->mergeContext(base, ModifierMode::Keep);
+    context->addAssignment(textAssignment("PROJECT_ROOT", platform::pathToUtf8(project.root)),
+                           ModifierMode::Keep);
+    mergeProfile(*context, project, kDefaultProfile);
+    if (!project.profile.empty() && !equalsIgnoringCase(project.profile, kDefaultProfile)) {
+        mergeProfile(*context, project, project.profile);
+    }
+    context->addAssignment(textAssignment("PROFILE", project.profile), ModifierMode::Keep);
+    context->mergeContext(overrides, ModifierMode::Keep);
+    return context;
+}
+
+}  // namespace Vesk

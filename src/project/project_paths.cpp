@@ -1,0 +1,40 @@
+#include "project/project_paths.h"
+
+#include "base/text.h"
+#include "platform/files.h"
+#include "platform/system.h"
+#include "project/project.h"
+
+namespace Vesk {
+
+namespace fs = std::filesystem;
+
+fs::path pathWrittenIn(const fs::path& directory, const std::string& text) {
+    const fs::path path = platform::pathFromUtf8(text);
+    return (platform::isAbsolutePath(text) ? path : directory / path).lexically_normal();
+}
+
+fs::path projectFileAt(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_directory(path, ignored) ? path / kProjectFileName : path;
+}
+
+fs::path canonicalPath(const fs::path& path) {
+    std::error_code error;
+    fs::path canonical = fs::weakly_canonical(path, error);
+    if (error) {
+        throw fs::filesystem_error("weakly_canonical", path, error);
+    }
+    return canonical;
+}
+
+std::string fileIdentity(const fs::path& path) {
+    std::string identity = platform::pathToUtf8(canonicalPath(path));
+    return platform::kWindows ? lowerCased(identity) : identity;
+}
+
+std::string placeOf(const fs::path& file, std::uint32_t line) {
+    return platform::pathToUtf8(file) + ":" + std::to_string(line);
+}
+
+}  // namespace Vesk

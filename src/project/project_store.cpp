@@ -1,0 +1,103 @@
+#include "project/project_store.h"
+
+#include "base/exception.h"
+#include "grammar/loaders.h"
+#include "platform/files.h"
+
+namespace Vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isFile(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_regular_file(path, ignored);
+}
+
+std::unique_ptr<Project> projectOf(std::shared_ptr<const Unit> unit, const fs::path& root) {
+    auto project = std::make_unique<Project>();
+    project->root = root;
+    project->name = unit->name;
+    project->addUnit(std::move(unit));
+    return project;
+}
+
+}  // namespace
+
+Project& ProjectStore::addProject(std::unique_ptr<Project> project) {
+    const std::string path = platform::pathToUtf8(project->file);
+    if (path.empty()) {
+        throw VeskException("Project path is empty.");
+    }
+    if (!isFile(project->file)) {
+        throw VeskException("Project path is not a file: " + path);
+    }
+    if (project->name.empty()) {
+        VeskException error("A stored project requires a primary name: " + path);
+        error.addNote("give the project file a first line such as: name my_project");
+        throw error;
+    }
+    const auto [place, isNew] = projects_.try_emplace(project->name);
+    if (!isNew) {
+        throw VeskException("Duplicate project name '" + project->name +
+                            "': " + platform::pathToUtf8(place->second->file) + " versus " + path);
+    }
+    place->second = std::move(project);
+    return *place->second;
+}
+
+void ProjectStore::requireStandaloneRoot(const fs::path& root) const {
+    std::error_code ignored;
+    if (!fs::is_directory(root, ignored)) {
+        throw VeskException("Standalone root is not a directory: " + platform::pathToUtf8(root));
+    }
+    if (standalone_) {
+        throw VeskException("A ProjectStore can hold only one standalone unit.");
+    }
+}
+
+Project& ProjectStore::addStandaloneUnit(const fs::path& unitFile, const fs::path& root) {
+    if (unitFile.empty()) {
+        throw VeskException("Standalone unit path is empty.");
+    }
+    if (!isFile(unitFile)) {
+        throw VeskException("Standalone unit path is not a file: " +
+                            platform::pathToUtf8(unitFile));
+    }
+    requireStandaloneRoot(root);
+    auto unit = std::make_shared<Unit>(parseUnitFile(unitFile));
+    if (unit->name.empty()) {
+        unit->name = platform::pathToUtf8(unitFile.stem());
+    }
+    standalone_ = projectOf(std::move(unit), root);
+    return *standalone_;
+}
+
+Project& ProjectStore::addPreparedStandaloneUnit(std::shared_ptr<const Unit> unit,
+                                                 const fs::path& root) {
+    if (!unit || unit->name.empty()) {
+        throw VeskException("A prepared standalone unit requires a name.");
+    }
+    requireStandaloneRoot(root);
+    standalone_ = projectOf(std::move(unit), root);
+    return *standalone_;
+}
+
+const Project* ProjectStore::findProject(std::string_view primaryName) const {
+    const auto found = projects_.find(primaryName);
+    return found == projects_.end() ? nullptr : found->second.get();
+}
+
+std::vector<const Project*> ProjectStore::projects() const {
+    std::vector<const Project*> all;
+    all.reserve(projects_.size() + 1);
+    for (const auto& [name, project] : projects_) {
+        all.push_back(project.get());
+    }
+    if (standalone_) {
+        all.push_back(standalone_.get());
+    }
+    return all;
+}
+
+}  // namespace Vesk

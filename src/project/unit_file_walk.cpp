@@ -1,0 +1,118 @@
+// The walk that finds unit files.
+#include <algorithm>
+#include <deque>
+#include <unordered_set>
+
+#include "base/ci_string.h"
+#include "platform/files.h"
+#include "project/create_project.h"
+#include "project/project.h"
+#include "project/project_paths.h"
+
+namespace Vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void throwWalkError(const char* operation, const fs::path& path, std::error_code why) {
+    throw fs::filesystem_error(std::string("directory_") + operation, path, why);
+}
+
+std::vector<fs::directory_entry> entriesOf(const fs::path& directory) {
+    std::error_code error;
+    fs::directory_iterator at(directory, error);
+    if (error) {
+        throwWalkError("iterator::directory_iterator", directory, error);
+    }
+    std::vector<fs::directory_entry> entries;
+    while (at != fs::directory_iterator()) {
+        entries.push_back(*at);
+        at.increment(error);
+        if (error) {
+            throwWalkError("iterator::operator++", directory, error);
+        }
+    }
+    std::sort(entries.begin(), entries.end());
+    return entries;
+}
+
+class UnitFileWalk {
+  public:
+    UnitFileWalk(const fs::path& root, std::string_view outputDirectory)
+        : root_(root), rootIdentity_(fileIdentity(root)) {
+        if (!outputDirectory.empty()) {
+            outputIdentity_ = fileIdentity(root / platform::pathFromUtf8(outputDirectory));
+        }
+        directories_.push_back(root);
+    }
+
+    std::vector<fs::path> run() {
+        // Links come after all real directories, so that a file reached both ways is listed by
+        // where it really is.
+        while (!directories_.empty() || !links_.empty()) {
+            if (!directories_.empty()) {
+                const fs::path directory = std::move(directories_.back());
+                directories_.pop_back();
+                visit(directory);
+                continue;
+            }
+            fs::path link = std::move(links_.front());
+            links_.pop_front();
+            if (!holdsRoot(link)) {
+                directories_.push_back(std::move(link));
+            }
+        }
+        std::sort(files_.begin(), files_.end());
+        return std::move(files_);
+    }
+
+  private:
+    void visit(const fs::path& directory) {
+        std::string identity = fileIdentity(directory);
+        if (identity == outputIdentity_ || !visited_.insert(std::move(identity)).second) {
+            return;
+        }
+        for (const fs::directory_entry& entry : entriesOf(directory)) {
+            std::error_code error;
+            const fs::file_status status = entry.status(error);
+            if (error && status.type() == fs::file_type::none) {
+                throwWalkError("entry::status", entry.path(), error);
+            }
+            if (fs::is_directory(status)) {
+                auto& found = entry.is_symlink(error) ? links_ : directories_;
+                found.push_back(entry.path());
+            } else if (fs::is_regular_file(status) && isUnitFile(entry.path())) {
+                files_.push_back(entry.path());
+            }
+        }
+    }
+
+    static bool isUnitFile(const fs::path& path) {
+        return equalsIgnoringCase(platform::pathToUtf8(path.filename()), kUnitFileName);
+    }
+
+    /// Whether the link leads to a directory above the root: following it would walk over
+    /// everything around the project, and over the project again.
+    bool holdsRoot(const fs::path& link) const {
+        const std::string target = fileIdentity(link);
+        return rootIdentity_.starts_with(target) &&
+               (target.size() == rootIdentity_.size() || target.back() == '/' ||
+                rootIdentity_[target.size()] == '/' || rootIdentity_[target.size()] == '\\');
+    }
+
+    fs::path root_;
+    std::string rootIdentity_;
+    std::string outputIdentity_;
+    std::deque<fs::path> directories_;
+    std::deque<fs::path> links_;
+    std::unordered_set<std::string> visited_;
+    std::vector<fs::path> files_;
+};
+
+}  // namespace
+
+std::vector<fs::path> findUnitFiles(const fs::path& root, std::string_view outputDirectory) {
+    return UnitFileWalk(root, outputDirectory).run();
+}
+
+}  // namespace Vesk

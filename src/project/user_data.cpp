@@ -1,0 +1,51 @@
+#include <stdexcept>
+
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/system.h"
+#include "project/registry.h"
+
+namespace Vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::optional<fs::path> directoryNamedBy(const char* variable) {
+    const auto value = platform::environmentVariable(variable);
+    if (!value || value->empty()) {
+        return std::nullopt;
+    }
+    return platform::pathFromUtf8(*value);
+}
+
+fs::path chosenDirectory() {
+    if (const auto appData = directoryNamedBy("APPDATA")) {
+        return *appData / "vesk";
+    }
+    if (const auto profile = directoryNamedBy("USERPROFILE")) {
+        return *profile / "AppData" / "Local" / "vesk";
+    }
+    if (!platform::kWindows) {
+        if (const auto config = directoryNamedBy("XDG_CONFIG_HOME")) {
+            return *config / "vesk";
+        }
+        if (const auto home = directoryNamedBy("HOME")) {
+            return *home / ".config" / "vesk";
+        }
+    }
+    throw std::runtime_error("Unable to resolve %APPDATA% path.");
+}
+
+}  // namespace
+
+fs::path userDataDirectory() {
+    fs::path directory = chosenDirectory();
+    std::error_code error;
+    fs::create_directories(directory, error);
+    if (error) {
+        throw fs::filesystem_error("create_directories", directory, error);
+    }
+    return directory;
+}
+
+}  // namespace Vesk
