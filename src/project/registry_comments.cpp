@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <iterator>
-
-#include "CommonLexer.h"
+#include <utility>
 
 #include "base/text.h"
-#include "grammar/text_stream.h"
+#include "grammar/token_texts.h"
+#include "project/identifier.h"
 
 namespace Vesk {
-
-using Lexer = grammar::CommonLexer;
 
 namespace anchor {
 
@@ -42,76 +40,75 @@ std::string condition(std::string_view tool, std::size_t index) {
 
 namespace {
 
-bool isModifier(std::size_t type) {
-    return type == Lexer::UP || type == Lexer::MUST || type == Lexer::HINT;
+bool isModifier(std::string_view token) {
+    return token == "^" || token == "!" || token == "?";
 }
 
 /// Tells for each token of a registry file to which line of the written form it belongs.
 class LineTracker {
   public:
-    /// `next` is the token after it; both stay alive as long as the tracker.
-    const std::string& enter(antlr4::Token& token, antlr4::Token* next) {
-        const std::size_t type = token.getType();
+    /// `next` is the text of the token after it.
+    const std::string& enter(const std::string& token, const std::string& next) {
         if (depth_ == 0) {
-            enterTop(type, token);
+            enterTop(token);
         } else if (depth_ == 1) {
-            enterSection(type, token);
+            enterSection(token);
         } else if (depth_ == 2) {
-            enterTool(type, token, next);
+            enterTool(token, next);
         } else {
-            depth_ += type == Lexer::LBRACE ? 1 : type == Lexer::RBRACE ? -1 : 0;
+            depth_ += token == "{" ? 1 : token == "}" ? -1 : 0;
         }
-        previous_ = type;
+        previous_ = token;
         return anchor_;
     }
 
   private:
-    void enterTop(std::size_t type, antlr4::Token& token) {
-        if (type == Lexer::LBRACE) {
+    void enterTop(const std::string& token) {
+        if (token == "{") {
             depth_ = 1;
         } else {
-            section_ = token.getText();
+            section_ = token;
             anchor_ = anchor::sectionStart(section_);
         }
     }
 
-    void enterSection(std::size_t type, antlr4::Token& token) {
-        if (type == Lexer::RBRACE) {
+    void enterSection(const std::string& token) {
+        if (token == "}") {
             depth_ = 0;
             anchor_ = anchor::sectionEnd(section_);
-        } else if (type == Lexer::LBRACE) {
+        } else if (token == "{") {
             depth_ = 2;
             conditions_ = 0;
-        } else if (type == Lexer::IDENTIFIER) {
-            entry_ = token.getText();
+        } else if (isIdentifier(token)) {
+            entry_ = token;
             anchor_ = section_ == "tools" ? anchor::toolStart(entry_) : anchor::project(entry_);
         }
     }
 
-    void enterTool(std::size_t type, antlr4::Token& token, antlr4::Token* next) {
-        if (type == Lexer::LBRACE) {
+    void enterTool(const std::string& token, const std::string& next) {
+        if (token == "{") {
             depth_ = 3;
             inCondition_ = false;
-        } else if (type == Lexer::RBRACE) {
+        } else if (token == "}") {
             depth_ = 1;
             anchor_ = anchor::toolEnd(entry_);
-        } else if (type == Lexer::LSQUARE) {
+        } else if (token == "[") {
             ++brackets_;
-        } else if (type == Lexer::RSQUARE) {
+        } else if (token == "]") {
             --brackets_;
-        } else if (type == Lexer::IF_STR && startsStatement()) {
+        } else if (isModifier(token)) {
+            anchor_ = anchor::variable(entry_, next);
+        } else if (token == "if" && startsStatement()) {
             inCondition_ = true;
             anchor_ = anchor::condition(entry_, conditions_++);
-        } else if (type == Lexer::IDENTIFIER && startsStatement()) {
-            anchor_ = anchor::variable(entry_, token.getText());
-        } else if (isModifier(type) && next != nullptr) {
-            anchor_ = anchor::variable(entry_, next->getText());
+        } else if (isIdentifier(token) && startsStatement()) {
+            anchor_ = anchor::variable(entry_, token);
         }
     }
 
     bool startsStatement() const {
-        const bool insideValue = previous_ == Lexer::EQUALS || previous_ == Lexer::APPEND ||
-                                 previous_ == Lexer::ASSIGNEMPTY || previous_ == Lexer::DOT;
+        const bool insideValue =
+            previous_ == "=" || previous_ == "+=" || previous_ == "?=" || previous_ == ".";
         return !insideValue && brackets_ == 0 && !inCondition_;
     }
 
@@ -119,7 +116,7 @@ class LineTracker {
     int brackets_ = 0;
     bool inCondition_ = false;
     std::size_t conditions_ = 0;
-    std::size_t previous_ = 0;
+    std::string previous_;
     std::string section_;
     std::string entry_;
     std::string anchor_;
@@ -157,32 +154,18 @@ class RegistryComments::Reader {
     explicit Reader(RegistryComments& comments) : comments_(comments) {}
 
     void read(std::string_view text) {
-        TextStream stream(text, {});
-        Lexer lexer(&stream);
-        lexer.removeErrorListeners();
-        const auto tokens = lexer.getAllTokens();
+        const std::vector<TokenText> tokens = tokenTexts(text);
         LineTracker tracker;
         std::string previous;
-        std::size_t from = 0;
-        for (std::size_t i = 0; i < tokens.size(); ++i) {
-            antlr4::Token* next = i + 1 < tokens.size() ? tokens[i + 1].get() : nullptr;
-            const std::string current = tracker.enter(*tokens[i], next);
-            file(gapOf(stream, from, tokens[i]->getStartIndex()), previous, current);
+        for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
+            const std::string current = tracker.enter(tokens[i].text, tokens[i + 1].text);
+            file(tokens[i].before, previous, current);
             previous = current;
-            from = tokens[i]->getStopIndex() + 1;
         }
-        file(gapOf(stream, from, stream.size()), previous, {});
+        file(tokens.back().before, previous, {});
     }
 
   private:
-    static std::string gapOf(TextStream& stream, std::size_t from, std::size_t to) {
-        if (from >= to) {
-            return {};
-        }
-        return stream.getText(
-            antlr4::misc::Interval(static_cast<ssize_t>(from), static_cast<ssize_t>(to) - 1));
-    }
-
     /// `previous` and `current` are the anchors before and after the gap; empty at the file's ends.
     void file(const std::string& gap, const std::string& previous, const std::string& current) {
         for (FoundComment& comment : commentsIn(gap)) {
@@ -210,12 +193,7 @@ class RegistryComments::Reader {
 };
 
 RegistryComments::RegistryComments(const std::string& text) {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    std::string_view rest = text;
-    if (rest.starts_with(kByteOrderMark)) {
-        rest.remove_prefix(kByteOrderMark.size());
-    }
-    Reader(*this).read(rest);
+    Reader(*this).read(text);
 }
 
 Comments RegistryComments::take(const std::string& lineAnchor) {

@@ -1,0 +1,19 @@
+// The tokens of a text and what stands between them, for whoever must keep comments.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Vesk {
+
+struct TokenText {
+    std::string before;  ///< blanks and comments between this token and the one before it
+    std::string text;    ///< as it is written; empty for the end of the text
+};
+
+/// All tokens in order, the end as the last one. Characters that begin no token are left out; a
+/// byte order mark is skipped.
+std::vector<TokenText> tokenTexts(std::string_view text);
+
+}  // namespace Vesk
