@@ -1,0 +1,4 @@
+#pragma once
+
+/* A greeting for somebody; valid until the next call. */
+const char* greeting(const char* who);

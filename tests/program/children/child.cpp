@@ -1,0 +1,202 @@
+// What the commands of test targets run, so that they say the same on every system.
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <map>
+#include <system_error>
+#include <thread>
+
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "program/children/arguments.h"
+
+namespace Vesk::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kUsage = 64;
+constexpr auto kPoll = std::chrono::milliseconds(5);
+// Nothing waits this long unless it hangs.
+constexpr auto kPatience = std::chrono::seconds(60);
+
+void write(const std::string& file, const std::string& text) {
+    std::error_code error;
+    if (!platform::writeWholeFile(platform::pathFromUtf8(file), text, platform::Append::no,
+                                  error)) {
+        throw std::system_error(error, file);
+    }
+}
+
+/// args TEXT...: each argument in brackets, a line an argument.
+int args(const Arguments& arguments) {
+    std::string text;
+    for (const std::string& argument : arguments) {
+        text += "[" + argument + "]\n";
+    }
+    put(text);
+    return 0;
+}
+
+/// print TEXT...: the arguments, with a blank between two of them, as one line.
+int print(const Arguments& arguments) {
+    std::string line;
+    for (const std::string& argument : arguments) {
+        line += (line.empty() ? "" : " ") + argument;
+    }
+    put(line + "\n");
+    return 0;
+}
+
+/// env NAME...: what the variables hold.
+int env(const Arguments& arguments) {
+    for (const std::string& name : arguments) {
+        const auto value = platform::environmentVariable(name);
+        put(name + (value ? "=" + *value : " is not set") + "\n");
+    }
+    return 0;
+}
+
+/// cwd: the name of the current directory.
+int cwd(const Arguments&) {
+    put(platform::pathToUtf8(fs::current_path().filename()) + "\n");
+    return 0;
+}
+
+/// exit NUMBER
+int exitWith(const Arguments& arguments) {
+    return std::stoi(arguments.at(0));
+}
+
+/// touch FILE...: makes files, their content is their name.
+int touch(const Arguments& arguments) {
+    for (const std::string& file : arguments) {
+        write(file, file + "\n");
+    }
+    return 0;
+}
+
+/// copy FROM TO
+int copy(const Arguments& arguments) {
+    std::error_code error;
+    const auto bytes = platform::readWholeFile(platform::pathFromUtf8(arguments.at(0)), error);
+    if (!bytes) {
+        put("copy: there is no '" + arguments[0] + "'\n");
+        return 1;
+    }
+    write(arguments.at(1), *bytes);
+    return 0;
+}
+
+bool waitFor(const std::string& file) {
+    const auto limit = std::chrono::steady_clock::now() + kPatience;
+    while (!fs::exists(platform::pathFromUtf8(file))) {
+        if (std::chrono::steady_clock::now() > limit) {
+            return false;
+        }
+        std::this_thread::sleep_for(kPoll);
+    }
+    return true;
+}
+
+/// meet MINE OTHER... [-- STATUS]: makes the first file, waits until the others are there too.
+int meet(const Arguments& arguments) {
+    write(arguments.at(0), "");
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        if (arguments[i] == "--") {
+            return std::stoi(arguments.at(i + 1));
+        }
+        if (!waitFor(arguments[i])) {
+            put("meet: '" + arguments[i] + "' never came\n");
+            return 1;
+        }
+    }
+    return 0;
+}
+
+volatile std::sig_atomic_t caught = 0;
+
+extern "C" void onSignal(int signal) {
+    caught = signal;
+}
+
+/// linger STARTED [ASKED]: makes the first file and stays until it is told to end; with a second
+/// file, makes that when it is told to, and stays.
+int linger(const Arguments& arguments) {
+    if (arguments.size() > 1) {
+        std::signal(SIGINT, onSignal);
+        std::signal(SIGTERM, onSignal);
+    }
+    write(arguments.at(0), "");
+    const auto limit = std::chrono::steady_clock::now() + kPatience;
+    bool told = false;
+    while (std::chrono::steady_clock::now() < limit) {
+        if (caught != 0 && !told) {
+            told = true;
+            write(arguments.at(1), "");
+        }
+        std::this_thread::sleep_for(kPoll);
+    }
+    return 1;
+}
+
+/// Composes a Windows command line; the arguments of tests hold no quotes.
+std::string commandLineOf(const Arguments& arguments) {
+    std::string text;
+    for (const std::string& argument : arguments) {
+        text += (text.empty() ? "\"" : " \"") + argument + "\"";
+    }
+    return text;
+}
+
+/// with_env NAME=VALUE... -- PROGRAM ARGUMENT...: sets variables that an emulator sets itself when
+/// it starts a program. "NAME=" without a value removes the variable.
+int withEnv(const Arguments& arguments) {
+    auto position = arguments.begin();
+    for (; position != arguments.end() && *position != "--"; ++position) {
+        const std::size_t equals = position->find('=');
+        const std::string name = position->substr(0, equals);
+        const std::string value = position->substr(equals + 1);
+        const bool done = value.empty() ? platform::removeEnvironmentVariable(name)
+                                        : platform::setEnvironmentVariable(name, value);
+        if (!done) {
+            return kUsage;
+        }
+    }
+    platform::ProcessRequest request;
+    request.arguments = Arguments(position + 1, arguments.end());
+    request.commandLine = commandLineOf(request.arguments);
+    const platform::ProcessResult result = platform::runProcess(request);
+    return result.started ? result.status : kUsage;
+}
+
+using Verb = int (*)(const Arguments&);
+
+const std::map<std::string, Verb>& verbs() {
+    static const std::map<std::string, Verb> table = {
+        {"args", args},     {"copy", copy},        {"cwd", cwd},     {"env", env},
+        {"exit", exitWith}, {"meet", meet},        {"print", print}, {"touch", touch},
+        {"linger", linger}, {"with_env", withEnv},
+    };
+    return table;
+}
+
+}  // namespace
+
+int run(const Arguments& arguments) {
+    const auto verb = verbs().find(arguments.empty() ? std::string() : arguments[0]);
+    if (verb == verbs().end()) {
+        put("child: unknown verb\n");
+        return kUsage;
+    }
+    try {
+        return verb->second(Arguments(arguments.begin() + 1, arguments.end()));
+    } catch (const std::exception& error) {
+        put("child " + arguments[0] + ": " + error.what() + "\n");
+        return kUsage;
+    }
+}
+
+}  // namespace Vesk::test

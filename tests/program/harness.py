@@ -1,0 +1,205 @@
+"""Runs vesk, on Linux or under Wine, on files that a test writes, and compares what it says.
+
+A case is a class derived from ProgramTest. Each test has a directory of its own, in which vesk
+runs; commands of targets call `child` (children/child.cpp). What vesk prints is compared whole:
+without escapes, with \\n as line end, the test's directory written as {DIR} and the paths below it
+with slashes. In expected texts {*} stands for words that are the system's own.
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import tempfile
+import textwrap
+import unittest
+from dataclasses import dataclass
+from pathlib import Path
+
+TIMEOUT = 120
+ESCAPE = re.compile(r"\x1b\[[0-9;]*m")
+# The emulator sets these itself when it starts a program.
+EMULATORS_OWN = {"APPDATA", "LOCALAPPDATA", "USERPROFILE", "COMSPEC", "PATH", "TEMP", "HOME"}
+
+
+@dataclass
+class Settings:
+    """What is tested; set once by the runner."""
+
+    vesk: Path = None
+    children: Path = None
+    wine: list = None
+
+    @property
+    def windows(self):
+        return self.wine is not None
+
+
+SETTINGS = Settings()
+
+
+@dataclass
+class Result:
+    status: int
+    out: str
+    err: str
+
+
+def posix_only(reason):
+    return unittest.skipIf(SETTINGS.windows, reason)
+
+
+def windows_only(reason):
+    return unittest.skipUnless(SETTINGS.windows, reason)
+
+
+def dedented(text):
+    """A literal block without the indentation and the line end after its opening quotes."""
+    return textwrap.dedent(text[1:] if text.startswith("\n") else text)
+
+
+def on_system(path):
+    """A path as the tested program names it."""
+    return "Z:" + str(path).replace("/", "\\") if SETTINGS.windows else str(path)
+
+
+def pattern_of(expected):
+    return ".*".join(re.escape(part) for part in expected.split("{*}"))
+
+
+class ProgramTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.base = Path(tempfile.mkdtemp(prefix="vesk-test-"))
+        self.addCleanup(shutil.rmtree, self.base, ignore_errors=True)
+        self.dir = self.base / "work"
+        self.dir.mkdir()
+
+    # --- files
+
+    def write(self, name, content):
+        """Writes a file, text as UTF-8 with its indentation removed, or bytes."""
+        file = self.dir / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_bytes(content if isinstance(content, bytes) else dedented(content).encode())
+        return file
+
+    def unit(self, text):
+        return self.write("vesk.txt", text)
+
+    def read(self, name):
+        return (self.dir / name).read_bytes().decode()
+
+    def files(self):
+        """The files below the test's directory, without vesk's own cache."""
+        below = (path for path in self.dir.rglob("*") if path.is_file())
+        names = (path.relative_to(self.dir).as_posix() for path in below)
+        return sorted(name for name in names if not name.rsplit("/", 1)[-1].startswith(".vesk_c"))
+
+    # --- running
+
+    def command(self, arguments, env):
+        program = [str(SETTINGS.vesk)]
+        if SETTINGS.windows:
+            own = [f"{key}={value}" for key, value in env.items() if key in EMULATORS_OWN]
+            if own:
+                child = str(SETTINGS.children / "bin" / "child.exe")
+                program = [child, "with_env", *own, "--", on_system(SETTINGS.vesk)]
+            program = [*SETTINGS.wine, *program]
+        return [*program, *arguments]
+
+    def environment(self, env):
+        """The environment of a run: little of our own, so that results do not depend on it."""
+        folders = [SETTINGS.children / "bin", SETTINGS.children / "powershell"]
+        result = {key: os.environ[key] for key in os.environ if key.endswith("SAN_OPTIONS")}
+        result.update(LANG="C.UTF-8", HOME=os.environ.get("HOME", "/"))
+        if SETTINGS.windows:
+            result["PATH"] = os.environ["PATH"]
+            result["WINEPATH"] = ";".join(on_system(folder) for folder in folders)
+            env = {key: value for key, value in env.items() if key not in EMULATORS_OWN}
+        else:
+            result["PATH"] = ":".join([*map(str, folders), "/usr/bin", "/bin"])
+            result["APPDATA"] = str(self.base / "data")
+        result.update(env)
+        return {key: value for key, value in result.items() if value is not None}
+
+    def start(self, *arguments, env=None, cwd=None, stderr=subprocess.PIPE):
+        """Starts vesk in a session of its own and returns the process."""
+        env = env or {}
+        return subprocess.Popen(
+            self.command(arguments, env),
+            env=self.environment(env),
+            cwd=cwd or self.dir,
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=stderr,
+            start_new_session=True,
+        )
+
+    def run_vesk(self, *arguments, env=None, cwd=None, colours=False, merged=False):
+        """Runs vesk to its end. `merged`: one pipe for both streams, to see the order."""
+        stderr = subprocess.STDOUT if merged else subprocess.PIPE
+        process = self.start(*arguments, env=env, cwd=cwd, stderr=stderr)
+        try:
+            out, err = process.communicate(timeout=TIMEOUT)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.communicate()
+            self.fail(f"vesk {' '.join(arguments)} did not end within {TIMEOUT} seconds")
+        return Result(process.returncode, self.plain(out, colours), self.plain(err, colours))
+
+    def plain(self, output, colours=False):
+        text = (output or b"").decode(errors="backslashreplace").replace("\r\n", "\n")
+        text = text if colours else ESCAPE.sub("", text)
+        parts = [re.escape(part) for part in self.dir.parts[1:]]
+        drive = "[Zz]:" if SETTINGS.windows else ""
+        pattern = re.compile(drive + "".join(r"[\\/]" + part for part in parts) + r"([^\n]*)")
+        slashes = SETTINGS.windows
+        return pattern.sub(
+            lambda hit: "{DIR}" + (hit[1].replace("\\", "/") if slashes else hit[1]), text
+        )
+
+    # --- comparing
+
+    def same(self, actual, expected, what):
+        if "{*}" in expected and re.fullmatch(pattern_of(expected), actual):
+            return
+        self.assertMultiLineEqual(actual, expected, what)
+
+    def check(self, *arguments, out="", err="", status=0, **options):
+        """Runs vesk and compares all that it does; the texts may be indented blocks."""
+        result = self.run_vesk(*arguments, **options)
+        told = "vesk " + " ".join(arguments)
+        self.same(result.err, dedented(err), f"{told}: standard error")
+        self.same(result.out, dedented(out), f"{told}: standard output")
+        self.assertEqual(result.status, status, f"{told}: exit status")
+        return result
+
+    def check_error(self, *arguments, err, out=None, status=1, **options):
+        """The same for runs that fail early: standard output is compared only when given."""
+        result = self.run_vesk(*arguments, **options)
+        told = "vesk " + " ".join(arguments)
+        self.same(result.err, dedented(err), f"{told}: standard error")
+        if out is not None:
+            self.same(result.out, dedented(out), f"{told}: standard output")
+        self.assertEqual(result.status, status, f"{told}: exit status")
+        return result
+
+    def printed(self, *arguments, **options):
+        """Builds and returns what the commands printed, without vesk's own lines."""
+        result = self.run_vesk("-v", "6", *arguments, **options)
+        self.assertEqual((result.err, result.status), ("", 0), "vesk " + " ".join(arguments))
+        return result.out
+
+    def prints(self, unit_text, expected, *arguments, **options):
+        """Writes the unit file, builds, and compares what the commands print."""
+        self.unit(unit_text)
+        self.assertMultiLineEqual(self.printed(*arguments, **options), dedented(expected))
+
+    def outputs(self, body, *arguments, err=""):
+        """The outputs of a target with this body that runs nothing: a line each, as -o says them."""
+        self.unit("t: { cmdline = []\n" + body + "\n}\n")
+        self.check("-v", "6", "-o", "outputs", *arguments, err=err)
+        lines = self.read("outputs").replace("\r\n", "\n")
+        return lines.replace("result = 0\n", "", 1)
