@@ -7,27 +7,45 @@
 
 namespace Vesk {
 
-std::unique_ptr<antlr4::Token> NestingLexer::nextToken() {
+std::unique_ptr<antlr4::Token> CheckingLexer::nextToken() {
     auto next = CommonLexer::nextToken();
     switch (next->getType()) {
         case LBRACE:
         case LSQUARE:
-            if (++open_ > kMaxNesting) {
-                throw VeskException(fmt::format(
-                    "{}({},{}): more than {} braces and brackets are open here. Give what is "
-                    "inside "
-                    "a variable of its own.",
-                    getSourceName(), next->getLine(), next->getCharPositionInLine(), kMaxNesting));
-            }
+            countOpen(*next);
             break;
         case RBRACE:
         case RSQUARE:
             open_ -= open_ > 0 ? 1 : 0;
             break;
+        case SLASH:
+            if (_input->LA(1) == '*') {
+                reportOpenComment();
+                return CommonLexer::nextToken();
+            }
+            break;
         default:
             break;
     }
     return next;
+}
+
+void CheckingLexer::countOpen(const antlr4::Token& bracket) {
+    if (++open_ > kMaxNesting) {
+        throw VeskException(fmt::format(
+            "{}({},{}): more than {} braces and brackets are open here. Give what is "
+            "inside a variable of its own.",
+            getSourceName(), bracket.getLine(), bracket.getCharPositionInLine(), kMaxNesting));
+    }
+}
+
+void CheckingLexer::reportOpenComment() {
+    const std::size_t start = tokenStartCharIndex;
+    auto* const simulator = getInterpreter<antlr4::atn::LexerATNSimulator>();
+    while (_input->LA(1) != antlr4::IntStream::EOF) {
+        simulator->consume(_input);
+    }
+    notifyListeners(antlr4::LexerNoViableAltException(this, _input, start, nullptr));
 }
 
 void makeFast(Recognisers& recognisers) {

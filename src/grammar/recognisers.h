@@ -10,15 +10,20 @@
 
 namespace Vesk {
 
-/// The lexer; it counts how many braces and square brackets are open. Throws VeskException, with
-/// the place, for one more than kMaxNesting: the parser would overflow the stack.
-class NestingLexer : public grammar::CommonLexer {
+/// The lexer, with two checks that rules cannot make. It counts how many braces and square brackets
+/// are open, and throws VeskException, with the place, for one more than kMaxNesting: the parser
+/// would overflow the stack. And it sees that a comment is never closed: one error that covers the
+/// rest of the text, instead of a slash, an asterisk and the comment's words as tokens.
+class CheckingLexer : public grammar::CommonLexer {
   public:
-    explicit NestingLexer(antlr4::CharStream* input) : CommonLexer(input) {}
+    explicit CheckingLexer(antlr4::CharStream* input) : CommonLexer(input) {}
 
     std::unique_ptr<antlr4::Token> nextToken() override;
 
   private:
+    void countOpen(const antlr4::Token& bracket);
+    void reportOpenComment();
+
     std::size_t open_ = 0;
 };
 
@@ -27,7 +32,7 @@ struct Recognisers {
     explicit Recognisers(antlr4::CharStream* input)
         : lexer(input), tokens(&lexer), parser(&tokens) {}
 
-    NestingLexer lexer;
+    CheckingLexer lexer;
     antlr4::CommonTokenStream tokens;
     grammar::VeskTopParser parser;
 };

@@ -1,8 +1,7 @@
 #include "grammar/literals.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <limits>
 #include <optional>
 #include <utility>

@@ -1,0 +1,77 @@
+// Files are parsed in two ways; what is said about errors must be what one plain parse says.
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "CommonLexer.h"
+#include "VeskTopParser.h"
+
+#include "base/text.h"
+#include "grammar/error_listeners.h"
+#include "grammar/loaders.h"
+#include "grammar/text_files.h"
+#include "platform/files.h"
+
+namespace Vesk {
+namespace {
+
+const std::vector<std::string> kFaultyBodies = {
+    "# { x = 1 }",
+    "a { x = }",
+    "a { x = 1 ] }",
+    "a { x = [1 2] y = [,] }",
+    "a { x = b[1..] y = b[..2] z = b[c. }",
+    "a { x = 1 } } b { y = $ }",
+    "a { if { x } if x = { y } }",
+    "a { x = \"open }",
+    "a { unit = 1 x 'a\nb' = 2 }",
+    "a { x = 1 y ? z ^ }",
+    "a { x == 1 y += += 2 }",
+    "\u00e4 { x = 1 \u20ac }",
+    "a { x = R\"(open }",
+};
+
+class SyntaxErrors : public LoaderTest {
+  protected:
+    /// The messages of a parse in the runtime's default modes.
+    static std::vector<std::string> plainMessages(const std::string& name,
+                                                  const std::string& text) {
+        ThrowingErrorListener listener(name);
+        antlr4::ANTLRInputStream input(text);
+        grammar::CommonLexer lexer(&input);
+        antlr4::CommonTokenStream tokens(&lexer);
+        grammar::VeskTopParser parser(&tokens);
+        lexer.removeErrorListeners();
+        lexer.addErrorListener(&listener);
+        parser.removeErrorListeners();
+        parser.addErrorListener(&listener);
+        parser.projFile();
+        return listener.messages();
+    }
+};
+
+TEST_F(SyntaxErrors, AreThoseOfAPlainParse) {
+    for (const std::string& body : kFaultyBodies) {
+        const std::string text = "name p\nprofiles {\n" + body + "}";
+        const auto path = write("p.txt", text);
+        const auto expected = plainMessages(platform::pathToUtf8(path), text);
+        ASSERT_FALSE(expected.empty()) << body;
+        EXPECT_EQ(errorOf([&] { parseProjectFile(path); }), readable(joined(expected, "\n")));
+    }
+}
+
+TEST(ErrorCounter, PrintsUnlessQuiet) {
+    const ErrorCapture errors;
+    VeskErrorCounter loud("x.txt", false);
+    VeskErrorCounter quiet("y.txt", true);
+    for (VeskErrorCounter* counter : {&loud, &quiet}) {
+        counter->syntaxError(nullptr, nullptr, 3, 14, "wrong", nullptr);
+        counter->syntaxError(nullptr, nullptr, 4, 0, "more", nullptr);
+        EXPECT_EQ(counter->count(), 2);
+    }
+    EXPECT_EQ(errors.text(), "x.txt: line 3:14 wrong\nx.txt: line 4:0 more\n");
+}
+
+}  // namespace
+}  // namespace Vesk
