@@ -1,0 +1,41 @@
+#include "app/builtin_variables.h"
+
+#include <fmt/format.h>
+#include <system_error>
+#include <utility>
+
+#include "platform/files.h"
+#include "platform/system.h"
+
+namespace Vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+void add(Context& context, const char* name, std::string text) {
+    context.addAssignment(textAssignment(name, std::move(text)), ModifierMode::Keep);
+}
+
+/// Empty when the system is of no family that we know.
+std::string osFamily() {
+    std::error_code ignored;
+    if (fs::exists("C:\\", ignored)) {
+        return "windows";
+    }
+    return fs::exists("/bin", ignored) ? "unix" : "";
+}
+
+}  // namespace
+
+void addBuiltinVariables(Context& context, const fs::path& projectRoot) {
+    if (std::string family = osFamily(); !family.empty()) {
+        add(context, "os_family", std::move(family));
+    }
+    const platform::LocalMonth now = platform::currentLocalMonth();
+    add(context, "year", fmt::format("{:04}", now.year));
+    add(context, "month", std::to_string(now.month));
+    add(context, "project_root", platform::pathToUtf8(projectRoot));
+    add(context, "output_def_dir", kDefaultOutputDirectory);
+}
+
+}  // namespace Vesk

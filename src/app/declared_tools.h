@@ -1,0 +1,31 @@
+// The tools of a run.
+#pragma once
+
+#include <unordered_map>
+#include <vector>
+
+#include "project/project.h"
+#include "project/registry.h"
+#include "tools/toolbox.h"
+#include "types/context.h"
+
+namespace Vesk {
+
+/// For each project the tools that it may use and that somebody declared: those of the registry,
+/// then, over them, its own. Conditional blocks in declarations are evaluated with the builtin
+/// variables.
+class DeclaredTools {
+  public:
+    /// A registry tool that cannot be made is warned about and left out, once. Throws VeskException
+    /// for a condition of a project's tool that cannot be evaluated.
+    DeclaredTools(const Registry& registry, const std::vector<const Project*>& projects,
+                  Context& builtins);
+
+    /// The toolbox of one of the projects that were given.
+    const Toolbox& of(const Project& project) const { return toolboxes_.at(&project); }
+
+  private:
+    std::unordered_map<const Project*, Toolbox> toolboxes_;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,110 @@
+#include "app/positionals.h"
+
+#include <filesystem>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "base/console.h"
+#include "base/exception.h"
+#include "base/text.h"
+#include "grammar/loaders.h"
+
+namespace Vesk {
+namespace {
+
+bool contains(std::string_view text, std::string_view part) noexcept {
+    return text.find(part) != std::string_view::npos;
+}
+
+bool hasTarget(const Project& project, const DependencyReference& reference) {
+    if (!reference.ns.empty()) {
+        return false;
+    }
+    const auto unit = project.findUnit(reference.unit);
+    return unit && unit->findTarget(reference.target);
+}
+
+std::optional<DependencyReference> targetNamedBy(const std::string& word, const Project& project) {
+    if (contains(word, "::") && !contains(word, "=")) {
+        return splitDependencyString(word);
+    }
+    try {
+        DependencyReference reference = splitDependencyString(word);
+        if (hasTarget(project, reference)) {
+            return reference;
+        }
+    } catch (const std::runtime_error&) {
+        // Not in the form of a target's name: a profile or an assignment.
+    }
+    return std::nullopt;
+}
+
+void takeTarget(Positionals& taken, DependencyReference reference) {
+    if (taken.target) {
+        console::error("Only one target name can be specified");
+    } else {
+        taken.target = std::move(reference);
+    }
+}
+
+void takeProfile(Positionals& taken, const std::string& name) {
+    if (!taken.profile.empty()) {
+        throw VeskException("Profile already set to '" + taken.profile +
+                            "'. It can only be set once.");
+    }
+    taken.profile = name;
+}
+
+std::string suggestionFor(const std::string& word, const Project& project) {
+    std::vector<std::string> names = project.mainUnit()->targetNames();
+    for (std::string& name : project.profileNames()) {
+        names.push_back(std::move(name));
+    }
+    return didYouMean(word, names);
+}
+
+void addHelp(VeskException& error, const std::string& word, const Project& project) {
+    error.addNote("'" + word + "' names no target of unit '" + project.mainUnit()->name +
+                  "' and no profile, so it was read as an assignment" +
+                  suggestionFor(word, project));
+    if (contains(word, "=")) {
+        error.addNote(
+            "a text needs double quotes that reach vesk: NAME=\"text\"; in most shells "
+            "'NAME=\"text\"', in the Windows console NAME=\\\"text\\\"");
+    }
+}
+
+}  // namespace
+
+Positionals classifyPositionals(const std::vector<std::string>& words, const Project& project) {
+    Positionals taken;
+    for (const std::string& word : words) {
+        if (auto reference = targetNamedBy(word, project)) {
+            takeTarget(taken, std::move(*reference));
+        } else if (const ProfileEntry* profile = project.findProfile(word)) {
+            takeProfile(taken, profile->name);
+        } else {
+            taken.assignments.push_back(word);
+        }
+    }
+    return taken;
+}
+
+Assignment parsePositionalAssignment(const std::string& word, const Project& project) {
+    try {
+        Assignment assignment = parseAssignment(word, std::filesystem::current_path());
+        if (assignment.op == AssignOperator::None) {
+            console::warning(
+                "'{}' is neither a target nor a profile; as an assignment it clears the variable "
+                "'{}'.{}",
+                word, assignment.name, suggestionFor(word, project));
+        }
+        return assignment;
+    } catch (VeskException& error) {
+        addHelp(error, word, project);
+        throw;
+    }
+}
+
+}  // namespace Vesk

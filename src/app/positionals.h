@@ -1,0 +1,30 @@
+// What the words of the command line that are no options mean.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "project/project.h"
+#include "types/assignment.h"
+#include "types/dependency.h"
+
+namespace Vesk {
+
+struct Positionals {
+    std::optional<DependencyReference> target;  ///< the first word that names one
+    std::string profile;                        ///< spelled as it is defined; empty without one
+    std::vector<std::string> assignments;       ///< all other words
+};
+
+/// Sorts the words: a target of the project (or any "unit::target"), then a profile of it, else an
+/// assignment. Further targets are reported and dropped. Throws VeskException for a second profile,
+/// std::runtime_error for a word such as "::app".
+Positionals classifyPositionals(const std::vector<std::string>& words, const Project& project);
+
+/// Parses a word that is neither target nor profile. Relative paths in it are relative to the
+/// current directory. A bare word, which clears a variable, is warned about: it may be a mistyped
+/// target. Throws VeskException, with notes that say what the word could have been.
+Assignment parsePositionalAssignment(const std::string& word, const Project& project);
+
+}  // namespace Vesk

@@ -1,0 +1,127 @@
+// The steps by which the modes prepare their work.
+
+#include <system_error>
+#include <utility>
+
+#include "app/vesk_application.h"
+#include "base/exception.h"
+#include "platform/files.h"
+#include "tools/static_tools.h"
+#include "tools/tool_registry.h"
+
+namespace Vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isFile(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_regular_file(path, ignored);
+}
+
+/// For the target that the command line describes: what is appended to it is among its own
+/// assignments and must not reach it a second time.
+std::shared_ptr<Context> withoutAppends(const Context& context) {
+    auto assigned = std::make_shared<Context>();
+    for (const auto& [name, assignment] : context.assignments()) {
+        if (assignment.op != AssignOperator::Append) {
+            assigned->addAssignment(deepCopy(assignment), ModifierMode::Copy);
+        }
+    }
+    return assigned;
+}
+
+}  // namespace
+
+void VeskApplication::loadRegistry() {
+    registry_ = Vesk::loadRegistry(userDataDirectory() / kRegistryFileName);
+}
+
+ProjectLoader& VeskApplication::loader() {
+    if (!loader_) {
+        loader_.emplace(store_, registry_ ? &*registry_ : nullptr, isKnownToolType);
+    }
+    return *loader_;
+}
+
+void VeskApplication::loadProject() {
+    root_ = findProjectRoot(settings_);
+    if (root_.projectFile) {
+        project_ = &loader().loadRoot(*root_.projectFile);
+    }
+}
+
+/// Without a project: the unit that stands for one.
+void VeskApplication::loadUnits() {
+    if (project_ != nullptr) {
+        return;
+    }
+    if (settings_.commandLineMode) {
+        addCommandLineUnit();
+    } else {
+        addUnitFile();
+    }
+}
+
+void VeskApplication::addCommandLineUnit() {
+    commandLineTarget_ = std::make_shared<Target>();
+    commandLineTarget_->name = kCommandLineUnit;
+    auto unit = std::make_shared<Unit>();
+    unit->name = kCommandLineUnit;
+    unit->addTarget(commandLineTarget_);
+    project_ = &store_.addPreparedStandaloneUnit(std::move(unit), root_.directory);
+}
+
+void VeskApplication::addUnitFile() {
+    const fs::path file =
+        settings_.unitFile.empty() ? fs::path() : fs::absolute(settings_.unitFile);
+    try {
+        project_ = &store_.addStandaloneUnit(file, root_.directory);
+    } catch (VeskException& error) {
+        if (settings_.unitFileSource == UnitFileSource::Default && !isFile(file)) {
+            error.addNote(std::string("no ") + kProjectFileName + " was found in " +
+                          platform::pathToUtf8(root_.directory) + " or above either");
+            error.addNote(
+                "name a unit file with -f, or make a project of the unit files below the current "
+                "directory with --create-project");
+        }
+        throw;
+    }
+}
+
+void VeskApplication::classifyWords() {
+    positionals_ = classifyPositionals(settings_.positionals, *project_);
+}
+
+void VeskApplication::loadImports() {
+    if (!project_->standalone()) {
+        loader().loadImports(*project_, positionals_.profile);
+    }
+    if (positionals_.target && !positionals_.target->ns.empty()) {
+        loader().loadRequested(*project_, positionals_.target->ns);
+    }
+}
+
+void VeskApplication::takeAssignments() {
+    for (const std::string& word : positionals_.assignments) {
+        const Assignment assignment = parsePositionalAssignment(word, *project_);
+        if (commandLineTarget_) {
+            commandLineTarget_->body.assignments.push_back(deepCopy(assignment));
+        }
+        commandLine_->mergeAssignment(assignment);
+    }
+}
+
+void VeskApplication::registerTools() {
+    staticTools_ = Toolbox();
+    createStaticTools(staticTools_);
+    declaredTools_.emplace(*registry_, store_.projects(), *builtins_);
+}
+
+void VeskApplication::createCatalog() {
+    const auto overrides = commandLineTarget_ ? withoutAppends(*commandLine_) : commandLine_;
+    catalog_.emplace(std::move(store_), *builtins_, *overrides);
+    catalog_->setActive(*project_);
+}
+
+}  // namespace Vesk

@@ -1,0 +1,51 @@
+// What the command line asks for.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "base/console.h"
+#include "project/project.h"
+
+namespace Vesk {
+
+/// Where the unit file's path comes from.
+enum class UnitFileSource : std::uint8_t {
+    Default = 0,
+    Given = 1,        ///< -f
+    CommandLine = 2,  ///< -c: there is no unit file
+};
+
+/// What a run does. Of several modes that are asked for the one with the highest number is run.
+enum class RunMode : std::int32_t {
+    Build = 0,
+    ListProfiles = 1,
+    ListUnits = 2,
+    ListTargets = 3,
+    Register = 4,
+    FindCompilers = 5,
+    CreateProject = 6,
+    Version = 7,
+    Help = 8,
+};
+
+struct Settings {
+    std::filesystem::path unitFile = kUnitFileName;
+    UnitFileSource unitFileSource = UnitFileSource::Default;
+    RunMode runMode = RunMode::Build;
+    std::int32_t verbosity = console::kDefaultThreshold;
+    std::uint32_t jobCount = 1;
+    bool commandLineMode = false;  ///< the command line itself describes what to build
+    bool dump = false;             ///< show each project's implicit context
+    bool dryRun = false;
+    bool keepGoing = false;
+    std::string unitToList;
+    std::string mainOutput;                ///< the file that -o names, as given
+    std::vector<std::string> positionals;  ///< every argument that is no option, in order
+
+    friend bool operator==(const Settings&, const Settings&) = default;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,183 @@
+// The run modes.
+
+#include "app/vesk_application.h"
+
+#include <array>
+#include <cstddef>
+
+#include "app/builtin_variables.h"
+#include "app/command_line.h"
+#include "app/listing.h"
+#include "app/output_file.h"
+#include "base/console.h"
+#include "build/driver/driver.h"
+#include "platform/files.h"
+#include "project/create_project.h"
+#include "tools/toolchain_detection.h"
+#include "types/errors.h"
+
+namespace Vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kSourceUnit = "vesk_app";
+
+/// What the list modes answer where there is nothing to list.
+int reportNoProject() {
+    console::error("No file to list. You need {}.", kProjectFileName);
+    return -1;
+}
+
+}  // namespace
+
+VeskApplication::VeskApplication()
+    : builtins_(std::make_shared<Context>()), commandLine_(std::make_shared<Context>()) {}
+
+void VeskApplication::parse(const std::vector<std::string>& arguments) {
+    parseCommandLine(arguments, settings_);
+}
+
+int VeskApplication::run() {
+    // In the order of RunMode's numbers.
+    static constexpr std::array kModes = {
+        &VeskApplication::build,           &VeskApplication::listProfiles,
+        &VeskApplication::listUnits,       &VeskApplication::listTargets,
+        &VeskApplication::registerProject, &VeskApplication::findCompilers,
+        &VeskApplication::createProject,   &VeskApplication::printVersion,
+        &VeskApplication::printHelp,
+    };
+    const auto number = static_cast<std::size_t>(settings_.runMode);
+    if (number >= kModes.size()) {
+        throw InternalError(kSourceUnit, __LINE__, __func__);
+    }
+    return (this->*kModes.at(number))();
+}
+
+int VeskApplication::build() {
+    loadRegistry();
+    loadProject();
+    loadUnits();
+    classifyWords();
+    loadImports();
+    takeAssignments();
+    addBuiltinVariables(*builtins_, root_.directory);
+    registerTools();
+    createCatalog();
+    console::normal("Starting build");
+    if (settings_.dump) {
+        printImplicitContexts();
+    }
+    try {
+        const std::shared_ptr<Context> outputs = buildTarget();
+        if (!settings_.dryRun) {
+            writeOutputFile(settings_.mainOutput, *outputs);
+        }
+    } catch (...) {
+        caches_.save();  // what was built before the failure is not built again
+        throw;
+    }
+    caches_.save();
+    return 0;
+}
+
+std::shared_ptr<Context> VeskApplication::buildTarget() {
+    const TargetLocation target =
+        catalog_->locate(positionals_.target.value_or(DependencyReference{}));
+    Driver driver({
+        *catalog_,
+        staticTools_,
+        [this](const Project& project) -> const Toolbox& { return declaredTools_->of(project); },
+        [this](const Project& project) -> BuildCache& { return caches_.of(project); },
+        {static_cast<int>(settings_.jobCount), settings_.dryRun, settings_.keepGoing},
+    });
+    return driver.build(target);
+}
+
+void VeskApplication::printImplicitContexts() const {
+    for (const Project* project : catalog_->projects()) {
+        console::normal("Implicit context for project '{}':", project->name);
+        catalog_->implicitContext(*project).print(console::level::kNormal);
+    }
+}
+
+int VeskApplication::listProfiles() {
+    loadProject();
+    if (project_ == nullptr) {
+        return reportNoProject();
+    }
+    Vesk::listProfiles(*project_);
+    return 0;
+}
+
+int VeskApplication::listUnits() {
+    loadProject();
+    if (project_ == nullptr) {
+        return reportNoProject();
+    }
+    Vesk::listUnits(*project_);
+    return 0;
+}
+
+int VeskApplication::listTargets() {
+    loadProject();
+    loadUnits();
+    classifyWords();
+    takeAssignments();
+    Vesk::listTargets(*project_, settings_.unitToList);
+    return 0;
+}
+
+int VeskApplication::registerProject() {
+    loadRegistry();
+    loadProject();
+    if (project_ == nullptr) {
+        throw NotFoundException("project", kProjectFileName,
+                                " It was looked for in " + platform::pathToUtf8(root_.directory) +
+                                    " and above; vesk --create-project makes one.");
+    }
+    loadUnits();
+    classifyWords();
+    loadImports();
+    takeAssignments();
+    createCatalog();
+    updateRegistry(registry_->file, [this](Registry& registry) {
+        registry.registerProject(project_->name, project_->root);
+    });
+    return 0;
+}
+
+int VeskApplication::findCompilers() {
+    loadRegistry();
+    const std::vector<DetectedTool> found = detectToolchains();
+    if (found.empty()) {
+        console::warning("No toolchain of a known type was found.");
+    }
+    updateRegistry(registry_->file, [&found](Registry& registry) {
+        for (const DetectedTool& tool : found) {
+            registry.registerTool(tool.name, tool.context);
+        }
+    });
+    for (const DetectedTool& tool : found) {
+        console::normal("Registered toolchain '{}'.", tool.name);
+    }
+    return 0;
+}
+
+int VeskApplication::createProject() {
+    const fs::path directory = projectRootAt(fs::current_path()).directory;
+    createProjectFile(describeNewProject(directory, kDefaultOutputDirectory), directory);
+    return 0;
+}
+
+int VeskApplication::printVersion() {
+    console::normal("{}", kVersion);
+    return 0;
+}
+
+int VeskApplication::printHelp() {
+    console::normal("{}", kHelpText);
+    return 0;
+}
+
+}  // namespace Vesk

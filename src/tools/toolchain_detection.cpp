@@ -1,0 +1,55 @@
+#include "tools/toolchain_detection.h"
+
+#include <exception>
+#include <iterator>
+#include <map>
+#include <utility>
+
+#include "base/ci_string.h"
+#include "base/console.h"
+#include "base/exception.h"
+
+namespace Vesk {
+
+namespace {
+
+using Detectors = std::map<CiString, ToolchainDetector, CiLess>;
+
+/// Made on first use: registration objects of other files may run before this file's own.
+Detectors& detectors() {
+    static Detectors registered;
+    return registered;
+}
+
+std::vector<DetectedTool> detect(const CiString& toolType, const ToolchainDetector& detector) {
+    std::string reason;
+    try {
+        return detector();
+    } catch (const VeskException& exception) {
+        reason = exception.report();
+    } catch (const std::exception& exception) {
+        reason = exception.what();
+    }
+    console::warning("Unable to look for toolchains of type '{}': {}", toolType, reason);
+    return {};
+}
+
+}  // namespace
+
+ToolchainDetectorRegistration::ToolchainDetectorRegistration(std::string toolType,
+                                                             ToolchainDetector detector)
+    : toolType_(std::move(toolType)) {
+    detectors().try_emplace(CiString(toolType_), std::move(detector));
+}
+
+std::vector<DetectedTool> detectToolchains() {
+    std::vector<DetectedTool> all;
+    for (const auto& [toolType, detector] : detectors()) {
+        std::vector<DetectedTool> found = detect(toolType, detector);
+        all.insert(all.end(), std::make_move_iterator(found.begin()),
+                   std::make_move_iterator(found.end()));
+    }
+    return all;
+}
+
+}  // namespace Vesk
