@@ -44,9 +44,9 @@ class Values(Language):
         self.yields([
             ('one = "1"  ^a1 = one', "a1 = 1"),
             ('list = ["x", "y", "z"]  ^a2 = list[1]', "a2 = y"),
-            ('ctx = { in = { deep = "down" } name = "n" }  ^a3 = ctx.in.deep', "a3 = down"),
-            ("^a4 = ctx.name", "a4 = n"),
-            ("^a5 = ctx['name']", "a5 = n"),
+            ('ctx = { in = { deep = "down" } label = "n" }  ^a3 = ctx.in.deep', "a3 = down"),
+            ("^a4 = ctx.label", "a4 = n"),
+            ("^a5 = ctx['label']", "a5 = n"),
             ('word = "abcdef"  ^a6 = word[1..3]', "a6 = bc"),
             ("^a7 = word[1:3]", "a7 = bc"),
             ("^a8 = word[0]", "a8 = a"),
@@ -68,7 +68,8 @@ class Values(Language):
         for literal in ("2147483648", "0x80000000", "-2147483649", "99999999999999999999999"):
             with self.subTest(literal=literal):
                 self.fails(f"x = {literal}",
-                           f"Error: {{*}}Invalid or out-of-range integer literal '{literal}'.{{*}}\n")
+                           f"Error: Invalid or out-of-range integer literal '{literal}'.\n"
+                           "  in {DIR}/vesk.txt:2 (target 't')\n")
 
 
 class Merging(Language):
@@ -116,10 +117,10 @@ class Conditions(Language):
             ('word > "abc"', False), ("number = 7", True), ("number < 8", True),
             ("number > 7", False), ("number != 8", True), ('list = ["x", "y"]', True),
             ('list = ["x"]', False), ("word", True), ("nothing", False), ('word = 7', False),
-            ("ctx.name = \"n\"", True), ('list[1] = "y"', True), ('quoted = "abc"', True),
+            ("ctx.label = \"n\"", True), ('list[1] = "y"', True), ('quoted = "abc"', True),
             ('ref = "abc"', True), ("NUMBER = 7", True),
         )
-        body = ['word = "abc" number = 7 list = ["x", "y"] ctx = { name = "n" } ref = word',
+        body = ['word = "abc" number = 7 list = ["x", "y"] ctx = { label = "n" } ref = word',
                 'quote = ascii[34] quoted = "${quote}abc${quote}"']
         for index, (condition, _) in enumerate(cases):
             body.append(f"if {condition} {{ ^c{index:02} = 1 }}")
@@ -145,12 +146,12 @@ class Conditions(Language):
 class Expansion(Language):
     def test_dollar(self):
         self.yields([
-            ('one = "1" list = ["x", "y"] ctx = { name = "n" } ^a1 = "<${one}>"', "a1 = <1>"),
+            ('one = "1" list = ["x", "y"] ctx = { label = "n" } ^a1 = "<${one}>"', "a1 = <1>"),
             ('^a2 = "${list}"', "a2 = x y"),
             ('^a3 = "${list[1]}!"', "a3 = y!"),
             ('^a4 = "say ${ascii[34]}${one}${ascii[34]}"', 'a4 = say "1"'),
             ('^a5 = "(${a1})"', "a5 = (<1>)"),
-            ('^a6 = "${ctx.name}"', "a6 = n"),
+            ('^a6 = "${ctx.label}"', "a6 = n"),
             ('^a7 = "$ {one} $one"', "a7 = $ {one} $one"),
             ('^a8 = "${one}${ONE}"', "a8 = 11"),
         ])

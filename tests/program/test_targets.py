@@ -57,16 +57,16 @@ class Conditions(ProgramTest):
     def test_they_decide_the_tool(self):
         unit = """
             t: {
-                if mode = "quiet" { NO_TOOL }
-                if mode = "loud" { cmdline = "child print loud" }
-                if mode = "file" { WRITE_FILE FILENAME = "f" TEXT = "text" }
+                if kind = "quiet" { NO_TOOL }
+                if kind = "loud" { cmdline = "child print loud" }
+                if kind = "file" { WRITE_FILE FILENAME = "f" TEXT = "text" }
             }
             """
-        for mode, tool in (("quiet", "default_no_tool"), ("loud", "default_basic"),
+        for kind, tool in (("quiet", "default_no_tool"), ("loud", "default_basic"),
                            ("file", "default_file_writer")):
-            with self.subTest(mode=mode):
+            with self.subTest(kind=kind):
                 self.unit(unit)
-                out = self.run_vesk("-v", "t", f'mode="{mode}"').out
+                out = self.run_vesk("-v", "t", f'kind="{kind}"').out
                 self.assertIn(f"[vesk::t] Registered : {tool}\n", out)
         self.assertEqual(self.read("f"), "text")
 
@@ -167,7 +167,7 @@ class FileWriter(ProgramTest):
             ('["a", "#{l}"] l = ["x", "y"]', "a\nx\ny"),
             ('["a", "b"] SEPARATOR = ", "', "a, b"),
             ('["a", "b"] SEPARATOR = "${ascii[\'CR\']}${ascii[10]}"', "a\r\nb"),
-            ('{ b = 2 a = "x" }', '{\na = "x"\nb = 2\n}\n'),
+            ('{ b = 2 a = "x" }', '{\na = "x"\nb = 2\n}'),
             ('"grüße 世界"', "grüße 世界"),
         ):
             with self.subTest(text=text):
@@ -236,7 +236,7 @@ class ToolSelection(ProgramTest):
                                         "cwd partial match"]),
             ('cmdline = [] NO_TOOL', ["default_no_tool, score: 2", "default_no_tool",
                                       "NO_TOOL full match"]),
-            ('WRITE_FILE FILENAME = "f" text = "x" mode = "CREATE" Separator = "${ascii[10]}"',
+            ('WRITE_FILE FILENAME = "f" TEXT = "x" MODE = "CREATE" SEPARATOR = "${ascii[10]}"',
              ["default_file_writer, score: 7", "default_file_writer", "FILENAME full match",
               "MODE partial match", "SEPARATOR full match", "TEXT full match"]),
             ('pwsh = [] cwd = "."', ["default_pwsh, score: 1", "default_pwsh",
