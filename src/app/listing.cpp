@@ -2,25 +2,45 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
 
+#include "base/ci_string.h"
 #include "base/console.h"
 #include "base/text.h"
-#include "platform/files.h"
 #include "types/errors.h"
 
 namespace Vesk {
 namespace {
 
-namespace fs = std::filesystem;
+constexpr std::string_view kDescription = "DESCRIPTION";
 
-/// "src/vesk.txt:12", as seen from the current directory; empty for a target of no file.
-std::string placeOf(const Target& target, const fs::path& directory) {
-    if (!target.file) {
-        return {};
+/// The target's own words about itself, if it has any.
+std::string descriptionOf(const Target& target) {
+    std::string text;
+    for (const Assignment& assignment : target.body.assignments) {
+        if (equalsIgnoringCase(assignment.name, kDescription) && assignment.value) {
+            text = assignment.value->toString();
+        }
     }
-    const fs::path relative = target.file->lexically_proximate(directory);
-    return platform::pathToUtf8(relative) + ":" + std::to_string(target.line);
+    return text;
+}
+
+std::string dependenciesOf(const Target& target) {
+    std::vector<std::string> names;
+    names.reserve(target.dependencies.size());
+    for (const DependencyRecord& record : target.dependencies) {
+        names.push_back(record.kind == DependencyKind::Macro ? "@" + record.macro.toDisplayString()
+                                                             : record.reference.toDisplayString());
+    }
+    return joined(names, " ");
+}
+
+/// What stands beside a target's name: its description, else what it needs.
+std::string secondColumnOf(const Target& target) {
+    const std::string description = descriptionOf(target);
+    return description.empty() ? dependenciesOf(target) : description;
 }
 
 }  // namespace
@@ -46,14 +66,13 @@ void listTargets(const Project& project, const std::string& unitName) {
     for (const auto& target : unit->targets) {
         width = std::max(width, target->name.size());
     }
-    const fs::path directory = fs::weakly_canonical(fs::current_path());
     for (const auto& target : unit->targets) {
-        const std::string place = placeOf(*target, directory);
-        if (place.empty()) {
+        const std::string column = secondColumnOf(*target);
+        if (column.empty()) {
             console::normal("{}", target->name);
         } else {
             console::normal("{:{}}  {}", target->name, width,
-                            console::coloured(console::colour::kSecondColumn, place));
+                            console::coloured(console::colour::kSecondColumn, column));
         }
     }
 }
