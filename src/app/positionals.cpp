@@ -9,6 +9,8 @@
 #include "base/exception.h"
 #include "base/text.h"
 #include "grammar/loaders.h"
+#include "types/identifier_value.h"
+#include "types/simple_values.h"
 
 namespace Vesk {
 namespace {
@@ -64,14 +66,51 @@ std::string suggestionFor(const std::string& word, const Project& project) {
     return didYouMean(word, names);
 }
 
+constexpr const char* kQuotesNeeded =
+    "a text needs double quotes that reach vesk: NAME=\"text\"; in most shells 'NAME=\"text\"', in "
+    "the Windows console NAME=\\\"text\\\"";
+
 void addHelp(VeskException& error, const std::string& word, const Project& project) {
     error.addNote("'" + word + "' names no target of unit '" + project.mainUnit()->name +
                   "' and no profile, so it was read as an assignment" +
                   suggestionFor(word, project));
     if (contains(word, "=")) {
-        error.addNote(
-            "a text needs double quotes that reach vesk: NAME=\"text\"; in most shells "
-            "'NAME=\"text\"', in the Windows console NAME=\\\"text\\\"");
+        error.addNote(kQuotesNeeded);
+    }
+}
+
+bool isWholeNumber(std::string_view text) noexcept {
+    if (text.starts_with('-')) {
+        text.remove_prefix(1);
+    }
+    std::string_view digits = "0123456789";
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+        text.remove_prefix(2);
+        digits = "0123456789abcdefABCDEF";
+    }
+    return !text.empty() && text.find_first_not_of(digits) == std::string_view::npos;
+}
+
+/// Whether the value is all that is written after the operator. What follows a value is ignored,
+/// and so are characters that begin no value: without its quotes, "-O2 -g" is read as 2.
+bool isWholeValue(const VeskValue& value, std::string_view word) {
+    const std::string_view written = trimmed(word.substr(word.find('=') + 1));
+    if (dynamic_cast<const VeskInt*>(&value) != nullptr) {
+        return isWholeNumber(written);
+    }
+    return dynamic_cast<const VeskIdentifier*>(&value) == nullptr || !contains(written, " ");
+}
+
+void warnOfMisreading(const Assignment& assignment, const std::string& word,
+                      const Project& project) {
+    if (assignment.op == AssignOperator::None) {
+        console::warning(
+            "'{}' is neither a target nor a profile; as an assignment it clears the variable "
+            "'{}'.{}",
+            word, assignment.name, suggestionFor(word, project));
+    } else if (assignment.value && !isWholeValue(*assignment.value, word)) {
+        console::warning("'{}' was read as '{}': {}", word, assignment.toDisplayString(),
+                         kQuotesNeeded);
     }
 }
 
@@ -94,12 +133,7 @@ Positionals classifyPositionals(const std::vector<std::string>& words, const Pro
 Assignment parsePositionalAssignment(const std::string& word, const Project& project) {
     try {
         Assignment assignment = parseAssignment(word, std::filesystem::current_path());
-        if (assignment.op == AssignOperator::None) {
-            console::warning(
-                "'{}' is neither a target nor a profile; as an assignment it clears the variable "
-                "'{}'.{}",
-                word, assignment.name, suggestionFor(word, project));
-        }
+        warnOfMisreading(assignment, word, project);
         return assignment;
     } catch (VeskException& error) {
         addHelp(error, word, project);

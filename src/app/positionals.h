@@ -23,8 +23,8 @@ struct Positionals {
 Positionals classifyPositionals(const std::vector<std::string>& words, const Project& project);
 
 /// Parses a word that is neither target nor profile. Relative paths in it are relative to the
-/// current directory. A bare word, which clears a variable, is warned about: it may be a mistyped
-/// target. Throws VeskException, with notes that say what the word could have been.
+/// current directory. What is probably not meant is warned about: a bare word, which clears a
+/// variable, may be a mistyped target, and a text may have lost its quotes to the shell. Throws VeskException, with notes that say what the word could have been.
 Assignment parsePositionalAssignment(const std::string& word, const Project& project);
 
 }  // namespace Vesk
