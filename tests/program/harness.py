@@ -124,7 +124,7 @@ class ProgramTest(unittest.TestCase):
         result.update(env)
         return {key: value for key, value in result.items() if value is not None}
 
-    def start(self, *arguments, env=None, cwd=None, stderr=subprocess.PIPE):
+    def start(self, *arguments, env=None, cwd=None, stderr=subprocess.PIPE, **options):
         """Starts vesk in a session of its own and returns the process."""
         env = env or {}
         return subprocess.Popen(
@@ -135,6 +135,7 @@ class ProgramTest(unittest.TestCase):
             stdout=subprocess.PIPE,
             stderr=stderr,
             start_new_session=True,
+            **options,
         )
 
     def run_vesk(self, *arguments, env=None, cwd=None, colours=False, merged=False):

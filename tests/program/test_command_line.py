@@ -230,6 +230,13 @@ class OutputFile(ProgramTest):
         self.printed("main", "-o", "")
         self.assertEqual(self.files(), ["vesk.txt"])
 
+    @posix_only("there is no such device")
+    def test_full_disk(self):
+        self.unit(self.UNIT)
+        result = self.run_vesk("main", "-o", "/dev/full")
+        self.assertEqual(result.status, 1)
+        self.assertIn("/dev/full", result.err)
+
     def test_place_that_cannot_be_written(self):
         self.unit(self.UNIT)
         result = self.run_vesk("main", "-o", "nowhere/result.txt")

@@ -2,7 +2,7 @@
 
 import re
 
-from harness import ProgramTest, SETTINGS, on_system, posix_only
+from harness import ProgramTest, TIMEOUT, on_system, posix_only
 
 PROJECT = """
     name demo
@@ -244,6 +244,17 @@ class Registry(ProgramTest):
             self.assertEqual(self.run_vesk("-r", cwd=self.dir / folder, env=self.env).status, 0)
         self.assertEqual(self.registered(),
                          'projects {\n  alpha "{DIR}/one"\n  zeta "{DIR}/three"\n}\n')
+
+    def test_several_at_once(self):
+        names = [f"project{n}" for n in range(6)]
+        for name in names:
+            self.project(name, name)
+        processes = [self.start("-r", cwd=self.dir / name, env=self.env) for name in names]
+        for process in processes:
+            process.communicate(timeout=TIMEOUT)
+        self.assertEqual([process.returncode for process in processes], [0] * len(names))
+        lines = "".join(f'  {name} "{{DIR}}/{name}"\n' for name in names)
+        self.assertEqual(self.registered(), "projects {\n" + lines + "}\n")
 
     def test_tools_survive(self):
         self.file.parent.mkdir(parents=True)

@@ -261,6 +261,8 @@ class ToolSelection(ProgramTest):
             "default_file_writer::match - result.note: BuildImpossible",
         ):
             self.assertIn(line + "\n", out)
+        self.unit("t: { cmdline = [] ^cwd }")
+        self.assertIn("default_basic::match - NoMatch: key='cwd'\n", self.run_vesk("-v", "0").out)
 
     def test_nothing_fits(self):
         self.unit('t: { TEXT = "x" FILENAME = "f" }')
