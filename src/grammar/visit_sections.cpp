@@ -32,7 +32,7 @@ ProjectImport importEntry(Tree* tree) {
 
 antlrcpp::Any VeskVisitorImpl::visitVeskProject(Parser::VeskProjectContext* tree) {
     ProjectFile project;
-    project.path = path_;
+    project.path = *file_;
     if (auto* name = tree->proj_name()) {
         project.name = name->IDENTIFIER()->getText();
     }
@@ -137,7 +137,7 @@ antlrcpp::Any VeskVisitorImpl::visitProfile(Parser::ProfileContext* tree) {
 
 antlrcpp::Any VeskVisitorImpl::visitVeskRegistry(Parser::VeskRegistryContext* tree) {
     RegistryFile registry;
-    registry.path = path_;
+    registry.path = *file_;
     if (auto* section = tree->projects()) {
         registry.projects = taken<decltype(registry.projects)>(visitProjects(section));
     }

@@ -10,7 +10,7 @@ antlrcpp::Any VeskVisitorImpl::visitVeskUnit(Parser::VeskUnitContext* tree) {
         unit.name = name->IDENTIFIER()->getText();
         unit.nameDeclared = true;
     }
-    unit.files.push_back(path_);
+    unit.files.push_back(*file_);
     for (auto* target : tree->target()) {
         unit.addTarget(taken<TargetPtr>(visitTarget(target)));
     }

@@ -17,7 +17,7 @@ namespace Vesk {
 namespace {
 
 /// The content of R"(...)" or P"(...)".
-std::string rawContent(antlr4::tree::TerminalNode* token) {
+std::string rawContent(const antlr4::Token* token) {
     return stripped(token->getText(), 3, 2);
 }
 
@@ -28,35 +28,34 @@ bool beginsWithReference(const std::string& text) {
 
 }  // namespace
 
+// The first token decides: asking for each alternative in turn would search the children each time.
 antlrcpp::Any VeskVisitorImpl::visitValueNode(Parser::ValueNodeContext* tree) {
-    if (auto* token = tree->STRING()) {
-        return ValuePtr(std::make_shared<VeskString>(stripped(token->getText(), 1, 1)));
+    switch (tree->start->getType()) {
+        case Parser::STRING:
+            return ValuePtr(std::make_shared<VeskString>(stripped(tree->start->getText(), 1, 1)));
+        case Parser::RAW_STRING:
+            return ValuePtr(std::make_shared<VeskRawString>(rawContent(tree->start)));
+        case Parser::PATH_STRING:
+            return pathValue(rawContent(tree->start));
+        case Parser::NUMBER:
+            return integerValue(tree);
+        case Parser::LSQUARE:
+            return visitList(tree->list());
+        case Parser::LBRACE:
+            return nestedContext(tree->context());
+        default:
+            return ValuePtr(std::make_shared<VeskIdentifier>(
+                taken<IdentifierPath>(visitIdentifier(tree->identifier()))));
     }
-    if (auto* identifier = tree->identifier()) {
-        return ValuePtr(
-            std::make_shared<VeskIdentifier>(taken<IdentifierPath>(visitIdentifier(identifier))));
+}
+
+ValuePtr VeskVisitorImpl::integerValue(Parser::ValueNodeContext* tree) const {
+    const std::string text = tree->start->getText();
+    const auto number = integerLiteral(text);
+    if (!number) {
+        fail(lineOf(tree), fmt::format("Invalid or out-of-range integer literal '{}'.", text));
     }
-    if (auto* list = tree->list()) {
-        return visitList(list);
-    }
-    if (auto* token = tree->PATH_STRING()) {
-        return pathValue(rawContent(token));
-    }
-    if (auto* token = tree->RAW_STRING()) {
-        return ValuePtr(std::make_shared<VeskRawString>(rawContent(token)));
-    }
-    if (auto* token = tree->NUMBER()) {
-        const std::string text = token->getText();
-        const auto number = integerLiteral(text);
-        if (!number) {
-            fail(lineOf(tree), fmt::format("Invalid or out-of-range integer literal '{}'.", text));
-        }
-        return ValuePtr(std::make_shared<VeskInt>(*number));
-    }
-    if (auto* context = tree->context()) {
-        return nestedContext(context);
-    }
-    return {};
+    return std::make_shared<VeskInt>(*number);
 }
 
 antlrcpp::Any VeskVisitorImpl::visitList(Parser::ListContext* tree) {
@@ -145,7 +144,7 @@ antlrcpp::Any VeskVisitorImpl::visitRange(Parser::RangeContext* tree) {
 }
 
 antlrcpp::Any VeskVisitorImpl::visitRegex(Parser::RegexContext* tree) {
-    return PathIndex(PathRegex{rawContent(tree->RAW_STRING())});
+    return PathIndex(PathRegex{rawContent(tree->start)});
 }
 
 }  // namespace Vesk

@@ -8,14 +8,13 @@
 namespace Vesk {
 
 VeskVisitorImpl::VeskVisitorImpl(std::filesystem::path file, std::string name, FileKind kind)
-    : path_(std::move(file)),
-      file_(std::make_shared<const std::filesystem::path>(path_)),
-      baseDirectory_(path_.parent_path()),
+    : file_(std::make_shared<const std::filesystem::path>(std::move(file))),
+      baseDirectory_(file_->parent_path()),
       name_(std::move(name)),
       kind_(kind) {}
 
 VeskVisitorImpl::VeskVisitorImpl(std::filesystem::path base)
-    : path_(std::move(base)), baseDirectory_(path_), kind_(FileKind::Unit) {}
+    : baseDirectory_(std::move(base)), kind_(FileKind::Unit) {}
 
 std::shared_ptr<Context> VeskVisitorImpl::instantiated(const ContextTemplate& source,
                                                        std::size_t line) const {

@@ -93,6 +93,7 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
 
   private:
     void setSourceParameter(DependencyRecord& record, std::size_t line) const;
+    ValuePtr integerValue(Parser::ValueNodeContext* tree) const;
     ValuePtr nestedContext(Parser::ContextContext* tree);
     ValuePtr pathValue(std::string text) const;
     std::shared_ptr<Context> instantiated(const ContextTemplate& source, std::size_t line) const;
@@ -101,8 +102,7 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     /// "in /a/vesk.txt:12 (target 'app')"; empty for a text that is no file.
     std::string note(std::size_t line) const;
 
-    std::filesystem::path path_;                         ///< of the file, or the base of a text
-    std::shared_ptr<const std::filesystem::path> file_;  ///< the same, for the targets
+    std::shared_ptr<const std::filesystem::path> file_;  ///< null for a text that is no file
     std::filesystem::path baseDirectory_;                ///< of path values
     std::string name_;                                   ///< empty for a text that is no file
     std::string targetName_;                             ///< the target being visited
