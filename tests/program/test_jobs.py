@@ -4,7 +4,7 @@ import signal
 import subprocess
 import time
 
-from harness import ProgramTest, posix_only
+from harness import SETTINGS, TIMEOUT, ProgramTest, on_system, posix_only, windows_only
 
 
 def wait_until(condition):
@@ -60,33 +60,34 @@ class Parallel(ProgramTest):
         self.assertEqual(self.read("two"), "one\n")
 
 
-@posix_only("a program under the emulator gets no signals")
-class Interruption(ProgramTest):
-    def start_build(self, commands):
+class InterruptedBuild(ProgramTest):
+    def write_build(self, commands):
+        """`here` is the test's directory, so that its children can be told from others."""
         self.unit("""
             all: inner { cmdline = "child touch never" }
-            inner: { cmdline = %s }
+            inner: { cmdline = %s  here = PROJECT_ROOT }
             """ % commands)
+
+    def alive(self):
+        """Processes that have the name of this test's directory on their command line."""
+        found = subprocess.run(["pgrep", "-f", self.base.name], stdout=subprocess.PIPE, text=True)
+        return found.stdout.split()
+
+
+@posix_only("a program under the emulator gets no signals")
+class Interruption(InterruptedBuild):
+    def start_build(self, commands):
+        self.write_build(commands)
         process = self.start("all", stderr=subprocess.STDOUT)
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.kill)
         return process
 
-    def alive(self):
-        """Children that run in this test's directory."""
-        found = subprocess.run(["pgrep", "-f", "child linger"], stdout=subprocess.PIPE, text=True)
-        here = []
-        for pid in found.stdout.split():
-            try:
-                here += [pid] if self.dir.samefile(f"/proc/{pid}/cwd") else []
-            except OSError:
-                pass
-        return here
-
     def test_first_request_ends_the_children(self):
         for number, status in ((signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGHUP, 129)):
             with self.subTest(number=number):
-                process = self.start_build('["child linger started", "child linger too"]')
+                process = self.start_build('["child linger ${here}/started", '
+                                           '"child linger ${here}/too"]')
                 wait_until(lambda: {"started", "too"} <= set(self.files()))
                 process.send_signal(number)
                 output = self.plain(process.communicate(timeout=60)[0])
@@ -99,7 +100,7 @@ class Interruption(ProgramTest):
 
     def test_second_request_ends_at_once(self):
         """The child takes the first request as it comes and stays."""
-        process = self.start_build('"child linger started asked"')
+        process = self.start_build('"child linger ${here}/started asked"')
         wait_until(lambda: "started" in self.files())
         process.send_signal(signal.SIGINT)
         wait_until(lambda: "asked" in self.files())
@@ -118,3 +119,19 @@ class Interruption(ProgramTest):
         process.send_signal(signal.SIGINT)
         process.communicate(timeout=60)
         self.assertEqual((process.returncode, self.files()), (130, ["started", "vesk.txt"]))
+
+
+@windows_only("about the console of Windows")
+class ConsoleInterruption(InterruptedBuild):
+    def test_request_ends_the_children(self):
+        self.write_build('["child linger ${here}/started", "child linger ${here}/too"]')
+        helper = str(SETTINGS.children / "bin" / "interrupt.exe")
+        wine = subprocess.run(
+            [*SETTINGS.wine, helper, "started", "too", "--", on_system(SETTINGS.vesk), "all"],
+            env=self.environment({}), cwd=self.dir, stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=TIMEOUT)
+        output = self.plain(wine.stdout)
+        self.assertEqual(wine.returncode, 130, output)
+        self.assertTrue(output.endswith("Interrupted.\n"), output)
+        self.assertEqual(self.files(), ["started", "too", "vesk.txt"])
+        self.assertEqual(self.alive(), [])
