@@ -195,7 +195,7 @@ class ProgramTest(unittest.TestCase):
         self.assertMultiLineEqual(self.printed(*arguments, **options), dedented(expected))
 
     def outputs(self, body, *arguments, err=""):
-        """The outputs of a target with this body that runs nothing: a line each, as -o says them."""
+        """The outputs of a target with this body that runs nothing, a line each, as -o says."""
         self.unit("t: { cmdline = []\n" + body + "\n}\n")
         self.check("-v", "6", "-o", "outputs", *arguments, err=err)
         lines = self.read("outputs").replace("\r\n", "\n")

@@ -51,8 +51,8 @@ class Modes(ProgramTest):
     def test_highest_mode_wins(self):
         self.unit(TWO_TARGETS)
         self.check("-l", "1", "-p", "-u", out="{*}first{*}\n{*}second{*}\n")
-        self.check_error("-r", "-u", "-p", err="Error: project '.vesk_project.txt' not found. It was "
-                         "looked for in {DIR} and above; vesk --create-project makes one.\n")
+        self.check_error("-r", "-u", "-p", err="Error: project '.vesk_project.txt' not found. It "
+                         "was looked for in {DIR} and above; vesk --create-project makes one.\n")
 
     def test_targets_of_a_standalone_unit(self):
         self.unit(TWO_TARGETS)

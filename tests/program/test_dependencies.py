@@ -54,7 +54,8 @@ class Outputs(ProgramTest):
     def test_names(self):
         self.prints("""
             app: lib lib => other two +> both three +> both {
-                cmdline = "child args ${lib.W} ${other.W} ${LIB.w} ${both.W[1]} ${both.W} ${lib.result}"
+                pair = "${both.W[1]} ${both.W}"
+                cmdline = "child args ${lib.W} ${other.W} ${LIB.w} ${pair} ${lib.result}"
             }
             lib: { cmdline = [] ^W = "w" hidden = "h" }
             two: { cmdline = [] ^W = "2" }
@@ -173,7 +174,11 @@ class Dynamic(ProgramTest):
 
     def test_source_parameter(self):
         self.prints("""
-            app: @deps(.) => one @other.deps(.) => two { deps = "say" other = { deps = ["say"] N = "2" } N = "1" NO_TOOL }
+            app: @deps(.) => one @other.deps(.) => two {
+                deps = "say"  N = "1"
+                other = { deps = ["say"]  N = "2" }
+                NO_TOOL
+            }
             say(from): { cmdline = "child print ${from.N}" }
             """, "1\n2\n")
 
@@ -239,4 +244,5 @@ class Cycles(ProgramTest):
             """).splitlines())
         self.assertEqual((result.status, self.files()), (1, ["vesk.txt"]))
         result = self.run_vesk("-v", "6", "self")
-        self.assertEqual(result.err.splitlines()[1], "  loop goes as follows: vesk::self <- vesk::self")
+        self.assertEqual(result.err.splitlines()[1],
+                         "  loop goes as follows: vesk::self <- vesk::self")

@@ -25,7 +25,8 @@ class Names(ProgramTest):
 
     def test_unknown_project(self):
         self.unit(self.UNIT)
-        self.assertEqual(self.first_line("faraway/vesk::app"), "Error: Project 'faraway' not found.")
+        self.assertEqual(self.first_line("faraway/vesk::app"),
+                         "Error: Project 'faraway' not found.")
 
     def test_unknown_target(self):
         self.unit(self.UNIT)
@@ -98,7 +99,8 @@ class Syntax(ProgramTest):
 
     def test_forms(self):
         for text in ("app { }", "app: ", "app: { a = [1,] }", "app: { name = 1 }", "unit a unit b",
-                     "app: { a = 1 } }", "app: { a = \"open }", "app: { /* open }", "app: { a - 1 }",
+                     "app: { a = 1 } }", "app: { a = \"open }", "app: { /* open }",
+                     "app: { a - 1 }",
                      "app: { a = é }", "2app: { }", "app: { if { } }", "app(): { }", "app: { ! }"):
             with self.subTest(text=text):
                 self.unit(text)

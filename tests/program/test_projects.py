@@ -51,7 +51,8 @@ class Lists(DemoProject):
         self.assertRegex(self.run_vesk("-l", "other").out.splitlines()[1], r"^ *extra +lib$")
 
     def test_unknown_unit(self):
-        self.check_error("-l", "othr", err="Error: Unit 'othr' not found. (did you mean 'other'?)\n")
+        self.check_error("-l", "othr", err="Error: Unit 'othr' not found. (did you mean "
+                         "'other'?)\n")
 
 
 class Building(DemoProject):
@@ -88,8 +89,11 @@ class Building(DemoProject):
 
     def test_messages_of_the_search(self):
         out = self.run_vesk("-v", "1", "tool", cwd=self.dir / "sub").out
-        self.assertTrue(out.startswith("Found a project file at {DIR}\nSetting project root to "
-                                       "{DIR}\nLoading project file {DIR}/.vesk_project.txt\n"), out)
+        self.assertEqual(out.splitlines()[:3], [
+            "Found a project file at {DIR}",
+            "Setting project root to {DIR}",
+            "Loading project file {DIR}/.vesk_project.txt",
+        ])
 
 
 class Tools(ProgramTest):
