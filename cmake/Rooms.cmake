@@ -25,7 +25,6 @@ function(vesk_add_room name)
         list(APPEND sources ${room_POSIX_SOURCES})
     endif()
 
-    _vesk_drop_missing(sources)
     if(sources)
         add_library(vesk_${name} STATIC ${sources})
         target_link_libraries(
@@ -67,10 +66,6 @@ function(vesk_add_room_test name)
     else()
         list(APPEND sources ${test_POSIX_SOURCES})
     endif()
-    _vesk_drop_missing(sources)
-    if(NOT sources)
-        return()
-    endif()
     if(TARGET vesk_${name})
         list(APPEND test_DEPENDS vesk_${name})
     endif()
@@ -97,20 +92,6 @@ function(vesk_add_windows_resources target)
                                OBJECT_DEPENDS "${resources}/program.manifest"
     )
     target_link_options(${target} PRIVATE LINKER:--stack,16777216)
-endfunction()
-
-# Leaves out, with a warning, sources that are listed but not written yet, so that a room under
-# construction does not keep the others from configuring.
-function(_vesk_drop_missing sources_variable)
-    set(present)
-    foreach(source IN LISTS ${sources_variable})
-        if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${source}")
-            list(APPEND present "${source}")
-        else()
-            message(WARNING "${CMAKE_CURRENT_SOURCE_DIR}/${source} does not exist yet")
-        endif()
-    endforeach()
-    set(${sources_variable} ${present} PARENT_SCOPE)
 endfunction()
 
 # Fails on arguments that belong to no keyword, usually a misspelt one.
