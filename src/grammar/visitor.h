@@ -1,6 +1,7 @@
 // From parse tree to model.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
