@@ -1,0 +1,56 @@
+#include "build/run/capture_output.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/files.h"
+#include "platform/support.h"
+#include "platform/system.h"
+
+namespace Vesk {
+namespace {
+
+using test::TempDir;
+
+TEST(CaptureOutput, TrimsBothEnds) {
+    EXPECT_EQ(captureOutput(test::childProgram(), "print \" \t 12.2.0 x  \" \"\"", false),
+              "12.2.0 x");
+    EXPECT_EQ(captureOutput(test::childProgram(), "print \"\" \"\"", false), "");
+}
+
+TEST(CaptureOutput, ReadsALotToTheEnd) {
+    const std::string output = captureOutput(test::childProgram(), "fill 32768", true);
+    EXPECT_EQ(output.size(), 64U * 32'768 - 1);
+}
+
+TEST(CaptureOutput, DiscardsErrorsWhenAsked) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(captureOutput(test::childProgram(), "print out noise", true), "out");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(captureOutput(test::childProgram(), "print out noise", false), "out");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "noise");
+}
+
+TEST(CaptureOutput, IsEmptyForAProgramThatIsMissing) {
+    EXPECT_EQ(captureOutput(platform::pathFromUtf8("no such/program"), "--version", true), "");
+}
+
+// What command interpreters treat specially in a program's path.
+TEST(CaptureOutput, TakesProgramsFromAnyFolder) {
+    const TempDir dir;
+    std::vector<std::string> folders{"Program Files (x86)", "a&b", "c@d", "e^f", "größe", "100%",
+                                     "semi;colon",          "it's"};
+    if (!platform::kWindows) {
+        folders.insert(folders.end(), {"do$HOME", "back`tick", "quo\"te", "back\\slash", "a|b<c>"});
+    }
+    const std::string name = platform::kWindows ? "tool.exe" : "tool";
+    for (const std::string& folder : folders) {
+        std::filesystem::create_directories(dir / folder);
+        const auto program = dir / folder / name;
+        std::filesystem::copy_file(test::childProgram(), program);
+        EXPECT_EQ(captureOutput(program, "print \"q r\" \"\"", true), "q r") << folder;
+    }
+}
+
+}  // namespace
+}  // namespace Vesk

@@ -1,0 +1,129 @@
+#include "build/run/command_line.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "platform/support.h"
+#include "platform/system.h"
+
+namespace Vesk {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+TEST(QuoteArgument, DoublesBackslashesOnlyBeforeQuotes) {
+    const struct {
+        std::string_view text;
+        std::string_view quoted;
+    } cases[] = {
+        {"", R"("")"},
+        {"plain", R"("plain")"},
+        {"a b", R"("a b")"},
+        {R"(a\b)", R"("a\b")"},
+        {R"(a\\b)", R"("a\\b")"},
+        {R"(dir\)", R"("dir\\")"},
+        {R"(dir\\)", R"("dir\\\\")"},
+        {R"(")", R"("\"")"},
+        {R"(\")", R"("\\\"")"},
+        {R"(a\\"b)", R"("a\\\\\"b")"},
+        {R"(\" \)", R"("\\\" \\")"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(quoteArgument(c.text), c.quoted);
+    }
+}
+
+// What a child program is given and what it reads must be the same. On Windows this goes through
+// the quoting and the C runtime's parser, on POSIX through the argument vector.
+TEST(QuoteArgument, ArrivesUnchangedInAChild) {
+    const Strings arguments{"",         "plain",      "a b",       R"(a\b)",      R"(dir\)",
+                            R"(\\)",    R"(")",       R"(\")",     R"(a\\"b c)",  "tab\there",
+                            "größe 漢", "%PATH%",     "*.cpp",     "a&b|c<d>e^f", "'single'",
+                            "-x=\"y\"", R"(C:\a b\)", R"("a" "b")"};
+    const test::TempDir dir;
+    Strings all{"args", dir.text("out")};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    platform::ProcessRequest request = test::childRequest(all);
+    request.commandLine = quoteArgument(request.arguments.front());
+    std::string expected;
+    for (const std::string& argument : all) {
+        request.commandLine += " " + quoteArgument(argument);
+    }
+    for (const std::string& argument : arguments) {
+        expected += argument + '\0';
+    }
+    EXPECT_EQ(platform::runProcess(request).status, 0);
+    EXPECT_EQ(test::contentOf(dir / "out"), expected);
+}
+
+/// Sets a variable, or removes it without a value, and undoes that at the end.
+class ScopedVariable {
+  public:
+    ScopedVariable(std::string name, const std::optional<std::string>& value)
+        : name_(std::move(name)), before_(platform::environmentVariable(name_)) {
+        assign(value);
+    }
+    ~ScopedVariable() { assign(before_); }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+  private:
+    void assign(const std::optional<std::string>& value) {
+        if (value) {
+            platform::setEnvironmentVariable(name_, *value);
+        } else {
+            platform::removeEnvironmentVariable(name_);
+        }
+    }
+
+    std::string name_;
+    std::optional<std::string> before_;
+};
+
+TEST(CommandLines, ForTheInterpreter) {
+    const struct {
+        std::optional<std::string> comspec;
+        std::string_view line;
+    } cases[] = {
+        {std::nullopt, R"("cmd.exe" /D /C "gcc -o "a b" x.c")"},
+        {"", R"("cmd.exe" /D /C "gcc -o "a b" x.c")"},
+        {R"(C:\my tools\sh.exe)", R"("C:\my tools\sh.exe" /D /C "gcc -o "a b" x.c")"},
+    };
+    for (const auto& c : cases) {
+        const ScopedVariable comspec("COMSPEC", c.comspec);
+        EXPECT_EQ(interpreterCommandLine(R"(gcc -o "a b" x.c)"), c.line);
+    }
+    EXPECT_EQ(interpreterArguments("a \"b\" $c"), (Strings{"/bin/sh", "-c", "a \"b\" $c"}));
+}
+
+TEST(CommandLines, ForPowershell) {
+    EXPECT_EQ(powershellCommandLine(R"(Write-Output "a b\")"),
+              R"("powershell.exe" -NoProfile -NonInteractive -ExecutionPolicy Bypass )"
+              R"(-Command "Write-Output \"a b\\\"")");
+    EXPECT_EQ(powershellArguments("exit 3"),
+              (Strings{"pwsh", "-NoProfile", "-NonInteractive", "-ExecutionPolicy", "Bypass",
+                       "-Command", "exit 3"}));
+}
+
+TEST(EnvironmentWithPath, ReplacesPathAndSorts) {
+    const Strings entries{"b=2",          "PATH=/old", "A=1",        "Path=/other",
+                          "pathext=.EXE", "PATHS=x",   "=C:=C:\\dir"};
+    EXPECT_EQ(environmentWithPath(entries, {"/one", "/two words"}, "/old", ';'),
+              (Strings{"=C:=C:\\dir", "A=1", "b=2", "PATH=/one;/two words;/old", "pathext=.EXE",
+                       "PATHS=x"}));
+    EXPECT_EQ(environmentWithPath(entries, {"/one"}, "/old", ':')[3], "PATH=/one:/old");
+}
+
+TEST(EnvironmentWithPath, AddsNoSeparatorWithoutAPath) {
+    EXPECT_EQ(environmentWithPath({}, {"/one", "/two"}, "", ';'), (Strings{"PATH=/one;/two"}));
+}
+
+TEST(EnvironmentWithPath, ComparesWholeEntriesWithoutCase) {
+    EXPECT_EQ(environmentWithPath({"z=1", "a=2", "A.B=1", "Z=0"}, {"d"}, "", ';'),
+              (Strings{"A.B=1", "a=2", "PATH=d", "Z=0", "z=1"}));
+}
+
+}  // namespace
+}  // namespace Vesk
