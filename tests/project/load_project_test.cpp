@@ -1,0 +1,272 @@
+#include "project/load_project.h"
+
+#include "project/workspace.h"
+
+namespace Vesk::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+namespace fs = std::filesystem;
+
+std::string importNamesOf(const Project& project) {
+    std::string text;
+    for (const ImportedProject& import : project.imports()) {
+        text += (text.empty() ? "" : " ") + import.alias + "=" + import.project->name;
+        text += import.project->profile.empty() ? "" : "(" + import.project->profile + ")";
+    }
+    return text;
+}
+
+class LoadProject : public Workspace {};
+
+TEST_F(LoadProject, HoldsWhatTheFileSaysInItsOrder) {
+    write("p/.vesk_project.txt",
+          "name p\n"
+          "tools { cc { tool_type = \"command\" } }\n"
+          "units { b { \"b.txt\" \"sub dir/../more b.txt\" } a { \"./a.txt\" } }\n"
+          "profiles { Release { } default { } }\n");
+    write("p/b.txt", "one : { }");
+    write("p/more b.txt", "unit b two : { }");
+    write("p/a.txt", "unit a");
+    fs::create_directory(path("p/sub dir"));
+    const Project& project = load("p", "RELEASE");
+    EXPECT_EQ(project.name, "p");
+    EXPECT_EQ(project.root, path("p"));
+    EXPECT_EQ(project.profile, "Release");
+    EXPECT_THAT(project.unitNames(), ElementsAre("b", "a"));
+    EXPECT_THAT(project.mainUnit()->targetNames(), ElementsAre("one", "two"));
+    EXPECT_EQ(project.findUnit("1"), project.findUnit("b"));
+    EXPECT_EQ(project.findUnit(""), project.findUnit("b"));
+    EXPECT_EQ(project.findUnit("B"), nullptr);
+    EXPECT_THAT(project.profileNames(), ElementsAre("Release", "default"));
+    ASSERT_EQ(project.tools.size(), 1U);
+    EXPECT_EQ(project.tools[0].name, "cc");
+}
+
+struct BadProject {
+    const char* what;
+    const char* text;     ///< of p/.vesk_project.txt
+    const char* profile;  ///< the one that is asked for
+    const char* failure;
+};
+
+class LoadProjectFails : public Workspace, public ::testing::WithParamInterface<BadProject> {};
+
+TEST_P(LoadProjectFails, WithTheFileInTheMessage) {
+    write("p/.vesk_project.txt", GetParam().text);
+    write("p/vesk.txt", "all : { }");
+    write("p/other.txt", "unit other\nall : { }");
+    EXPECT_EQ(failureOf([&] { load("p", GetParam().profile); }), GetParam().failure);
+}
+
+constexpr BadProject kBadProjects[] = {
+    {"NoName", "units { main { \"vesk.txt\" } }", "",
+     "A stored project requires a primary name: <ws>/p/.vesk_project.txt\n"
+     "  give the project file a first line such as: name my_project"},
+    {"NoUnits", "name p", "",
+     "Project 'p' does not list any units.\n  in <ws>/p/.vesk_project.txt"},
+    {"EmptyUnit", "name p\nunits { main { \"vesk.txt\" } lib { } }", "",
+     "Project unit 'lib' has no files.\n  in <ws>/p/.vesk_project.txt:2"},
+    {"WrongUnitName", "name p units { main { \"vesk.txt\" }\nmine { \"other.txt\" } }", "",
+     "Unit name mismatch in <ws>/p/other.txt: expected 'mine'.\n"
+     "  unit 'mine' is listed in <ws>/p/.vesk_project.txt:2"},
+    {"UnitTwice", "name p units { main { \"vesk.txt\" } main { \"vesk.txt\" } }", "",
+     "Duplicate unit 'main'.\n  unit 'main' is listed in <ws>/p/.vesk_project.txt:1"},
+    {"UnknownProfile", "name p units { m { \"vesk.txt\" } } profiles { debug { } }", "debg",
+     "Profile 'debg' not found in <ws>/p/.vesk_project.txt\n  did you mean 'debug'?"},
+    {"UnknownProfileFarOff", "name p units { m { \"vesk.txt\" } } profiles { b { } a { } }", "xyz",
+     "Profile 'xyz' not found in <ws>/p/.vesk_project.txt\n  its profiles are: a, b"},
+    {"ProfileTwice", "name p units { m { \"vesk.txt\" } }\nprofiles { a { }\nA { } }", "",
+     "Duplicate profile 'A' in <ws>/p/.vesk_project.txt:3: the first is in line 2."},
+    {"UnknownSourceProfile", "name p import { ghost: \"../q\"; } units { m { \"vesk.txt\" } }", "",
+     "Profile 'ghost' not found in <ws>/p/.vesk_project.txt"},
+    {"NotRegistered", "name p import {\nnowhere; } units { m { \"vesk.txt\" } }", "",
+     "Registered project 'nowhere' not found.\n"
+     "  imported by project 'p' in <ws>/p/.vesk_project.txt:2"},
+    {"ToolWithoutType", "name p tools {\ncc { path = \"x\" } } units { m { \"vesk.txt\" } }", "",
+     "Build tool 'cc' has no 'tool_type'.\n  in <ws>/p/.vesk_project.txt:2"},
+    {"ToolWithTwoTypes",
+     "name p tools { cc { tool_type = \"a\" Tool_Type = \"b\" } } units { m { \"vesk.txt\" } }", "",
+     "Build tool 'cc' has multiple 'tool_type' assignments.\n  in <ws>/p/.vesk_project.txt:1"},
+    {"ToolWithEmptyType", "name p tools { cc { tool_type = \"\" } } units { m { \"vesk.txt\" } }",
+     "", "Build tool 'cc' has empty 'tool_type'.\n  in <ws>/p/.vesk_project.txt:1"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Projects, LoadProjectFails, ::testing::ValuesIn(kBadProjects),
+                         [](const auto& each) { return std::string(each.param.what); });
+
+TEST_F(LoadProject, NamesBothFilesWhenAUnitFileIsMissing) {
+    write("p/.vesk_project.txt", "name p\nunits {\nmain { \"gone.txt\" } }");
+    const std::string failure = failureOf([&] { load("p"); });
+    EXPECT_THAT(failure, HasSubstr("Unable to open file!"));
+    EXPECT_THAT(failure, HasSubstr("<ws>/p/gone.txt"));
+    EXPECT_THAT(failure, HasSubstr("unit 'main' is listed in <ws>/p/.vesk_project.txt:3"));
+}
+
+TEST_F(LoadProject, SkipsToolsOfUnknownTypeAndSecondOnes) {
+    write("p/.vesk_project.txt",
+          "name p tools { cc { tool_type = \"command\" } odd { tool_type = \"x\" }\n"
+          "CC { tool_type = \"command\" } } units { m { \"vesk.txt\" } }");
+    write("p/vesk.txt", "");
+    EXPECT_EQ(outputOf([&] { EXPECT_EQ(load("p").tools.size(), 1U); }),
+              "Project 'p' tool 'odd' has unknown tool_type 'x'. Skipping.\n"
+              "Duplicate tool 'CC' in project 'p'.\n");
+}
+
+struct Importing {
+    const char* what;
+    const char* imports;  ///< of project "app", which has the profiles debug and release
+    const char* profile;
+    const char* imported;  ///< alias=name(profile) of each
+};
+
+class Imports : public Workspace, public ::testing::WithParamInterface<Importing> {};
+
+TEST_P(Imports, ApplyUnderTheirProfile) {
+    writeProject("lib", "", "fast { } small { }");
+    writeProject("util");
+    registry.registerProject("reg_lib", path("lib"));
+    registry.registerProject("reg_util", path("util/.vesk_project.txt"));
+    writeProject("app", GetParam().imports, "debug { } release { }");
+    EXPECT_EQ(importNamesOf(load("app", GetParam().profile)), GetParam().imported);
+}
+
+constexpr Importing kImports[] = {
+    {"ByDirectory", "\"../lib\";", "", "lib=lib"},
+    {"ByFile", "\"../lib/.vesk_project.txt\";", "", "lib=lib"},
+    {"WithATrailingSlash", "\"../lib/\";", "", "lib=lib"},
+    {"WithAnAlias", "\"../lib\" other;", "", "other=lib"},
+    {"WithAProfile", "\"../lib\" other (FAST);", "", "other=lib(fast)"},
+    {"ByRegisteredName", "reg_lib(small); reg_util;", "", "reg_lib=lib(small) reg_util=util"},
+    {"OnlyUnderItsProfile", "debug: \"../lib\" (fast); release: \"../lib\" (small); reg_util;",
+     "Release", "lib=lib(small) reg_util=util"},
+    {"NotWithoutAProfile", "debug: \"../lib\"; Release: reg_util;", "", ""},
+    {"OneProjectUnderTwoAliases", "\"../lib\" a; \"../lib\" b; reg_lib;", "",
+     "a=lib b=lib reg_lib=lib"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Projects, Imports, ::testing::ValuesIn(kImports),
+                         [](const auto& each) { return std::string(each.param.what); });
+
+TEST_F(LoadProject, LoadsTheTipOfADiamondOnce) {
+    writeProject("base", "", "x { }");
+    writeProject("left", "\"../base\" (x);");
+    writeProject("right", "\"../left/../base/\" (X);");
+    writeProject("top", "\"../left\"; \"../right\";");
+    const std::string output = outputOf([&] { load("top"); }, console::level::kTrace);
+    EXPECT_THAT(namesOf(store.projects()), ElementsAre("base", "left", "right", "top"));
+    const std::string line = "Loading project file <ws>/base/.vesk_project.txt\n";
+    EXPECT_NE(output.find(line), std::string::npos) << output;
+    EXPECT_EQ(output.find(line), output.rfind(line)) << output;
+}
+
+TEST_F(LoadProject, RefusesCyclesProfileConflictsAndSharedAliases) {
+    writeProject("a", "\"../b\";", "p { }");
+    writeProject("b", "\"../c\";");
+    writeProject("c", "\"../b\";");
+    EXPECT_EQ(failureOf([&] { load("a", "p"); }),
+              "Import cycle: a -> b -> c -> b\n"
+              "  imported by project 'c' in <ws>/c/.vesk_project.txt:2");
+}
+
+TEST_F(LoadProject, RefusesAProjectThatImportsItself) {
+    writeProject("a", "\".\";", "p { }");
+    EXPECT_EQ(failureOf([&] { load("a", "p"); }),
+              "Import cycle: a -> a\n  imported by project 'a' in <ws>/a/.vesk_project.txt:2");
+}
+
+TEST_F(LoadProject, RefusesOneProjectUnderTwoProfiles) {
+    writeProject("base", "", "x { } y { }");
+    writeProject("mid", "\"../base\" (y);");
+    writeProject("top", "\"../base\" (x); \"../mid\";");
+    EXPECT_EQ(failureOf([&] { load("top"); }),
+              "Conflicting project profiles: project 'base' (<ws>/base/.vesk_project.txt) with "
+              "profile 'x', imported by project 'top' in <ws>/top/.vesk_project.txt:2, versus "
+              "project 'base' (<ws>/base/.vesk_project.txt) with profile 'y'\n"
+              "  a build loads a project once; name one profile in all its imports\n"
+              "  imported by project 'mid' in <ws>/mid/.vesk_project.txt:2");
+}
+
+TEST_F(LoadProject, RefusesAnAliasForTwoProjects) {
+    writeProject("a");
+    writeProject("b");
+    writeProject("top", "\"../a\" x; \"../b\" x;");
+    EXPECT_EQ(failureOf([&] { load("top"); }),
+              "Duplicate active import alias 'x' in <ws>/top/.vesk_project.txt\n"
+              "  imported by project 'top' in <ws>/top/.vesk_project.txt:2");
+}
+
+TEST_F(LoadProject, RefusesTwoProjectsOfOneName) {
+    writeProject("a");
+    writeProject("top", "\"../a\"; \"../copy\";");
+    fs::copy(path("a"), path("copy"), fs::copy_options::recursive);
+    EXPECT_THAT(failureOf([&] { load("top"); }),
+                HasSubstr("Duplicate project name 'a': <ws>/a/.vesk_project.txt versus "
+                          "<ws>/copy/.vesk_project.txt"));
+}
+
+TEST_F(LoadProject, SaysWhoImportsAMissingProject) {
+    writeProject("top", "\"../gone\";");
+    const std::string failure = failureOf([&] { load("top"); });
+    EXPECT_THAT(failure, HasSubstr("Project file"));
+    EXPECT_THAT(failure, HasSubstr("<ws>/gone"));
+    EXPECT_THAT(failure, HasSubstr("imported by project 'top' in <ws>/top/.vesk_project.txt:2"));
+}
+
+TEST_F(LoadProject, NeedsARegistryForRegisteredNames) {
+    writeProject("top", "lib;");
+    ProjectLoader without(store, nullptr, [](std::string_view) { return true; });
+    EXPECT_THAT(failureOf([&] { without.loadImports(without.loadRoot(path("top")), ""); }),
+                HasSubstr("Registry project 'lib' not found."));
+}
+
+TEST_F(LoadProject, MakesARegisteredProjectKnownThatTheCommandLineNames) {
+    writeProject("base");
+    writeProject("lib", "\"../base\";");
+    writeProject("top");
+    registry.registerProject("mylib", path("lib"));
+    Project& top = load("top");
+    loader.loadRequested(top, "unknown");
+    EXPECT_EQ(importNamesOf(top), "");
+    loader.loadRequested(top, "mylib");
+    loader.loadRequested(top, "mylib");
+    EXPECT_EQ(importNamesOf(top), "mylib=lib");
+    EXPECT_THAT(namesOf(store.projects()), ElementsAre("base", "lib", "top"));
+}
+
+TEST_F(LoadProject, CopesWithALongChainAndAWideFan) {
+    constexpr int kLength = 1000;
+    constexpr int kWidth = 100;
+    std::string fan;
+    for (int i = 0; i < kLength; ++i) {
+        const std::string next = "\"../p" + std::to_string(i + 1) + "\";";
+        writeProject("p" + std::to_string(i), i + 1 < kLength ? next : "");
+        fan += i < kWidth ? "\"../p" + std::to_string(i) + "\";\n" : "";
+    }
+    writeProject("top", fan);
+    EXPECT_EQ(load("top").imports().size(), static_cast<std::size_t>(kWidth));
+    EXPECT_EQ(store.projects().size(), static_cast<std::size_t>(kLength + 1));
+}
+
+TEST_F(LoadProject, CopesWithTenThousandUnits) {
+    std::string units;
+    for (int i = 0; i < 10000; ++i) {
+        units += "u" + std::to_string(i) + " { \"shared.txt\" }\n";
+    }
+    write("p/.vesk_project.txt", "name p units { " + units + " }");
+    write("p/shared.txt", "t : { }");
+    EXPECT_EQ(load("p").units().size(), 10000U);
+}
+
+TEST_F(LoadProject, FindsTheNearestProjectFileAbove) {
+    write("a/.vesk_project.txt", "");
+    write("a/b/c/file", "");
+    fs::create_directory(path("a/b/.vesk_project.txt"));
+    EXPECT_EQ(findProjectFile(path("a/b/c")), path("a/.vesk_project.txt"));
+    EXPECT_EQ(findProjectFile(path("a")), path("a/.vesk_project.txt"));
+    EXPECT_EQ(findProjectFile(path("")), std::nullopt);
+}
+
+}  // namespace
+}  // namespace Vesk::test

@@ -1,0 +1,102 @@
+#include "project/workspace.h"
+
+#include <algorithm>
+#include <random>
+
+#include "base/exception.h"
+#include "platform/files.h"
+#include "platform/system.h"
+#include "support/console_capture.h"
+
+namespace Vesk::test {
+
+namespace fs = std::filesystem;
+
+Workspace::Workspace() {
+    std::random_device random;
+    const std::string name =
+        "vesk it's \xC3\xBC\xE7\x95\x8C " + std::to_string(random()) + std::to_string(random());
+    root_ = fs::canonical(fs::temp_directory_path()) / platform::pathFromUtf8(name);
+    fs::create_directories(root_);
+    registry.file = root_ / kRegistryFileName;
+}
+
+Workspace::~Workspace() {
+    std::error_code ignored;
+    fs::remove_all(root_, ignored);
+}
+
+fs::path Workspace::path(const std::string& relative) const {
+    return (root_ / platform::pathFromUtf8(relative)).make_preferred();
+}
+
+void Workspace::write(const std::string& relative, const std::string& text) const {
+    fs::create_directories(path(relative).parent_path());
+    std::error_code error;
+    ASSERT_TRUE(platform::writeWholeFile(path(relative), text, platform::Append::no, error))
+        << error.message();
+}
+
+std::string Workspace::read(const std::string& relative) const {
+    std::error_code error;
+    return platform::readWholeFile(path(relative), error).value_or("(" + error.message() + ")");
+}
+
+void Workspace::writeProject(const std::string& name, const std::string& imports,
+                             const std::string& profiles) const {
+    write(name + "/" + kProjectFileName,
+          "name " + name + "\n" + (imports.empty() ? "" : "import { " + imports + " }\n") +
+              "units { main { \"vesk.txt\" } }\n" +
+              (profiles.empty() ? "" : "profiles { " + profiles + " }\n"));
+    write(name + "/vesk.txt", "unit main\nall : { NO_TOOL }\n");
+}
+
+Project& Workspace::load(const std::string& directory, const std::string& profile) {
+    Project& root = loader.loadRoot(path(directory));
+    loader.loadImports(root, profile);
+    return root;
+}
+
+std::string Workspace::failureOf(const std::function<void()>& action) const {
+    try {
+        action();
+        return {};
+    } catch (const VeskException& exception) {
+        return readable(exception.report());
+    } catch (const std::exception& exception) {
+        return readable(exception.what());
+    }
+}
+
+std::string Workspace::outputOf(const std::function<void()>& action, int threshold) const {
+    ConsoleCapture capture(threshold);
+    const std::string failure = failureOf(action);
+    const std::string text = readable(capture.text());
+    EXPECT_EQ(failure, "");
+    return text;
+}
+
+std::string Workspace::readable(std::string text) const {
+    const auto replaceAll = [&text](const std::string& from, const std::string& to) {
+        for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at)) {
+            text.replace(at, from.size(), to);
+            at += to.size();
+        }
+    };
+    if (platform::kWindows) {
+        std::replace(text.begin(), text.end(), '\\', '/');
+    }
+    const auto generic = root_.generic_u8string();
+    replaceAll(std::string(generic.begin(), generic.end()), "<ws>");
+    return text;
+}
+
+std::vector<std::string> namesOf(const std::vector<const Project*>& projects) {
+    std::vector<std::string> names;
+    for (const Project* project : projects) {
+        names.push_back(project->name);
+    }
+    return names;
+}
+
+}  // namespace Vesk::test
