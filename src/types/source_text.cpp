@@ -48,7 +48,7 @@ std::string rawText(const VeskRawString& value) {
 
 std::string pathText(const VeskPathString& value) {
     std::string path = value.text;
-    if (!value.baseDirectory.empty()) {
+    if (!value.baseDirectory.empty() && !platform::isAbsolutePath(path)) {
         path = platform::pathToUtf8(value.baseDirectory / platform::pathFromUtf8(value.text));
     }
     if (path.find(kRawEnd) != std::string::npos) {

@@ -151,9 +151,9 @@ ValuePtr VeskString::resolve() {
 }
 
 std::string VeskPathString::toDisplayString() const {
+    const bool whole = baseDirectory.empty() || platform::isAbsolutePath(text);
     const std::string shown =
-        baseDirectory.empty() ? text
-                              : platform::pathToUtf8(baseDirectory / platform::pathFromUtf8(text));
+        whole ? text : platform::pathToUtf8(baseDirectory / platform::pathFromUtf8(text));
     return "P\"" + shown + "\"";
 }
 
