@@ -81,6 +81,7 @@ class Expander {
 
     Resolver& resolver_;
     std::size_t references_ = 0;
+    std::size_t resultBytes_ = 0;
 };
 
 std::string Expander::reference(const std::string& name, Names& inProgress) {
@@ -154,6 +155,8 @@ void Expander::cross(const std::string& text, std::vector<std::string>& results,
     const CrossParts parts = cutAtCrossReferences(text);
     if (parts.references.empty()) {
         checkPlaceholders(text);
+        resultBytes_ += text.size() + sizeof(std::string);
+        checkSize(resultBytes_);
         results.push_back(text);
         return;
     }
@@ -203,6 +206,19 @@ ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver) {
     } catch (const IdentifierError&) {}
     resolver.reportMissing(path);
     return nullptr;
+}
+
+void checkLimits(const VeskValue& value) {
+    if (const auto* string = dynamic_cast<const VeskBaseString*>(&value)) {
+        checkSize(string->text.size());
+    } else if (const auto* list = dynamic_cast<const VeskList*>(&value)) {
+        if (list->items.size() > kMaxListElements) {
+            throw VeskException(
+                fmt::format("A list gets more than {} elements; does it refer to itself through "
+                            "other variables?",
+                            kMaxListElements));
+        }
+    }
 }
 
 bool isSingleReference(std::string_view text) noexcept {

@@ -17,8 +17,11 @@ namespace Vesk {
 /// No expanded text, and no set of texts of one cross expansion, may be larger than this.
 inline constexpr std::size_t kMaxExpansionBytes = std::size_t{16} * 1024 * 1024;
 
+/// No list may get more elements than this when its references are resolved.
+inline constexpr std::size_t kMaxListElements = 1'000'000;
+
 /// One expansion may follow this many references.
-inline constexpr std::size_t kMaxExpansionReferences = 1'000'000;
+inline constexpr std::size_t kMaxExpansionReferences = 100'000;
 
 /// References may lead to references this many times.
 inline constexpr std::size_t kMaxReferenceDepth = 500;
@@ -40,6 +43,9 @@ ValuePtr expandText(const std::string& text, Resolver& resolver);
 /// The value that a path names, or an empty pointer for a variable that does not exist, after the
 /// resolver has been told. Throws CircularReference.
 ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver);
+
+/// Throws VeskException for a string or a list beyond the limits.
+void checkLimits(const VeskValue& value);
 
 /// Whether the text is one single reference, "${path}", and nothing else.
 bool isSingleReference(std::string_view text) noexcept;

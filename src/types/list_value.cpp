@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "types/errors.h"
+#include "types/expansion.h"
 
 namespace Vesk {
 namespace {
@@ -145,6 +146,7 @@ ValuePtr VeskList::resolve() {
         ValuePtr value = resolvable != nullptr ? resolvable->resolve() : item;
         if (const auto* list = dynamic_cast<const VeskList*>(value.get()); list && !isList) {
             resolved->append(*list);
+            checkLimits(*resolved);
         } else {
             resolved->items.push_back(std::move(value));
         }
