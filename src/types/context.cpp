@@ -3,9 +3,12 @@
 #include <algorithm>
 
 #include "base/console.h"
+#include "platform/files.h"
 #include "types/context_value.h"
 #include "types/errors.h"
 #include "types/identifier_value.h"
+#include "types/list_value.h"
+#include "types/string_values.h"
 
 namespace Vesk {
 namespace {
@@ -14,6 +17,54 @@ constexpr int kEmptyKeysLine = 380;
 
 bool isIdentifier(const ValuePtr& value) {
     return dynamic_cast<const VeskIdentifier*>(value.get()) != nullptr;
+}
+
+bool isPath(const ValuePtr& value) {
+    return dynamic_cast<const VeskPathString*>(value.get()) != nullptr;
+}
+
+/// Whether a += to this value joins texts. A path is text too, but becomes a list of paths.
+bool isText(const ValuePtr& value) {
+    return dynamic_cast<const VeskBaseString*>(value.get()) != nullptr && !isPath(value);
+}
+
+/// Whether the unresolved value, joined to a text, would leave something behind: what a name stands
+/// for, the directory of a path, the other words of a cross reference in a list.
+bool losesMeaningAsText(const VeskValue& value) {
+    if (const auto* path = dynamic_cast<const VeskPathString*>(&value)) {
+        return !platform::isAbsolutePath(path->text);
+    }
+    if (const auto* list = dynamic_cast<const VeskList*>(&value)) {
+        return std::any_of(list->items.begin(), list->items.end(), [](const ValuePtr& item) {
+            return item &&
+                   (isIdentifier(item) || item->toString().find("#{") != std::string::npos ||
+                    losesMeaningAsText(*item));
+        });
+    }
+    return false;
+}
+
+/// What a += appends to `stored`: `added` itself, unless a path is stored. A path literal is one
+/// path, so it becomes a list of paths first; the words of a string and the strings of a list are
+/// paths of the same directory then.
+ValuePtr readyToAppend(ValuePtr& stored, const ValuePtr& added) {
+    const bool hasElements = dynamic_cast<const VeskBaseString*>(added.get()) != nullptr ||
+                             dynamic_cast<const VeskList*>(added.get()) != nullptr;
+    if (!isPath(stored) || !hasElements) {
+        return added;
+    }
+    const auto path = std::static_pointer_cast<VeskPathString>(stored);
+    stored = std::make_shared<VeskList>(std::vector<ValuePtr>{path});
+    if (isPath(added)) {
+        return added;
+    }
+    auto paths = std::make_shared<VeskList>(elementsOf(*added));
+    for (ValuePtr& element : paths->items) {
+        if (isText(element)) {
+            element = path->makeString(element->toString());
+        }
+    }
+    return paths;
 }
 
 /// Merges the value; false when the new assignment leaves what is stored as it is.
@@ -65,8 +116,9 @@ void exportAppend(Assignment& stored, const ValuePtr& exportedBefore, bool whole
         return;
     }
     if (exportedBefore) {
-        exportedBefore->append(*value);
         stored.exported = exportedBefore;
+        const ValuePtr added = readyToAppend(stored.exported, value);
+        stored.exported->append(*added);
     } else {
         stored.exported = deepCopy(*value);
     }
@@ -110,7 +162,8 @@ bool Context::mustHold(const Assignment& assignment) const {
     }
     const Assignment* stored = find(assignment.name);
     return stored != nullptr && stored->value &&
-           (isIdentifier(stored->value) || isIdentifier(assignment.value));
+           (isIdentifier(stored->value) || isIdentifier(assignment.value) ||
+            (isText(stored->value) && losesMeaningAsText(*assignment.value)));
 }
 
 void Context::mergeAssignment(const Assignment& assignment, ModifierMode mode) {
@@ -118,6 +171,10 @@ void Context::mergeAssignment(const Assignment& assignment, ModifierMode mode) {
         heldAppends_.push_back({assignment, mode});
         return;
     }
+    mergeNow(assignment, mode);
+}
+
+void Context::mergeNow(const Assignment& assignment, ModifierMode mode) {
     const bool replaces =
         assignment.op == AssignOperator::Assign || assignment.op == AssignOperator::None;
     if (replaces && !heldAppends_.empty()) {
@@ -125,17 +182,23 @@ void Context::mergeAssignment(const Assignment& assignment, ModifierMode mode) {
             return held.assignment.name == assignment.name;
         });
     }
-    const bool outputAppend = assignment.modifier == AssignModifier::Output &&
-                              assignment.op == AssignOperator::Append && assignment.value;
-    if (!outputAppend) {
+    if (assignment.op != AssignOperator::Append || !assignment.value) {
         addAssignment(assignment, mode);
         return;
     }
-    const Assignment* before = find(assignment.name);
+    Assignment* before = find(assignment.name);
+    Assignment addition = assignment;
+    if (before != nullptr) {
+        addition.value = readyToAppend(before->value, assignment.value);
+    }
+    if (assignment.modifier != AssignModifier::Output) {
+        addAssignment(addition, mode);
+        return;
+    }
     const ValuePtr exported = before != nullptr ? before->exported : nullptr;
     const bool wholeIsOutput =
         before != nullptr && before->modifier == AssignModifier::Output && !before->exported;
-    addAssignment(assignment, mode);
+    addAssignment(addition, mode);
     Assignment& stored = *find(assignment.name);
     // What came with the parts of its own keeps them: a merged dependency's outputs, for example.
     exportAppend(stored, exported, wholeIsOutput,
@@ -245,7 +308,7 @@ Assignment& Context::getAssignment(const std::vector<Key>& keys) {
 }
 
 void Context::setEnclosing(Context* enclosing) noexcept {
-    if (!resolving_ && enclosing != this) {
+    if (enclosing != this) {
         enclosing_ = enclosing;
     }
 }

@@ -44,9 +44,10 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     /// forbidden merge, and what appending throws.
     void addAssignment(const Assignment& assignment, ModifierMode mode);
 
-    /// Merges as source text does: a modifier that is written is taken over, and an append that
-    /// meets an unresolved reference, in the value or in what is stored, is held back and made when
-    /// variables are resolved, in order, instead of failing.
+    /// Merges as source text does: a modifier that is written is taken over; what is appended to a
+    /// path makes a list of paths; and an append that meets an unresolved reference, in the value
+    /// or in what is stored, or that would turn one into text, is held back and made when variables
+    /// are resolved, in order, instead of failing.
     void mergeAssignment(const Assignment& assignment, ModifierMode mode);
     void mergeAssignment(const Assignment& assignment) {
         mergeAssignment(assignment, assignment.modifier == AssignModifier::None
@@ -105,13 +106,14 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     /// Nothing is reported about unknown variables from now on; for trial evaluations.
     void setSilent() noexcept { silent_ = true; }
 
-    /// Where names are looked for that this context lacks. Not owned; ignored once resolved.
+    /// Where names are looked for that this context lacks. Not owned: whoever has this context
+    /// resolved names the enclosing one anew.
     void setEnclosing(Context* enclosing) noexcept;
 
     /// A copy that shares nothing that can change.
     std::shared_ptr<Context> deepCopy() const;
 
-    /// The dump: "{", a line for each assignment, "}", each with a line end.
+    /// The dump: a line "{", a line for each assignment, and "}" without a line end.
     std::string dump() const;
 
     /// Names that variables have here, for suggestions.
@@ -135,6 +137,8 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     ValuePtr resolvedCopy(const Assignment& assignment);
     void adopt(Context& other, ModifierMode mode);
     bool mustHold(const Assignment& assignment) const;
+    void mergeNow(const Assignment& assignment, ModifierMode mode);
+    void resolveForAppend(ValuePtr& value, const CiString& name);
     void placeHeldAppend(const HeldAppend& held);
     bool conditionHolds(const Condition& condition, Unresolvable unresolvable);
     bool compare(const Condition& condition);

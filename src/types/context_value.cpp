@@ -82,14 +82,20 @@ ValuePtr VeskContext::add(const VeskValue& other) const {
 }
 
 void VeskContext::append(const VeskValue& other) {
-    if (const auto* name = dynamic_cast<const VeskString*>(&other)) {
-        Assignment assignment;
-        assignment.name = name->text;
-        assignment.op = AssignOperator::None;
-        context()->addAssignment(assignment, ModifierMode::Keep);
+    const auto* name = dynamic_cast<const VeskString*>(&other);
+    const VeskContext* added = name == nullptr ? &contextOperand(other) : nullptr;
+    if (!owner_) {
+        owner_ = context()->deepCopy();  // what it refers to belongs to somebody else
+        reference_ = owner_;
+    }
+    if (added != nullptr) {
+        owner_->mergeContext(*added->context(), ModifierMode::Keep);
         return;
     }
-    context()->mergeContext(*contextOperand(other).context(), ModifierMode::Keep);
+    Assignment assignment;
+    assignment.name = name->text;
+    assignment.op = AssignOperator::None;
+    owner_->addAssignment(assignment, ModifierMode::Keep);
 }
 
 ValuePtr VeskContext::at(const Key& key) const {

@@ -55,9 +55,12 @@ ValuePtr resolvedValue(const ValuePtr& value, Context& context) {
     }
     resolvable->setResolver(&context);
     ValuePtr resolved = resolvable->resolve();
+    if (dynamic_cast<const VeskIdentifier*>(value.get()) == nullptr) {
+        return resolved;
+    }
     // A reference gives the other variable's own value: appends to this one must not reach it.
-    return dynamic_cast<const VeskIdentifier*>(value.get()) != nullptr ? resolved->clone()
-                                                                       : resolved;
+    const bool isContext = dynamic_cast<const VeskContext*>(resolved.get()) != nullptr;
+    return isContext ? deepCopy(*resolved) : resolved->clone();
 }
 
 std::string variableNote(const Assignment& assignment) {
@@ -87,7 +90,12 @@ std::optional<IdentifierPath> hintPath(const ValuePtr& value) {
 }  // namespace
 
 void Context::reportMissing(const IdentifierPath& path) {
-    if (!silent_) {
+    if (silent_) {
+        return;
+    }
+    if (enclosing_ != nullptr) {
+        enclosing_->reportMissing(path);
+    } else {
         Resolver::reportMissing(path);
     }
 }
@@ -202,15 +210,22 @@ ValuePtr Context::resolveIdentifier(const IdentifierPath& path) {
     return value;
 }
 
+void Context::resolveForAppend(ValuePtr& value, const CiString& name) {
+    if (dynamic_cast<const VeskIdentifier*>(value.get()) != nullptr) {
+        const InProgress mark(inProgress_, name);
+        value = resolvedValue(value, *this);
+    }
+}
+
 void Context::placeHeldAppend(const HeldAppend& held) {
     Assignment addition = held.assignment;
     addition.value = resolvedCopy(addition);
-    Assignment* stored = find(addition.name);
-    if (stored != nullptr && dynamic_cast<VeskIdentifier*>(stored->value.get()) != nullptr) {
-        stored->value = resolvedCopy(*stored)->clone();
-        stored->state = ResolveState::Unresolved;
+    if (Assignment* stored = find(addition.name)) {
+        resolveForAppend(stored->value, addition.name);
+        resolveForAppend(stored->exported, addition.name);
     }
-    mergeAssignment(addition, held.mode);
+    mergeNow(addition, held.mode);
+    checkLimits(*find(addition.name)->value);
 }
 
 void Context::placeHeldAppends() {
