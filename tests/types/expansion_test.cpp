@@ -1,0 +1,204 @@
+#include "types/expansion.h"
+
+#include <gtest/gtest.h>
+#include <map>
+
+#include "support/console_capture.h"
+#include "types/support.h"
+
+namespace Vesk {
+namespace {
+
+using namespace test;
+
+/// Gives values as they are: what they refer to is left to the expansion.
+class Table : public Resolver {
+  public:
+    explicit Table(std::map<std::string, ValuePtr> values) : values_(std::move(values)) {}
+
+    ValuePtr resolveIdentifier(const IdentifierPath& path) override {
+        const auto position = values_.find(path.toDisplayString());
+        if (position == values_.end()) {
+            throw NotFoundException("Assignment", path.toDisplayString());
+        }
+        return position->second;
+    }
+
+  private:
+    std::map<std::string, ValuePtr> values_;
+};
+
+Table sampleTable() {
+    return Table({{"a", str("1")},
+                  {"b", str("<${a}>")},
+                  {"n", num(7)},
+                  {"l", list({str("x"), str("y")})},
+                  {"m", list({num(1), num(2)})},
+                  {"refs", list({str("${a}"), str("#{m}")})},
+                  {"empty", list({})},
+                  {"words", str("p q")},
+                  {"w", str("l")},
+                  {"l[0]", str("x")},
+                  {"self", str("${self}")},
+                  {"ping", str("${pong}")},
+                  {"pong", str("${ping}")},
+                  {"brace", raw("}")}});
+}
+
+std::string expanded(const std::string& text) {
+    Table table = sampleTable();
+    return outcome([&] { return expandText(text, table); });
+}
+
+TEST(Expansion, Texts) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "VeskString \"\""},
+        {"plain $ { } # text", "VeskString \"plain $ { } # text\""},
+        {"${a}", "VeskString \"1\""},
+        {"<${a}${a}>${n}", "VeskString \"<11>7\""},
+        {"${b}", "VeskString \"<1>\""},
+        {"${l}", "VeskString \"x y\""},
+        {"${l[0]}", "VeskString \"x\""},
+        {"$${a}}", "VeskString \"$1}\""},
+        {"${brace}", "VeskString \"}\""},
+        {"-#{l}", "VeskList [ \"-x\", \"-y\" ]"},
+        {"#{l}-#{m}", "VeskList [ \"x-1\", \"x-2\", \"y-1\", \"y-2\" ]"},
+        {"${a}#{l}${n}", "VeskList [ \"1x7\", \"1y7\" ]"},
+        {"#{words}", "VeskList [ \"p\", \"q\" ]"},
+        {"#{empty}", "VeskList []"},
+        {"#{l}#{empty}", "VeskList []"},
+        {"#{n}", "VeskList []"},
+        {"#{${w}}", "VeskList [ \"x\", \"y\" ]"},
+        {"#{refs}", "VeskList [ \"1\", \"1\", \"2\" ]"},
+        {"#", "VeskString \"#\""},
+        {"#x #{l}", "VeskList [ \"#x x\", \"#x y\" ]"},
+        {"issue #12", "VeskException: unresolved cross expansion reference '#12'"},
+        {"#${a}", "VeskException: unresolved cross expansion reference '#1'"},
+        {"#{l} #3", "VeskException: unresolved cross expansion reference '#3'"},
+        {"#${n}0 #{l}", "VeskException: unresolved cross expansion reference '#70'"},
+        {"${a", "VeskException: missing '}'"},
+        {"${a} ${", "VeskException: missing '}'"},
+        {"#{a", "VeskException: missing '}'"},
+        {"#{#{l}", "VeskException: missing '}'"},
+        {"${a${b}}", "VeskException: nested ${} is not allowed"},
+        {"${}", "ParseError: Empty identifier"},
+        {"${a.}", "ParseError: Expected identifier segment after '.': 'a.' at byte 3"},
+        {"#{1}", "ParseError: Invalid identifier start: '1' at byte 1"},
+        {"#{none}", "NotFoundException: Assignment 'none' not found."},
+        {"${self}", "CircularReference: Circular reference to variable 'self'."},
+        {"${ping}", "CircularReference: Circular reference to variable 'ping'."},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(expanded(text), expected) << text;
+    }
+}
+
+TEST(Expansion, AnUnknownVariableIsEmptyAndWarnedOfOncePerReference) {
+    ConsoleCapture capture;
+    EXPECT_EQ(expanded("<${none}${none.x[0]}>${b}"), "VeskString \"<><1>\"");
+    EXPECT_EQ(capture.text(),
+              "Variable 'none' does not exist.\nVariable 'none.x[0]' does not exist.\n");
+}
+
+TEST(Expansion, OfAWholeStringKeepsItsText) {
+    Table table = sampleTable();
+    VeskString text("${b}");
+    EXPECT_EQ(shown(text.resolve()), "VeskString \"${b}\"") << "nobody answers for names";
+    text.setResolver(&table);
+    EXPECT_EQ(shown(text.resolve()), "VeskString \"<1>\"");
+    EXPECT_EQ(text.text, "<1>");
+    VeskString cross("#{l}");
+    cross.setResolver(&table);
+    EXPECT_EQ(shown(cross.resolve()), "VeskList [ \"x\", \"y\" ]");
+    EXPECT_EQ(cross.text, "x y");
+}
+
+TEST(Expansion, SingleReferences) {
+    for (const char* text : {"${a}", "${a.b[0]}", "${}"}) {
+        EXPECT_TRUE(isSingleReference(text)) << text;
+    }
+    for (const char* text : {"", "a", "${a", "$a}", "${a}}", "${a}${b}", " ${a}", "#{a}"}) {
+        EXPECT_FALSE(isSingleReference(text)) << text;
+    }
+}
+
+/// v0 = seed, and v<i> made of v<i-1>, up to v<levels>.
+template <class Make>
+std::shared_ptr<Context> chain(int levels, const ValuePtr& seed, Make&& make) {
+    Assignments assignments{set("v0", seed)};
+    for (int i = 1; i <= levels; ++i) {
+        const Assignments next = make("v" + std::to_string(i), "v" + std::to_string(i - 1));
+        assignments.insert(assignments.end(), next.begin(), next.end());
+    }
+    return contextOf(assignments);
+}
+
+/// How asking for the last of such a chain ends.
+std::string lastOf(const std::shared_ptr<Context>& context, int levels) {
+    const IdentifierPath last = IdentifierPath::ofName("v" + std::to_string(levels));
+    return outcome([&] { return context->resolveIdentifier(last); });
+}
+
+TEST(Expansion, GrowthWithoutEndIsAnErrorAtALimit) {
+    const auto doubledText = [](const std::string& name, const std::string& before) {
+        return Assignments{set(name.c_str(), str("${" + before + "}${" + before + "}"))};
+    };
+    const auto doubledList = [](const std::string& name, const std::string& before) {
+        return Assignments{set(name.c_str(), list({id(before), id(before)}))};
+    };
+    const auto crossed = [](const std::string& name, const std::string& before) {
+        return Assignments{set(name.c_str(), str("#{" + before + "}#{" + before + "}"))};
+    };
+    const auto appended = [](const std::string& name, const std::string& before) {
+        return Assignments{set(name.c_str(), id(before)), plus(name.c_str(), id(before))};
+    };
+    EXPECT_EQ(lastOf(chain(3, str("x"), doubledText), 3), "VeskString \"xxxxxxxx\"");
+    const std::string tooLarge =
+        "VeskException: Expanding a string gives more than 16777216 bytes; does it refer to "
+        "itself through other variables?";
+    EXPECT_EQ(lastOf(chain(40, str("x"), doubledText), 40), tooLarge);
+    EXPECT_EQ(lastOf(chain(40, list({str("x"), str("y")}), crossed), 40), tooLarge);
+    const std::string whole =
+        outcomeOf([&] { chain(40, str("x"), doubledText)->resolveVariables(); });
+    EXPECT_EQ(whole.find(tooLarge + "\n  in variable 'v"), 0U) << whole;
+
+    EXPECT_EQ(lastOf(chain(2, str("x"), doubledList), 2),
+              "VeskList [ \"x\", \"x\", \"x\", \"x\" ]");
+    EXPECT_EQ(lastOf(chain(40, str("x"), doubledList), 40).find("VeskException: "), 0U);
+    for (const ValuePtr& seed : {str("x"), list({num(1)})}) {
+        const auto context = chain(40, seed, appended);
+        EXPECT_EQ(outcomeOf([&] { context->resolveVariables(); }).find("VeskException: "), 0U);
+    }
+}
+
+TEST(Expansion, ReferencesThatAskAgainAndAgainEndAtALimit) {
+    std::map<std::string, ValuePtr> values{{"v0", str("")}};
+    for (int i = 1; i <= 40; ++i) {
+        const std::string before = "${v" + std::to_string(i - 1) + "}";
+        values["v" + std::to_string(i)] = str(before + before);
+    }
+    Table table(std::move(values));
+    EXPECT_EQ(outcome([&] { return expandText("${v40}", table); }).find("VeskException: Expanding"),
+              0U);
+}
+
+TEST(Expansion, LongChainsEndAtALimitNotInACrash) {
+    const auto byString = [](const std::string& name, const std::string& before) {
+        return Assignments{set(name.c_str(), str("${" + before + "}"))};
+    };
+    const auto byName = [](const std::string& name, const std::string& before) {
+        return Assignments{set(name.c_str(), id(before))};
+    };
+    EXPECT_EQ(lastOf(chain(400, str("x"), byString), 400), "VeskString \"x\"");
+    EXPECT_EQ(lastOf(chain(400, str("x"), byName), 400), "VeskString \"x\"");
+    const std::string tooDeep =
+        "VeskException: Variable 'v100' is reached through more than 500 references to other "
+        "variables.";
+    EXPECT_EQ(lastOf(chain(600, str("x"), byString), 600), tooDeep);
+    EXPECT_EQ(lastOf(chain(600, str("x"), byName), 600), tooDeep);
+    const auto forwards = chain(600, str("x"), byName);
+    EXPECT_EQ(outcomeOf([&] { forwards->resolveVariables(); }), "done") << "each is resolved once";
+}
+
+}  // namespace
+}  // namespace Vesk

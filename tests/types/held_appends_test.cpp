@@ -1,0 +1,121 @@
+// Appends that have to wait until a reference can be resolved.
+
+#include <gtest/gtest.h>
+
+#include "platform/files.h"
+#include "types/support.h"
+
+namespace Vesk {
+namespace {
+
+using namespace test;
+
+TEST(HeldAppends, AreMadeInTheOrderInWhichTheyAreWritten) {
+    const auto here = std::filesystem::temp_directory_path();
+    const auto file = [&here](const char* name) { return platform::pathToUtf8(here / name); };
+    const Assignment base = set("BASE", str("b"));
+    const Assignment other = set("OTHER", str("o"));
+    const Assignment names = set("NAMES", list({str("n"), str("m")}));
+    const std::pair<Assignments, std::string> cases[] = {
+        {{set("X", id("BASE")), plus("X", str("1")), plus("X", id("OTHER")), plus("X", str("2")),
+          base, other},
+         "\"b 1 o 2\""},
+        {{base, other, set("X", str("s")), plus("X", id("BASE")), plus("X", str("1"))},
+         "\"s b 1\""},
+        {{names, set("X", list({})), plus("X", id("NAMES")), plus("X", str("1"))},
+         "[\"n\", \"m\", \"1\"]"},
+        {{names, set("X", str("s")), plus("X", id("NAMES"))}, "\"s n m\""},
+        {{names, set("X", str("s")), plus("X", list({id("NAMES"), str("t")}))}, "\"s n m t\""},
+        {{names, set("X", str("s")), plus("X", list({str("-#{NAMES}")}))}, "\"s -n -m\""},
+        {{base, plus("X", id("BASE")), plus("X", str("1"))}, "\"b 1\""},
+        {{base, set("X", id("BASE")), plus("X", str("1")), set("X", str("new"))}, "\"new\""},
+        {{base, set("X", id("BASE")), plus("X", str("1")), bare("X")}, ""},
+        {{base, set("X", id("BASE")), plus("X", str("1")), maybe("X", str("new"))}, "\"b 1\""},
+        {{base, set("Y", id("X")), set("X", id("BASE")), plus("X", str("1"))}, "\"b 1\""},
+        {{set("X", str("s")), plus("X", path("f", here))}, "\"s " + file("f") + "\""},
+        {{set("X", str("s")), plus("X", list({path("f", here)}))}, "\"s " + file("f") + "\""},
+    };
+    for (const auto& [assignments, expected] : cases) {
+        const auto context = contextOf(assignments);
+        EXPECT_EQ(outcome([&] {
+                      context->resolveVariables();
+                      const Assignment* x = context->find("X");
+                      return x->value ? toSourceString(*x->value) : std::string{};
+                  }),
+                  expected);
+    }
+}
+
+TEST(HeldAppends, PathsBecomeAListOfPaths) {
+    const auto here = std::filesystem::temp_directory_path();
+    const auto file = [&here](const char* name) {
+        return "P\"(" + platform::pathToUtf8(here / name) + ")\"";
+    };
+    const std::pair<ValuePtr, std::string> cases[] = {
+        {path("b c", here), "[" + file("a") + ", " + file("b c") + "]"},
+        {str("b c"), "[" + file("a") + ", " + file("b") + ", " + file("c") + "]"},
+        {list({str("b c"), num(1)}), "[" + file("a") + ", " + file("b c") + ", 1]"},
+        {num(1), file("a1")},
+    };
+    for (const auto& [added, expected] : cases) {
+        const auto context = contextOf({set("X", path("a", here)), plus("X", added)});
+        context->resolveVariables();
+        EXPECT_EQ(toSourceString(*context->find("X")->value), expected);
+    }
+}
+
+TEST(HeldAppends, DoNotReachTheVariableThatIsReferredTo) {
+    const auto context =
+        contextOf({set("LIST", list({str("a")})), set("TEXT", str("t")),
+                   set("BLOCK", block({set("k", num(1))})), set("L", id("LIST")),
+                   set("T", id("TEXT")), set("B", id("BLOCK")), plus("L", str("b")),
+                   plus("T", str("u")), plus("B", block({set("k", num(2))}))});
+    context->resolveVariables();
+    EXPECT_EQ(sourceOf(*context),
+              "B = { k = 2 }; BLOCK = { k = 1 }; L = [\"a\", \"b\"]; LIST = [\"a\"]; "
+              "T = \"t u\"; TEXT = \"t\"");
+}
+
+TEST(HeldAppends, AnAppendToAContextOfSomebodyElseMakesACopyFirst) {
+    const auto outputs = contextOf({set("k", num(1))});
+    const auto context = contextOf({set("B", id("lib")), plus("B", block({set("k", num(2))}))});
+    context->addAssignment(resolvedAssignment("lib", VeskContext::referringTo(outputs)),
+                           ModifierMode::Keep);
+    context->resolveVariables();
+    EXPECT_EQ(sourceOf(*context), "B = { k = 2 }; lib = { k = 1 }");
+    EXPECT_EQ(sourceOf(*outputs), "k = 1");
+}
+
+TEST(HeldAppends, ArePlacedOnceTheyCanBe) {
+    const auto context =
+        contextOf({set("X", id("lib.FLAGS")), plus("X", str("1")), set("Y", str("y")),
+                   plus("Y", id("SELF")), set("SELF", str("s"))});
+    EXPECT_TRUE(context->hasHeldAppends("x"));
+    EXPECT_TRUE(context->hasHeldAppends("Y"));
+    context->placeHeldAppends();
+    EXPECT_TRUE(context->hasHeldAppends("X")) << "waits for the dependency";
+    EXPECT_FALSE(context->hasHeldAppends("Y"));
+    EXPECT_EQ(context->textOf("Y"), "y s");
+    context->mergeAssignment(plus("X", str("2")));
+    ASSERT_EQ(context->heldAppends().size(), 2U);
+    EXPECT_EQ(context->heldAppends()[1].toDisplayString(), "X += \"2\"");
+
+    const auto next = contextOf({set("X", str("under"))});
+    next->mergeContext(*context, ModifierMode::Keep);
+    next->addAssignment(set("lib", block({set("FLAGS", str("f"))})), ModifierMode::Keep);
+    next->placeHeldAppends();
+    EXPECT_FALSE(next->hasHeldAppends("X"));
+    EXPECT_EQ(next->textOf("X"), "f 1 2");
+    EXPECT_TRUE(context->hasHeldAppends("X")) << "merging copies";
+}
+
+TEST(HeldAppends, ThatStayUnresolvableAreAnErrorThatNamesTheVariable) {
+    Assignment append = plus("X", id("Z1"));
+    append.line = 4;
+    const auto context = contextOf({set("X", str("x")), append});
+    EXPECT_EQ(outcomeOf([&] { context->resolveVariables(); }),
+              "NotFoundException: Assignment 'Z1' not found.\n  in variable 'X', line 4");
+}
+
+}  // namespace
+}  // namespace Vesk

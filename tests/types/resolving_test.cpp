@@ -1,0 +1,214 @@
+// What identifier paths give, before and after variables are resolved.
+
+#include <gtest/gtest.h>
+
+#include "platform/files.h"
+#include "support/console_capture.h"
+#include "types/support.h"
+
+namespace Vesk {
+namespace {
+
+using namespace test;
+
+std::string valueAt(Context& context, const char* name) {
+    return outcome([&] { return context.resolveIdentifier(identifierPathFrom(name)); });
+}
+
+Assignments sampleVariables() {
+    return {
+        set("text", str("abcd")),
+        set("number", num(1)),
+        set("items", list({str("x"), id("text"), num(7)})),
+        set("copy", id("later")),
+        set("later", id("items[1]")),
+        set("flat", list({id("items"), str("e"), list({id("number")})})),
+        set("cross", list({str("-#{items}"), str("${text}!")})),
+        set("which", str("FLAGS")),
+        set("lib", block({set("FLAGS", str("${text}/${own}")), set("own", str("o")),
+                          set("more", list({id("number")})),
+                          set("deep", block({set("up", id("text"))}))})),
+        set("raw", raw("${text}")),
+        set("viaRaw", str("<${raw}>")),
+        set("quote", str("${ascii[34]}${ascii['tab']}")),
+        bare("nothing"),
+    };
+}
+
+TEST(Resolving, GivesTheSameBeforeAndAfterVariablesAreResolved) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"TEXT", "VeskString \"abcd\""},
+        {"text[0]", "VeskString \"a\""},
+        {"text[1..3]", "VeskString \"bc\""},
+        {"items[number]", "VeskString \"abcd\""},
+        {"items[2]", "VeskInt 7"},
+        {"copy", "VeskString \"abcd\""},
+        {"flat", "VeskList [ \"x\", \"abcd\", 7, \"e\", [ 1 ] ]"},
+        {"cross", "VeskList [ \"-x\", \"-abcd\", \"-7\", \"abcd!\" ]"},
+        {"lib.flags", "VeskString \"abcd/o\""},
+        {"lib[which]", "VeskString \"abcd/o\""},
+        {"lib['FLAGS'][0]", "VeskString \"a\""},
+        {"lib.more[0]", "VeskInt 1"},
+        {"lib.deep.up", "VeskString \"abcd\""},
+        {"raw", "VeskRawString \"${text}\""},
+        {"viaRaw", "VeskString \"<abcd>\""},
+        {"quote", "VeskString \"\"\t\""},
+        {"nothing", "VeskString \"\""},
+        {"ascii['space']", "VeskString \" \""},
+        {"txt", "NotFoundException: Assignment 'txt' not found. (did you mean 'text'?)"},
+        {"unknown", "NotFoundException: Assignment 'unknown' not found."},
+        {"lbi.x", "out_of_range: invalid map<K, T> key: 'lbi'"},
+        {"libb.x", "out_of_range: invalid map<K, T> key: 'libb' (did you mean 'lib'?)"},
+        {"lib.flag", "NotFoundException: Assignment 'flag' not found. (did you mean 'FLAGS'?)"},
+        {"lib.text", "NotFoundException: Assignment 'text' not found."},
+        {"items.x", "NotAContext: Identifier part must be context."},
+        {"text.x.y", "NotAContext: Identifier part must be context."},
+        {"number[0]", "IdentifierError: Identifier cannot be resolved: number[0] <<"},
+        {"lib.more[0]['x'].y",
+         "IdentifierError: Identifier cannot be resolved: lib, more[0]['x'] <<, y"},
+        {"items[3]", "IndexException: Variable [ \"x\", \"abcd\", 7 ] cannot be indexed with [3]"},
+        {"items[flat]",
+         "runtime_error: Unsupported key type: [ \"x\", \"abcd\", 7, \"e\", [ 1 ] ]"},
+        {"ascii[200]", "IndexException: Variable ascii cannot be indexed with [200]"},
+    };
+    const auto context = contextOf(sampleVariables());
+    const std::string stored = sourceOf(*context);
+    for (const auto& [name, expected] : cases) {
+        EXPECT_EQ(valueAt(*context, name), expected) << name;
+    }
+    EXPECT_EQ(sourceOf(*context), stored) << "asking changes nothing";
+    context->resolveVariables();
+    for (const auto& [name, expected] : cases) {
+        EXPECT_EQ(valueAt(*context, name), expected) << name << ", resolved";
+    }
+    const std::string resolved = sourceOf(*context);
+    context->resolveVariables();
+    EXPECT_EQ(sourceOf(*context), resolved) << "a second time changes nothing";
+}
+
+TEST(Resolving, ALaterAssignmentChangesWhatAReferenceGave) {
+    const auto context = contextOf({set("a", str("${b}")), set("b", str("1"))});
+    EXPECT_EQ(valueAt(*context, "a"), "VeskString \"1\"");
+    context->addAssignment(set("b", str("2")), ModifierMode::Keep);
+    EXPECT_EQ(valueAt(*context, "a"), "VeskString \"2\"");
+    context->erase("b");
+    context->setSilent();
+    EXPECT_EQ(valueAt(*context, "a"), "VeskString \"\"");
+}
+
+TEST(Resolving, AVariableNamedAsciiHidesTheCharacterSet) {
+    const auto context = contextOf({set("ASCII", str("mine")), set("a", str("${ascii[0]}"))});
+    EXPECT_EQ(valueAt(*context, "a"), "VeskString \"m\"");
+}
+
+TEST(Resolving, LoopsAreNamed) {
+    const auto context =
+        contextOf({set("x", id("Y")), set("y", id("z")), set("z", list({id("x")})),
+                   set("entry", id("x")), set("self", id("self")), set("s", str("a${t}")),
+                   set("t", str("b${S}")), set("me", str("${me}"))});
+    const std::string loop =
+        "LoopFoundException: Loop detected! Causing term: 'x'\n"
+        "  loop goes as follows: x <- y <- z <- x";
+    EXPECT_EQ(valueAt(*context, "x"), loop);
+    EXPECT_EQ(valueAt(*context, "entry"), loop) << "what only leads to a loop is not part of it";
+    EXPECT_EQ(valueAt(*context, "self"),
+              "LoopFoundException: Loop detected! Causing term: 'self'\n"
+              "  loop goes as follows: self <- self");
+    EXPECT_EQ(valueAt(*context, "s"),
+              "CircularReference: Circular reference to variable 'S': s <- t <- s");
+    EXPECT_EQ(valueAt(*context, "me"),
+              "CircularReference: Circular reference to variable 'me': me <- me");
+    const auto twice = contextOf({set("a", str("1")), set("b", str("${a}${a}")),
+                                  set("c", list({id("b"), id("b"), id("a")}))});
+    EXPECT_EQ(valueAt(*twice, "c"), "VeskList [ \"11\", \"11\", \"1\" ]") << "shared is no loop";
+    Assignment x = set("x", id("y"));
+    x.line = 3;
+    EXPECT_EQ(outcomeOf([&] {
+                  contextOf({x, set("y", id("x"))})->resolveVariables();
+              }),
+              "LoopFoundException: Loop detected! Causing term: 'x'\n"
+              "  loop goes as follows: x <- y <- x\n  in variable 'x', line 3");
+}
+
+TEST(Resolving, HintsAreDroppedAndAnnounced) {
+    const auto context = contextOf({set("a", str("1")), set("h", id("a"), AssignModifier::Hint)});
+    ConsoleCapture capture(1);
+    context->resolveVariables();
+    EXPECT_EQ(capture.text(), "Resolving variables.\n");
+    EXPECT_EQ(sourceOf(*context), "a = \"1\"");
+}
+
+TEST(Resolving, HintsStandForAVariableOrForThemselves) {
+    const auto hint = [](ValuePtr value) {
+        return set("h", std::move(value), AssignModifier::Hint);
+    };
+    const auto resolved = [](const Assignment& assignment) {
+        const auto context = contextOf({set("cc", num(5)), set("a", id("a")), assignment});
+        return outcome([&] {
+            context->resolveHints();
+            return context->find("h")->value;
+        });
+    };
+    const std::string expected = "': expected an identifier.";
+    EXPECT_EQ(resolved(hint(id("CC"))), "VeskInt 5");
+    EXPECT_EQ(resolved(hint(str("cc"))), "VeskInt 5");
+    EXPECT_EQ(resolved(hint(id("gcc"))), "VeskString \"gcc\"");
+    EXPECT_EQ(resolved(hint(raw("lib.x"))), "VeskString \"lib.x\"");
+    EXPECT_EQ(resolved(hint(id("h"))), "VeskString \"h\"");
+    EXPECT_EQ(resolved(hint(id("a"))), "VeskString \"a\"") << "a loop is no value";
+    EXPECT_EQ(resolved(bare("h", AssignModifier::Hint)), "nothing");
+    EXPECT_EQ(resolved(hint(str("two words"))),
+              "VeskException: Invalid hint 'two words" + expected);
+    EXPECT_EQ(resolved(hint(str(""))), "VeskException: Invalid hint '" + expected);
+    EXPECT_EQ(resolved(hint(num(5))), "VeskException: Invalid hint '5" + expected);
+    EXPECT_EQ(resolved(hint(list({id("cc")}))), "VeskException: Invalid hint 'cc" + expected);
+    EXPECT_EQ(resolved(set("h", num(5))), "VeskInt 5") << "only hints are touched";
+}
+
+TEST(Resolving, PathLiterals) {
+    const auto base = std::filesystem::temp_directory_path() / "base";
+    const auto absolute = [&base](const char* text) {
+        return "P\"" + platform::pathToUtf8((base / text).lexically_normal()) + "\"";
+    };
+    const auto resolved = [&base](const char* text) {
+        const auto context =
+            contextOf({set("name", str("a b")), set("raw", raw("a b")), set("number", num(5)),
+                       set("files", list({str("x"), str("y z")})), set("empty", list({})),
+                       set("made", path("m n", base)), set("p", path(text, base))});
+        context->setSilent();
+        return valueAt(*context, "p");
+    };
+    EXPECT_EQ(resolved("dir/../a.c"), "VeskString " + absolute("a.c"));
+    EXPECT_EQ(resolved("a b"), "VeskString " + absolute("a b")) << "a literal is one path";
+    EXPECT_EQ(resolved("C:/x y"), "VeskString P\"C:/x y\"");
+    EXPECT_EQ(resolved("src/${name}.c"), "VeskString " + absolute("src/a b.c"));
+    EXPECT_EQ(resolved("${raw}"), "VeskString " + absolute("a b"));
+    EXPECT_EQ(resolved("${number}"), "VeskString " + absolute("5"));
+    EXPECT_EQ(resolved("${made}"), "VeskString " + absolute("m n"));
+    EXPECT_EQ(resolved("${files[1]}/${number}"), "VeskString " + absolute("y z/5"));
+    const auto two = [](const std::string& a, const std::string& b) {
+        return "VeskList [ " + a + ", " + b + " ]";
+    };
+    EXPECT_EQ(resolved("${name}"), two(absolute("a"), absolute("b"))) << "a path for every word";
+    EXPECT_EQ(resolved("${files}"), two(absolute("x"), absolute("y z")));
+    EXPECT_EQ(resolved("#{files}.o"), two(absolute("x.o"), absolute("y z.o")));
+    EXPECT_EQ(resolved("${empty}"), "VeskList []");
+    EXPECT_EQ(resolved("${unknown}"), "VeskList []");
+}
+
+TEST(Resolving, ResolvedContextsCanBeExtendedElsewhere) {
+    ValuePtr options;
+    {
+        const auto first = contextOf({set("opts", block({set("a", str("1"))}))});
+        first->resolveVariables();
+        options = first->resolveIdentifier(identifierPathFrom("opts"));
+    }
+    const auto second = contextOf({set("name", str("n"))});
+    second->addAssignment(resolvedAssignment("opts", deepCopy(*options)), ModifierMode::Keep);
+    second->mergeAssignment(plus("opts", block({set("b", str("${name}"))})));
+    second->resolveVariables();
+    EXPECT_EQ(sourceOf(*second), "name = \"n\"; opts = { a = \"1\" b = \"n\" }");
+}
+
+}  // namespace
+}  // namespace Vesk
