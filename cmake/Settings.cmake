@@ -37,9 +37,7 @@ find_package(Threads REQUIRED)
 add_library(vesk_settings INTERFACE)
 target_include_directories(vesk_settings INTERFACE "${PROJECT_SOURCE_DIR}/src")
 target_compile_features(vesk_settings INTERFACE cxx_std_20)
-target_compile_definitions(
-    vesk_settings INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS> VESK_VERSION="${PROJECT_VERSION}"
-)
+target_compile_definitions(vesk_settings INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 target_link_libraries(vesk_settings INTERFACE Threads::Threads)
 if(WIN32)
     # UNICODE: a Windows call without a suffix is the wide one. 0x0A00: Windows 10, the first

@@ -13,7 +13,7 @@ import subprocess
 import tempfile
 import textwrap
 import unittest
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from pathlib import Path
 
 TIMEOUT = 120
@@ -28,11 +28,11 @@ class Settings:
 
     vesk: Path = None
     children: Path = None
-    wine: list = None
+    wine: list = field(default_factory=list)
 
     @property
     def windows(self):
-        return self.wine is not None
+        return bool(self.wine)
 
 
 SETTINGS = Settings()
@@ -131,11 +131,10 @@ class ProgramTest(unittest.TestCase):
             self.command(arguments, env),
             env=self.environment(env),
             cwd=cwd or self.dir,
-            stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE,
             stderr=stderr,
             start_new_session=True,
-            **options,
+            **{"stdin": subprocess.DEVNULL, **options},
         )
 
     def run_vesk(self, *arguments, env=None, cwd=None, colours=False, merged=False):

@@ -67,7 +67,7 @@ def main():
     arguments = parse_arguments()
     SETTINGS.vesk = arguments.vesk.resolve()
     SETTINGS.children = arguments.children.resolve()
-    SETTINGS.wine = arguments.wine
+    SETTINGS.wine = [str(Path(part).resolve()) for part in arguments.wine or []]
     tests = selected(arguments.patterns)
     counts = {"passed": 0, "failed": 0, "skipped": 0}
     with ThreadPoolExecutor(arguments.jobs) as pool:

@@ -1,18 +1,16 @@
 """Commands that run at the same time, and builds that somebody stops."""
 
+import os
+import pty
 import signal
 import subprocess
 import time
 
-from harness import (
-    SETTINGS,
-    TIMEOUT,
-    ProgramTest,
-    dedented,
-    on_system,
-    posix_only,
-    windows_only,
-)
+from harness import ProgramTest, dedented, posix_only, windows_only
+
+
+CTRL_C = b"\x03"
+ENDED_BY_CTRL_C = 0xC000013A  # the exit code of a Windows process
 
 
 def wait_until(condition):
@@ -134,15 +132,26 @@ class Interruption(InterruptedBuild):
 
 @windows_only("about the console of Windows")
 class ConsoleInterruption(InterruptedBuild):
-    def test_request_ends_the_children(self):
-        self.write_build('["child linger ${here}/started", "child linger ${here}/too"]')
-        helper = str(SETTINGS.children / "bin" / "interrupt.exe")
-        wine = subprocess.run(
-            [*SETTINGS.wine, helper, "started", "too", "--", on_system(SETTINGS.vesk), "all"],
-            env=self.environment({}), cwd=self.dir, stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=TIMEOUT)
-        output = self.plain(wine.stdout)
-        self.assertEqual(wine.returncode, 130, output)
-        self.assertTrue(output.endswith("Interrupted.\n"), output)
-        self.assertEqual(self.files(), ["started", "too", "vesk.txt"])
-        self.assertEqual(self.alive(), [])
+    """Ctrl-C, pressed on the terminal that the emulator shows as the console."""
+
+    def setUp(self):
+        super().setUp()
+        self.keyboard, self.terminal = pty.openpty()
+        self.addCleanup(os.close, self.keyboard)
+        self.addCleanup(os.close, self.terminal)
+
+    def test_second_request_ends_at_once(self):
+        self.write_build('"child linger ${here}/started asked"')
+        process = self.start("all", stdin=self.terminal, stderr=subprocess.STDOUT)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.kill)
+        wait_until(lambda: "started" in self.files())
+        os.write(self.keyboard, CTRL_C)
+        wait_until(lambda: "asked" in self.files())
+        self.assertIsNone(process.poll())
+        while process.poll() is None:
+            os.write(self.keyboard, CTRL_C)
+            time.sleep(0.1)
+        self.assertEqual(process.returncode, ENDED_BY_CTRL_C & 0xFF)
+        wait_until(lambda: self.alive() == [])
+        self.assertEqual(self.files(), ["asked", "started", "vesk.txt"])

@@ -59,10 +59,10 @@ class Values(Language):
         ])
 
     def test_paths_are_relative_to_their_file(self):
-        self.write("sub/vesk.txt", 't: { cmdline = []  ^p = P"(a/b.c)"  ^q = P"(/abs)" }')
+        self.write("sub/vesk.txt", 't: { cmdline = []  ^p = P"(a/b.c)"  ^q = P"(C:/abs)" }')
         self.check("-v", "6", "-f", "sub/vesk.txt", "-o", "outputs")
         lines = self.plain(self.read("outputs").encode()).splitlines()
-        self.assertEqual(lines, ["p = {DIR}/sub/a/b.c", "q = /abs", "result = 0"])
+        self.assertEqual(lines, ["p = {DIR}/sub/a/b.c", "q = C:/abs", "result = 0"])
 
     def test_integer_that_is_too_large(self):
         for literal in ("2147483648", "0x80000000", "-2147483649", "99999999999999999999999"):
