@@ -8,7 +8,6 @@ import time
 
 from harness import ProgramTest, dedented, posix_only, windows_only
 
-
 CTRL_C = b"\x03"
 ENDED_BY_CTRL_C = 0xC000013A  # the exit code of a Windows process
 
