@@ -62,9 +62,9 @@ TEST_F(DriverTest, OtherArgumentsAreAnotherVisit) {
 
 TEST_F(DriverTest, TheSourceMarkerPassesTheContextThatHoldsTheList) {
     const BuildOutcome outcome = build(
-        "t: lib @lib.plugins(.) => p @own(.) => q { own = \"show\" word = \"mine\" "
+        "t: @lib.plugins(.) => p @own(.) => q { own = \"show\" word = \"mine\" "
+        "lib = { plugins = \"show\" word = \"libs\" } "
         "^seen = \"${p.V} ${q.V}\" cmdline = \"exit 0\" }\n"
-        "lib: { ^plugins = \"show\" ^word = \"libs\" cmdline = \"exit 0\" }\n"
         "show(from): { ^V = from.word cmdline = \"exit 0\" }\n",
         "t");
     EXPECT_EQ(outcome.outputs ? outcome.outputs->textOf("seen") : outcome.error, "libs mine");
