@@ -24,7 +24,8 @@ Positionals classifyPositionals(const std::vector<std::string>& words, const Pro
 
 /// Parses a word that is neither target nor profile. Relative paths in it are relative to the
 /// current directory. What is probably not meant is warned about: a bare word, which clears a
-/// variable, may be a mistyped target, and a text may have lost its quotes to the shell. Throws VeskException, with notes that say what the word could have been.
+/// variable, may be a mistyped target, and a text may have lost its quotes to the shell. Throws
+/// VeskException, with notes that say what the word could have been.
 Assignment parsePositionalAssignment(const std::string& word, const Project& project);
 
 }  // namespace Vesk

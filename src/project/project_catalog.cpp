@@ -25,6 +25,19 @@ TargetLocation targetOf(const Project& project, std::shared_ptr<const Unit> unit
     return {&project, std::move(unit), std::move(target)};
 }
 
+/// Why a name that a project gives to an import means nothing now, or what it may be meant to be.
+std::string hintFor(const Project& from, const std::string& name) {
+    std::vector<std::string> needed;
+    for (const ProjectImport& entry : from.declaredImports) {
+        const std::string& known = entry.byPath ? entry.alias : entry.location;
+        if (known == name && !entry.sourceProfile.empty()) {
+            needed.push_back("'" + entry.sourceProfile + "'");
+        }
+    }
+    return needed.empty() ? didYouMean(name, from.importNames())
+                          : " (it is imported with profile " + joined(needed, " or ") + " only)";
+}
+
 void mergeProfile(Context& context, const Project& project, std::string_view name) {
     if (const ProfileEntry* entry = project.findProfile(name)) {
         context.mergeContext(*entry->context, ModifierMode::Keep);
@@ -69,8 +82,7 @@ TargetLocation ProjectCatalog::locate(const DependencyReference& reference, cons
     }
     const Project* project = from.findImport(reference.ns);
     if (project == nullptr) {
-        throw NotFoundException("Project", reference.ns,
-                                didYouMean(reference.ns, from.importNames()));
+        throw NotFoundException("Project", reference.ns, hintFor(from, reference.ns));
     }
     return targetOf(*project, unitOf(*project, reference.unit), reference.target);
 }

@@ -37,9 +37,9 @@ std::vector<DetectedTool> detect(const CiString& toolType, const ToolchainDetect
 }  // namespace
 
 ToolchainDetectorRegistration::ToolchainDetectorRegistration(std::string toolType,
-                                                             ToolchainDetector detector)
+                                                             const ToolchainDetector& detector)
     : toolType_(std::move(toolType)) {
-    detectors().try_emplace(CiString(toolType_), std::move(detector));
+    detectors().try_emplace(CiString(toolType_), detector);
 }
 
 std::vector<DetectedTool> detectToolchains() {

@@ -25,7 +25,7 @@ using ToolchainDetector = std::function<std::vector<DetectedTool>()>;
 class ToolchainDetectorRegistration {
   public:
     /// `toolType` as in ToolTypeRegistration.
-    ToolchainDetectorRegistration(std::string toolType, ToolchainDetector detector);
+    ToolchainDetectorRegistration(std::string toolType, const ToolchainDetector& detector);
 
     const std::string& toolType() const noexcept { return toolType_; }
 

@@ -14,12 +14,16 @@ struct Reference {
 /// Project "app" imports "lib" as "mylib"; both have the units "main" and "more".
 class Locate : public Workspace, public ::testing::WithParamInterface<Reference> {
   protected:
+    static constexpr const char* kImports =
+        " import { \"../lib\" mylib; a: \"../lib\" some; b: \"../lib\" some; }";
+
     void SetUp() override {
         for (const std::string name : {"app", "lib"}) {
             const bool isApp = name == "app";
             write(name + "/.vesk_project.txt",
-                  "name " + name + (isApp ? " import { \"../lib\" mylib; }" : "") +
-                      " units { main { \"main.txt\" } more { \"more.txt\" } empty { \"e.txt\" } }");
+                  "name " + name + (isApp ? kImports : "") +
+                      " units { main { \"main.txt\" } more { \"more.txt\" } empty { \"e.txt\" } }" +
+                      (isApp ? " profiles { a { } b { } }" : ""));
             write(name + "/main.txt", "first : { } all : { }");
             write(name + "/more.txt", "all : { } only_" + name + " : { }");
             write(name + "/e.txt", "");
@@ -54,6 +58,7 @@ constexpr Reference kReferences[] = {
     {"maim::all", "Unit 'maim' not found. (did you mean 'main'?)"},
     {"mylub/more::all", "Project 'mylub' not found. (did you mean 'mylib'?)"},
     {"MYLIB/more::all", "Project 'MYLIB' not found. (did you mean 'mylib'?)"},
+    {"some/more::all", "Project 'some' not found. (it is imported with profile 'a' or 'b' only)"},
     {"mylib/nothing_like_it::all", "Unit 'nothing_like_it' not found."},
 };
 

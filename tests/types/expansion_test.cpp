@@ -158,17 +158,11 @@ TEST(Expansion, GrowthWithoutEndIsAnErrorAtALimit) {
         "itself through other variables?";
     EXPECT_EQ(lastOf(chain(40, str("x"), doubledText), 40), tooLarge);
     EXPECT_EQ(lastOf(chain(40, list({str("x"), str("y")}), crossed), 40), tooLarge);
-    const std::string whole =
-        outcomeOf([&] { chain(40, str("x"), doubledText)->resolveVariables(); });
-    EXPECT_EQ(whole.find(tooLarge + "\n  in variable 'v"), 0U) << whole;
-
     EXPECT_EQ(lastOf(chain(2, str("x"), doubledList), 2),
               "VeskList [ \"x\", \"x\", \"x\", \"x\" ]");
     EXPECT_EQ(lastOf(chain(40, str("x"), doubledList), 40).find("VeskException: "), 0U);
-    for (const ValuePtr& seed : {str("x"), list({num(1)})}) {
-        const auto context = chain(40, seed, appended);
-        EXPECT_EQ(outcomeOf([&] { context->resolveVariables(); }).find("VeskException: "), 0U);
-    }
+    EXPECT_EQ(outcomeOf([&] { chain(40, str("x"), appended)->resolveVariables(); }).find(tooLarge),
+              0U);
 }
 
 TEST(Expansion, ReferencesThatAskAgainAndAgainEndAtALimit) {

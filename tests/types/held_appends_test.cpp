@@ -77,28 +77,33 @@ TEST(HeldAppends, DoNotReachTheVariableThatIsReferredTo) {
 }
 
 TEST(HeldAppends, AnAppendToAContextOfSomebodyElseMakesACopyFirst) {
-    const auto outputs = contextOf({set("k", num(1))});
-    const auto context = contextOf({set("B", id("lib")), plus("B", block({set("k", num(2))}))});
+    const auto outputs = contextOf({set("k", num(1)), set("opts", block({set("m", num(1))}))});
+    outputs->resolveVariables();
+    const auto context = contextOf({set("A", id("lib.opts")), plus("A", block({set("m", num(2))})),
+                                    set("B", id("lib")), plus("B", block({set("k", num(2))}))});
     context->addAssignment(resolvedAssignment("lib", VeskContext::referringTo(outputs)),
                            ModifierMode::Keep);
     context->resolveVariables();
-    EXPECT_EQ(sourceOf(*context), "B = { k = 2 }; lib = { k = 1 }");
-    EXPECT_EQ(sourceOf(*outputs), "k = 1");
+    EXPECT_EQ(sourceOf(*context),
+              "A = { m = 2 }; B = { k = 2 opts = { m = 1 } }; lib = { k = 1 opts = { m = 1 } }");
+    EXPECT_EQ(sourceOf(*outputs), "k = 1; opts = { m = 1 }");
 }
 
 TEST(HeldAppends, ArePlacedOnceTheyCanBe) {
     const auto context =
         contextOf({set("X", id("lib.FLAGS")), plus("X", str("1")), set("Y", str("y")),
-                   plus("Y", id("SELF")), set("SELF", str("s"))});
+                   plus("Y", id("SELF")), set("SELF", str("s")), set("W", str("w")),
+                   plus("W", id("lib.FLAGS")), plus("W", str("2"))});
     EXPECT_TRUE(context->hasHeldAppends("x"));
     EXPECT_TRUE(context->hasHeldAppends("Y"));
     context->placeHeldAppends();
     EXPECT_TRUE(context->hasHeldAppends("X")) << "waits for the dependency";
     EXPECT_FALSE(context->hasHeldAppends("Y"));
     EXPECT_EQ(context->textOf("Y"), "y s");
+    EXPECT_EQ(context->textOf("W"), "w") << "in order, behind the one that waits";
     context->mergeAssignment(plus("X", str("2")));
-    ASSERT_EQ(context->heldAppends().size(), 2U);
-    EXPECT_EQ(context->heldAppends()[1].toDisplayString(), "X += \"2\"");
+    ASSERT_EQ(context->heldAppends().size(), 4U);
+    EXPECT_EQ(context->heldAppends().back().toDisplayString(), "X += \"2\"");
 
     const auto next = contextOf({set("X", str("under"))});
     next->mergeContext(*context, ModifierMode::Keep);
@@ -106,6 +111,7 @@ TEST(HeldAppends, ArePlacedOnceTheyCanBe) {
     next->placeHeldAppends();
     EXPECT_FALSE(next->hasHeldAppends("X"));
     EXPECT_EQ(next->textOf("X"), "f 1 2");
+    EXPECT_EQ(next->textOf("W"), "w f 2");
     EXPECT_TRUE(context->hasHeldAppends("X")) << "merging copies";
 }
 
