@@ -1,5 +1,6 @@
 #include "types/expansion.h"
 
+#include <algorithm>
 #include <cctype>
 #include <fmt/format.h>
 
@@ -44,6 +45,13 @@ struct CrossParts {
     std::vector<std::string> references;
 };
 
+/// What stands for one reference, wherever it is written in the text: its elements move together.
+struct CrossTerm {
+    CiString name;
+    std::vector<ValuePtr> elements;
+    std::vector<std::size_t> places;  ///< among the text's references
+};
+
 CrossParts cutAtCrossReferences(const std::string& text) {
     CrossParts parts;
     std::size_t from = 0;
@@ -77,6 +85,7 @@ class Expander {
 
   private:
     std::string reference(const std::string& name, Names& inProgress);
+    std::vector<CrossTerm> termsOf(const CrossParts& parts);
     std::vector<std::string> product(const CrossParts& parts);
 
     Resolver& resolver_;
@@ -127,23 +136,48 @@ std::string Expander::variables(const std::string& text, Names& inProgress) {
     return result;
 }
 
-std::vector<std::string> Expander::product(const CrossParts& parts) {
-    std::vector<std::string> texts{parts.pieces.front()};
+std::vector<CrossTerm> Expander::termsOf(const CrossParts& parts) {
+    std::vector<CrossTerm> terms;
     for (std::size_t i = 0; i < parts.references.size(); ++i) {
-        const ValuePtr value = resolver_.resolveIdentifier(identifierPathFrom(parts.references[i]));
-        const std::vector<ValuePtr> elements = elementsOf(*value);
-        std::vector<std::string> longer;
-        std::size_t bytes = 0;
-        for (const std::string& text : texts) {
-            for (const ValuePtr& element : elements) {
-                longer.push_back(text + (element ? element->toString() : std::string{}) +
-                                 parts.pieces[i + 1]);
-                bytes += longer.back().size() + sizeof(std::string);
-                checkSize(bytes);
-            }
+        const IdentifierPath path = identifierPathFrom(parts.references[i]);
+        const CiString name = path.toDisplayString();
+        const auto known = std::find_if(terms.begin(), terms.end(), [&name](const CrossTerm& term) {
+            return term.name == name;
+        });
+        if (known != terms.end()) {
+            known->places.push_back(i);
+        } else {
+            terms.push_back({name, elementsOf(*resolver_.resolveIdentifier(path)), {i}});
         }
-        texts = std::move(longer);
     }
+    return terms;
+}
+
+/// Every combination of the terms' elements, put into the places of their references.
+std::vector<std::string> Expander::product(const CrossParts& parts) {
+    const std::vector<CrossTerm> terms = termsOf(parts);
+    std::vector<std::string> texts;
+    std::vector<std::string> filling(parts.references.size());
+    std::size_t bytes = 0;
+    const auto combine = [&](const auto& self, std::size_t term) -> void {
+        if (term == terms.size()) {
+            std::string text = parts.pieces.front();
+            for (std::size_t i = 0; i < filling.size(); ++i) {
+                text += filling[i] + parts.pieces[i + 1];
+            }
+            bytes += text.size() + sizeof(std::string);
+            checkSize(bytes);
+            texts.push_back(std::move(text));
+            return;
+        }
+        for (const ValuePtr& element : terms[term].elements) {
+            for (const std::size_t place : terms[term].places) {
+                filling[place] = element ? element->toString() : std::string{};
+            }
+            self(self, term + 1);
+        }
+    };
+    combine(combine, 0);
     return texts;
 }
 

@@ -2,7 +2,8 @@
 //
 // ${name} is replaced by the named value's text. #{name} multiplies the string: one text for each
 // element of the named value, every combination when there are several references, the leftmost
-// varying slowest.
+// varying slowest. One reference written twice is one list: "cc #{f}.c -o #{f}.o" is a text for
+// each element.
 #pragma once
 
 #include <cstddef>

@@ -67,6 +67,7 @@ TEST(Expansion, Texts) {
         {"#{words}", "VeskList [ \"p\", \"q\" ]"},
         {"#{empty}", "VeskList []"},
         {"#{l}#{empty}", "VeskList []"},
+        {"#{l}.c #{L}.o", "VeskList [ \"x.c x.o\", \"y.c y.o\" ]"},
         {"#{n}", "VeskList []"},
         {"#{${w}}", "VeskList [ \"x\", \"y\" ]"},
         {"#{refs}", "VeskList [ \"1\", \"1\", \"2\" ]"},
