@@ -53,7 +53,7 @@ TEST_F(RegistryFileTest, IsReadBackAsItWas) {
                                          "QUOTE = R\"(say \"hi\")\"",
                                          "WINDOWS = R\"(C:\\Program Files (x86)\\x)\"",
                                          "EXPANDED = \"${ascii[34]}#{list}\"",
-                                         "ROOT = P\"(/opt/my tools)\"",
+                                         "ROOT = P\"(C:/opt/my tools)\"",
                                          "^OUT += [1, \"two\", other.name[0]]",
                                          "?HINT ?= -5",
                                          "!MUST",
