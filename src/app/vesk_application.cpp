@@ -171,7 +171,7 @@ int VeskApplication::createProject() {
 }
 
 int VeskApplication::printVersion() {
-    console::normal("{}", kVersion);
+    console::normal("{}", VESK_VERSION);
     return 0;
 }
 

@@ -78,7 +78,4 @@ class VeskApplication {
     ProjectCaches caches_;
 };
 
-/// What --version prints.
-inline constexpr const char* kVersion = "3.16.1.0";
-
 }  // namespace Vesk

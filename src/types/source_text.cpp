@@ -46,9 +46,15 @@ std::string rawText(const VeskRawString& value) {
     return quoted(value.text);
 }
 
+/// Only what the reference stands for tells whether such a path is relative.
+bool beginsWithReference(const std::string& path) {
+    return path.starts_with("${") || path.starts_with("#{");
+}
+
 std::string pathText(const VeskPathString& value) {
     std::string path = value.text;
-    if (!value.baseDirectory.empty() && !platform::isAbsolutePath(path)) {
+    if (!value.baseDirectory.empty() && !platform::isAbsolutePath(path) &&
+        !beginsWithReference(path)) {
         path = platform::pathToUtf8(value.baseDirectory / platform::pathFromUtf8(value.text));
     }
     if (path.find(kRawEnd) != std::string::npos) {

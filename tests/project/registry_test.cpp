@@ -54,6 +54,7 @@ TEST_F(RegistryFileTest, IsReadBackAsItWas) {
                                          "WINDOWS = R\"(C:\\Program Files (x86)\\x)\"",
                                          "EXPANDED = \"${ascii[34]}#{list}\"",
                                          "ROOT = P\"(C:/opt/my tools)\"",
+                                         "BIN = P\"(${ROOT}/bin)\"",
                                          "^OUT += [1, \"two\", other.name[0]]",
                                          "?HINT ?= -5",
                                          "!MUST",
@@ -70,7 +71,7 @@ TEST_F(RegistryFileTest, IsReadBackAsItWas) {
     for (const auto& [name, assignment] : before.assignments()) {
         const Assignment* other = after.find(name);
         ASSERT_NE(other, nullptr) << name.str();
-        EXPECT_EQ(other->toDisplayString(), assignment.toDisplayString());
+        EXPECT_EQ(other->toSourceString(), assignment.toSourceString());
         EXPECT_EQ(other->op, assignment.op) << name.str();
         EXPECT_EQ(other->modifier, assignment.modifier) << name.str();
     }

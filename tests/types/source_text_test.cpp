@@ -34,6 +34,7 @@ TEST(SourceText, OfValues) {
         {path("C:/Program Files (x86)"), "P\"(C:/Program Files (x86))\""},
         {path("a b", base), "P\"(" + platform::pathToUtf8(base / "a b") + ")\""},
         {path("C:/x", base), "P\"(C:/x)\""},
+        {path("${ROOT}/bin", base), "P\"(${ROOT}/bin)\""},
         {pathEnd, unwritable(pathEnd)},
         {num(-7), "-7"},
         {ascii(), "ascii"},
