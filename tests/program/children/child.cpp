@@ -119,6 +119,7 @@ int meet(const Arguments& arguments) {
 volatile std::sig_atomic_t caught = 0;
 
 extern "C" void onSignal(int signal) {
+    std::signal(signal, onSignal);  // Windows takes a handler away when it has been called
     caught = signal;
 }
 
