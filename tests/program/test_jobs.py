@@ -6,7 +6,7 @@ import signal
 import subprocess
 import time
 
-from harness import ProgramTest, dedented, posix_only, windows_only
+from harness import SETTINGS, ProgramTest, dedented, on_system, posix_only, windows_only
 
 CTRL_C = b"\x03"
 ENDED_BY_CTRL_C = 0xC000013A  # the exit code of a Windows process
@@ -140,8 +140,10 @@ class ConsoleInterruption(InterruptedBuild):
         self.addCleanup(os.close, self.terminal)
 
     def test_second_request_ends_at_once(self):
-        self.write_build('"child linger ${here}/started asked"')
-        process = self.start("all", stdin=self.terminal, stderr=subprocess.STDOUT)
+        """The command stands in for the interpreter too: that of the emulator ends at the first."""
+        self.write_build('"linger ${here}/started asked"')
+        process = self.start("all", stdin=self.terminal, stderr=subprocess.STDOUT, env={
+            "COMSPEC": on_system(SETTINGS.children / "bin" / "child.exe")})
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.kill)
         wait_until(lambda: "started" in self.files())
@@ -154,3 +156,15 @@ class ConsoleInterruption(InterruptedBuild):
         self.assertEqual(process.returncode, ENDED_BY_CTRL_C & 0xFF)
         wait_until(lambda: self.alive() == [])
         self.assertEqual(self.files(), ["asked", "started", "vesk.txt"])
+
+    def test_first_request_ends_what_the_interpreter_left(self):
+        """The emulator's interpreter ends at once, while its program stays."""
+        self.write_build('"child linger ${here}/started asked"')
+        process = self.start("all", stdin=self.terminal, stderr=subprocess.STDOUT)
+        self.addCleanup(process.kill)
+        wait_until(lambda: "started" in self.files())
+        os.write(self.keyboard, CTRL_C)
+        output = self.plain(process.communicate(timeout=60)[0])
+        self.assertEqual(process.returncode, 130, output)
+        self.assertTrue(output.endswith("Interrupted.\n"), output)
+        wait_until(lambda: self.alive() == [])

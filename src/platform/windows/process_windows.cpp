@@ -26,13 +26,18 @@ HANDLE ownJob = nullptr;
 /// Puts this process into a job that dies with it. Children are born into the job, so there is no
 /// moment at which one could escape; when the system refuses, we do without. A process that ends
 /// itself lifts the limit first: what a command leaves running on purpose (a server that compilers
-/// share) is none of our business.
+/// share) is none of our business. After an interruption it stays: an interpreter that Ctrl-C ended
+/// may have left its program behind.
 void enterJob() {
     Handle job(::CreateJobObjectW(nullptr, nullptr));
     if (job.valid() && setKillOnClose(job.get(), true)) {
         if (::AssignProcessToJobObject(job.get(), ::GetCurrentProcess())) {
             ownJob = job.release();
-            std::atexit([] { setKillOnClose(ownJob, false); });
+            std::atexit([] {
+                if (interruptSignal() == 0) {
+                    setKillOnClose(ownJob, false);
+                }
+            });
         }
     }
 }

@@ -2,7 +2,9 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <iterator>
 #include <map>
+#include <sstream>
 #include <system_error>
 #include <thread>
 
@@ -153,8 +155,10 @@ std::string commandLineOf(const Arguments& arguments) {
 }
 
 /// with_env NAME=VALUE... -- PROGRAM ARGUMENT...: sets variables that an emulator sets itself when
-/// it starts a program. "NAME=" without a value removes the variable.
+/// it starts a program. "NAME=" without a value removes the variable. Ctrl-C is left to the
+/// program.
 int withEnv(const Arguments& arguments) {
+    std::signal(SIGINT, onSignal);
     auto position = arguments.begin();
     for (; position != arguments.end() && *position != "--"; ++position) {
         const std::size_t equals = position->find('=');
@@ -173,13 +177,20 @@ int withEnv(const Arguments& arguments) {
     return result.started ? result.status : kUsage;
 }
 
+/// /D /C TEXT: stands in for the command interpreter of Windows. The text is a verb with arguments
+/// that hold no blanks; it is done by this very process.
+int interpret(const Arguments& arguments) {
+    std::istringstream words(arguments.at(1));
+    return run(Arguments(std::istream_iterator<std::string>(words), {}));
+}
+
 using Verb = int (*)(const Arguments&);
 
 const std::map<std::string, Verb>& verbs() {
     static const std::map<std::string, Verb> table = {
-        {"args", args},     {"copy", copy},        {"cwd", cwd},     {"env", env},
-        {"exit", exitWith}, {"meet", meet},        {"print", print}, {"touch", touch},
-        {"linger", linger}, {"with_env", withEnv},
+        {"args", args},     {"copy", copy},        {"cwd", cwd},      {"env", env},
+        {"exit", exitWith}, {"meet", meet},        {"print", print},  {"touch", touch},
+        {"linger", linger}, {"with_env", withEnv}, {"/D", interpret},
     };
     return table;
 }
