@@ -24,7 +24,17 @@ struct RecipeInput {
     std::optional<Assignment> intermediate;
 };
 
+/// A file that a command needs and that has to be written for it: a response file.
+struct SupportFile {
+    std::filesystem::path path;
+    std::string content;
+};
+
 /// Made by a builder, run by the driver, kept in the cache.
+///
+/// A recipe with outputs of its own stands or falls alone: it runs again when its command, one of
+/// the files among its inputs, one that its dependency file names, or one of its outputs changed.
+/// Recipes without outputs run again together, when anything of their target changed.
 struct Recipe {
     std::string command;  ///< the command text, UTF-8, exactly as the builder composed it
     std::filesystem::path workingDirectory;  ///< empty: the child inherits ours
@@ -32,9 +42,13 @@ struct Recipe {
     std::vector<std::filesystem::path> searchDirectories;  ///< before PATH, for this child only
 
     std::vector<RecipeInput> inputs;
-    std::vector<Assignment> outputs;
+    std::vector<Assignment> outputs;       ///< their folders are made before the command runs
     std::filesystem::path dependencyFile;  ///< written by the command: files it has read; or empty
+    std::vector<SupportFile> supportFiles;  ///< written before the command runs
     std::uint32_t stage = 0;  ///< recipes of a stage run together, after those of the lower stages
+
+    bool pooled = false;  ///< one of many small steps: as many run at once as the user allows
+    bool replacesOutputs = false;  ///< the outputs are removed first: the command would add to them
 };
 
 }  // namespace Vesk
