@@ -42,8 +42,8 @@ struct Recipe {
     std::vector<std::filesystem::path> searchDirectories;  ///< before PATH, for this child only
 
     std::vector<RecipeInput> inputs;
-    std::vector<Assignment> outputs;       ///< their folders are made before the command runs
-    std::filesystem::path dependencyFile;  ///< written by the command: files it has read; or empty
+    std::vector<Assignment> outputs;        ///< their folders are made before the command runs
+    std::filesystem::path dependencyFile;   ///< written by the command: files it has read; or empty
     std::vector<SupportFile> supportFiles;  ///< written before the command runs
     std::uint32_t stage = 0;  ///< recipes of a stage run together, after those of the lower stages
 
