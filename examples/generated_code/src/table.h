@@ -1,0 +1,6 @@
+#ifndef TABLE_H
+#define TABLE_H
+
+extern const int table[];
+
+#endif

@@ -1,0 +1,54 @@
+// Command texts of compilers: quoting for the command interpreter, and response files.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "build/run/recipe.h"
+
+namespace Vesk {
+
+/// One argument as the interpreter of a system hands it to a program unchanged; plain where it can
+/// be. `quoteForHost` picks the rules of the system that vesk runs on.
+std::string quoteForPosix(std::string_view argument);
+std::string quoteForWindows(std::string_view argument);
+std::string quoteForHost(std::string_view argument);
+
+/// One argument as GNU and LLVM programs read it in a response file: backslashes and quotes are
+/// escaped, so that a path keeps them.
+std::string quoteForResponseFile(std::string_view argument);
+
+/// A command that is put together piece by piece. A copy is cheap, so what many commands have in
+/// common is put together once.
+class CommandText {
+  public:
+    /// One argument, whatever it contains; `option` and `value` make one argument together.
+    void add(std::string_view argument);
+    void add(std::string_view option, std::string_view value);
+    void add(std::string_view option, const std::vector<std::string>& values);
+
+    /// Text that its author has quoted already; empty text is nothing.
+    void addAsWritten(std::string_view text);
+
+    /// What follows may go into a response file.
+    void allowResponseFile() noexcept;
+
+    /// Sets the recipe's command, and its response file when the command would be too long for an
+    /// interpreter. The file stands beside `stem` and is named by its content too: a command text
+    /// that is the same is the same command.
+    void finish(Recipe& recipe, const std::filesystem::path& stem,
+                std::string_view stemInCommand) const;
+
+    const std::string& text() const noexcept { return text_; }
+
+  private:
+    void append(std::string_view hostText, std::string_view fileText);
+
+    std::string text_;
+    std::string fileText_;  ///< the same from `fileStart_` on, for a response file
+    std::size_t fileStart_ = std::string::npos;
+};
+
+}  // namespace Vesk

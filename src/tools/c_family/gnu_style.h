@@ -1,0 +1,93 @@
+// Compilers whose command lines look like GCC's.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "build/run/build_env.h"
+#include "tools/c_family/command_text.h"
+#include "tools/c_family/output_type.h"
+#include "tools/c_family/source_files.h"
+#include "tools/c_family/target_paths.h"
+
+namespace Vesk {
+
+/// The steps that need a program of their own.
+enum class GnuProgram { CCompiler, CppCompiler, Archiver, Linker, ObjectCopier };
+
+/// What differs between toolchains of this kind, for one target.
+class GnuStyle {
+  public:
+    virtual ~GnuStyle() = default;
+
+    /// Its path. Throws VeskException when it is not there.
+    virtual std::string program(GnuProgram program) const = 0;
+
+    /// Says what the products are called.
+    virtual std::string triple() const = 0;
+
+    /// Added to every call of a compiler, also when it links.
+    virtual std::vector<std::string> compilerOptions() const { return {}; }
+
+    /// Added when a compiler links.
+    virtual std::vector<std::string> linkerOptions() const { return {}; }
+
+    /// Where the programs find what they need to run; empty where they know by themselves.
+    virtual std::vector<std::filesystem::path> searchDirectories() const { return {}; }
+};
+
+/// The recipes of one target and the outputs that come of them.
+class GnuStyleBuild {
+  public:
+    /// All that is referred to outlives the build.
+    GnuStyleBuild(const TargetContext& target, const BuildEnv& environment, const GnuStyle& style);
+
+    /// Compiles the sources and makes what OUTPUT_TYPE says. `driver` links when the objects alone
+    /// do not tell that they need C++.
+    void make(Language driver);
+
+    /// Copies and changes OBJCOPY_INPUT.
+    void copyObject();
+
+    std::vector<Recipe> recipes;
+    std::vector<Assignment> outputs;
+
+  private:
+    struct Product {
+        std::string path;
+        std::string name;  ///< as commands name it
+        std::string importLibrary;
+    };
+
+    void compile();
+    CommandText compilePrefix(Language language) const;
+    Recipe compileRecipe(const SourceFile& source, CommandText command) const;
+
+    void link();
+    void linkByHand();
+    void archive();
+    void addSharedOptions(CommandText& command, const Product& product) const;
+    void addRunPaths(CommandText& command, const Product& product) const;
+    void addLibraries(CommandText& command) const;
+    void addScript(CommandText& command, Recipe& recipe) const;
+    Recipe productRecipe(const Product& product, const std::string& program) const;
+    void finishProduct(Recipe recipe, const CommandText& command, const Product& product);
+    bool linksCpp() const;
+
+    Product productOf() const;
+    std::string outputName() const;
+    void addCommonOutputs();
+    void addLibraryOutputs(const Product& product);
+    void passOn(const char* variable, std::vector<std::string> entries, bool paths);
+
+    const TargetContext& target_;
+    const GnuStyle& style_;
+    TargetPaths paths_;
+    OutputType type_;
+    Language driver_ = Language::C;
+    std::vector<SourceFile> sources_;
+    std::vector<std::string> objects_;    ///< of the sources, then OBJ_FILES
+    std::vector<std::string> libraries_;  ///< LIB_FILES, in the order in which they are linked
+};
+
+}  // namespace Vesk

@@ -1,0 +1,183 @@
+#include "tools/c_family/toolchain_match.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include "base/console.h"
+#include "tools/c_family/target_paths.h"
+#include "tools/c_family/triple.h"
+#include "tools/c_family/version.h"
+
+namespace Vesk {
+
+namespace {
+
+constexpr const char* kDefault = "toolchain_default";
+
+std::string textIn(const AssignmentMap& declared, std::string_view name) {
+    const auto found = declared.find(name);
+    return found == declared.end() || !found->second.value ? std::string()
+                                                           : found->second.value->toString();
+}
+
+bool beginsWithWord(std::string_view text, std::string_view word) noexcept {
+    return equalsIgnoringCase(text.substr(0, word.size()), word) &&
+           (text.size() == word.size() || text[word.size()] == ' ');
+}
+
+bool isTrivial(const Assignment* assignment) {
+    return assignment == nullptr || !assignment->value;
+}
+
+/// One target's demands, compared with one toolchain.
+class Comparison {
+  public:
+    Comparison(const ToolchainMatch& toolchain, const Context& target)
+        : toolchain_(toolchain), target_(target) {}
+
+    MatchResult result() {
+        noteSubjects();
+        if (result_.matches.empty() || spellsOutCommands()) {
+            return {};
+        }
+        compareSettings();
+        if (!refused_ && !isNativeTriple(triple()) && !askedForTarget_) {
+            refused_ = true;
+        }
+        if (refused_) {
+            return {};
+        }
+        preferDefault();
+        result_.note = MatchNote::BuildPossible;
+        return std::move(result_);
+    }
+
+  private:
+    std::string own(std::string_view name) const { return textIn(toolchain_.declared, name); }
+
+    std::string triple() const { return declaredTriple(toolchain_.declared); }
+
+    void noteSubjects() {
+        for (const char* subject : toolchain_.subjects) {
+            const Assignment* assignment = target_.find(subject);
+            if (assignment != nullptr && assignment->modifier != AssignModifier::Output) {
+                result_.matches.emplace(subject, MatchKind::ExactMatch);
+            }
+        }
+    }
+
+    bool spellsOutCommands() const {
+        constexpr const char* kOthers[] = {"cmdline", "pwsh", "NO_TOOL", "WRITE_FILE",
+                                           "FILE_WRITER"};
+        return std::ranges::any_of(
+            kOthers, [this](const char* name) { return target_.find(name) != nullptr; });
+    }
+
+    /// Records a setting that the target asks for: true when the toolchain has it.
+    template <class F>
+    bool compare(const char* name, F fits) {
+        const Assignment* asked = target_.find(name);
+        if (isTrivial(asked)) {
+            return false;
+        }
+        const std::string text = asked->value->toString();
+        if (fits(text)) {
+            result_.matches.insert_or_assign(name, MatchKind::ExactMatch);
+            return true;
+        }
+        if (asked->modifier == AssignModifier::Hint) {
+            preferenceMissed_ = true;
+        } else {
+            refused_ = true;
+        }
+        return false;
+    }
+
+    bool compareEqual(const char* name) {
+        return compare(name, [&](const std::string& asked) { return asked == own(name); });
+    }
+
+    void compareVersion() {
+        // A declaration without a version is taken at its word: nobody else can know.
+        const std::string version = own("toolchain_version");
+        if (!version.empty()) {
+            compare("toolchain_version",
+                    [&](const std::string& asked) { return versionFits(version, asked); });
+            compare("toolchain_min_version",
+                    [&](const std::string& asked) { return compareVersions(version, asked) >= 0; });
+        }
+    }
+
+    void compareSettings() {
+        compareVersion();
+        compare("tool_type", [&](const std::string& asked) {
+            return equalsIgnoringCase(asked, toolchain_.toolType);
+        });
+        const std::string name = own("toolchain_name");
+        askedForFamily_ = compare("toolchain_name", [&](const std::string& asked) {
+            return beginsWithWord(name, asked);
+        });
+        askedForTarget_ |= askedForFamily_ &&
+                           equalsIgnoringCase(name, target_.textOf("toolchain_name").value_or(""));
+        compareEqual("toolchain_suffix");
+        askedForTarget_ |= compareEqual("toolchain_prefix");
+        askedForTarget_ |= compare("toolchain_path", [&](const std::string& asked) {
+            return normalPath(asked) == normalPath(own("toolchain_path"));
+        });
+        const auto fitsTriple = [&](const std::string& asked) {
+            return tripleFits(triple(), asked);
+        };
+        askedForTarget_ |= compare("toolchain_target", fitsTriple);
+        if (!toolchain_.anyTarget) {
+            askedForTarget_ |= compare("TARGET_TRIPLE", fitsTriple);
+        }
+    }
+
+    void preferDefault() {
+        if (preferenceMissed_) {
+            return;
+        }
+        const std::string word = own(kDefault);
+        if (word.empty()) {
+            result_.matches.emplace(kDefault, MatchKind::ExactMatch);
+        } else if (word == kMachineDefault || (word == kFamilyDefault && askedForFamily_)) {
+            result_.matches.emplace(kDefault, MatchKind::PartialMatch);
+        }
+    }
+
+    const ToolchainMatch& toolchain_;
+    const Context& target_;
+    MatchResult result_;
+    bool refused_ = false;
+    bool preferenceMissed_ = false;
+    bool askedForTarget_ = false;
+    bool askedForFamily_ = false;
+};
+
+}  // namespace
+
+std::vector<CiString> toolchainSettings() {
+    return {"toolchain_version", "toolchain_min_version", "toolchain_name", "toolchain_target",
+            "toolchain_prefix",  "toolchain_suffix",      "toolchain_path", "tool_type",
+            "TARGET_TRIPLE"};
+}
+
+std::vector<CiString> withToolchainSettings(std::vector<CiString> names) {
+    for (CiString& name : toolchainSettings()) {
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
+std::string declaredTriple(const AssignmentMap& declared) {
+    std::string triple = textIn(declared, "toolchain_target");
+    return triple.empty() ? std::string(tripleOfPrefix(textIn(declared, "toolchain_prefix")))
+                          : triple;
+}
+
+MatchResult matchToolchain(const ToolchainMatch& toolchain, const Context& target) {
+    return Comparison(toolchain, target).result();
+}
+
+}  // namespace Vesk

@@ -1,0 +1,50 @@
+// How well a compiler toolchain fits a target.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/match.h"
+#include "tools/variable_table.h"
+
+namespace Vesk {
+
+/// The settings of a toolchain that a target can ask for.
+std::vector<CiString> toolchainSettings();
+
+/// `names` with these.
+std::vector<CiString> withToolchainSettings(std::vector<CiString> names);
+
+/// The triple that a declaration gives or that its prefix tells; empty when neither does.
+std::string declaredTriple(const AssignmentMap& declared);
+
+/// The verdict on a target that assigns one of `subjects`. What it asks for must be so:
+///
+///     toolchain_version      "12" fits 12.2.0
+///     toolchain_min_version  numbers are compared
+///     toolchain_name         "GCC 12.2.0", or the start of it, "GCC"
+///     toolchain_target       see tripleFits; TARGET_TRIPLE likewise for a compiler with one target
+///     toolchain_prefix, toolchain_suffix, toolchain_path, tool_type
+///
+/// A hint is only preferred. A toolchain that makes programs for other machines must be asked for.
+/// Between toolchains that fit alike `toolchain_default` decides: one that is declared without it
+/// is preferred, then the one that detection calls the machine's.
+///
+/// A target that spells out its commands is left to the command tools.
+struct ToolchainMatch {
+    std::string_view toolType;
+    const AssignmentMap& declared;  ///< the tool's own settings
+    const std::vector<const char*>& subjects;
+    bool anyTarget = false;  ///< the compiler makes code for whatever TARGET_TRIPLE says
+};
+
+MatchResult matchToolchain(const ToolchainMatch& toolchain, const Context& target);
+
+/// Values of the setting `toolchain_default`: chosen before all others; before those whose
+/// toolchain_name the target asks for; never.
+inline constexpr const char* kMachineDefault = "machine";
+inline constexpr const char* kFamilyDefault = "family";
+inline constexpr const char* kNoDefault = "no";
+
+}  // namespace Vesk

@@ -1,0 +1,26 @@
+// Target triples: "x86_64-w64-mingw32", the machine and the system that a compiler makes code for.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Vesk {
+
+bool isWindowsTriple(std::string_view triple) noexcept;
+bool isAppleTriple(std::string_view triple) noexcept;
+
+/// What compilers of this machine call it, more or less.
+std::string_view nativeTriple() noexcept;
+
+/// Whether this machine runs what a compiler with that triple makes. An empty triple is taken for
+/// the machine's own.
+bool isNativeTriple(std::string_view triple) noexcept;
+
+/// Whether what a user asks for names this triple: the triple itself, one of its parts, "windows"
+/// for every name of that system, or "native". Case does not matter.
+bool tripleFits(std::string_view triple, std::string_view asked) noexcept;
+
+/// The triple in the prefix of a cross compiler's programs: "arm-none-eabi-" without its last dash.
+std::string_view tripleOfPrefix(std::string_view prefix) noexcept;
+
+}  // namespace Vesk

@@ -1,0 +1,66 @@
+// The builders of the GNU toolchain. What a target is built of and how it is linked is shared by
+// all GCC-like compilers (tools/c_family/gnu_style.h); here stands what is GNU's own.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "tools/c_family/c_builder.h"
+#include "tools/c_family/gnu_style.h"
+#include "tools/c_family/toolchain_programs.h"
+
+namespace Vesk {
+
+class GNUTool : public CBuilder {
+  protected:
+    GNUTool(std::string name, AssignmentMap subjects, Language driver, DeclaredPlace place,
+            std::shared_ptr<ToolchainPrograms> programs);
+
+    Created doCreateRecipes(TargetContext& target, const BuildEnv& environment) const override;
+
+    Language driver_;
+    DeclaredPlace place_;
+    std::shared_ptr<ToolchainPrograms> programs_;
+};
+
+/// Compiles C, and links as C.
+class GNU_GCC : public GNUTool {
+  public:
+    GNU_GCC(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
+        : GNUTool("gcc", cFamilySubjects(), Language::C, std::move(place), std::move(programs)) {}
+};
+
+/// Compiles C and C++, and links as C++.
+class GNU_GPP : public GNUTool {
+  public:
+    GNU_GPP(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
+        : GNUTool("g++", cFamilySubjects(), Language::Cpp, std::move(place), std::move(programs)) {}
+};
+
+/// Puts objects into an archive.
+class GNU_AR : public GNUTool {
+  public:
+    GNU_AR(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
+        : GNUTool("ar", cFamilySubjects(), Language::C, std::move(place), std::move(programs)) {}
+};
+
+/// Links objects without a compiler's additions.
+class GNU_LD : public GNUTool {
+  public:
+    GNU_LD(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
+        : GNUTool("ld", cFamilySubjects(), Language::C, std::move(place), std::move(programs)) {}
+};
+
+/// Copies an object and changes it on the way.
+class GNU_OBJCOPY : public GNUTool {
+  public:
+    GNU_OBJCOPY(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
+        : GNUTool("objcopy", objectCopySubjects(), Language::C, std::move(place),
+                  std::move(programs)) {}
+
+  protected:
+    Created doCreateRecipes(TargetContext& target, const BuildEnv& environment) const override;
+};
+
+}  // namespace Vesk

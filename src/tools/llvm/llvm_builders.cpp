@@ -1,0 +1,95 @@
+#include "tools/llvm/llvm_builders.h"
+
+#include <utility>
+
+#include "tools/c_family/value_lists.h"
+
+namespace Vesk {
+
+namespace {
+
+class LlvmToolStyle : public GnuStyle {
+  public:
+    LlvmToolStyle(TargetContext& target, const DeclaredPlace& declared, ToolchainPrograms& programs)
+        : target_(target),
+          declared_(declared),
+          programs_(programs),
+          place_(programs.place(declared, target)) {}
+
+    // Some packages bring Clang without LLVM's utilities; those of the system do as well.
+    std::string program(GnuProgram program) const override {
+        switch (program) {
+            case GnuProgram::CCompiler:
+                return programs_.require(place_, {"clang"});
+            case GnuProgram::CppCompiler:
+                return programs_.require(place_, {"clang++"});
+            case GnuProgram::Archiver:
+                return programs_.require(place_, {"llvm-ar", "ar"});
+            case GnuProgram::Linker:
+                return programs_.require(place_, {"ld.lld", "ld"});
+            case GnuProgram::ObjectCopier:
+                break;
+        }
+        return programs_.require(place_, {"llvm-objcopy", "objcopy"});
+    }
+
+    std::string triple() const override {
+        return hasEntries(target_, "TARGET_TRIPLE") ? *target_.textOf("TARGET_TRIPLE")
+                                                    : declared_.triple;
+    }
+
+    std::vector<std::string> compilerOptions() const override {
+        std::vector<std::string> options;
+        if (hasEntries(target_, "TARGET_TRIPLE")) {
+            options.push_back("--target=" + *target_.textOf("TARGET_TRIPLE"));
+        }
+        if (hasEntries(target_, "SYSROOT")) {
+            options.push_back("--sysroot=" + *target_.textOf("SYSROOT"));
+        }
+        return options;
+    }
+
+    // The system's linker reads neither LLVM's archives of bitcode nor its objects for LTO.
+    std::vector<std::string> linkerOptions() const override {
+        const bool chosen = hasEntries(target_, "LINKER");
+        const bool hasLld = !chosen && !programs_.find(place_, {"ld.lld"}).empty();
+        return hasLld ? std::vector<std::string>{"-fuse-ld=lld"} : std::vector<std::string>();
+    }
+
+    std::vector<std::filesystem::path> searchDirectories() const override {
+        return runFolders(place_);
+    }
+
+  private:
+    const TargetContext& target_;
+    const DeclaredPlace& declared_;
+    ToolchainPrograms& programs_;
+    const ToolchainPlace& place_;
+};
+
+}  // namespace
+
+LLVMTool::LLVMTool(std::string name, AssignmentMap subjects, Language driver, DeclaredPlace place,
+                   std::shared_ptr<ToolchainPrograms> programs)
+    : CBuilder(std::move(name), std::move(subjects)),
+      driver_(driver),
+      place_(std::move(place)),
+      programs_(std::move(programs)) {}
+
+CBuilder::Created LLVMTool::doCreateRecipes(TargetContext& target,
+                                            const BuildEnv& environment) const {
+    const LlvmToolStyle style(target, place_, *programs_);
+    GnuStyleBuild build(target, environment, style);
+    build.make(driver_);
+    return {std::move(build.recipes), std::move(build.outputs)};
+}
+
+CBuilder::Created LLVM_OBJCOPY::doCreateRecipes(TargetContext& target,
+                                                const BuildEnv& environment) const {
+    const LlvmToolStyle style(target, place_, *programs_);
+    GnuStyleBuild build(target, environment, style);
+    build.copyObject();
+    return {std::move(build.recipes), std::move(build.outputs)};
+}
+
+}  // namespace Vesk

@@ -1,0 +1,101 @@
+// Which Clang compilers are installed.
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <system_error>
+
+#include "base/console.h"
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/system.h"
+#include "tools/c_family/compiler_search.h"
+#include "tools/c_family/target_paths.h"
+#include "tools/c_family/toolchain_match.h"
+#include "tools/c_family/version.h"
+#include "tools/llvm/llvm_matcher.h"
+
+namespace Vesk {
+
+namespace {
+
+/// The folders of Linux distributions, one for each version, newest first.
+void addVersionedFolders(std::vector<std::string>& folders) {
+    namespace fs = std::filesystem;
+    constexpr std::string_view kStart = "llvm-";
+    std::vector<std::string> versions;
+    std::error_code error;
+    fs::directory_iterator at("/usr/lib", error);
+    for (; !error && at != fs::directory_iterator(); at.increment(error)) {
+        const std::string name = platform::pathToUtf8(at->path().filename());
+        if (name.starts_with(kStart)) {
+            versions.push_back(name.substr(kStart.size()));
+        }
+    }
+    std::ranges::sort(versions, [](const std::string& a, const std::string& b) {
+        return compareVersions(a, b) > 0;
+    });
+    for (const std::string& version : versions) {
+        folders.push_back("/usr/lib/llvm-" + version + "/bin");
+    }
+}
+
+void addWindowsPlaces(std::vector<std::string>& folders) {
+    for (const char* variable : {"ProgramFiles", "ProgramW6432", "ProgramFiles(x86)"}) {
+        if (const auto programs = platform::environmentVariable(variable)) {
+            folders.push_back(normalPath(*programs + "/LLVM/bin"));
+        }
+    }
+    folders.emplace_back("C:/msys64/clang64/bin");
+}
+
+/// "Ubuntu clang version 14.0.6-1", "Apple clang version 15.0.0 (clang-1500.3.9.4)".
+std::string versionOf(const FoundCompiler& compiler) {
+    constexpr std::string_view kBefore = "clang version ";
+    const std::string answer = askCompiler(compiler, "--version");
+    const std::size_t at = answer.find(kBefore);
+    return at == std::string::npos
+               ? std::string()
+               : leadingVersion(std::string_view(answer).substr(at + kBefore.size()));
+}
+
+}  // namespace
+
+std::vector<DetectedTool> detectLLVM() {
+    std::vector<std::string> folders = searchPath();
+    // Where there is a GCC, it is the machine's compiler.
+    const bool hasGcc = !findCompilers("gcc", folders).empty();
+    if (platform::kWindows) {
+        addWindowsPlaces(folders);
+    } else {
+        addVersionedFolders(folders);
+    }
+    std::vector<DetectedTool> tools;
+    std::set<std::string> names;
+    for (const FoundCompiler& compiler : findCompilers("clang", folders)) {
+        Toolchain toolchain = {RegisterLLVMMatcher.word(),
+                               "Clang",
+                               versionOf(compiler),
+                               askCompiler(compiler, "-print-target-triple"),
+                               compiler.place,
+                               kNoDefault};
+        if (toolchain.version.empty() || toolchain.triple.empty()) {
+            console::message(console::level::kDetail, console::colour::kReport,
+                             "'{}' is left out: it does not answer as Clang does.", compiler.path);
+            continue;
+        }
+        if (tools.empty()) {
+            toolchain.isDefault = hasGcc ? kFamilyDefault : kMachineDefault;
+        }
+        DetectedTool tool = detectedTool(toolchain, "clang");
+        if (!names.insert(tool.name).second) {
+            continue;
+        }
+        warnIfMissing(toolchain, {"clang++"}, "it compiles C only");
+        warnIfMissing(toolchain, {"llvm-ar", "ar"}, "it makes no static libraries");
+        tools.push_back(std::move(tool));
+    }
+    return tools;
+}
+
+}  // namespace Vesk
