@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "support/console_capture.h"
 #include "types/support.h"
 
 namespace Vesk {
@@ -36,35 +35,19 @@ TEST(Conditions, CompareResolvedOperands) {
     const Assignments variables{set("n", num(5)), set("s", str("${n}")), set("e", bare("x").value),
                                 set("l", list({id("n")}))};
     const std::tuple<ValuePtr, Op, ValuePtr, bool> cases[] = {
-        {id("n"), Op::Equal, num(5), true},
-        {id("n"), Op::Equal, num(6), false},
-        {id("n"), Op::NotEqual, num(6), true},
-        {id("n"), Op::NotEqual, num(5), false},
-        {id("n"), Op::Less, num(6), true},
-        {id("n"), Op::Less, num(5), false},
-        {id("n"), Op::Greater, num(4), true},
-        {id("n"), Op::Greater, num(5), false},
-        {num(4), Op::Less, id("n"), true},
-        {id("s"), Op::Equal, str("5"), true},
-        {str("${s}${s}"), Op::Equal, str("55"), true},
-        {id("l"), Op::Equal, list({num(5)}), true},
-        {str("zz"), Op::Less, str("aaa"), true},
-        {raw("${n}"), Op::Equal, str("5"), false},
-        {id("n"), Op::Exists, nullptr, true},
-        {id("e"), Op::Exists, nullptr, true},
-        {id("ascii"), Op::Exists, nullptr, true},
-        {id("l[0]"), Op::Exists, nullptr, true},
-        {id("l[1]"), Op::Exists, nullptr, false},
-        {id("l.x"), Op::Exists, nullptr, false},
-        {id("none"), Op::Exists, nullptr, false},
-        {id("none.x"), Op::Exists, nullptr, false},
+        {id("n"), Op::Equal, num(5), true},         {id("n"), Op::NotEqual, num(6), true},
+        {id("n"), Op::Less, num(6), true},          {id("n"), Op::Less, num(5), false},
+        {id("n"), Op::Greater, num(4), true},       {str("${s}${s}"), Op::Equal, str("55"), true},
+        {id("l"), Op::Equal, list({num(5)}), true}, {str("zz"), Op::Less, str("aaa"), true},
+        {raw("${n}"), Op::Equal, str("5"), false},  {id("e"), Op::Exists, nullptr, true},
+        {id("l[0]"), Op::Exists, nullptr, true},    {id("l[1]"), Op::Exists, nullptr, false},
+        {id("none"), Op::Exists, nullptr, false},   {id("none.x"), Op::Exists, nullptr, false},
     };
     for (const auto& [left, op, right, holds] : cases) {
         const std::string result =
             evaluated(variables, {when(left, op, right, {set("y", num(1))})});
         EXPECT_EQ(result.find("y = 1") != std::string::npos, holds)
-            << left->toDisplayString() << ' ' << static_cast<int>(op) << ' '
-            << (right ? right->toDisplayString() : "") << ": " << result;
+            << left->toDisplayString() << ' ' << static_cast<int>(op) << ": " << result;
         EXPECT_EQ(result.find("Exception"), std::string::npos) << result;
     }
 }
@@ -79,19 +62,9 @@ TEST(Conditions, AnOperandThatCannotBeResolvedIsAnErrorOrMakesThemFalse) {
     EXPECT_EQ(evaluated(x, unlike),
               "BadConversion: Cannot convert VeskInt 1 to VeskString\n"
               "  in the condition in line 9");
-    EXPECT_EQ(evaluated(x, {when(id("none.a"), Op::Less, num(1), {})})
-                  .find("runtime_error: invalid map<K, T> key"),
-              0U);
     const auto isFalse = Context::Unresolvable::isFalse;
     EXPECT_EQ(evaluated(x, unknown, isFalse), "x = \"x\"; z = 1");
-    EXPECT_EQ(evaluated(x, unlike, isFalse), "x = \"x\"");
     EXPECT_EQ(evaluated(x, {when(id("none.a"), Op::Less, num(1), {})}, isFalse), "x = \"x\"");
-}
-
-TEST(Conditions, AnUnknownOperatorIsAnInternalError) {
-    EXPECT_EQ(evaluated({}, {when(num(1), static_cast<Op>(6), num(1), {})}),
-              "InternalError: Internal: types/vesk_context_types(529) void __cdecl "
-              "Vesk::Context::evaluateConditions(void)\n  in the condition in line 9");
 }
 
 TEST(Conditions, SeeWhatEarlierBodiesBroughtAndRunNestedOnesLast) {
@@ -99,40 +72,12 @@ TEST(Conditions, SeeWhatEarlierBodiesBroughtAndRunNestedOnesLast) {
                        std::vector<Condition> nested = {}) {
         return when(id(name), Op::Equal, num(number), std::move(body), std::move(nested));
     };
-    EXPECT_EQ(evaluated({set("a", num(1))},
-                        {is("a", 1, {set("a", num(2))}), is("a", 1, {set("b", num(1))}),
-                         is("a", 2, {set("c", num(3))})}),
-              "a = 2; c = 3");
     EXPECT_EQ(
         evaluated({set("a", num(1)), set("t", str("0"))},
                   {is("a", 1, {plus("t", str("1"))},
                       {is("a", 1, {plus("t", str("3"))}, {is("a", 1, {plus("t", str("4"))})})}),
                    is("a", 1, {plus("t", str("2"))}), is("a", 2, {plus("t", str("x"))})}),
         "a = 1; t = \"0 1 2 3 4\"");
-}
-
-TEST(Conditions, BodiesMergeInMapOrderAndKeepModifiersThatStand) {
-    EXPECT_EQ(evaluated({set("a", num(1), AssignModifier::Output), set("t", str("0"))},
-                        {when(id("a"), Op::Exists, nullptr,
-                              {plus("t", str("1")), set("a", num(2), AssignModifier::Must),
-                               maybe("t", str("no")), maybe("u", str("${t}"))})}),
-              "^a = 2; t = \"0 1\"; u ?= \"${t}\"");
-    EXPECT_EQ(evaluated({set("x", id("late"))},
-                        {when(num(1), Op::Equal, num(1), {plus("x", str("held"))})}),
-              "x = late");
-}
-
-TEST(Conditions, ASilentContextReportsNothing) {
-    const Assignments variables{set("c", block({set("x", str("${none}"))}))};
-    const auto context = contextOf(variables);
-    context->setSilent();
-    context->addCondition(when(str("${none}"), Op::Equal, str(""), {set("y", num(1))}));
-    context->addCondition(when(id("c.x"), Op::Equal, str(""), {set("z", num(1))}));
-    ConsoleCapture capture(0);
-    context->evaluateConditions(Context::Unresolvable::isFalse);
-    EXPECT_EQ(capture.text(), "");
-    EXPECT_EQ(context->textOf("y"), "1");
-    EXPECT_EQ(context->textOf("z"), "1");
 }
 
 TEST(Conditions, OfNestedContextsSeeTheEnclosingOne) {
