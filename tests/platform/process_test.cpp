@@ -33,26 +33,21 @@ TEST(RunProcess, TellsWhyNothingStarted) {
     const ProcessResult result = runProcess(request);
     EXPECT_FALSE(result.started);
     EXPECT_EQ(result.status, 2) << "no such file, on both systems";
-    EXPECT_FALSE(systemErrorText(result.status).empty());
     EXPECT_NE(systemErrorText(result.status).back(), '.');
-    EXPECT_FALSE(systemErrorText(123'456).empty());
 
     request = childRequest({"exit", "0"});
     request.workingDirectory = pathFromUtf8("no such directory");
     EXPECT_FALSE(runProcess(request).started);
 }
 
-TEST(RunProcess, EntersTheWorkingDirectory) {
+TEST(RunProcess, GivesTheChildItsDirectoryAndEnvironment) {
     const TempDir dir;
-    ProcessRequest request = childRequest({"cwd", dir.text("out")});
+    ProcessRequest request = childRequest({"cwd", dir.text("cwd")});
     request.workingDirectory = dir.path();
     EXPECT_EQ(runProcess(request).status, 0);
-    EXPECT_TRUE(std::filesystem::equivalent(pathFromUtf8(contentOf(dir / "out")), dir.path()));
-}
+    EXPECT_TRUE(std::filesystem::equivalent(pathFromUtf8(contentOf(dir / "cwd")), dir.path()));
 
-TEST(RunProcess, GivesTheChildItsOwnEnvironment) {
-    const TempDir dir;
-    ProcessRequest request = childRequest({"env", dir.text("out")});
+    request = childRequest({"env", dir.text("out")});
     // Windows programs do not start without SystemRoot.
     request.environment = {"SystemRoot=C:\\windows", "VESK_A=1 größe", "VESK_B="};
     EXPECT_EQ(runProcess(request).status, 0);
@@ -76,7 +71,7 @@ TEST(RunProcess, RunsManyChildrenFromManyThreads) {
     }
 }
 
-TEST(CaptureShellOutput, ReadsMoreThanAPipeHolds) {
+TEST(CaptureShellOutput, ReadsMoreThanAPipeHoldsAndTellsTheStatus) {
     constexpr int kLines = 32'768;  // 2 MiB
     int status = -1;
     const auto output =
@@ -84,18 +79,9 @@ TEST(CaptureShellOutput, ReadsMoreThanAPipeHolds) {
     ASSERT_TRUE(output);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(output->size(), 64U * kLines);
-    EXPECT_TRUE(
-        output->ends_with("."
-                          "\n"));
     EXPECT_NE(output->find("\n32767....."), std::string::npos);
-}
-
-TEST(CaptureShellOutput, TellsTheStatus) {
-    int status = -1;
     EXPECT_EQ(captureShellOutput(test::childCommand({"exit", "7"}), &status), "");
     EXPECT_EQ(status, 7);
-    captureShellOutput("vesk-no-such-program 2>" + std::string(kNullDevice), &status);
-    EXPECT_NE(status, 0);
 }
 
 }  // namespace

@@ -19,14 +19,10 @@ TEST(QuoteArgument, DoublesBackslashesOnlyBeforeQuotes) {
         std::string_view quoted;
     } cases[] = {
         {"", R"("")"},
-        {"plain", R"("plain")"},
         {"a b", R"("a b")"},
         {R"(a\b)", R"("a\b")"},
-        {R"(a\\b)", R"("a\\b")"},
         {R"(dir\)", R"("dir\\")"},
-        {R"(dir\\)", R"("dir\\\\")"},
         {R"(")", R"("\"")"},
-        {R"(\")", R"("\\\"")"},
         {R"(a\\"b)", R"("a\\\\\"b")"},
         {R"(\" \)", R"("\\\" \\")"},
     };
@@ -58,43 +54,15 @@ TEST(QuoteArgument, ArrivesUnchangedInAChild) {
     EXPECT_EQ(test::contentOf(dir / "out"), expected);
 }
 
-/// Sets a variable, or removes it without a value, and undoes that at the end.
-class ScopedVariable {
-  public:
-    ScopedVariable(std::string name, const std::optional<std::string>& value)
-        : name_(std::move(name)), before_(platform::environmentVariable(name_)) {
-        assign(value);
-    }
-    ~ScopedVariable() { assign(before_); }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-
-  private:
-    void assign(const std::optional<std::string>& value) {
-        if (value) {
-            platform::setEnvironmentVariable(name_, *value);
-        } else {
-            platform::removeEnvironmentVariable(name_);
-        }
-    }
-
-    std::string name_;
-    std::optional<std::string> before_;
-};
-
 TEST(CommandLines, ForTheInterpreter) {
-    const struct {
-        std::optional<std::string> comspec;
-        std::string_view line;
-    } cases[] = {
-        {std::nullopt, R"("cmd.exe" /D /C "gcc -o "a b" x.c")"},
-        {"", R"("cmd.exe" /D /C "gcc -o "a b" x.c")"},
-        {R"(C:\my tools\sh.exe)", R"("C:\my tools\sh.exe" /D /C "gcc -o "a b" x.c")"},
-    };
-    for (const auto& c : cases) {
-        const ScopedVariable comspec("COMSPEC", c.comspec);
-        EXPECT_EQ(interpreterCommandLine(R"(gcc -o "a b" x.c)"), c.line);
+    const std::string before = platform::environmentVariable("COMSPEC").value_or("");
+    for (const char* program : {"", R"(C:\my tools\sh.exe)"}) {
+        platform::setEnvironmentVariable("COMSPEC", program);
+        EXPECT_EQ(interpreterCommandLine(R"(gcc -o "a b" x.c)"),
+                  "\"" + std::string(*program == '\0' ? "cmd.exe" : program) +
+                      "\" /D /C \"gcc -o \"a b\" x.c\"");
     }
+    platform::setEnvironmentVariable("COMSPEC", before);
     EXPECT_EQ(interpreterArguments("a \"b\" $c"), (Strings{"/bin/sh", "-c", "a \"b\" $c"}));
 }
 
@@ -113,16 +81,8 @@ TEST(EnvironmentWithPath, ReplacesPathAndSorts) {
     EXPECT_EQ(environmentWithPath(entries, {"/one", "/two words"}, "/old", ';'),
               (Strings{"=C:=C:\\dir", "A=1", "b=2", "PATH=/one;/two words;/old", "pathext=.EXE",
                        "PATHS=x"}));
-    EXPECT_EQ(environmentWithPath(entries, {"/one"}, "/old", ':')[3], "PATH=/one:/old");
-}
-
-TEST(EnvironmentWithPath, AddsNoSeparatorWithoutAPath) {
-    EXPECT_EQ(environmentWithPath({}, {"/one", "/two"}, "", ';'), (Strings{"PATH=/one;/two"}));
-}
-
-TEST(EnvironmentWithPath, ComparesWholeEntriesWithoutCase) {
-    EXPECT_EQ(environmentWithPath({"z=1", "a=2", "A.B=1", "Z=0"}, {"d"}, "", ';'),
-              (Strings{"A.B=1", "a=2", "PATH=d", "Z=0", "z=1"}));
+    EXPECT_EQ(environmentWithPath({"z=1", "A.B=1", "a=2", "Z=0"}, {"/one", "/two"}, "", ':'),
+              (Strings{"A.B=1", "a=2", "PATH=/one:/two", "Z=0", "z=1"}));
 }
 
 }  // namespace

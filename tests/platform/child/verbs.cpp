@@ -12,8 +12,6 @@
 #include "platform/crash.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/interrupt.h"
-#include "platform/process.h"
 
 namespace Vesk::test {
 
@@ -27,10 +25,6 @@ void put(const std::string& file, const std::string& text) {
                                   error)) {
         throw std::system_error(error, file);
     }
-}
-
-void pauseBriefly() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
 /// args FILE ...: each further argument, ended by a zero byte.
@@ -89,44 +83,10 @@ int hold(const Arguments& arguments) {
     const platform::FileLock lock(platform::pathFromUtf8(arguments[0]));
     put(arguments[1], "held");
     while (!std::filesystem::exists(platform::pathFromUtf8(arguments[2]))) {
-        pauseBriefly();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     put(arguments[3], "holder\n");
     return 0;
-}
-
-/// linger LOCK STARTED: holds the lock until somebody kills it.
-int linger(const Arguments& arguments) {
-    const platform::FileLock lock(platform::pathFromUtf8(arguments[0]));
-    put(arguments[1], "held");
-    for (;;) {
-        pauseBriefly();
-    }
-}
-
-/// supervise FILE COMMAND...: runs the command, with the interrupt handler installed, then tries to
-/// run another one; reports both results.
-int supervise(const Arguments& arguments) {
-    platform::installInterruptHandler();
-    platform::ProcessRequest request;
-    request.arguments.assign(arguments.begin() + 1, arguments.end());
-    const platform::ProcessResult first = platform::runProcess(request);
-    request.arguments = {"/bin/true"};
-    const platform::ProcessResult second = platform::runProcess(request);
-    put(arguments[0], "status " + std::to_string(first.status) + ", signal " +
-                          std::to_string(platform::interruptSignal()) +
-                          (second.started ? ", second started" : ", second refused"));
-    return 0;
-}
-
-/// The first argument that PowerShell is given: writes the others to the file VESK_TEST_OUT.
-int noProfile(const Arguments& arguments) {
-    std::string text;
-    for (const std::string& argument : arguments) {
-        text += argument + '|';
-    }
-    put(platform::environmentVariable("VESK_TEST_OUT").value(), text);
-    return 5;
 }
 
 /// Uses the stack up: no compiler may drop the page or turn the call into a jump.
@@ -137,7 +97,7 @@ int recurse(int depth) {
     return depth == kEndless ? 0 : recurse(depth + 1) + page[0];
 }
 
-/// crash access|overflow|abort
+/// crash access|overflow
 int crash(const Arguments& arguments) {
     platform::installCrashHandler();
     const std::string& how = arguments[0];
@@ -147,8 +107,6 @@ int crash(const Arguments& arguments) {
         *reinterpret_cast<volatile int*>(address) = 1;
     } else if (how == "overflow") {
         return recurse(0);
-    } else if (how == "abort") {
-        std::raise(SIGABRT);
     }
     return 0;
 }
@@ -157,10 +115,9 @@ int crash(const Arguments& arguments) {
 
 int runVerb(const Arguments& arguments) {
     static const std::map<std::string, int (*)(const Arguments&)> verbs{
-        {"args", args},           {"env", env},     {"cwd", cwd},
-        {"exit", exitWith},       {"print", print}, {"fill", fill},
-        {"raise", raiseSignal},   {"hold", hold},   {"linger", linger},
-        {"supervise", supervise}, {"crash", crash}, {"-NoProfile", noProfile}};
+        {"args", args},         {"env", env},     {"cwd", cwd},
+        {"exit", exitWith},     {"print", print}, {"fill", fill},
+        {"raise", raiseSignal}, {"hold", hold},   {"crash", crash}};
     return verbs.at(arguments.at(0))({arguments.begin() + 1, arguments.end()});
 }
 
