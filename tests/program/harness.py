@@ -182,6 +182,12 @@ class ProgramTest(unittest.TestCase):
         """The same for a run that ends with an error."""
         return self.check(*arguments, out=out, err=err, status=1)
 
+    def error(self, *arguments, **options):
+        """What a run that fails says on standard error."""
+        result = self.run_vesk("-v", "6", *arguments, **options)
+        self.assertEqual((result.status, result.out), (1, ""), result.err)
+        return result.err
+
     def printed(self, *arguments, **options):
         """Builds and returns what the commands printed, without vesk's own lines."""
         result = self.run_vesk("-v", "6", *arguments, **options)

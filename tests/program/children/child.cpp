@@ -8,6 +8,7 @@
 #include <system_error>
 #include <thread>
 
+#include "base/text.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/process.h"
@@ -20,9 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kUsage = 64;
-constexpr auto kPoll = std::chrono::milliseconds(5);
-// Nothing waits this long unless it hangs.
-constexpr auto kPatience = std::chrono::seconds(60);
 
 void write(const std::string& file, const std::string& text) {
     std::error_code error;
@@ -34,21 +32,13 @@ void write(const std::string& file, const std::string& text) {
 
 /// args TEXT...: each argument in brackets, a line an argument.
 int args(const Arguments& arguments) {
-    std::string text;
-    for (const std::string& argument : arguments) {
-        text += "[" + argument + "]\n";
-    }
-    put(text);
+    put("[" + joined(arguments, "]\n[") + "]\n");
     return 0;
 }
 
-/// print TEXT...: the arguments, with a blank between two of them, as one line.
+/// print TEXT...: the arguments as one line.
 int print(const Arguments& arguments) {
-    std::string line;
-    for (const std::string& argument : arguments) {
-        line += (line.empty() ? "" : " ") + argument;
-    }
-    put(line + "\n");
+    put(joined(arguments, " ") + "\n");
     return 0;
 }
 
@@ -92,13 +82,15 @@ int copy(const Arguments& arguments) {
     return 0;
 }
 
-bool waitFor(const std::string& file) {
-    const auto limit = std::chrono::steady_clock::now() + kPatience;
-    while (!fs::exists(platform::pathFromUtf8(file))) {
+/// False when it takes so long that it hangs; longer than the tests wait for a child to be gone.
+template <class Condition>
+bool waitFor(const Condition& holds) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(150);
+    while (!holds()) {
         if (std::chrono::steady_clock::now() > limit) {
             return false;
         }
-        std::this_thread::sleep_for(kPoll);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
 }
@@ -110,7 +102,7 @@ int meet(const Arguments& arguments) {
         if (arguments[i] == "--") {
             return std::stoi(arguments.at(i + 1));
         }
-        if (!waitFor(arguments[i])) {
+        if (!waitFor([&] { return fs::exists(platform::pathFromUtf8(arguments[i])); })) {
             put("meet: '" + arguments[i] + "' never came\n");
             return 1;
         }
@@ -133,25 +125,11 @@ int linger(const Arguments& arguments) {
         std::signal(SIGTERM, onSignal);
     }
     write(arguments.at(0), "");
-    const auto limit = std::chrono::steady_clock::now() + kPatience;
-    bool told = false;
-    while (std::chrono::steady_clock::now() < limit) {
-        if (caught != 0 && !told) {
-            told = true;
-            write(arguments.at(1), "");
-        }
-        std::this_thread::sleep_for(kPoll);
+    if (waitFor([] { return caught != 0; })) {
+        write(arguments.at(1), "");
+        waitFor([] { return false; });
     }
     return 1;
-}
-
-/// Composes a Windows command line; the arguments of tests hold no quotes.
-std::string commandLineOf(const Arguments& arguments) {
-    std::string text;
-    for (const std::string& argument : arguments) {
-        text += (text.empty() ? "\"" : " \"") + argument + "\"";
-    }
-    return text;
 }
 
 /// with_env NAME=VALUE... -- PROGRAM ARGUMENT...: sets variables that an emulator sets itself when
@@ -164,15 +142,16 @@ int withEnv(const Arguments& arguments) {
         const std::size_t equals = position->find('=');
         const std::string name = position->substr(0, equals);
         const std::string value = position->substr(equals + 1);
-        const bool done = value.empty() ? platform::removeEnvironmentVariable(name)
-                                        : platform::setEnvironmentVariable(name, value);
-        if (!done) {
-            return kUsage;
+        if (value.empty()) {
+            platform::removeEnvironmentVariable(name);
+        } else {
+            platform::setEnvironmentVariable(name, value);
         }
     }
     platform::ProcessRequest request;
     request.arguments = Arguments(position + 1, arguments.end());
-    request.commandLine = commandLineOf(request.arguments);
+    // The arguments of tests hold no quotes.
+    request.commandLine = "\"" + joined(request.arguments, "\" \"") + "\"";
     const platform::ProcessResult result = platform::runProcess(request);
     return result.started ? result.status : kUsage;
 }
