@@ -9,6 +9,7 @@ it in their name. The last line reads "N passed, N failed, N skipped".
 """
 
 import argparse
+import signal
 import sys
 import unittest
 from concurrent.futures import ThreadPoolExecutor
@@ -77,6 +78,8 @@ def main():
     SETTINGS.vesk = arguments.vesk.resolve()
     SETTINGS.children = arguments.children.resolve()
     SETTINGS.wine = [str(Path(part).resolve()) for part in arguments.wine or []]
+    # Under nohup the tested program would inherit that it is deaf to this one.
+    signal.signal(signal.SIGHUP, signal.SIG_DFL)
     tests = selected(arguments.patterns)
     counts = {"passed": 0, "failed": 0, "skipped": 0}
     with ThreadPoolExecutor(arguments.jobs) as pool:
