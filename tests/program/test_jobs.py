@@ -84,9 +84,13 @@ class InterruptedBuild(ProgramTest):
         ask()
         wait_until(lambda: "asked" in self.files())
         self.assertIsNone(process.poll())
-        while process.poll() is None:
+
+        def ended_when_asked_again():
             ask()
             time.sleep(0.1)
+            return process.poll() is not None
+
+        wait_until(ended_when_asked_again)
         self.assertEqual(process.returncode, status)
         wait_until(lambda: self.alive() == [])
 
