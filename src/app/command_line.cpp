@@ -133,6 +133,7 @@ constexpr std::array kOptions = {
     Option{"r", "register", askFor<RunMode::Register>},
     Option{"", "find-compilers", askFor<RunMode::FindCompilers>},
     Option{"n", "dry-run", set<&Settings::dryRun>},
+    Option{"", "rebuild", set<&Settings::rebuild>},
     Option{"k", "keep-going", set<&Settings::keepGoing>},
 };
 

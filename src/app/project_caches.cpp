@@ -1,20 +1,81 @@
 #include "app/project_caches.h"
 
-#include "build/cache/memory_cache.h"
+#include <algorithm>
+#include <string>
+#include <system_error>
+
+#include "base/console.h"
+#include "base/exception.h"
+#include "build/cache/cache_file.h"
+#include "platform/environment.h"
+#include "platform/interrupt.h"
 
 namespace Vesk {
+namespace {
 
-BuildCache& ProjectCaches::of(const Project& project) {
-    std::unique_ptr<BuildCache>& cache = caches_[&project];
-    if (!cache) {
-        cache = std::make_unique<MemoryCache>();
+namespace fs = std::filesystem;
+
+/// Tells the vesk that a command starts in which directories its ancestors build: it would wait
+/// for them, and they for it. One directory a line.
+constexpr const char* kBuildingVariable = "VESK_BUILDING";
+
+void refuseIfBuilding(const std::string& building, const fs::path& directory) {
+    if (building.find("\n" + platform::pathToUtf8(directory) + "\n") != std::string::npos) {
+        throw VeskException("A command of a build in " + platform::pathToUtf8(directory) +
+                            " started another build in the same place, which would wait for it "
+                            "forever. Make the target a dependency instead.");
     }
-    return *cache;
+}
+
+/// Null where no file can be written: then no other process can save a cache there either.
+std::unique_ptr<platform::FileLock> lock(const fs::path& directory) {
+    fs::path file = directory / kCacheFileName;
+    file += ".lock";
+    try {
+        return std::make_unique<platform::FileLock>(file, [&directory] {
+            console::normal("Waiting for another vesk that builds in {}",
+                            platform::pathToUtf8(directory));
+            console::flush();
+        });
+    } catch (const std::system_error& error) {
+        if (platform::interruptSignal() != 0) {
+            throw;
+        }
+        console::message(console::level::kDetail, console::colour::kNormal,
+                         "Building without a lock: {}", error.what());
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+void ProjectCaches::load(const std::vector<const Project*>& projects, Use use) {
+    use_ = use;
+    for (const Project* project : projects) {
+        caches_.try_emplace(project->root);
+    }
+    std::string building = platform::environmentVariable(kBuildingVariable).value_or("\n");
+    std::string here = building;
+    // In the order of the paths, in every process: no two wait for each other.
+    for (auto& [directory, entry] : caches_) {
+        if (use == Use::build) {
+            refuseIfBuilding(building, directory);
+            entry.lock = lock(directory);
+            here += platform::pathToUtf8(directory) + "\n";
+        }
+        entry.cache = std::make_unique<ProjectCache>(directory, states_);
+        entry.cache->load();
+    }
+    if (use == Use::build) {
+        platform::setEnvironmentVariable(kBuildingVariable, here);
+    }
 }
 
 void ProjectCaches::save() {
-    for (const auto& [project, cache] : caches_) {
-        cache->save();
+    if (use_ == Use::build) {
+        for (auto& [directory, entry] : caches_) {
+            entry.cache->save();
+        }
     }
 }
 

@@ -1,25 +1,47 @@
 // The caches of a build.
 #pragma once
 
+#include <filesystem>
+#include <map>
 #include <memory>
-#include <unordered_map>
+#include <vector>
 
-#include "build/cache/build_cache.h"
+#include "build/cache/file_states.h"
+#include "build/cache/project_cache.h"
+#include "platform/files.h"
 #include "project/project.h"
 
 namespace Vesk {
 
-/// One cache for each project that the build comes to.
+/// One cache for each directory with a project that the build may come to; a project that is loaded
+/// under two profiles has one cache.
 class ProjectCaches {
   public:
-    /// The project's cache, made when it is first asked for.
-    BuildCache& of(const Project& project);
+    enum class Use {
+        build,
+        look,  ///< nothing will be written: no lock is taken
+    };
+
+    /// Loads the caches of all the projects. While another vesk builds in one of their directories
+    /// this waits, and says so. Throws VeskException when that other one waits for this process,
+    /// and std::system_error when an interruption ends the waiting.
+    void load(const std::vector<const Project*>& projects, Use use);
+
+    /// Throws std::out_of_range for a project that was not among them.
+    ProjectCache& of(const Project& project) { return *caches_.at(project.root).cache; }
 
     /// Saves all of them; those that cannot be saved have said so.
     void save();
 
   private:
-    std::unordered_map<const Project*, std::unique_ptr<BuildCache>> caches_;
+    struct Locked {
+        std::unique_ptr<platform::FileLock> lock;
+        std::unique_ptr<ProjectCache> cache;
+    };
+
+    FileStates states_;
+    std::map<std::filesystem::path, Locked> caches_;  ///< by directory
+    Use use_ = Use::build;
 };
 
 }  // namespace Vesk

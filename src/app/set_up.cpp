@@ -124,4 +124,9 @@ void VeskApplication::createCatalog() {
     catalog_->setActive(*project_);
 }
 
+void VeskApplication::loadCaches() {
+    caches_.load(catalog_->projects(),
+                 settings_.dryRun ? ProjectCaches::Use::look : ProjectCaches::Use::build);
+}
+
 }  // namespace Vesk

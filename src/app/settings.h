@@ -39,6 +39,7 @@ struct Settings {
     std::uint32_t jobCount = 1;
     bool commandLineMode = false;  ///< the command line itself describes what to build
     bool dump = false;             ///< show each project's implicit context
+    bool rebuild = false;
     bool dryRun = false;
     bool keepGoing = false;
     std::string unitToList;

@@ -64,6 +64,7 @@ int VeskApplication::build() {
     addBuiltinVariables(*builtins_, root_.directory);
     registerTools();
     createCatalog();
+    loadCaches();
     console::normal("Starting build");
     if (settings_.dump) {
         printImplicitContexts();
@@ -88,8 +89,9 @@ std::shared_ptr<Context> VeskApplication::buildTarget() {
         *catalog_,
         staticTools_,
         [this](const Project& project) -> const Toolbox& { return declaredTools_->of(project); },
-        [this](const Project& project) -> BuildCache& { return caches_.of(project); },
-        {static_cast<int>(settings_.jobCount), settings_.dryRun, settings_.keepGoing},
+        [this](const Project& project) -> ProjectCache& { return caches_.of(project); },
+        {static_cast<int>(settings_.jobCount), settings_.rebuild, settings_.dryRun,
+         settings_.keepGoing},
     });
     return driver.build(target);
 }

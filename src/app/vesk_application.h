@@ -55,6 +55,7 @@ class VeskApplication {
     void takeAssignments();
     void registerTools();
     void createCatalog();
+    void loadCaches();
 
     void addCommandLineUnit();
     void addUnitFile();

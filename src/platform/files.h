@@ -28,6 +28,11 @@ bool isAbsolutePath(std::string_view text) noexcept;
 std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
                                          std::size_t maxBytes = SIZE_MAX);
 
+/// Hands over all bytes of a file, piece by piece, in one buffer. False when it cannot be read to
+/// its end; a directory cannot.
+bool readPieces(const std::filesystem::path& path,
+                const std::function<void(std::string_view)>& take);
+
 /// Writes bytes to a file, as they are. False and `error` set when opening, writing or closing
 /// fails (a full disk is noticed here). `Append::yes` adds to the end instead of truncating.
 enum class Append { no, yes };
@@ -40,12 +45,37 @@ bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, A
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
                  std::error_code& error);
 
-/// What one system call tells about a file; links are followed.
+/// Writes a file in pieces; the bytes as they are, an older content is cut off first.
+class FileWriter {
+  public:
+    explicit FileWriter(const std::filesystem::path& path);
+    ~FileWriter();
+    FileWriter(const FileWriter&) = delete;
+    FileWriter& operator=(const FileWriter&) = delete;
+
+    bool isOpen() const noexcept { return handle_ != kNone; }
+
+    /// Both false when the system refuses, a full disk for one. Without effect once closed.
+    bool write(std::string_view bytes) noexcept;
+    bool close() noexcept;
+
+  private:
+    static constexpr std::intptr_t kNone = -1;
+    std::intptr_t handle_ = kNone;
+};
+
+/// What the system tells about a file; links are followed. Times are nanoseconds since 1970-01-01
+/// UTC, as fine as the file system is.
 struct FileStatus {
     bool directory = false;
-    std::uint64_t size = 0;                ///< bytes
-    std::int64_t modifiedNanoseconds = 0;  ///< since 1970-01-01 UTC, as fine as the file system is
+    std::uint64_t size = 0;  ///< bytes
+    std::int64_t modifiedNanoseconds = 0;
+    std::int64_t changedNanoseconds = 0;  ///< also moves when the modification time is put back
 };
+
+/// The time that a file changed now would carry, as far as this machine's clock gives it. In the
+/// same units; as coarse as the system's own.
+std::int64_t fileClock() noexcept;
 
 /// Nothing when the file does not exist or cannot be examined.
 std::optional<FileStatus> fileStatus(const std::filesystem::path& path);

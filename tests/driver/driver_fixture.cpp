@@ -17,6 +17,16 @@ void replaceAll(std::string& text, std::string_view from, std::string_view to) {
     }
 }
 
+/// As the application does, also after a failure.
+struct CacheSaver {
+    ProjectCache& cache;
+
+    explicit CacheSaver(ProjectCache& saved) : cache(saved) {}
+    CacheSaver(const CacheSaver&) = delete;
+    CacheSaver& operator=(const CacheSaver&) = delete;
+    ~CacheSaver() { cache.save(); }
+};
+
 }  // namespace
 
 std::vector<std::string> BuildOutcome::linesWith(std::string_view part) const {
@@ -68,9 +78,13 @@ BuildOutcome DriverTest::build(std::string_view unitText, std::string_view targe
         Toolbox staticTools;
         createStaticTools(staticTools);
         const Toolbox noTools;
+        FileStates states;
+        ProjectCache cache(directory_, states);
+        cache.load();
         Driver driver({catalog, staticTools,
                        [&](const Project&) -> const Toolbox& { return noTools; },
-                       [&](const Project&) -> BuildCache& { return cache_; }, options_});
+                       [&](const Project&) -> ProjectCache& { return cache; }, options_});
+        const CacheSaver saver{cache};
         outcome.outputs = driver.build(catalog.locate({{}, {}, std::string(target)}));
     } catch (const VeskException& exception) {
         outcome.error = readable(exception.report());

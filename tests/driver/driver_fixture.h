@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "build/cache/memory_cache.h"
+#include "build/cache/project_cache.h"
 #include "build/driver/driver.h"
 
 namespace Vesk::test {
@@ -29,7 +29,7 @@ class DriverTest : public testing::Test {
     DriverTest();
     ~DriverTest() override;
 
-    /// Builds a target of the unit "main" with this text. What the fixture's contexts hold lies
+    /// Builds a target of the unit "main" with this text, with the cache of the builds before. What the fixture's contexts hold lies
     /// under and over it, as builtin variables and a command line do.
     BuildOutcome build(std::string_view unitText, std::string_view target, int threshold = 5);
 
@@ -37,7 +37,6 @@ class DriverTest : public testing::Test {
     void underAll(const std::string& assignment);
 
     DriverOptions options_;
-    MemoryCache cache_;
     std::filesystem::path directory_;
 
   private:

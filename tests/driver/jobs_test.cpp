@@ -1,9 +1,10 @@
-// Recipes of several stages and commands.
+// The jobs of one stage.
 
 #include "build/driver/jobs.h"
 
 #include <gtest/gtest.h>
 
+#include "build/driver/cache_step.h"
 #include "support/console_capture.h"
 
 namespace Vesk::test {
@@ -30,62 +31,96 @@ class ListBuilder : public Builder {
     }
 };
 
-Recipe recipe(std::string command, std::uint32_t stage) {
+Recipe recipe(std::string command) {
     Recipe result;
     result.command = std::move(command);
-    result.stage = stage;
     return result;
 }
 
-/// The echoes and failure messages of a run, in order.
-std::string run(const std::vector<Recipe>& recipes) {
-    const ListBuilder builder;
-    const BuildEnv environment{std::filesystem::path()};
-    ConsoleCapture capture;
-    std::string ending = "ok";
-    try {
-        runJobs(builder, recipes, environment, "t");
-    } catch (const VeskException& exception) {
-        ending = exception.message();
+Recipe pooled(std::string command) {
+    Recipe result = recipe(std::move(command));
+    result.pooled = true;
+    return result;
+}
+
+struct StageRun {
+    std::string messages;   ///< echoes and failures, in order
+    std::string succeeded;  ///< a letter for each recipe: y or n
+    bool failed = false;
+
+    StageRun(const std::vector<Recipe>& recipes, const StageOptions& options = {}) {
+        std::vector<const Recipe*> pointers;
+        for (const Recipe& recipe : recipes) {
+            pointers.push_back(&recipe);
+        }
+        const ListBuilder builder;
+        const BuildEnv environment{std::filesystem::path()};
+        ConsoleCapture capture;
+        Stage stage(builder, pointers, environment);
+        stage.run(options);
+        failed = stage.reportFailures();
+        for (const auto& job : stage.jobs()) {
+            succeeded += job->succeeded ? 'y' : 'n';
+        }
+        messages = capture.text();
     }
-    return capture.text() + ending;
+};
+
+TEST(Stage, AJobEndsAtItsFirstFailure) {
+    const StageRun run({recipe("exit 0|exit 5|exit 6")});
+    EXPECT_EQ(run.messages,
+              "Starting build job\nexit 0\nexit 5\nCommand ended with status 5: exit 5\n");
+    EXPECT_TRUE(run.failed);
 }
 
-TEST(Jobs, StagesRunInOrderWhateverTheOrderOfTheRecipes) {
-    EXPECT_EQ(run({recipe("exit 0", 2), recipe("exit 00", 0), recipe("exit 000", 1)}),
-              "Starting build job\nexit 00\n"
-              "Starting build job\nexit 000\n"
-              "Starting build job\nexit 0\n"
-              "ok");
-}
-
-TEST(Jobs, AJobEndsAtItsFirstFailureAndLaterStagesDoNotRun) {
-    EXPECT_EQ(run({recipe("exit 0|exit 5|exit 6", 0), recipe("exit 7", 1)}),
-              "Starting build job\nexit 0\nexit 5\n"
-              "Command ended with status 5: exit 5\n"
-              "Build of t failed. Exiting..\n"
-              "Build failed.");
-}
-
-TEST(Jobs, AllJobsOfAStageAreJoinedAndReportedInOrder) {
-    const std::string text =
-        run({recipe("exit 1", 0), recipe("exit 0|exit 00", 0), recipe("exit 2", 0)});
-    EXPECT_EQ(text.find("Starting build job\nStarting build job\nStarting build job\n"), 0u);
-    EXPECT_NE(text.find("exit 00\n"), std::string::npos);
-    EXPECT_NE(text.find("Command ended with status 1: exit 1\n"
-                        "Command ended with status 2: exit 2\n"
-                        "Build of t failed. Exiting..\n"
-                        "Build failed."),
+TEST(Stage, AllJobsAreJoinedAndReportedInOrder) {
+    const StageRun run({recipe("exit 1"), recipe("exit 0|exit 00"), recipe("exit 2")});
+    EXPECT_EQ(run.messages.find("Starting build job\nStarting build job\nStarting build job\n"),
+              0u);
+    EXPECT_EQ(run.succeeded, "nyn");
+    EXPECT_NE(run.messages.find("Command ended with status 1: exit 1\n"
+                                "Command ended with status 2: exit 2\n"),
               std::string::npos)
-        << text;
+        << run.messages;
 }
 
-TEST(Jobs, ACommandThatCannotBeStartedIsExplained) {
-    Recipe lost = recipe("exit 0", 0);
+TEST(Stage, PooledJobsShareTheirWorkers) {
+    const std::vector<Recipe> recipes = {pooled("exit 0"), pooled("exit 3"), pooled("exit 00"),
+                                         pooled("exit 000")};
+    const StageRun stops(recipes);
+    EXPECT_EQ(stops.succeeded, "ynnn") << "one worker stops at a failure";
+    EXPECT_EQ(stops.messages.find("exit 00"), std::string::npos);
+
+    StageOptions options;
+    options.keepGoing = true;
+    EXPECT_EQ(StageRun(recipes, options).succeeded, "ynyy");
+    options.workers = 3;
+    const StageRun three(recipes, options);
+    EXPECT_EQ(three.succeeded, "ynyy");
+    EXPECT_EQ(three.messages.find("Starting build job\nStarting build job\nStarting build job\n"),
+              0u);
+}
+
+TEST(Stage, ACommandThatCannotBeStartedIsExplained) {
+    Recipe lost = recipe("exit 0");
     lost.workingDirectory = "there is no such directory";
-    const std::string text = run({lost});
-    EXPECT_NE(text.find("'there is no such directory'"), std::string::npos) << text;
-    EXPECT_EQ(text.find("Command ended"), std::string::npos) << text;
+    const StageRun run({lost});
+    EXPECT_NE(run.messages.find("'there is no such directory'"), std::string::npos) << run.messages;
+    EXPECT_EQ(run.messages.find("Command ended"), std::string::npos) << run.messages;
+}
+
+TEST(Stage, NoMoreWorkersThanAskedForAndThanThereIsWork) {
+    struct Case {
+        int jobs;
+        std::size_t limit;
+        std::size_t pieces;
+        unsigned workers;
+    };
+    for (const auto& [jobs, limit, pieces, workers] :
+         {Case{0, 8, 8, 1}, Case{1, 8, 8, 1}, Case{4, 8, 8, 4}, Case{4, 2, 8, 2}, Case{4, 8, 3, 3},
+          Case{4, 8, 0, 1}, Case{-1, 8, 100, 8}}) {
+        EXPECT_EQ(workerCount(jobs, limit, pieces), workers) << jobs << " " << limit;
+    }
 }
 
 }  // namespace

@@ -70,6 +70,9 @@ def pattern_of(expected):
 class ProgramTest(unittest.TestCase):
     maxDiff = None
 
+    # Whether runs of one test know what the runs before them have built.
+    remembers = False
+
     def setUp(self):
         self.base = Path(tempfile.mkdtemp(prefix="vesk-test-"))
         self.addCleanup(shutil.rmtree, self.base, ignore_errors=True)
@@ -126,6 +129,9 @@ class ProgramTest(unittest.TestCase):
 
     def start(self, *arguments, env=None, cwd=None, stderr=subprocess.PIPE, **options):
         """Starts vesk in a session of its own and returns the process."""
+        if not self.remembers:
+            for cache in self.base.rglob(".vesk_cache"):
+                cache.unlink()
         env = env or {}
         return subprocess.Popen(
             self.command(arguments, env),

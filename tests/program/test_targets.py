@@ -185,7 +185,7 @@ class ToolSelection(ProgramTest):
             dep: { cmdline = [] ^W = "w" }
             """)
         block = self.run_vesk("-v", "3").out.replace("[vesk::t] ", "")
-        inside = block[block.rindex("Input context:"):block.index("}\n\nOutput dir")].splitlines()
+        inside = block[block.rindex("Input context:"):block.index("}\n\nOut of date")].splitlines()
         self.assertIn('cmdline = "child print w"', inside)
         self.assertFalse([line for line in inside if "hint" in line])
         self.assertTrue(block.endswith(dedented("""

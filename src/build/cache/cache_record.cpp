@@ -1,78 +1,136 @@
 #include "build/cache/cache_record.h"
 
-#include <algorithm>
-#include <typeinfo>
-
-#include "types/context.h"
-#include "types/context_value.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
+#include "build/cache/cache_text.h"
 
 namespace Vesk {
-
 namespace {
 
-bool sameItems(const VeskList& a, const VeskList& b) {
-    return std::equal(a.items.begin(), a.items.end(), b.items.begin(), b.items.end(), sameValue);
+enum class Check { all, lengths };
+
+bool pass(CacheReader& reader, Check check) {
+    return check == Check::all ? reader.skipAssignment() : reader.stepOverAssignment();
 }
 
-bool sameContexts(const VeskContext& a, const VeskContext& b) {
-    const std::shared_ptr<Context> left = a.context();
-    const std::shared_ptr<Context> right = b.context();
-    return left == right || std::equal(left->assignments().begin(), left->assignments().end(),
-                                       right->assignments().begin(), right->assignments().end(),
-                                       [](const auto& x, const auto& y) {
-                                           return sameAssignment(x.second, y.second);
-                                       });
+const char* passInputs(CacheReader& reader, Check check) {
+    std::uint64_t count = 0;
+    if (!reader.number(count)) {
+        return "inputs count";
+    }
+    for (; count > 0; --count) {
+        if (!pass(reader, check)) {
+            return "input assignment";
+        }
+        std::string_view flag;
+        if (!reader.line(flag) || (flag != "0" && flag != "1")) {
+            return "input intermediate flag";
+        }
+        if (flag == "1" && !pass(reader, check)) {
+            return "input intermediate assignment";
+        }
+    }
+    return nullptr;
 }
 
-bool sameInputs(const CacheRecipe& a, const CacheRecipe& b) {
-    const auto same = [](const RecipeInput& x, const RecipeInput& y) {
-        return sameAssignment(x.assignment, y.assignment) &&
-               x.intermediate.has_value() == y.intermediate.has_value() &&
-               (!x.intermediate || sameAssignment(*x.intermediate, *y.intermediate));
-    };
-    return std::equal(a.inputs.begin(), a.inputs.end(), b.inputs.begin(), b.inputs.end(), same);
+const char* passAssignments(CacheReader& reader, Check check, const char* countName,
+                            const char* itemName) {
+    std::uint64_t count = 0;
+    if (!reader.number(count)) {
+        return countName;
+    }
+    for (; count > 0; --count) {
+        if (!pass(reader, check)) {
+            return itemName;
+        }
+    }
+    return nullptr;
+}
+
+const char* passOutputs(CacheReader& reader, Check check) {
+    return passAssignments(reader, check, "outputs count", "output assignment");
+}
+
+const char* passEnvironment(CacheReader& reader, Check check) {
+    return passAssignments(reader, check, "env/context count", "env/context assignment");
+}
+
+std::string_view between(const char* begin, const char* end) {
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+template <class Read>
+void readMany(CacheReader& reader, const Read& read) {
+    std::uint64_t count = 0;
+    reader.number(count);
+    for (; count > 0; --count) {
+        read();
+    }
 }
 
 }  // namespace
 
-bool sameValue(const ValuePtr& a, const ValuePtr& b) {
-    if (a == b) {
-        return true;
-    }
-    if (!a || !b) {
-        return false;
-    }
-    const VeskValue& left = *a;
-    const VeskValue& right = *b;
-    if (typeid(left) != typeid(right)) {
-        return false;
-    }
-    if (const auto* list = dynamic_cast<const VeskList*>(&left)) {
-        return sameItems(*list, static_cast<const VeskList&>(right));
-    }
-    if (const auto* context = dynamic_cast<const VeskContext*>(&left)) {
-        return sameContexts(*context, static_cast<const VeskContext&>(right));
-    }
-    // A path's text alone does not say where it leads; its display form does.
-    const auto* string = dynamic_cast<const VeskBaseString*>(&left);
-    if (string != nullptr && dynamic_cast<const VeskPathString*>(string) == nullptr) {
-        return string->text == static_cast<const VeskBaseString&>(right).text;
-    }
-    return left.toDisplayString() == right.toDisplayString();
+RecordText::RecordText(std::string text)
+    : storage_(std::make_shared<const std::string>(std::move(text))), text_(*storage_) {}
+
+RecordText::Layout RecordText::layout() const {
+    Layout layout;
+    CacheReader reader(text_);
+    readMany(reader, [&] {
+        const char* const start = reader.position();
+        passInputs(reader, Check::lengths);
+        const char* const middle = reader.position();
+        passOutputs(reader, Check::lengths);
+        layout.parts.push_back({between(start, middle), between(middle, reader.position())});
+    });
+    layout.environment = between(reader.position(), text_.data() + text_.size());
+    return layout;
 }
 
-bool sameAssignment(const Assignment& a, const Assignment& b) {
-    return a.name == b.name && a.op == b.op && a.modifier == b.modifier &&
-           sameValue(a.value, b.value);
+const char* skipRecord(CacheReader& reader) {
+    std::uint64_t count = 0;
+    if (!reader.number(count)) {
+        return "recipe count";
+    }
+    for (; count > 0; --count) {
+        if (const char* fault = passInputs(reader, Check::all)) {
+            return fault;
+        }
+        if (const char* fault = passOutputs(reader, Check::all)) {
+            return fault;
+        }
+    }
+    return passEnvironment(reader, Check::all);
 }
 
-bool sameRequest(const CacheRecord& record, const CacheRequest& request) {
-    return std::equal(record.recipes.begin(), record.recipes.end(), request.recipes.begin(),
-                      request.recipes.end(), sameInputs) &&
-           std::equal(record.environment.begin(), record.environment.end(),
-                      request.environment.begin(), request.environment.end(), sameAssignment);
+CacheRecord readRecord(std::string key, const RecordText& text, const std::filesystem::path& base) {
+    CacheRecord record;
+    record.key = std::move(key);
+    CacheReader reader(text.text());
+    const auto next = [&] { return reader.assignment(base).value_or(Assignment()); };
+    readMany(reader, [&] {
+        CacheRecord::Part& part = record.parts.emplace_back();
+        readMany(reader, [&] {
+            RecipeInput& input = part.inputs.emplace_back(RecipeInput{next(), std::nullopt});
+            std::string_view flag;
+            reader.line(flag);
+            if (flag == "1") {
+                input.intermediate = next();
+            }
+        });
+        readMany(reader, [&] { part.outputs.push_back(next()); });
+    });
+    readMany(reader, [&] { record.environment.push_back(next()); });
+    return record;
+}
+
+void appendInputs(std::string& out, const std::vector<RecipeInput>& inputs) {
+    appendNumber(out, inputs.size());
+    for (const RecipeInput& input : inputs) {
+        appendComparableAssignment(out, input.assignment);
+        out += input.intermediate ? "1\n" : "0\n";
+        if (input.intermediate) {
+            appendComparableAssignment(out, *input.intermediate);
+        }
+    }
 }
 
 }  // namespace Vesk

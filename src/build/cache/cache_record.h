@@ -1,8 +1,20 @@
 // What the cache remembers of a target, and what it is asked.
+//
+// Both are kept as the text that stands in the cache file, so that asking whether anything has
+// changed is comparing bytes and looking at files, and saving is copying.
+//
+// A record is made of parts, which the file calls recipes. The first tells of the target's
+// surroundings, the second of its variables; one for each recipe follows. The first part's outputs
+// hold a table of all files with their states, and each part's outputs say by number which of them
+// it reads and writes.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "build/run/recipe.h"
@@ -10,40 +22,75 @@
 
 namespace Vesk {
 
-/// The part of a recipe that decides whether its result still stands.
-struct CacheRecipe {
-    std::vector<RecipeInput> inputs;
-    std::vector<Assignment> outputs;
-};
-
-/// A build of a target that succeeded.
+/// A build of a target: its recipes with their inputs and outputs, and its environment.
 struct CacheRecord {
+    struct Part {
+        std::vector<RecipeInput> inputs;
+        std::vector<Assignment> outputs;
+    };
+
     std::string key;
-    std::vector<CacheRecipe> recipes;
-    std::vector<Assignment> environment;  ///< environment and context that it ran with
-
-    /// The files whose states belong to the record; the cache examines them itself. Absolute.
-    std::vector<std::filesystem::path> inputFiles;
-    std::vector<std::filesystem::path> outputFiles;
-};
-
-/// What a build of the target would consist of now. A record matches when its recipes' inputs and
-/// its environment equal these and its files are as the build left them.
-struct CacheRequest {
-    std::vector<CacheRecipe> recipes;  ///< outputs are not compared: a build makes them
+    std::vector<Part> parts;
     std::vector<Assignment> environment;
-    std::vector<std::filesystem::path> inputFiles;  ///< read by the commands, as far as known yet
 };
 
-/// Whether two assignments say the same: name without regard to case, operator, modifier and value
-/// with its kind.
-bool sameAssignment(const Assignment& a, const Assignment& b);
+/// A record as text, without its key. Never changes.
+class RecordText {
+  public:
+    struct Part {
+        std::string_view inputs;  ///< from the line of their number on
+        std::string_view outputs;
+    };
 
-/// Whether the values are of one kind and equal all the way down. Unlike VeskValue::equals this
-/// never throws, keeps raw and plain strings apart and does not look at the file system.
-bool sameValue(const ValuePtr& a, const ValuePtr& b);
+    explicit RecordText(std::string text);
 
-/// Whether the recipes' inputs and the environment are equal, in order. Files are not looked at.
-bool sameRequest(const CacheRecord& record, const CacheRequest& request);
+    /// A piece of a text that `storage` keeps alive and that `skipRecord` has accepted.
+    RecordText(std::shared_ptr<const std::string> storage, std::string_view text)
+        : storage_(std::move(storage)), text_(text) {}
+
+    struct Layout {
+        std::vector<Part> parts;
+        std::string_view environment;
+    };
+
+    std::string_view text() const noexcept { return text_; }
+    Layout layout() const;
+    const std::shared_ptr<const std::string>& storage() const noexcept { return storage_; }
+
+  private:
+    std::shared_ptr<const std::string> storage_;
+    std::string_view text_;
+};
+
+class CacheReader;
+
+/// Steps over the text of a record without its key. Null, or the name of the field at fault.
+const char* skipRecord(CacheReader& reader);
+
+/// The record behind a text that skipRecord accepts. Relative paths in it start from `base`.
+CacheRecord readRecord(std::string key, const RecordText& text, const std::filesystem::path& base);
+
+/// Inputs as they stand in a part; what no source text can give back is told by its display text.
+void appendInputs(std::string& out, const std::vector<RecipeInput>& inputs);
+
+inline constexpr std::size_t kSurroundingsPart = 0;
+inline constexpr std::size_t kVariablesPart = 1;
+inline constexpr std::size_t kFirstRecipePart = 2;
+
+/// What a build of the target would consist of now.
+struct CacheRequest {
+    struct Part {
+        std::string inputs;              ///< as in RecordText
+        std::vector<std::string> reads;  ///< files, absolute, as FileStates takes them
+        std::vector<std::string> writes;
+        std::filesystem::path dependencyFile;
+        std::filesystem::path directory;  ///< of the relative paths in it
+        bool standsAlone = false;         ///< see Recipe
+    };
+
+    std::vector<Part> parts;
+    std::string environment;  ///< as in RecordText
+    bool rebuild = false;     ///< take nothing of an earlier build
+};
 
 }  // namespace Vesk

@@ -3,14 +3,15 @@
 
 #include <functional>
 
-#include "build/cache/build_cache.h"
+#include "build/cache/project_cache.h"
 #include "project/project_catalog.h"
 #include "tools/toolbox.h"
 
 namespace Vesk {
 
 struct DriverOptions {
-    int jobCount = 1;        ///< -j; 0 and 1 mean strictly sequential work inside a target
+    int jobCount = 1;        ///< -j; 0 and 1: one at a time of what can be spread
+    bool rebuild = false;    ///< take nothing from the cache
     bool dryRun = false;     ///< show the commands, run and write nothing
     bool keepGoing = false;  ///< after a failure go on with what does not need the failed target
 };
@@ -20,7 +21,7 @@ struct BuildSetting {
     const ProjectCatalog& catalog;
     const Toolbox& staticTools;
     std::function<const Toolbox&(const Project&)> declaredTools;  ///< of a project
-    std::function<BuildCache&(const Project&)> cacheOf;
+    std::function<ProjectCache&(const Project&)> cacheOf;
     DriverOptions options;
 };
 

@@ -1,76 +1,63 @@
 #include "build/driver/cache_step.h"
 
+#include <algorithm>
+#include <limits>
+#include <thread>
+#include <unordered_set>
+#include <utility>
+
 #include "base/console.h"
+#include "base/exception.h"
+#include "build/cache/record_files.h"
 #include "platform/files.h"
-#include "types/context_value.h"
 
 namespace Vesk {
-namespace {
 
-/// The target itself stands first in its record, before its recipes: what the builder consumes as
-/// inputs, what dependants see as outputs.
-constexpr std::size_t kTargetPart = 0;
-
-CacheRecipe targetPart(const TargetContext& target, const Builder& builder) {
-    CacheRecipe part;
-    for (const auto& [name, subject] : builder.subjects()) {
-        if (const Assignment* assignment = target.find(name)) {
-            part.inputs.push_back({deepCopy(*assignment), std::nullopt});
-        }
+unsigned workerCount(int jobCount, std::size_t limit, std::size_t pieces) {
+    if (jobCount == 0 || jobCount == 1) {
+        return 1;
     }
-    return part;
+    const std::size_t jobs =
+        jobCount < 0 ? std::numeric_limits<unsigned>::max() : static_cast<unsigned>(jobCount);
+    return static_cast<unsigned>(std::max<std::size_t>(std::min({jobs, limit, pieces}), 1));
 }
 
-CacheRecipe recipePart(const Recipe& recipe) {
-    CacheRecipe part;
-    part.inputs.push_back({textAssignment("command", recipe.command), std::nullopt});
-    if (!recipe.workingDirectory.empty()) {
-        part.inputs.push_back(
-            {textAssignment("cwd", platform::pathToUtf8(recipe.workingDirectory)), std::nullopt});
-    }
-    for (const RecipeInput& input : recipe.inputs) {
-        part.inputs.push_back({input.assignment, input.intermediate});
-    }
-    part.outputs = recipe.outputs;
-    return part;
-}
-
-}  // namespace
-
-CacheRequest cacheRequest(const TargetContext& target, const Builder& builder,
-                          const std::vector<Recipe>& recipes) {
-    CacheRequest request;
-    request.recipes.push_back(targetPart(target, builder));
-    for (const Recipe& recipe : recipes) {
-        request.recipes.push_back(recipePart(recipe));
-    }
-    const Assignment* environment = target.find("ENV");
-    if (environment != nullptr) {
-        request.environment.push_back(deepCopy(*environment));
-    }
-    return request;
-}
-
-CacheStep::CacheStep(BuildCache& cache, std::string key, CacheRequest request,
-                     const std::string& displayName)
+CacheStep::CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
+                     const DriverOptions& options, const std::string& displayName)
     : cache_(cache),
+      options_(options),
       key_(std::move(key)),
       request_(std::move(request)),
-      obtained_(cache.obtain(key_, request_, Claim::yes, 0)) {
+      displayName_(displayName),
+      obtained_(cache.obtain(key_, request_, options.dryRun ? Claim::no : Claim::yes, 0)),
+      freshness_(request_, obtained_.record ? &*obtained_.record : nullptr, cache.states(),
+                 cache.root()),
+      outcomes_(request_.parts.size(), StepOutcome::Pending),
+      startedAt_(platform::fileClock()) {
+    report(displayName);
+    if (mustBuild()) {
+        cache_.states().look(request_.parts[kSurroundingsPart].reads);
+    }
+}
+
+void CacheStep::report(const std::string& displayName) {
     switch (obtained_.answer) {
         case CacheAnswer::Hit:
             console::trace("Cache hit for '{}'.", displayName);
             return;
         case CacheAnswer::Claimed:
             console::trace("Cache claimed for '{}'.", displayName);
-            return;
+            break;
         case CacheAnswer::Miss:
             console::trace("Cache miss for '{}'. Building...", displayName);
-            return;
-        case CacheAnswer::Refused:
             break;
+        case CacheAnswer::Refused:
+            throw VeskException("Unable to obtain cache record for " + displayName);
     }
-    throw VeskException("Unable to obtain cache record for " + displayName);
+    if (console::enabled(console::level::kDetail)) {
+        console::message(console::level::kDetail, console::colour::kTrace, "Out of date: {}.",
+                         freshness_.reason());
+    }
 }
 
 CacheStep::~CacheStep() {
@@ -79,28 +66,80 @@ CacheStep::~CacheStep() {
     }
 }
 
-std::shared_ptr<Context> CacheStep::storedOutputs() const {
-    auto outputs = std::make_shared<Context>();
-    for (const Assignment& assignment : obtained_.record->recipes.at(kTargetPart).outputs) {
-        outputs->addAssignment(deepCopy(assignment), ModifierMode::Copy);
-    }
-    return outputs;
+std::vector<Assignment> CacheStep::storedOutputs() const {
+    return outputsOf(*obtained_.record, cache_.root().directory());
 }
 
-void CacheStep::record(const Context& outputs, const std::string& displayName) {
-    if (obtained_.answer != CacheAnswer::Claimed) {
+std::string CacheStep::stamp() const {
+    return stampOf(*obtained_.record);
+}
+
+bool CacheStep::stale(std::size_t recipe) {
+    const std::size_t part = kFirstRecipePart + recipe;
+    if (!freshness_.fresh(part)) {
+        cache_.states().look(request_.parts[part].reads);
+        return true;
+    }
+    outcomes_[part] = StepOutcome::Kept;
+    return false;
+}
+
+void CacheStep::ran(std::size_t recipe) {
+    const std::size_t part = kFirstRecipePart + recipe;
+    outcomes_[part] = StepOutcome::Ran;
+    for (const std::string& file : request_.parts[part].writes) {
+        cache_.states().written(file);
+    }
+}
+
+/// Outputs of the target as a whole, which no recipe has told of.
+void CacheStep::lookAnewAtOutputs() {
+    std::unordered_set<std::string_view> known;
+    for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
+        known.insert(request_.parts[i].writes.begin(), request_.parts[i].writes.end());
+    }
+    for (const std::string& file : request_.parts[kSurroundingsPart].writes) {
+        if (!known.contains(file)) {
+            cache_.states().written(file);
+        }
+    }
+}
+
+bool CacheStep::makesFiles() const {
+    return std::ranges::any_of(request_.parts,
+                               [](const auto& part) { return !part.writes.empty(); });
+}
+
+void CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp) {
+    FileStates& states = cache_.states();
+    lookAnewAtOutputs();
+    const std::vector<std::string> files = filesToRead(request_, outcomes_);
+    states.readAhead(files, workerCount(options_.jobCount, std::thread::hardware_concurrency(),
+                                        files.size() / 2));
+    BuildResults results{outcomes_, std::move(outputs), stamp, startedAt_, true};
+    std::vector<std::string> missing;
+    auto record = makeRecord(request_, results, freshness_, states, cache_.root(), &missing);
+    for (const std::string& file : missing) {
+        console::message(console::level::kDetail, console::colour::kWarning,
+                         "The output '{}' is not there after the build.", file);
+    }
+    if (!record || obtained_.answer != CacheAnswer::Claimed) {
         return;
     }
-    CacheRecord record;
-    record.key = key_;
-    record.recipes = std::move(request_.recipes);
-    record.environment = std::move(request_.environment);
-    for (const auto& [name, assignment] : outputs.assignments()) {
-        record.recipes.at(kTargetPart).outputs.push_back(deepCopy(assignment));
-    }
     const std::uint64_t token = std::exchange(obtained_.token, 0);
-    if (!cache_.upsert(key_, std::move(record), token)) {
-        throw VeskException("Unable to update cache record for " + displayName);
+    if (!cache_.upsert(key_, std::move(*record), token)) {
+        throw VeskException("Unable to update cache record for " + displayName_);
+    }
+}
+
+void CacheStep::keepProgress() {
+    if (obtained_.token == 0 || std::ranges::find(outcomes_, StepOutcome::Ran) == outcomes_.end()) {
+        return;
+    }
+    BuildResults results{outcomes_, {}, {}, startedAt_, false};
+    auto record = makeRecord(request_, results, freshness_, cache_.states(), cache_.root());
+    if (record) {
+        cache_.checkpoint(key_, std::move(*record), obtained_.token);
     }
 }
 

@@ -85,7 +85,7 @@ void Driver::visitNextDependency(TargetVisit& visit) {
         if (visited.failed) {
             visit.skipDependency();
         } else if (visited.finished) {
-            visit.addOutputs(location, visited.outputs);
+            visit.addOutputs(location, visited.result);
         }  // else it is on top of the stack now, and hands its outputs over when it is finished
     } catch (...) {
         rethrowWithNote(visit.neededByNote());
@@ -98,13 +98,13 @@ void Driver::finishTop() {
         throw BuildFailed();
     }
     Visited& visited = visited_.at(visit.key());
-    visited.outputs = visit.finish();
+    visited.result = visit.finish();
     visited.finished = true;
     const TargetLocation location = visit.location();
     stack_.pop_back();
     if (!stack_.empty()) {
         stack_.back()->announce();
-        stack_.back()->addOutputs(location, visited.outputs);
+        stack_.back()->addOutputs(location, visited.result);
     }
 }
 
@@ -157,7 +157,7 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
     if (visited.failed) {
         throw BuildFailed();
     }
-    return visited.outputs;
+    return visited.result.outputs;
 }
 
 }  // namespace Vesk

@@ -7,11 +7,10 @@
 #include <vector>
 
 #include "build/driver/build_setting.h"
+#include "build/driver/target_visit.h"
 #include "types/context.h"
 
 namespace Vesk {
-
-class TargetVisit;
 
 /// Visits targets one at a time, dependencies before their dependants, on the calling thread. Each
 /// target is visited once per build and arguments; its outputs are kept for every dependant. The
@@ -30,7 +29,7 @@ class Driver {
 
   private:
     struct Visited {
-        std::shared_ptr<Context> outputs;
+        TargetResult result;
         bool finished = false;
         bool failed = false;
         std::vector<std::shared_ptr<Context>>

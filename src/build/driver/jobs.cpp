@@ -1,81 +1,108 @@
 #include "build/driver/jobs.h"
 
-#include <algorithm>
+#include <chrono>
 #include <future>
-#include <map>
 #include <system_error>
+#include <unordered_set>
 
 #include "base/console.h"
+#include "base/exception.h"
 #include "build/driver/build_errors.h"
+#include "build/driver/cache_request.h"
 #include "build/run/run_command.h"
+#include "platform/files.h"
 #include "platform/interrupt.h"
 
 namespace Vesk {
 namespace {
 
-using Stages = std::map<std::uint32_t, std::vector<const Recipe*>>;
+namespace fs = std::filesystem;
 
-Stages byStage(const std::vector<Recipe>& recipes) {
-    Stages stages;
-    for (const Recipe& recipe : recipes) {
-        stages[recipe.stage].push_back(&recipe);
-    }
-    return stages;
-}
+/// How long a stage runs before what it has done is worth keeping.
+constexpr std::chrono::seconds kInterval{30};
 
 /// The body of a job's task. Writes to its own job only.
-std::int32_t runJob(Job& job) {
+void runJob(Job& job) {
     for (const Recipe& command : job.commands) {
         if (platform::interruptSignal() != 0) {
-            return 0;  // the joining thread sees the interruption itself
+            return;
         }
         const std::int32_t status = runCommand(command, &job.startFailure);
         if (status != 0) {
             job.failedCommand = command.command;
-            return status;
+            job.result = status;
+            return;
         }
     }
-    return 0;
+    // A command that the interruption ended may not say so.
+    job.succeeded = platform::interruptSignal() == 0;
 }
 
-std::future<std::int32_t> startJob(Job& job) {
+std::future<void> start(const std::function<void()>& work) {
     try {
-        return std::async(std::launch::async, [&job] { return runJob(job); });
+        return std::async(std::launch::async, work);
     } catch (const std::system_error&) {
         // The system has no more threads: this one does the work when it is joined.
-        return std::async(std::launch::deferred, [&job] { return runJob(job); });
+        return std::async(std::launch::deferred, work);
     }
 }
 
-std::vector<Job> createJobs(const Builder& builder, const std::vector<const Recipe*>& recipes,
-                            const BuildEnv& environment) {
-    std::vector<Job> jobs;
-    jobs.reserve(recipes.size());
-    for (const Recipe* recipe : recipes) {
-        console::normal("Starting build job");
-        jobs.emplace_back().recipe = std::make_shared<const Recipe>(*recipe);
+void join(std::future<void>& task, const std::function<void()>& onInterval) {
+    while (task.wait_for(kInterval) == std::future_status::timeout) {
+        if (onInterval) {
+            onInterval();
+        }
     }
-    for (Job& job : jobs) {
-        job.commands = builder.commandsOf(*job.recipe, environment);
-    }
-    return jobs;
+    task.get();
 }
 
-/// Runs all jobs and waits for all of them, whatever happens.
-void runAndJoin(std::vector<Job>& jobs) {
-    if (jobs.size() == 1) {
-        jobs.front().result = runJob(jobs.front());
-        return;
+/// Makes room for what commands write.
+class Preparation {
+  public:
+    void prepare(const Recipe& recipe) {
+        for (const Assignment& output : recipe.outputs) {
+            for (const std::string& file : pathsIn(output)) {
+                prepareOutput(platform::pathFromUtf8(file), recipe.replacesOutputs);
+            }
+        }
+        if (!recipe.dependencyFile.empty()) {
+            // One from an earlier run would be believed if the command wrote none.
+            prepareOutput(recipe.dependencyFile, true);
+        }
+        for (const SupportFile& file : recipe.supportFiles) {
+            makeFolder(file.path.parent_path());
+            std::error_code error;
+            if (!platform::writeWholeFile(file.path, file.content, platform::Append::no, error)) {
+                throw VeskException("Unable to write '" + platform::pathToUtf8(file.path) +
+                                    "': " + error.message());
+            }
+        }
     }
-    std::vector<std::future<std::int32_t>> tasks;
-    tasks.reserve(jobs.size());
-    for (Job& job : jobs) {
-        tasks.push_back(startJob(job));
+
+  private:
+    void prepareOutput(const fs::path& file, bool remove) {
+        makeFolder(file.parent_path());
+        std::error_code error;
+        if (remove && !fs::is_directory(file, error) && !fs::remove(file, error) && error) {
+            throw VeskException("Unable to remove '" + platform::pathToUtf8(file) +
+                                "', which is to be made anew: " + error.message());
+        }
     }
-    for (std::size_t i = 0; i < jobs.size(); ++i) {
-        jobs[i].result = tasks[i].get();
+
+    void makeFolder(const fs::path& folder) {
+        if (folder.empty() || !made_.insert(folder.native()).second) {
+            return;
+        }
+        std::error_code error;
+        fs::create_directories(folder, error);
+        if (error) {
+            throw VeskException("Unable to create the folder '" + platform::pathToUtf8(folder) +
+                                "': " + error.message());
+        }
     }
-}
+
+    std::unordered_set<fs::path::string_type> made_;
+};
 
 void reportFailure(const Job& job) {
     if (!job.startFailure.empty()) {
@@ -93,33 +120,75 @@ void stopIfInterrupted() {
     }
 }
 
-void runJobs(const Builder& builder, const std::vector<Recipe>& recipes,
-             const BuildEnv& environment, const std::string& targetName) {
-    for (const auto& [stage, stageRecipes] : byStage(recipes)) {
-        std::vector<Job> jobs = createJobs(builder, stageRecipes, environment);
-        runAndJoin(jobs);
-        stopIfInterrupted();
-        bool failed = false;
-        for (const Job& job : jobs) {
-            if (job.result != 0) {
-                reportFailure(job);
-                failed = true;
-            }
-        }
-        if (failed) {
-            console::error("Build of {} failed. Exiting..", targetName);
-            throw BuildFailed();
-        }
+Stage::Stage(const Builder& builder, const std::vector<const Recipe*>& recipes,
+             const BuildEnv& environment) {
+    Preparation preparation;
+    for (const Recipe* recipe : recipes) {
+        preparation.prepare(*recipe);
+        auto job = std::make_unique<Job>();
+        job->recipe = std::make_shared<const Recipe>(*recipe);
+        job->commands = builder.commandsOf(*job->recipe, environment);
+        jobs_.push_back(std::move(job));
     }
 }
 
-void showJobs(const Builder& builder, const std::vector<Recipe>& recipes,
-              const BuildEnv& environment) {
-    for (const auto& [stage, stageRecipes] : byStage(recipes)) {
-        for (const Recipe* recipe : stageRecipes) {
-            for (const Recipe& command : builder.commandsOf(*recipe, environment)) {
-                console::normal("{}", command.command);
+void Stage::run(const StageOptions& options) {
+    std::vector<Job*> pooled;
+    std::vector<std::function<void()>> tasks;
+    for (const auto& job : jobs_) {
+        if (job->recipe->pooled) {
+            pooled.push_back(job.get());
+        } else {
+            tasks.emplace_back([&job] { runJob(*job); });
+        }
+    }
+    std::atomic<std::size_t> next{0};
+    std::atomic<bool> failed{false};
+    const auto workOff = [&] {
+        for (std::size_t i = next++; i < pooled.size(); i = next++) {
+            if (failed && !options.keepGoing) {
+                return;
             }
+            runJob(*pooled[i]);
+            failed = failed || pooled[i]->result != 0;
+        }
+    };
+    for (unsigned i = 0; i < options.workers && i < pooled.size(); ++i) {
+        tasks.emplace_back(workOff);
+    }
+    for (std::size_t i = 0; i < tasks.size(); ++i) {
+        console::normal("Starting build job");
+    }
+    if (tasks.size() == 1 && pooled.empty()) {
+        tasks.front()();
+        return;
+    }
+    std::vector<std::future<void>> running;
+    running.reserve(tasks.size());
+    for (const auto& task : tasks) {
+        running.push_back(start(task));
+    }
+    for (std::future<void>& task : running) {
+        join(task, options.onInterval);
+    }
+}
+
+bool Stage::reportFailures() const {
+    bool failed = false;
+    for (const auto& job : jobs_) {
+        if (job->result != 0) {
+            reportFailure(*job);
+            failed = true;
+        }
+    }
+    return failed;
+}
+
+void showCommands(const Builder& builder, const std::vector<const Recipe*>& recipes,
+                  const BuildEnv& environment) {
+    for (const Recipe* recipe : recipes) {
+        for (const Recipe& command : builder.commandsOf(*recipe, environment)) {
+            console::normal("{}", command.command);
         }
     }
 }

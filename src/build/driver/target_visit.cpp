@@ -1,18 +1,22 @@
 #include "build/driver/target_visit.h"
 
+#include <fmt/format.h>
+#include <map>
+#include <random>
+
 #include "base/console.h"
 #include "base/text.h"
 #include "build/driver/build_errors.h"
+#include "build/driver/cache_request.h"
 #include "build/driver/cache_step.h"
 #include "build/driver/jobs.h"
 #include "platform/files.h"
+#include "platform/interrupt.h"
 #include "types/context_value.h"
 #include "types/identifier_path.h"
 
 namespace Vesk {
 namespace {
-
-constexpr const char* kEnvironmentVariable = "ENV";
 
 /// The path without its last segment.
 IdentifierPath enclosingPath(const IdentifierPath& path) {
@@ -28,6 +32,31 @@ void printContext(const char* title, const Context& context) {
         console::write(console::level::kDetail, console::colour::kNormal, title);
         context.print(console::level::kDetail);
     }
+}
+
+/// What a target's recipes say about it before they run.
+std::shared_ptr<Context> knownOutputs(const RecipeSet& set) {
+    auto outputs = std::make_shared<Context>();
+    for (Assignment assignment : set.assignments) {
+        assignment.state = ResolveState::Resolved;
+        outputs->addAssignment(assignment, ModifierMode::Copy);
+    }
+    return outputs;
+}
+
+/// What is known only afterwards takes the place of what was known before.
+void addOutputsTo(Context& outputs, const std::vector<Assignment>& completed) {
+    for (const Assignment& assignment : completed) {
+        outputs.erase(assignment.name.str());
+        outputs.addAssignment(assignment, ModifierMode::Copy);
+    }
+}
+
+/// Different from all others of all builds.
+std::string uniqueStamp() {
+    static const unsigned process = std::random_device()();
+    static unsigned count = 0;
+    return fmt::format("{:x}-{:x}-{}", process, platform::fileClock(), ++count);
 }
 
 }  // namespace
@@ -137,12 +166,12 @@ std::vector<ValuePtr> TargetVisit::argumentsForNext() {
     return arguments;
 }
 
-void TargetVisit::addOutputs(const TargetLocation& dependency,
-                             const std::shared_ptr<Context>& outputs) {
+void TargetVisit::addOutputs(const TargetLocation& dependency, const TargetResult& result) {
     const DependencyRecord& record = dependencies_[next_++];
+    stamps_.push_back({dependency.unit->name + "::" + dependency.target->name, result.stamp});
     try {
         outputs_->add({record, dependency.unit->name, dependency.target->name,
-                       dependency.unit == location_.unit, outputs});
+                       dependency.unit == location_.unit, result.outputs});
     } catch (...) {
         rethrowWithNote(note());
     }
@@ -153,14 +182,14 @@ void TargetVisit::skipDependency() {
     failedDependency_ = true;
 }
 
-std::shared_ptr<Context> TargetVisit::finish() {
+TargetResult TargetVisit::finish() {
     announce();
-    std::shared_ptr<Context> outputs;
+    TargetResult result;
     try {
         input_->addWaiting();
         input_->context().resolveVariables();
         printContext("Input context:", input_->context());
-        outputs = buildOrReuse();
+        result = buildOrReuse();
     } catch (const BuildFailed&) {
         throw;  // the messages before it have said everything
     } catch (const Interrupted&) {
@@ -168,63 +197,130 @@ std::shared_ptr<Context> TargetVisit::finish() {
     } catch (...) {
         rethrowWithNote(note());
     }
-    printContext("Output context:", *outputs);
+    printContext("Output context:", *result.outputs);
     console::normal("Build done");
-    return outputs;
+    return result;
 }
 
-std::shared_ptr<Context> TargetVisit::buildOrReuse() {
-    const RecipeSet set = choice_.builder->createRecipes(input_->context());
+TargetResult TargetVisit::buildOrReuse() {
+    RecipeSet set = choice_.builder->createRecipes(input_->context());
     if (!set.ok) {
         throw VeskException("Tool '" + choice_.tool->name().str() + "' made no recipes.");
     }
-    std::vector<Recipe> recipes = set.recipes;
     for (Recipe& command : choice_.builder->commandRecipes(input_->context())) {
-        recipes.push_back(std::move(command));
+        set.recipes.push_back(std::move(command));
     }
-    CacheStep cache(setting_.cacheOf(*location_.project), cacheKey(),
-                    cacheRequest(input_->context(), *choice_.builder, recipes), displayName_);
+    ProjectCache& projectCache = setting_.cacheOf(*location_.project);
+    CacheRequest request =
+        cacheRequest({input_->context(), *choice_.builder, set.assignments, set.recipes, stamps_},
+                     projectCache.root());
+    request.rebuild = setting_.options.rebuild;
+    CacheStep cache(projectCache, cacheKey(), std::move(request), setting_.options, displayName_);
+
+    TargetResult result{knownOutputs(set), {}};
     if (!cache.mustBuild()) {
-        return cache.storedOutputs();
+        addOutputsTo(*result.outputs, cache.storedOutputs());
+        result.stamp = cache.stamp();
+        return result;
     }
-    auto outputs = build(set, recipes);
-    if (!setting_.options.dryRun) {
-        cache.record(*outputs, displayName_);
-    }
-    return outputs;
-}
-
-std::shared_ptr<Context> TargetVisit::build(const RecipeSet& set,
-                                            const std::vector<Recipe>& recipes) {
-    if (!recipes.empty()) {
-        runRecipes(recipes);
-    }
-    auto outputs = std::make_shared<Context>();
-    for (Assignment assignment : set.assignments) {
-        assignment.state = ResolveState::Resolved;
-        outputs->addAssignment(assignment, ModifierMode::Copy);
-    }
+    runRecipes(set.recipes, cache);
     if (setting_.options.dryRun) {
-        return outputs;
+        return result;
     }
-    const auto completed = choice_.builder->complete(input_->context(), 0);
-    for (const auto& [name, assignment] : completed->assignments()) {
-        outputs->erase(name);
-        outputs->addAssignment(assignment, ModifierMode::Copy);
+    std::vector<Assignment> completed;
+    const auto completion = choice_.builder->complete(input_->context(), 0);
+    for (const auto& [name, assignment] : completion->assignments()) {
+        completed.push_back(assignment);
     }
-    return outputs;
+    addOutputsTo(*result.outputs, completed);
+    result.stamp = newStamp(cache, set.recipes.empty());
+    cache.record(std::move(completed), result.stamp);
+    return result;
 }
 
-void TargetVisit::runRecipes(const std::vector<Recipe>& recipes) {
+/// Dependants have to be built when this target was. Where files tell what it made, they decide;
+/// a target that does nothing itself passes on what its dependencies say.
+std::string TargetVisit::newStamp(const CacheStep& cache, bool doesNothing) const {
+    if (cache.makesFiles()) {
+        return {};
+    }
+    if (!doesNothing) {
+        return uniqueStamp();
+    }
+    std::string text;
+    for (const DependencyStamp& dependency : stamps_) {
+        if (!dependency.stamp.empty()) {
+            text += dependency.name + "\n" + dependency.stamp + "\n";
+        }
+    }
+    if (text.empty()) {
+        return {};
+    }
+    const ContentHash hash = hashText(text);
+    return fmt::format("{:x}{:x}", hash.high, hash.low);
+}
+
+void TargetVisit::runRecipes(const std::vector<Recipe>& recipes, CacheStep& cache) {
+    std::map<std::uint32_t, std::vector<std::size_t>> stages;
+    for (std::size_t i = 0; i < recipes.size(); ++i) {
+        stages[recipes[i].stage].push_back(i);
+    }
     BuildEnv environment(environmentSettings());
-    if (setting_.options.dryRun) {
-        showJobs(*choice_.builder, recipes, environment);
-        return;
+    bool earlierShown = false;
+    for (const auto& [number, members] : stages) {
+        std::vector<std::size_t> stale;
+        std::vector<const Recipe*> staleRecipes;
+        for (const std::size_t i : members) {
+            if (cache.stale(i) || earlierShown) {
+                stale.push_back(i);
+                staleRecipes.push_back(&recipes[i]);
+            }
+        }
+        if (stale.empty()) {
+            continue;
+        }
+        if (setting_.options.dryRun) {
+            showCommands(*choice_.builder, staleRecipes, environment);
+            earlierShown = true;  // what the later stages would find is not known
+            continue;
+        }
+        if (!environment.prepared()) {
+            environment.prepare(stale.size());
+            setEnvironment(environment);
+            choice_.builder->prepare(*staleRecipes.front(), environment);
+        }
+        runStage(Stage(*choice_.builder, staleRecipes, environment), stale, cache);
     }
-    environment.prepare(recipes.size());
-    setEnvironment(environment);
-    choice_.builder->prepare(recipes.front(), environment);
-    runJobs(*choice_.builder, recipes, environment, location_.target->name);
+}
+
+void TargetVisit::runStage(Stage stage, const std::vector<std::size_t>& numbers, CacheStep& cache) {
+    std::vector<bool> told(numbers.size());
+    const auto tellCache = [&] {
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            if (!told[i] && stage.jobs()[i]->succeeded) {
+                cache.ran(numbers[i]);
+                told[i] = true;
+            }
+        }
+    };
+    const auto keepProgress = [&] {
+        tellCache();
+        cache.keepProgress();
+    };
+    const DriverOptions& options = setting_.options;
+    // Commands may do their work on other machines, so this one's processors are no limit.
+    const unsigned workers = workerCount(options.jobCount, numbers.size(), numbers.size());
+    stage.run({workers, options.keepGoing, keepProgress});
+    tellCache();
+    const bool failed = stage.reportFailures();
+    if (failed || platform::interruptSignal() != 0) {
+        cache.keepProgress();
+    }
+    stopIfInterrupted();
+    if (failed) {
+        console::error("Build of {} failed. Exiting..", location_.target->name);
+        throw BuildFailed();
+    }
 }
 
 BuildEnvSettings TargetVisit::environmentSettings() const {

@@ -7,12 +7,22 @@
 #include <vector>
 
 #include "build/driver/build_setting.h"
+#include "build/driver/cache_request.h"
 #include "build/driver/dependency_outputs.h"
 #include "build/driver/input_context.h"
+#include "build/driver/jobs.h"
 #include "build/driver/tool_choice.h"
 #include "build/run/build_env.h"
 
 namespace Vesk {
+
+class CacheStep;
+
+/// What a visit leaves to the dependants.
+struct TargetResult {
+    std::shared_ptr<Context> outputs;
+    std::string stamp;  ///< see DependencyStamp
+};
 
 /// The driver calls `begin`, then for each dependency in turn visits it and hands its outputs over,
 /// then `finish`.
@@ -41,14 +51,14 @@ class TargetVisit {
     std::vector<ValuePtr> argumentsForNext();
 
     /// Takes its outputs and goes on to the one after it.
-    void addOutputs(const TargetLocation& dependency, const std::shared_ptr<Context>& outputs);
+    void addOutputs(const TargetLocation& dependency, const TargetResult& result);
 
     /// Goes on to the next one without outputs, after a failure; this target cannot be built then.
     void skipDependency();
     bool hasFailedDependency() const noexcept { return failedDependency_; }
 
-    /// Resolves the context, builds the target unless the cache has it, and returns its outputs.
-    std::shared_ptr<Context> finish();
+    /// Resolves the context and builds the target, or what of it the cache does not have.
+    TargetResult finish();
 
     /// "in target main::app (/p/vesk.txt:3)", for messages.
     std::string note() const;
@@ -60,9 +70,10 @@ class TargetVisit {
     ContextLayers layers() const;
     std::vector<Assignment> boundParameters() const;
     void claimVariables();
-    std::shared_ptr<Context> buildOrReuse();
-    std::shared_ptr<Context> build(const RecipeSet& set, const std::vector<Recipe>& recipes);
-    void runRecipes(const std::vector<Recipe>& recipes);
+    TargetResult buildOrReuse();
+    std::string newStamp(const CacheStep& cache, bool doesNothing) const;
+    void runRecipes(const std::vector<Recipe>& recipes, CacheStep& cache);
+    void runStage(Stage stage, const std::vector<std::size_t>& numbers, CacheStep& cache);
     BuildEnvSettings environmentSettings() const;
     void setEnvironment(BuildEnv& environment) const;
     std::string cacheKey() const;
@@ -76,6 +87,7 @@ class TargetVisit {
     std::optional<InputContext> input_;
     std::optional<DependencyOutputs> outputs_;
     std::vector<DependencyRecord> dependencies_;
+    std::vector<DependencyStamp> stamps_;
     std::size_t next_ = 0;
     bool failedDependency_ = false;
 };

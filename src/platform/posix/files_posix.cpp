@@ -5,12 +5,15 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <utility>
 
 #include "platform/posix/descriptor.h"
 
 namespace Vesk::platform {
 
 namespace {
+
+constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
 
 std::error_code lastError() noexcept {
     return {errno, std::generic_category()};
@@ -48,6 +51,11 @@ bool readToEnd(int descriptor, std::string& content, std::size_t maxBytes) {
             return false;
         }
     }
+}
+
+std::int64_t nanoseconds(const struct timespec& time) noexcept {
+    constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+    return time.tv_sec * kNanosecondsPerSecond + time.tv_nsec;
 }
 
 bool writeAll(int descriptor, std::string_view bytes) noexcept {
@@ -98,6 +106,21 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path, std:
     return content;
 }
 
+bool readPieces(const std::filesystem::path& path,
+                const std::function<void(std::string_view)>& take) {
+    thread_local std::string buffer(kPieceBytes, '\0');
+    const Descriptor file(openRetrying(path, O_RDONLY));
+    while (file.valid()) {
+        const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
+        if (count > 0) {
+            take({buffer.data(), static_cast<std::size_t>(count)});
+        } else if (count == 0 || errno != EINTR) {
+            return count == 0;
+        }
+    }
+    return false;
+}
+
 bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
                     std::error_code& error) {
     error.clear();
@@ -130,9 +153,33 @@ std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
     if (::stat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }
-    constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
     return FileStatus{S_ISDIR(status.st_mode), static_cast<std::uint64_t>(status.st_size),
-                      status.st_mtim.tv_sec * kNanosecondsPerSecond + status.st_mtim.tv_nsec};
+                      nanoseconds(status.st_mtim), nanoseconds(status.st_ctim)};
+}
+
+std::int64_t fileClock() noexcept {
+    struct timespec now {};
+#ifdef CLOCK_REALTIME_COARSE
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &now);  // what the kernel stamps files with
+#else
+    ::clock_gettime(CLOCK_REALTIME, &now);
+#endif
+    return nanoseconds(now);
+}
+
+FileWriter::FileWriter(const std::filesystem::path& path)
+    : handle_(openRetrying(path, O_WRONLY | O_CREAT | O_TRUNC)) {}
+
+FileWriter::~FileWriter() {
+    close();
+}
+
+bool FileWriter::write(std::string_view bytes) noexcept {
+    return isOpen() && writeAll(static_cast<int>(handle_), bytes);
+}
+
+bool FileWriter::close() noexcept {
+    return !isOpen() || ::close(static_cast<int>(std::exchange(handle_, kNone))) == 0;
 }
 
 }  // namespace Vesk::platform

@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include <algorithm>
+#include <utility>
 #include <windows.h>
 
 #include "platform/windows/extended_path.h"
@@ -13,6 +14,8 @@ namespace {
 
 // One call of the system moves at most this much.
 constexpr std::size_t kMaxPiece = std::size_t{1} << 30;
+
+constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
@@ -63,19 +66,22 @@ bool isReadOnly(const std::wstring& path) noexcept {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
-std::int64_t unixNanoseconds(FILETIME time) noexcept {
+std::int64_t ticksOf(FILETIME time) noexcept {
+    return static_cast<std::int64_t>(time.dwHighDateTime) * (std::int64_t{1} << 32) +
+           time.dwLowDateTime;
+}
+
+/// Ticks are of 100 nanoseconds, since 1601.
+std::int64_t unixNanoseconds(std::int64_t ticks) noexcept {
     constexpr std::int64_t kTicksTo1970 = 116'444'736'000'000'000;
-    const std::int64_t ticks =
-        static_cast<std::int64_t>(time.dwHighDateTime) * (std::int64_t{1} << 32) +
-        time.dwLowDateTime;
     return (ticks - kTicksTo1970) * 100;
 }
 
-template <class Attributes>
-FileStatus statusFrom(const Attributes& attributes) noexcept {
-    return {(attributes.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
-            (static_cast<std::uint64_t>(attributes.nFileSizeHigh) << 32) | attributes.nFileSizeLow,
-            unixNanoseconds(attributes.ftLastWriteTime)};
+FileStatus statusFrom(const BY_HANDLE_FILE_INFORMATION& information) noexcept {
+    return {
+        (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+        (static_cast<std::uint64_t>(information.nFileSizeHigh) << 32) | information.nFileSizeLow,
+        unixNanoseconds(ticksOf(information.ftLastWriteTime)), 0};
 }
 
 }  // namespace
@@ -120,6 +126,22 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path, std:
     return content;
 }
 
+bool readPieces(const std::filesystem::path& path,
+                const std::function<void(std::string_view)>& take) {
+    thread_local std::string buffer(kPieceBytes, '\0');
+    const Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    DWORD count = 0;
+    while (file.valid() && ::ReadFile(file.get(), buffer.data(), static_cast<DWORD>(kPieceBytes),
+                                      &count, nullptr)) {
+        if (count == 0) {
+            return true;
+        }
+        take({buffer.data(), count});
+    }
+    return false;
+}
+
 bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
                     std::error_code& error) {
     error.clear();
@@ -161,22 +183,43 @@ bool replaceFile(const std::filesystem::path& from, const std::filesystem::path&
 }
 
 std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
-    const std::wstring name = extendedPath(path);
-    WIN32_FILE_ATTRIBUTE_DATA attributes{};
-    if (!::GetFileAttributesExW(name.c_str(), GetFileExInfoStandard, &attributes)) {
-        return std::nullopt;
-    }
-    if ((attributes.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
-        return statusFrom(attributes);
-    }
-    // A link: the attributes are its own. Opening it leads to the file.
-    const Handle file(::CreateFileW(name.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    // Opened, not asked by name: a link leads to its file, and only a handle tells the change time.
+    const Handle file(::CreateFileW(extendedPath(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll,
+                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     BY_HANDLE_FILE_INFORMATION information{};
     if (!file.valid() || !::GetFileInformationByHandle(file.get(), &information)) {
         return std::nullopt;
     }
-    return statusFrom(information);
+    FileStatus status = statusFrom(information);
+    FILE_BASIC_INFO times{};
+    if (::GetFileInformationByHandleEx(file.get(), FileBasicInfo, &times, sizeof times)) {
+        status.changedNanoseconds = unixNanoseconds(times.ChangeTime.QuadPart);
+    }
+    return status;
+}
+
+std::int64_t fileClock() noexcept {
+    FILETIME now{};
+    ::GetSystemTimeAsFileTime(&now);
+    return unixNanoseconds(ticksOf(now));
+}
+
+FileWriter::FileWriter(const std::filesystem::path& path) {
+    const HANDLE file = ::CreateFileW(extendedPath(path).c_str(), GENERIC_WRITE, kShareAll, nullptr,
+                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    handle_ = reinterpret_cast<std::intptr_t>(file);  // INVALID_HANDLE_VALUE is kNone
+}
+
+FileWriter::~FileWriter() {
+    close();
+}
+
+bool FileWriter::write(std::string_view bytes) noexcept {
+    return isOpen() && writeAll(reinterpret_cast<HANDLE>(handle_), bytes);
+}
+
+bool FileWriter::close() noexcept {
+    return !isOpen() || ::CloseHandle(reinterpret_cast<HANDLE>(std::exchange(handle_, kNone)));
 }
 
 }  // namespace Vesk::platform

@@ -1,0 +1,47 @@
+// What the cache remembers of a file to tell later whether it has changed.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Vesk {
+
+/// 128 bits of XXH3.
+struct ContentHash {
+    std::uint64_t high = 0;
+    std::uint64_t low = 0;
+
+    bool operator==(const ContentHash&) const = default;
+};
+
+/// Reads the file. Nothing when it cannot be read to its end.
+std::optional<ContentHash> hashFile(const std::filesystem::path& path);
+
+ContentHash hashText(std::string_view text);
+
+struct FileState {
+    enum class Kind : char {
+        Missing = '-',
+        Directory = 'd',  ///< that it is there is all that counts
+        File = 'f',
+        Recent = 'r',   ///< a file that changed too recently for its times to tell: content decides
+        Unknown = '?',  ///< it changed while it was being used: equal to no file
+    };
+
+    Kind kind = Kind::Missing;
+    std::uint64_t size = 0;     ///< bytes
+    std::int64_t modified = 0;  ///< both as in platform::FileStatus
+    std::int64_t changed = 0;
+    ContentHash hash;
+};
+
+/// A line "kind size modified changed hash path", as a table of files in a record holds it.
+void appendStateLine(std::string& table, const FileState& state, std::string_view path);
+
+/// Takes the first line off a table. False at its end and for a line that is none of those.
+bool takeStateLine(std::string_view& table, FileState& state, std::string_view& path);
+
+}  // namespace Vesk

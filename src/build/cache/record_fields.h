@@ -1,0 +1,28 @@
+// Names under which records and requests keep what is no variable of a target. No variable of the
+// language can be called like this.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Vesk {
+
+/// Outputs of a record's parts.
+namespace recordField {
+inline constexpr std::string_view kFiles = "files: states";  ///< the first one of the first part
+inline constexpr std::string_view kReads = "files: read";    ///< numbers in that table
+inline constexpr std::string_view kWrites = "files: written";
+inline constexpr std::string_view kStamp = "build: stamp";  ///< of the first part
+}  // namespace recordField
+
+/// Inputs of the first two parts.
+namespace requestField {
+inline constexpr std::string_view kDependency = "dependency: ";  ///< then its name; text: its stamp
+inline constexpr std::string_view kReads = "files: read";        ///< paths, sorted, a line each
+inline constexpr std::string_view kWrites = "files: written";
+}  // namespace requestField
+
+/// The inputs of the second part in the record of a build that did not finish: no request has them.
+const std::string& unfinishedInputs();
+
+}  // namespace Vesk

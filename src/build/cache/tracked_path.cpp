@@ -1,0 +1,32 @@
+#include "build/cache/tracked_path.h"
+
+#include "platform/files.h"
+
+namespace Vesk {
+
+std::string trackedPath(const std::filesystem::path& path) {
+    const std::filesystem::path absolute =
+        path.is_absolute() ? path : std::filesystem::absolute(path);
+    std::u8string generic = absolute.generic_u8string();
+    return {generic.begin(), generic.end()};
+}
+
+TrackingRoot::TrackingRoot(const std::filesystem::path& directory)
+    : directory_(directory), prefix_(trackedPath(directory)) {
+    if (!prefix_.ends_with('/')) {
+        prefix_ += '/';
+    }
+}
+
+std::string_view TrackingRoot::stored(std::string_view path) const {
+    return path.starts_with(prefix_) ? path.substr(prefix_.size()) : path;
+}
+
+std::string TrackingRoot::absolute(std::string_view stored) const {
+    if (platform::isAbsolutePath(stored)) {
+        return std::string(stored);
+    }
+    return prefix_ + std::string(stored);
+}
+
+}  // namespace Vesk

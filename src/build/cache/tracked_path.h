@@ -1,0 +1,32 @@
+// Paths as the cache spells them.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace Vesk {
+
+/// Absolute, UTF-8, with forward slashes.
+std::string trackedPath(const std::filesystem::path& path);
+
+/// A project's directory, from which records name the files below it, so that a project that has
+/// moved finds its records good.
+class TrackingRoot {
+  public:
+    explicit TrackingRoot(const std::filesystem::path& directory);
+
+    /// A tracked path as it stands in a record.
+    std::string_view stored(std::string_view path) const;
+
+    /// And back.
+    std::string absolute(std::string_view stored) const;
+
+    const std::filesystem::path& directory() const noexcept { return directory_; }
+
+  private:
+    std::filesystem::path directory_;
+    std::string prefix_;  ///< with a slash at its end
+};
+
+}  // namespace Vesk

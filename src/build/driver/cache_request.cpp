@@ -1,0 +1,253 @@
+#include "build/driver/cache_request.h"
+
+#include <algorithm>
+#include <functional>
+#include <unordered_set>
+
+#include "build/cache/cache_text.h"
+#include "build/cache/record_fields.h"
+#include "platform/files.h"
+#include "types/context_value.h"
+#include "types/list_value.h"
+#include "types/string_values.h"
+
+namespace Vesk {
+namespace {
+
+/// What a toolchain declares about itself; a new version of a compiler has the same command line.
+constexpr std::string_view kToolchainPrefix = "toolchain_";
+
+using PathSink = std::function<void(std::string)>;
+
+void collectPaths(const VeskValue* value, const PathSink& take);
+
+void collectPaths(const Context& context, const PathSink& take) {
+    for (const auto& [name, assignment] : context.assignments()) {
+        collectPaths(assignment.value.get(), take);
+    }
+}
+
+void collectPaths(const VeskValue* value, const PathSink& take) {
+    if (const auto* path = dynamic_cast<const VeskPathString*>(value)) {
+        if (!path->text.empty()) {
+            take(trackedPath(path->baseDirectory / platform::pathFromUtf8(path->text)));
+        }
+    } else if (const auto* list = dynamic_cast<const VeskList*>(value)) {
+        for (const ValuePtr& item : list->items) {
+            collectPaths(item.get(), take);
+        }
+    } else if (const auto* nested = dynamic_cast<const VeskContext*>(value)) {
+        if (nested->owns()) {  // else it is a context that somebody else has, such as a dependant's
+            collectPaths(*nested->context(), take);
+        }
+    }
+}
+
+void sortUnique(std::vector<std::string>& files) {
+    std::ranges::sort(files);
+    const auto rest = std::ranges::unique(files);
+    files.erase(rest.begin(), rest.end());
+}
+
+/// The value with every path below the root written as seen from there.
+ValuePtr relativeValue(const ValuePtr& value, const TrackingRoot& root) {
+    if (const auto* path = dynamic_cast<const VeskPathString*>(value.get())) {
+        const std::string tracked =
+            trackedPath(path->baseDirectory / platform::pathFromUtf8(path->text));
+        return std::make_shared<VeskPathString>(std::string(root.stored(tracked)),
+                                                std::filesystem::path());
+    }
+    if (const auto* list = dynamic_cast<const VeskList*>(value.get())) {
+        std::vector<ValuePtr> items;
+        for (const ValuePtr& item : list->items) {
+            items.push_back(relativeValue(item, root));
+        }
+        return std::make_shared<VeskList>(std::move(items));
+    }
+    return value;
+}
+
+Assignment relativeAssignment(const Assignment& assignment, const TrackingRoot& root) {
+    Assignment relative = assignment;
+    relative.value = relativeValue(assignment.value, root);
+    return relative;
+}
+
+std::string storedDirectory(const std::filesystem::path& directory, const TrackingRoot& root) {
+    const std::string below = trackedPath(directory / "");
+    const std::string_view stored = root.stored(below);
+    return stored.empty() ? "." : std::string(stored);
+}
+
+class RequestMaker {
+  public:
+    RequestMaker(const CacheQuestion& question, const TrackingRoot& root)
+        : question_(question), root_(root) {}
+
+    CacheRequest make() {
+        request_.parts.resize(kFirstRecipePart);
+        for (const Recipe& recipe : question_.recipes) {
+            request_.parts.push_back(recipePart(recipe));
+        }
+        request_.parts[kSurroundingsPart] = surroundings();
+        request_.parts[kVariablesPart].inputs = variables();
+        request_.environment = environment();
+        return std::move(request_);
+    }
+
+  private:
+    CacheRequest::Part recipePart(const Recipe& recipe) const {
+        CacheRequest::Part part;
+        std::vector<RecipeInput> inputs = {
+            {textAssignment("command", recipe.command), std::nullopt}};
+        if (!recipe.workingDirectory.empty()) {
+            inputs.push_back(
+                {textAssignment("cwd", storedDirectory(recipe.workingDirectory, root_)),
+                 std::nullopt});
+        }
+        for (const SupportFile& file : recipe.supportFiles) {
+            inputs.push_back({textAssignment("arguments", file.content), std::nullopt});
+        }
+        for (const RecipeInput& input : recipe.inputs) {
+            RecipeInput& copy = inputs.emplace_back(
+                RecipeInput{relativeAssignment(input.assignment, root_), std::nullopt});
+            if (input.intermediate) {
+                copy.intermediate = relativeAssignment(*input.intermediate, root_);
+            }
+            collectPaths(input.assignment.value.get(),
+                         [&part](std::string path) { part.reads.push_back(std::move(path)); });
+        }
+        for (const Assignment& output : recipe.outputs) {
+            collectPaths(output.value.get(),
+                         [&part](std::string path) { part.writes.push_back(std::move(path)); });
+        }
+        sortUnique(part.reads);
+        appendInputs(part.inputs, inputs);
+        part.standsAlone = !part.writes.empty();
+        part.dependencyFile = recipe.dependencyFile;
+        part.directory = recipe.workingDirectory;
+        return part;
+    }
+
+    /// Files and dependencies of the target as a whole.
+    CacheRequest::Part surroundings() const {
+        CacheRequest::Part part;
+        for (const Assignment& output : question_.outputs) {
+            collectPaths(output.value.get(),
+                         [&part](std::string path) { part.writes.push_back(std::move(path)); });
+        }
+        sortUnique(part.writes);
+        if (!question_.recipes.empty()) {
+            part.reads = readByAll(part.writes);
+        }
+        appendNumber(part.inputs, question_.dependencies.size() + 2);
+        for (const DependencyStamp& dependency : question_.dependencies) {
+            appendTextInput(part.inputs, std::string(requestField::kDependency) + dependency.name,
+                            dependency.stamp);
+        }
+        appendTextInput(part.inputs, requestField::kReads, storedLines(part.reads));
+        appendTextInput(part.inputs, requestField::kWrites, storedLines(part.writes));
+        return part;
+    }
+
+    static void appendTextInput(std::string& out, std::string_view name, std::string_view text) {
+        appendTextAssignment(out, name, text);
+        out += "0\n";
+    }
+
+    /// What path values name, without what the target makes and what compilers will tell of.
+    std::vector<std::string> readByAll(const std::vector<std::string>& outputs) const {
+        std::unordered_set<std::string> others(outputs.begin(), outputs.end());
+        for (const CacheRequest::Part& part : request_.parts) {
+            others.insert(part.writes.begin(), part.writes.end());
+            if (!part.dependencyFile.empty()) {
+                others.insert(part.reads.begin(), part.reads.end());
+            }
+        }
+        std::vector<std::string> files;
+        for (const auto& [name, assignment] : question_.target.assignments()) {
+            if (assignment.modifier != AssignModifier::Output) {
+                collectPaths(assignment.value.get(), [&](std::string path) {
+                    if (!others.contains(path)) {
+                        files.push_back(std::move(path));
+                    }
+                });
+            }
+        }
+        sortUnique(files);
+        return files;
+    }
+
+    std::string storedLines(const std::vector<std::string>& files) const {
+        std::vector<std::string_view> stored;
+        for (const std::string& file : files) {
+            stored.push_back(root_.stored(file));
+        }
+        std::ranges::sort(stored);
+        std::string text;
+        for (const std::string_view file : stored) {
+            text += file;
+            text += '\n';
+        }
+        return text;
+    }
+
+    std::string variables() const {
+        std::vector<RecipeInput> inputs;
+        for (const auto& [name, subject] : question_.builder.subjects()) {
+            if (const Assignment* assignment = question_.target.find(name)) {
+                inputs.push_back({relativeAssignment(*assignment, root_), std::nullopt});
+            }
+        }
+        std::string text;
+        appendInputs(text, inputs);
+        return text;
+    }
+
+    std::string environment() const {
+        std::string text;
+        std::size_t count = 0;
+        for (const auto& [name, assignment] : question_.target.assignments()) {
+            if (isToolchainSetting(name)) {
+                appendComparableAssignment(text, relativeAssignment(assignment, root_));
+                ++count;
+            }
+        }
+        const Assignment* variables = question_.target.find(kEnvironmentVariable);
+        const auto* nested = variables != nullptr
+                                 ? dynamic_cast<const VeskContext*>(variables->value.get())
+                                 : nullptr;
+        if (nested != nullptr) {
+            for (const auto& [name, assignment] : nested->context()->assignments()) {
+                appendTextAssignment(text, std::string(kEnvironmentVariable) + "." + name.str(),
+                                     assignment.value ? assignment.value->toString() : "");
+                ++count;
+            }
+        }
+        return std::to_string(count) + "\n" + text;
+    }
+
+    static bool isToolchainSetting(const CiString& name) {
+        return CiString(name.str().substr(0, kToolchainPrefix.size())) ==
+               CiString(std::string(kToolchainPrefix));
+    }
+
+    const CacheQuestion& question_;
+    const TrackingRoot& root_;
+    CacheRequest request_;
+};
+
+}  // namespace
+
+CacheRequest cacheRequest(const CacheQuestion& question, const TrackingRoot& root) {
+    return RequestMaker(question, root).make();
+}
+
+std::vector<std::string> pathsIn(const Assignment& assignment) {
+    std::vector<std::string> paths;
+    collectPaths(assignment.value.get(),
+                 [&paths](std::string path) { paths.push_back(std::move(path)); });
+    return paths;
+}
+
+}  // namespace Vesk
