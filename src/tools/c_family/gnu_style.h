@@ -59,9 +59,15 @@ class GnuStyleBuild {
         std::string importLibrary;
     };
 
+    /// What the commands for all sources of a language have in common.
+    struct Compiler {
+        CommandText command;  ///< their beginning
+        Assignment program;
+    };
+
     void compile();
-    CommandText compilePrefix(Language language) const;
-    Recipe compileRecipe(const SourceFile& source, CommandText command) const;
+    Compiler compilerFor(Language language) const;
+    Recipe compileRecipe(const SourceFile& source, const Compiler& compiler) const;
 
     void link();
     void linkByHand();

@@ -16,10 +16,6 @@ namespace {
 
 constexpr const char* kObjectSuffix = ".o";
 
-GnuProgram compilerOf(Language language) noexcept {
-    return language == Language::Cpp ? GnuProgram::CppCompiler : GnuProgram::CCompiler;
-}
-
 /// The option that tells the compiler a source's language when its name tells another one.
 const char* languageOption(const SourceFile& source) {
     struct Known {
@@ -83,22 +79,23 @@ void GnuStyleBuild::make(Language driver) {
 }
 
 void GnuStyleBuild::compile() {
-    std::array<std::optional<CommandText>, std::size(kLanguages)> prefixes;
+    std::array<std::optional<Compiler>, std::size(kLanguages)> compilers;
     recipes.reserve(sources_.size() + 1);
     for (const SourceFile& source : sources_) {
-        auto& prefix = prefixes[static_cast<std::size_t>(source.language)];
-        if (!prefix) {
-            prefix = compilePrefix(source.language);
+        auto& compiler = compilers[static_cast<std::size_t>(source.language)];
+        if (!compiler) {
+            compiler = compilerFor(source.language);
         }
-        recipes.push_back(compileRecipe(source, *prefix));
+        recipes.push_back(compileRecipe(source, *compiler));
     }
 }
 
-/// What the commands for all sources of a language begin with.
-CommandText GnuStyleBuild::compilePrefix(Language language) const {
+GnuStyleBuild::Compiler GnuStyleBuild::compilerFor(Language language) const {
+    const std::string program =
+        style_.program(language == Language::Cpp ? GnuProgram::CppCompiler : GnuProgram::CCompiler);
     CommandText command;
     addFlags(command, target_, "LAUNCHER");
-    command.add(nativePath(style_.program(compilerOf(language))));
+    command.add(nativePath(program));
     command.allowResponseFile();
     command.add({}, style_.compilerOptions());
     if (type_ == OutputType::Shared && !isWindowsTriple(style_.triple())) {
@@ -115,10 +112,11 @@ CommandText GnuStyleBuild::compilePrefix(Language language) const {
         command.add("-isystem");
         command.add(folder);
     }
-    return command;
+    return {std::move(command), resolvedAssignment("program", pathValue(program))};
 }
 
-Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, CommandText command) const {
+Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, const Compiler& compiler) const {
+    CommandText command = compiler.command;
     Recipe recipe;
     if (const char* language = languageOption(source)) {
         command.add("-x");
@@ -138,12 +136,11 @@ Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, CommandText comman
     command.finish(recipe, platform::pathFromUtf8(source.object), paths_.inCommand(source.object));
 
     const ValuePtr object = pathValue(source.object);
+    recipe.inputs.reserve(2);
     recipe.inputs.push_back(
         {resolvedAssignment(filesVariable(source.language), pathValue(source.path)),
          resolvedAssignment("OBJECTS", object)});
-    recipe.inputs.push_back(
-        {resolvedAssignment("program", pathValue(style_.program(compilerOf(source.language)))),
-         std::nullopt});
+    recipe.inputs.push_back({compiler.program, std::nullopt});
     recipe.outputs.push_back(resolvedAssignment("OBJECTS", object, AssignModifier::Output));
     recipe.searchDirectories = style_.searchDirectories();
     recipe.pooled = true;

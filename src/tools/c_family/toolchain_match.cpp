@@ -99,14 +99,17 @@ class Comparison {
     }
 
     void compareVersion() {
-        // A declaration without a version is taken at its word: nobody else can know.
         const std::string version = own("toolchain_version");
-        if (!version.empty()) {
-            compare("toolchain_version",
-                    [&](const std::string& asked) { return versionFits(version, asked); });
-            compare("toolchain_min_version",
-                    [&](const std::string& asked) { return compareVersions(version, asked) >= 0; });
+        if (version.empty()) {
+            // Nobody can know; a toolchain of which it is known goes first.
+            preferenceMissed_ |= !isTrivial(target_.find("toolchain_version")) ||
+                                 !isTrivial(target_.find("toolchain_min_version"));
+            return;
         }
+        compare("toolchain_version",
+                [&](const std::string& asked) { return versionFits(version, asked); });
+        compare("toolchain_min_version",
+                [&](const std::string& asked) { return compareVersions(version, asked) >= 0; });
     }
 
     void compareSettings() {
@@ -134,13 +137,20 @@ class Comparison {
         }
     }
 
+    /// An unmet wish costs more than any default gains.
     void preferDefault() {
+        const MatchKind full = preferenceMissed_ ? MatchKind::PartialMatch : MatchKind::ExactMatch;
         if (preferenceMissed_) {
-            return;
+            for (const char* subject : toolchain_.subjects) {
+                if (const auto match = result_.matches.find(CiString(subject));
+                    match != result_.matches.end()) {
+                    match->second = full;
+                }
+            }
         }
         const std::string word = own(kDefault);
         if (word.empty()) {
-            result_.matches.emplace(kDefault, MatchKind::ExactMatch);
+            result_.matches.emplace(kDefault, full);
         } else if (word == kMachineDefault || (word == kFamilyDefault && askedForFamily_)) {
             result_.matches.emplace(kDefault, MatchKind::PartialMatch);
         }

@@ -56,18 +56,18 @@ TEST(ToolchainMatch, WhatATargetAsksFor) {
         {{var("toolchain_version", num(12))}, "5", "no", "no"},
         {{var("toolchain_version", str("9.1"))}, "no", "4", "no"},
         {{hint("toolchain_version", "9")}, "2", "4", "no"},
-        {{hint("toolchain_version", "7")}, "2", "2", "no"},
+        {{hint("toolchain_version", "7")}, "2", "1", "no"},
         {{var("toolchain_min_version", str("10"))}, "5", "no", "no"},
         {{var("toolchain_min_version", str("9"))}, "5", "4", "no"},
         {{var("toolchain_name", str("gcc"))}, "5", "4", "no"},
         {{var("toolchain_name", str("GCC 9.1.0"))}, "no", "4", "no"},
         {{var("toolchain_name", str("Clang"))}, "no", "no", "no"},
-        {{hint("toolchain_name", "clang")}, "2", "2", "no"},
+        {{hint("toolchain_name", "clang")}, "2", "1", "no"},
         {{var("tool_type", str("llvm-clang"))}, "no", "no", "no"},
         {{var("tool_type", str("gnu-gcc"))}, "5", "4", "no"},
         {{var("toolchain_target", str(kForeignWord))}, "no", "no", "5"},
         {{var("toolchain_target", str("native"))}, "5", "4", "no"},
-        {{hint("toolchain_target", kForeign.c_str())}, "2", "2", "5"},
+        {{hint("toolchain_target", kForeign.c_str())}, "2", "1", "5"},
         {{var("TARGET_TRIPLE", str(kForeign))}, "no", "no", "5"},
         {{var("toolchain_prefix", str("cross-"))}, "no", "no", "5"},
         {{var("cmdline", str("gcc a.c"))}, "no", "no", "no"},
@@ -87,8 +87,8 @@ TEST(ToolchainMatch, WhatATargetAsksFor) {
 TEST(ToolchainMatch, AToolThatIsDeclaredByHandComesFirst) {
     const auto declared = mapOf({var("toolchain_path", path("/opt/gcc/bin"))});
     EXPECT_EQ(scoreOf(declared, {}), "4");
-    // Nobody knows its version, so it is taken at its word.
-    EXPECT_EQ(scoreOf(declared, {var("toolchain_version", str("14"))}), "4");
+    // Nobody knows its version, so one goes first of which it is known.
+    EXPECT_EQ(scoreOf(declared, {var("toolchain_version", str("14"))}), "2");
     EXPECT_EQ(scoreOf(declared, {var("toolchain_path", path("/opt/./gcc/bin"))}), "6");
     // Its prefix tells that it is for another machine.
     const auto cross = mapOf({var("toolchain_prefix", str("arm-none-eabi-"))});
