@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <exception>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +11,7 @@
 #include "base/ci_string.h"
 #include "base/console.h"
 #include "base/text.h"
+#include "build/driver/input_context.h"
 #include "types/errors.h"
 
 namespace Vesk {
@@ -16,13 +19,31 @@ namespace {
 
 constexpr std::string_view kDescription = "DESCRIPTION";
 
-/// The target's own words about itself, if it has any.
-std::string descriptionOf(const Target& target) {
+std::string textAsWritten(const Target& target) {
     std::string text;
     for (const Assignment& assignment : target.body.assignments) {
         if (equalsIgnoringCase(assignment.name, kDescription) && assignment.value) {
             text = assignment.value->toString();
         }
+    }
+    return text;
+}
+
+/// The target's own words about itself, if it has any.
+std::string descriptionOf(const std::shared_ptr<const Target>& target, const Context& implicit) {
+    std::string text = textAsWritten(*target);
+    if (text.empty() && target->body.conditions.empty()) {
+        return text;
+    }
+    try {
+        const auto context = InputContext::trial(target, target->name, {nullptr, implicit, {}});
+        if (context->find(kDescription) != nullptr) {
+            text = context->valueOfVariable(kDescription)->toString();
+        }
+    } catch (const VeskException&) {
+        // It needs what only a build can tell, such as the outputs of dependencies.
+    } catch (const std::exception&) {
+        // So do texts whose references cannot be read.
     }
     return text;
 }
@@ -38,9 +59,9 @@ std::string dependenciesOf(const Target& target) {
 }
 
 /// What stands beside a target's name: its description, else what it needs.
-std::string secondColumnOf(const Target& target) {
-    const std::string description = descriptionOf(target);
-    return description.empty() ? dependenciesOf(target) : description;
+std::string secondColumnOf(const std::shared_ptr<const Target>& target, const Context& implicit) {
+    const std::string description = descriptionOf(target, implicit);
+    return description.empty() ? dependenciesOf(*target) : description;
 }
 
 }  // namespace
@@ -57,7 +78,7 @@ void listUnits(const Project& project) {
     }
 }
 
-void listTargets(const Project& project, const std::string& unitName) {
+void listTargets(const Project& project, const std::string& unitName, const Context& implicit) {
     const auto unit = project.findUnit(unitName);
     if (!unit) {
         throw NotFoundException("Unit", unitName, didYouMean(unitName, project.unitNames()));
@@ -67,7 +88,7 @@ void listTargets(const Project& project, const std::string& unitName) {
         width = std::max(width, target->name.size());
     }
     for (const auto& target : unit->targets) {
-        const std::string column = secondColumnOf(*target);
+        const std::string column = secondColumnOf(target, implicit);
         if (column.empty()) {
             console::normal("{}", target->name);
         } else {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "project/project.h"
+#include "types/context.h"
 
 namespace Vesk {
 
@@ -13,8 +14,9 @@ void listProfiles(const Project& project);
 /// The names in the project's order, a line each.
 void listUnits(const Project& project);
 
-/// The unit's targets in the order of its files, each with its DESCRIPTION, else with what it
-/// needs. "1" is the main unit. Throws NotFoundException of kind "Unit".
-void listTargets(const Project& project, const std::string& unitName);
+/// The unit's targets in the order of its files, each with the value of its DESCRIPTION, else with
+/// what it needs. `implicit` is what every target of the project sees; references to what only a
+/// build can tell are left out. "1" is the main unit. Throws NotFoundException of kind "Unit".
+void listTargets(const Project& project, const std::string& unitName, const Context& implicit);
 
 }  // namespace Vesk

@@ -58,9 +58,38 @@ void VeskApplication::loadUnits() {
     }
     if (settings_.commandLineMode) {
         addCommandLineUnit();
+    } else if (const std::string name = requestedProject(); !name.empty()) {
+        addRegisteredProject(name);
     } else {
         addUnitFile();
     }
+}
+
+/// The registered project whose target the command line names where there is nothing else to
+/// build; empty without one.
+std::string VeskApplication::requestedProject() const {
+    if (!registry_ || settings_.unitFileSource != UnitFileSource::Default ||
+        isFile(settings_.unitFile)) {
+        return {};
+    }
+    for (const std::string& word : settings_.positionals) {
+        const std::size_t slash = word.find('/');
+        const std::size_t colons = word.find("::");
+        const bool hasProject = slash < colons && colons != std::string::npos;
+        if (hasProject && registry_->projects.contains(word.substr(0, slash))) {
+            return word.substr(0, slash);
+        }
+    }
+    return {};
+}
+
+void VeskApplication::addRegisteredProject(const std::string& name) {
+    try {
+        project_ = &loader().loadRoot(registry_->findRegisteredProject(name));
+    } catch (...) {
+        rethrowWithNote("registered as '" + name + "' in " + platform::pathToUtf8(registry_->file));
+    }
+    root_ = projectRootAt(project_->root);
 }
 
 void VeskApplication::addCommandLineUnit() {

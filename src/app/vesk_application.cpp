@@ -126,7 +126,10 @@ int VeskApplication::listTargets() {
     loadUnits();
     classifyWords();
     takeAssignments();
-    Vesk::listTargets(*project_, settings_.unitToList);
+    project_->profile = positionals_.profile;
+    addBuiltinVariables(*builtins_, root_.directory);
+    const auto implicit = buildImplicitContext(*project_, *builtins_, *commandLine_);
+    Vesk::listTargets(*project_, settings_.unitToList, *implicit);
     return 0;
 }
 

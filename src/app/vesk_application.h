@@ -59,6 +59,8 @@ class VeskApplication {
 
     void addCommandLineUnit();
     void addUnitFile();
+    std::string requestedProject() const;
+    void addRegisteredProject(const std::string& name);
     ProjectLoader& loader();
     void printImplicitContexts() const;
     std::shared_ptr<Context> buildTarget();

@@ -153,6 +153,8 @@ bool keepOldFile(const fs::path& file, std::error_code& error) {
     }
     const fs::path backup = freeBackupName(file);
     if (!fs::copy_file(file, backup, error)) {
+        std::error_code ignored;
+        fs::remove(backup, ignored);
         return false;
     }
     console::normal("The old project file is kept as '{}'.", platform::pathToUtf8(backup));

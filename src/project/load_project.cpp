@@ -154,7 +154,12 @@ void ProjectLoader::loadImportTree(Project& start) {
 /// its own imports are still to be loaded, else null.
 Project* ProjectLoader::enterImport(const std::vector<Frame>& chain, const ProjectImport& entry) {
     Project& importer = *chain.back().project;
-    requireProfile(importer, entry.sourceProfile);
+    try {
+        requireProfile(importer, entry.sourceProfile);
+    } catch (VeskException& error) {
+        error.addNote("named by an import in " + placeOf(importer.file, entry.line));
+        throw;
+    }
     if (!entry.sourceProfile.empty() &&
         !equalsIgnoringCase(entry.sourceProfile, importer.profile)) {
         return nullptr;

@@ -23,10 +23,11 @@ class DemoProject(ProgramTest):
         self.write("vesk.txt", """
             unit main
             app: other::lib {
-                DESCRIPTION = "the program"
+                DESCRIPTION = "the ${MODE} program"
                 cmdline = "child args ${other.lib.W} ${MODE} ${PROFILE} ${FLAGS}"
             }
             tool: { cmdline = "child print tool" }
+            late: other::lib { NO_TOOL DESCRIPTION = other.lib.W }
             """)
         self.write("sub/one.txt", "unit other\nlib: { cmdline = [] ^W = \"w\" }")
         self.write("sub/two.txt", "unit other\nextra: lib { cmdline = \"child print ${lib.W}\" }")
@@ -34,7 +35,9 @@ class DemoProject(ProgramTest):
     def test_lists(self):
         self.check("-p", out="debug\ndefault\nrelease\n", cwd=self.dir / "sub")
         self.check("-u", out="main\nother\n")
-        self.check("-l", "1", out="app   the program\ntool\n")
+        for profile, mode in (("debug", "plain"), ("release", "fast")):
+            self.check("-l", "1", profile,
+                       out=f"app   the {mode} program\ntool\nlate  other.lib.W\n")
         self.check("-l", "other", out="lib\nextra  lib\n")
         self.check_error("-l", "othr",
                          err="Error: Unit 'othr' not found. (did you mean 'other'?)\n")
@@ -212,6 +215,9 @@ class Registry(SeveralProjects):
         self.assertEqual(self.registered(), 'projects {\n  lib "{DIR}/lib grün"\n}\n')
         self.project("app", "app", "lib;", 't: lib/main::t => l { cmdline = "child print ${l.W}" }')
         self.assertEqual(self.printed(cwd=self.dir / "app", env=self.env), "lib\nw\n")
+        nowhere = self.base / "nowhere"
+        nowhere.mkdir()
+        self.assertEqual(self.printed("--rebuild", "lib/main::t", cwd=nowhere, env=self.env), "lib\n")
 
     def test_again_and_in_order(self):
         for folder, name in (("two", "zeta"), ("one", "alpha"), ("three", "zeta")):

@@ -39,19 +39,12 @@ TEST_P(ImplicitContext, LetsLaterLayersWin) {
 }
 
 constexpr Layers kLayers[] = {
-    {"Base", "X = 1", "a { }", "a", "", "X = 1"},
     {"DefaultProfileOverBase", "X = 1", "Default { X = 2 }", "", "", "X = 2"},
     {"SelectedOverDefault", "", "a { X = 3 } default { X = 2 }", "A", "", "X = 3"},
-    {"OthersDoNotApply", "", "a { X = 3 } b { X = 2 }", "b", "", "X = 2"},
-    {"OverridesOverAll", "X = 1", "default { X = 2 } a { X = 3 }", "a", "X = 4", "X = 4"},
-    {"AppendToDefault", "", "default { X = [1] } a { X += [2] }", "a", "", "X = [ 1, 2 ]"},
     {"DefaultSelectedAppliesOnce", "X = [0]", "default { X += [1] }", "default", "",
      "X = [ 0, 1 ]"},
     {"AppendStaysAnAppend", "", "a { X += [1] }", "a", "", "X += [ 1 ]"},
-    {"AppendsAddUp", "", "default { X += [1] } a { X += [2] }", "a", "", "X += [ 1, 2 ]"},
     {"AssignedAfterAnAppendReplaces", "", "default { X += [1] }", "", "X = [2]", "X = [ 2 ]"},
-    {"EmptyAssignmentKeeps", "X = 1", "a { X ?= 2 }", "a", "", "X = 1"},
-    {"ProjectRoot", "X = 1", "a { X = PROJECT_ROOT }", "a", "", "X = PROJECT_ROOT"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Layers, ImplicitContext, ::testing::ValuesIn(kLayers),
@@ -68,11 +61,6 @@ TEST_F(ImplicitContext, HasRootAndProfileAsFinalText) {
     context->evaluateConditions();
     EXPECT_EQ(context->textOf("X"), "1");
     EXPECT_EQ(base->textOf("project_root"), "elsewhere") << "the base is shared by all projects";
-}
-
-TEST_F(ImplicitContext, HasAnEmptyProfileWithoutOne) {
-    writeProject("p", "", "debug { X = 1 }");
-    EXPECT_EQ(buildImplicitContext(load("p"), Context(), Context())->textOf("PROFILE"), "");
 }
 
 }  // namespace

@@ -48,7 +48,6 @@ TEST_P(Locate, FindsWhatAReferenceMeans) {
 constexpr Reference kReferences[] = {
     {"all", "app/more::all"},
     {"main::all", "app/main::all"},
-    {"1::all", "app/main::all"},
     {"mylib/more::only_lib", "lib/more::only_lib"},
     {"lib/more::only_lib", "lib/more::only_lib"},
     {"mylib/1::first", "lib/main::first"},
@@ -57,9 +56,7 @@ constexpr Reference kReferences[] = {
     {"onli_app", "Target 'more::onli_app' not found. (did you mean 'only_app'?)"},
     {"maim::all", "Unit 'maim' not found. (did you mean 'main'?)"},
     {"mylub/more::all", "Project 'mylub' not found. (did you mean 'mylib'?)"},
-    {"MYLIB/more::all", "Project 'MYLIB' not found. (did you mean 'mylib'?)"},
     {"some/more::all", "Project 'some' not found. (it is imported with profile 'a' or 'b' only)"},
-    {"mylib/nothing_like_it::all", "Unit 'nothing_like_it' not found."},
 };
 
 INSTANTIATE_TEST_SUITE_P(Catalog, Locate, ::testing::ValuesIn(kReferences));
@@ -67,40 +64,22 @@ INSTANTIATE_TEST_SUITE_P(Catalog, Locate, ::testing::ValuesIn(kReferences));
 TEST_F(Locate, WorksOnTheActivePage) {
     const Project& app = load("app");
     ProjectCatalog catalog(std::move(store), Context(), Context());
-    for (const auto& query : std::vector<std::function<void()>>{[&] { catalog.active(); },
-                                                                [&] { catalog.activeUnits(); },
-                                                                [&] { catalog.activeImports(); },
-                                                                [&] {
-                                                                    catalog.locate({"", "", "all"});
-                                                                }}) {
-        EXPECT_EQ(failureOf(query), "ProjectCatalog has no active page.");
-    }
+    const std::string noPage = "ProjectCatalog has no active page.";
+    EXPECT_EQ(failureOf([&] { catalog.activeUnits(); }), noPage);
+    EXPECT_EQ(failureOf([&] { catalog.activeImports(); }), noPage);
+    EXPECT_EQ(failureOf([&] { catalog.locate({"", "", "all"}); }), noPage);
     catalog.setActive(app);
-    EXPECT_EQ(&catalog.active(), &app);
     EXPECT_EQ(catalog.activeUnits().size(), 3U);
-    EXPECT_EQ(catalog.activeImports().size(), 1U);
     EXPECT_EQ(textOf(catalog.locate({"", "", ""})), "app/main::first");
-    EXPECT_EQ(textOf(catalog.locate({"", "more", "all"})), "app/more::all");
     EXPECT_EQ(textOf(catalog.locate({"mylib", "more", "all"})), "lib/more::all");
     const Project stranger;
     EXPECT_NE(failureOf([&] { catalog.setActive(stranger); }), "");
-    EXPECT_NE(failureOf([&] { catalog.implicitContext(stranger); }), "");
-}
-
-TEST_F(Locate, SaysThatTheMainUnitHasNoTargets) {
-    write("p/.vesk_project.txt", "name p units { e { \"e.txt\" } }");
-    write("p/e.txt", "");
-    const Project& project = load("p");
-    ProjectCatalog catalog(std::move(store), Context(), Context());
-    catalog.setActive(project);
-    EXPECT_EQ(failureOf([&] { catalog.locate({"", "", ""}); }), "Unit 'e' has no targets.");
 }
 
 TEST_F(Locate, KeepsProjectsInNameOrderWithTheirOwnContexts) {
-    const Project& app = load("app");
+    load("app");
     ProjectCatalog catalog(std::move(store), Context(), Context());
     EXPECT_THAT(namesOf(catalog.projects()), ::testing::ElementsAre("app", "lib"));
-    EXPECT_EQ(catalog.projects()[0], &app);
     for (const Project* project : catalog.projects()) {
         const auto root = catalog.implicitContext(*project).textOf("PROJECT_ROOT");
         EXPECT_EQ(root, platform::pathToUtf8(path(project->name)));
