@@ -112,24 +112,36 @@ std::string onlyOne(const Named& item, bool isNew) {
     return fmt::format("{}: {} {}", item.name, value, isNew ? "is new" : "is gone");
 }
 
+const Named* findNamed(const std::map<std::string_view, const Named*>& items,
+                       const std::string& name) {
+    const auto found = items.find(name);
+    return found == items.end() ? nullptr : found->second;
+}
+
+/// What came or went says more than what changed along with it.
 std::string difference(const std::vector<Named>& before, const std::vector<Named>& now) {
     std::map<std::string_view, const Named*> old;
+    std::map<std::string_view, const Named*> current;
     for (const Named& item : before) {
         old.emplace(item.name, &item);
     }
     for (const Named& item : now) {
-        const auto found = old.find(item.name);
-        if (found == old.end()) {
+        current.emplace(item.name, &item);
+    }
+    for (const Named& item : now) {
+        if (findNamed(old, item.name) == nullptr) {
             return onlyOne(item, true);
         }
-        if (found->second->value != item.value) {
-            return changed(*found->second, item);
-        }
-        old.erase(found);
     }
     for (const Named& item : before) {
-        if (old.contains(item.name)) {
+        if (findNamed(current, item.name) == nullptr) {
             return onlyOne(item, false);
+        }
+    }
+    for (const Named& item : now) {
+        const Named& earlier = *findNamed(old, item.name);
+        if (earlier.value != item.value) {
+            return changed(earlier, item);
         }
     }
     return {};

@@ -10,14 +10,16 @@ namespace {
 constexpr std::int64_t kMillisecond = 1'000'000;
 constexpr std::int64_t kSecond = 1000 * kMillisecond;
 
+/// When the file last changed. The modification time is whatever somebody has set it to, so it
+/// counts only where the system has no other.
+std::int64_t lastChange(const platform::FileStatus& status) {
+    return status.changedNanoseconds != 0 ? status.changedNanoseconds : status.modifiedNanoseconds;
+}
+
 /// How far apart two changes can be and still carry the same time. File systems that count in
 /// seconds (FAT in two) give themselves away by round numbers; elsewhere it is the system's tick.
 std::int64_t resolutionOf(const platform::FileStatus& status) {
-    return status.modifiedNanoseconds % kSecond == 0 ? 3 * kSecond : 30 * kMillisecond;
-}
-
-std::int64_t lastChange(const platform::FileStatus& status) {
-    return std::max(status.modifiedNanoseconds, status.changedNanoseconds);
+    return lastChange(status) % kSecond == 0 ? 3 * kSecond : 30 * kMillisecond;
 }
 
 bool isRecent(const platform::FileStatus& status) {

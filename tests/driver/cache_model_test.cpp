@@ -1,0 +1,348 @@
+// A small project that is edited, touched, broken and killed at random. After every build that
+// succeeds, its outputs are those of a clean build, and a further build has nothing to do.
+
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <set>
+
+#include "build/driver/cache_request.h"
+#include "build/driver/cache_step.h"
+#include "platform/support.h"
+#include "support/console_capture.h"
+#include "types/string_values.h"
+
+namespace Vesk::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Failed {};
+struct Killed {};
+
+class NoBuilder : public Builder {
+  public:
+    NoBuilder() : Builder({}) {}
+    std::shared_ptr<Context> complete(TargetContext&, int) override { return nullptr; }
+    RecipeSet createRecipes(TargetContext&) override { return {}; }
+};
+
+/// One command: joins its flag and the contents of its inputs into its output.
+struct Step {
+    std::vector<std::string> inputs;
+    std::string output;
+    std::uint32_t stage = 0;
+    bool alone = false;    ///< declares its output, and finds included files by itself
+    bool declared = true;  ///< the target says that it makes the output
+};
+
+struct ModelTarget {
+    std::string name;
+    std::vector<Step> steps;
+    std::vector<std::string> dependencies;
+};
+
+// `mid` is made by commands that stand or fall together, `app` by a compiler and a linker; `side`
+// makes a file that it does not tell of, which `late` reads.
+const std::vector<ModelTarget>& targets() {
+    static const std::vector<ModelTarget> all = {
+        {"mid", {{{"s0", "s1"}, "m0"}, {{"s1"}, "m1"}}, {}},
+        {"app",
+         {{{"s2"}, "o2", 0, true}, {{"s3"}, "o3", 0, true}, {{"o2", "o3", "m0"}, "app", 1, true}},
+         {"mid"}},
+        {"side", {{{"s4"}, "hidden", 0, false, false}}, {}},
+        {"late", {{{"hidden", "app"}, "out"}}, {"side", "app"}},
+    };
+    return all;
+}
+
+const std::vector<std::string> kSources = {"s0", "s1", "s2", "s3", "s4", "h0", "h1"};
+
+class Model {
+  public:
+    explicit Model(unsigned seed) : random_(seed) {
+        for (const std::string& source : kSources) {
+            edit(source);
+        }
+    }
+
+    /// Something happens to the project, or to the next build.
+    void disturb() {
+        failAt_ = killAt_ = -1;
+        switch (pick(11)) {
+            case 0:
+            case 1:
+            case 2:
+                edit(source());
+                break;
+            case 3:
+                editKeepingTime(source());
+                break;
+            case 4:
+                touch(file());
+                break;
+            case 5:
+                fs::remove(path(output()));
+                break;
+            case 6:
+                write(path(output()), "by hand " + std::to_string(pick(100)));
+                break;
+            case 7:
+                flags_[output()] = std::to_string(pick(3));
+                break;
+            case 8:
+                edit(source());
+                failAt_ = pick(4);
+                break;
+            case 9:
+                edit(source());
+                killAt_ = pick(4);
+                break;
+            default:
+                break;  // a build although nothing happened
+        }
+    }
+
+    /// Whether the build got to its end. `ran` counts its commands.
+    bool build(int& ran) {
+        ran_ = 0;
+        bool complete = false;
+        {
+            FileStates states;
+            ProjectCache cache(directory_.path(), states);
+            cache.load();
+            try {
+                for (const ModelTarget& target : targets()) {
+                    buildTarget(target, cache);
+                }
+                complete = true;
+                cache.save();
+            } catch (const Failed&) {
+                cache.save();
+            } catch (const Killed&) {
+                // Nothing more is written.
+            }
+        }
+        failAt_ = killAt_ = -1;
+        stamps_.clear();
+        ran = ran_;
+        return complete;
+    }
+
+    /// The first output that is not what a clean build makes of the files; empty when all are.
+    std::string wrongOutput() {
+        for (const ModelTarget& target : targets()) {
+            for (const Step& step : target.steps) {
+                if (!fs::exists(path(step.output)) || contentOf(path(step.output)) != made(step)) {
+                    return step.output;
+                }
+            }
+        }
+        return {};
+    }
+
+    void waitForTheClock() const {
+        const std::int64_t now = platform::fileClock();
+        while (platform::fileClock() == now) {}
+    }
+
+    bool chance() { return pick(2) == 0; }
+
+  private:
+    int pick(int count) { return static_cast<int>(random_() % static_cast<unsigned>(count)); }
+    const std::string& source() { return kSources[static_cast<std::size_t>(pick(7))]; }
+    std::string output() {
+        static const std::vector<std::string> outputs = {"m0", "m1", "o2", "o3", "app", "out"};
+        return outputs[static_cast<std::size_t>(pick(6))];
+    }
+    std::string file() { return chance() ? source() : output(); }
+    fs::path path(const std::string& name) const { return directory_ / name; }
+
+    /// Contents are of few kinds, so that edits are taken back now and then. A source may include
+    /// headers by their names.
+    void edit(const std::string& name) {
+        std::string content = "text" + std::to_string(pick(3));
+        if (name[0] == 's') {
+            content += chance() ? " h0" : "";
+            content += chance() ? " h1" : "";
+        }
+        write(path(name), content);
+    }
+
+    void editKeepingTime(const std::string& name) {
+        const auto time = fs::last_write_time(path(name));
+        std::string content = contentOf(path(name));
+        content[4] = static_cast<char>('0' + pick(3));
+        write(path(name), content);
+        fs::last_write_time(path(name), time);
+    }
+
+    void touch(const std::string& name) {
+        if (fs::exists(path(name))) {
+            fs::last_write_time(path(name), fs::file_time_type::clock::now() +
+                                                std::chrono::seconds(pick(100) - 50));
+        }
+    }
+
+    std::vector<std::string> included(const Step& step) const {
+        std::vector<std::string> headers;
+        for (const std::string& input : step.inputs) {
+            const std::string content = contentOf(path(input));
+            for (const char* header : {"h0", "h1"}) {
+                if (step.stage == 0 && content.find(header) != std::string::npos) {
+                    headers.emplace_back(header);
+                }
+            }
+        }
+        return headers;
+    }
+
+    std::string made(const Step& step) {
+        std::string text = "flag " + flags_[step.output] + "\n";
+        for (const std::string& input : step.inputs) {
+            text += contentOf(path(input)) + "\n";
+        }
+        if (step.alone) {
+            for (const std::string& header : included(step)) {
+                text += contentOf(path(header)) + "\n";
+            }
+        }
+        return text;
+    }
+
+    void run(const Step& step) {
+        const int number = ran_++;
+        const bool fails = number == failAt_;
+        if (fails || number == killAt_) {
+            if (chance()) {
+                write(path(step.output), "half");
+            }
+            fails ? throw Failed() : throw Killed();
+        }
+        write(path(step.output), made(step));
+        if (step.alone) {
+            std::string rule = step.output + ": ";
+            for (const std::string& name : step.inputs) {
+                rule += name + " ";
+            }
+            for (const std::string& name : included(step)) {
+                rule += name + " ";
+            }
+            write(path(step.output + ".d"), rule);
+        }
+    }
+
+    Assignment file(const std::string& name, AssignModifier modifier = AssignModifier::None) const {
+        return resolvedAssignment(
+            CiString(name),
+            std::make_shared<VeskPathString>(platform::pathToUtf8(path(name)), fs::path()),
+            modifier);
+    }
+
+    Recipe recipeFor(const Step& step) {
+        Recipe recipe;
+        recipe.command = "join " + flags_[step.output] + " " + step.output;
+        recipe.stage = step.stage;
+        recipe.workingDirectory = directory_.path();
+        if (step.alone) {
+            for (const std::string& input : step.inputs) {
+                recipe.inputs.push_back({file(input), std::nullopt});
+            }
+            recipe.outputs.push_back(file(step.output));
+            if (step.stage == 0) {
+                recipe.dependencyFile = path(step.output + ".d");
+            }
+        }
+        return recipe;
+    }
+
+    void buildTarget(const ModelTarget& target, ProjectCache& cache) {
+        TargetContext context(std::make_shared<Target>(), target.name);
+        std::vector<Assignment> outputs;
+        std::vector<Recipe> recipes;
+        for (const Step& step : target.steps) {
+            for (const std::string& input : step.inputs) {
+                if (input != "hidden") {
+                    context.addAssignment(file(input), ModifierMode::Copy);
+                }
+            }
+            if (step.declared) {
+                outputs.push_back(file(step.output, AssignModifier::Output));
+            }
+            recipes.push_back(recipeFor(step));
+        }
+        std::vector<DependencyStamp> dependencies;
+        for (const std::string& name : target.dependencies) {
+            dependencies.push_back({name, stamps_[name]});
+        }
+        const NoBuilder builder;
+        CacheRequest request =
+            cacheRequest({context, builder, outputs, recipes, dependencies}, cache.root());
+        const DriverOptions options;
+        CacheStep step(cache, target.name, std::move(request), options, target.name);
+        if (!step.mustBuild()) {
+            stamps_[target.name] = step.stamp();
+            return;
+        }
+        runSteps(target, step);
+        stamps_[target.name] = step.makesFiles() ? "" : std::to_string(random_());
+        step.record({}, stamps_[target.name]);
+    }
+
+    void runSteps(const ModelTarget& target, CacheStep& step) {
+        try {
+            for (const std::uint32_t stage : {0u, 1u}) {
+                std::vector<std::size_t> stale;
+                for (std::size_t i = 0; i < target.steps.size(); ++i) {
+                    if (target.steps[i].stage == stage && step.stale(i)) {
+                        stale.push_back(i);
+                    }
+                }
+                for (const std::size_t i : stale) {
+                    run(target.steps[i]);
+                    step.ran(i);
+                }
+            }
+        } catch (const Failed&) {
+            step.keepProgress();
+            throw;
+        }
+    }
+
+    TempDir directory_;
+    std::mt19937 random_;
+    std::map<std::string, std::string> flags_;
+    std::map<std::string, std::string> stamps_;
+    int failAt_ = -1;
+    int killAt_ = -1;
+    int ran_ = 0;
+};
+
+class CacheModel : public testing::TestWithParam<unsigned> {};
+
+TEST_P(CacheModel, IsNeverWrongAndNeverBusyForNothing) {
+    Model model(GetParam());
+    for (int round = 0; round < 500; ++round) {
+        model.disturb();
+        const bool patient = model.chance() && model.chance();
+        if (patient) {
+            model.waitForTheClock();
+        }
+        int ran = 0;
+        if (!model.build(ran)) {
+            continue;
+        }
+        ASSERT_EQ(model.wrongOutput(), "") << "round " << round << ", commands run: " << ran;
+        if (patient) {
+            ConsoleCapture console(console::level::kDetail);
+            ASSERT_TRUE(model.build(ran));
+            ASSERT_EQ(ran, 0) << "round " << round << ": " << console.text();
+            ASSERT_EQ(model.wrongOutput(), "") << "round " << round;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, CacheModel, testing::Values(1u, 2u, 3u, 4u, 5u, 6u));
+
+}  // namespace
+}  // namespace Vesk::test

@@ -1,0 +1,209 @@
+"""What is built again, what is not, and what vesk says about it."""
+
+import os
+import shutil
+import signal
+import time
+
+from harness import ProgramTest, SETTINGS, on_system, posix_only
+
+UNIT = """
+    unit main
+    all: app tool { NO_TOOL = 1 }
+    app: lib gen {
+        SRC = P"(src/app.txt)"
+        ^APP = P"(out/app)"
+        cmdline = "child copy src/app.txt out/app"
+        ENV = { LEVEL = "1" }
+    }
+    lib: { SRC = P"(src/lib.txt)" ^LIB = P"(out/lib)" cmdline = "child copy src/lib.txt out/lib" }
+    gen: { FILENAME = "out/gen.txt" TEXT = "generated" WRITE_FILE = 1 }
+    tool: { cmdline = "child print tool" }
+"""
+EVERYTHING = ["app", "gen", "lib", "tool"]
+
+
+class Cached(ProgramTest):
+    remembers = True
+
+    def setUp(self):
+        super().setUp()
+        self.unit(UNIT)
+        self.write("src/app.txt", "app")
+        self.write("src/lib.txt", "lib")
+        (self.dir / "out").mkdir()
+
+    def built(self, *arguments, target="all", status=0, **options):
+        """Builds, and names what was not a hit."""
+        result = self.run_vesk("-v", "1", target, *arguments, **options)
+        self.assertEqual((result.err, result.status), ("", status), result.out)
+        self.said = result.out
+        lines = [line for line in result.out.splitlines() if "Cache claimed" in line]
+        return sorted(line.split("::")[-1].rstrip("'.") for line in lines)
+
+    def reasons(self):
+        mark = "Out of date: "
+        return [line.split(mark)[1] for line in self.said.splitlines() if mark in line]
+
+    def fresh(self):
+        self.assertEqual(self.built(), [], self.said)
+        self.assertEqual(self.said.count("Cache hit for"), 5)
+        self.assertNotIn("Starting build job", self.said)
+
+
+class Rebuilds(Cached):
+    def test_only_what_changed(self):
+        self.assertEqual(self.built(), ["all", *EVERYTHING])
+        self.fresh()
+
+        def set_env(level):
+            self.unit(UNIT.replace('LEVEL = "1"', f'LEVEL = "{level}"'))
+
+        def same_time(name, text):
+            times = os.stat(self.dir / name)
+            (self.dir / name).write_text(text)
+            os.utime(self.dir / name, ns=(times.st_atime_ns, times.st_mtime_ns))
+
+        changes = [
+            (lambda: self.write("src/app.txt", "new"), ["app"], "src/app.txt has changed."),
+            # Of the same length, with the old time: the content tells.
+            (lambda: same_time("src/app.txt", "old"), ["app"], "src/app.txt has changed."),
+            (lambda: self.write("src/lib.txt", "new"), ["app", "lib"], "src/lib.txt has changed."),
+            (lambda: (self.dir / "out/lib").unlink(), ["lib"], "out/lib is missing."),
+            (lambda: self.write("out/app", "by hand"), ["app"], "out/app has changed."),
+            (lambda: set_env(2), ["app"], 'ENV.LEVEL: "1" is now "2".'),
+            (lambda: self.unit(UNIT.replace('"generated"', '"other"')), ["app", "gen"],
+             'TEXT: "generated" is now "other".'),
+            (lambda: self.unit(UNIT.replace("src/lib.txt out", "./src/lib.txt out")), ["lib"],
+             'cmdline: "child copy src/lib.txt out/lib" is now "child copy ./src/lib.txt out/lib".'),
+            (lambda: self.unit(UNIT.replace("app: lib gen", "app: lib")), ["app"],
+             "dependency: main::gen is gone."),
+            (lambda: self.unit(UNIT.replace("tool: {", 'tool: { cwd = "src"')),
+             ["all", "app", "tool"], None),
+        ]
+        for change, expected, reason in changes:
+            self.unit(UNIT)
+            self.built()
+            change()
+            self.assertEqual(self.built(), expected, self.said)
+            if reason:
+                self.assertIn(reason, self.reasons())
+            self.assertEqual(self.built(), [], self.said)
+
+    def test_nothing_for_what_does_not_matter(self):
+        self.built()
+        os.utime(self.dir / "src/app.txt")
+        self.fresh()
+        self.unit(UNIT.replace("SRC", "OTHER_NAME").replace("unit main", "unit main // comment"))
+        self.fresh()
+        self.assertEqual(self.built("month=13"), [])
+        moved = self.base / "moved"
+        shutil.move(self.dir, moved)
+        shutil.copytree(moved, self.dir)
+        self.fresh()
+
+    def test_option_rebuild(self):
+        self.built()
+        self.assertEqual(self.built("--rebuild"), ["all", *EVERYTHING])
+        self.fresh()
+
+    def test_dry_run_shows_what_is_stale_and_changes_nothing(self):
+        self.built()
+        self.write("src/lib.txt", "new")
+        before = (self.dir / ".vesk_cache").read_bytes()
+        out = self.run_vesk("-v", "5", "-n", "all").out
+        self.assertIn("child copy src/lib.txt out/lib", out)
+        self.assertNotIn("src/app.txt", out)
+        self.assertEqual((self.dir / ".vesk_cache").read_bytes(), before)
+        self.assertEqual(self.read("out/lib"), "lib")
+
+    def test_profiles_have_records_of_their_own(self):
+        self.write(".vesk_project.txt", """
+            name p
+            units { main { "vesk.txt" } }
+            profiles { one { MODE = "1" } two { MODE = "2" } }
+        """)
+        self.unit('unit main\nt: { cmdline = "child print ${MODE}" }')
+        self.assertEqual(self.built("one", target="t"), ["t one"])
+        self.assertEqual(self.built("two", target="t"), ["t two"])
+        self.assertEqual(self.built("one", target="t"), [])
+
+
+class Failures(Cached):
+    def test_what_finished_stays_and_what_failed_is_no_hit(self):
+        self.built()
+        self.write("src/lib.txt", "new")
+        self.unit(UNIT.replace("child copy src/app.txt out/app", "child exit 3"))
+        self.assertEqual(self.run_vesk("all").status, 1)
+        self.assertEqual(self.read("out/lib"), "new")
+        # Everything is as it was; but the command that failed may have left anything.
+        self.unit(UNIT)
+        self.assertEqual(self.built(), ["app"])
+        self.assertEqual(self.reasons(), ["its last build did not finish."])
+
+    @posix_only("killed processes are the same there, but cannot be killed from here")
+    def test_killed_at_any_moment(self):
+        self.unit(UNIT.replace("child copy src/lib.txt", "child linger started; child copy src/lib.txt"))
+        self.built(target="tool")
+        process = self.start("all")
+        while not (self.dir / "started").exists():
+            time.sleep(0.01)
+        os.killpg(process.pid, signal.SIGKILL)
+        process.communicate()
+        self.unit(UNIT)
+        self.assertEqual(self.built(), ["all", "app", "gen", "lib"])
+        self.fresh()
+
+    def test_damaged_files_are_replaced(self):
+        self.built()
+        whole = (self.dir / ".vesk_cache").read_bytes()
+        for damaged in (b"", b"VESK_CACHE_V6\n0\n", whole[:-20], b"\xff" * 5000,
+                        whole.replace(b"\n2\n", b"\n9223372036854775808\n", 1)):
+            (self.dir / ".vesk_cache").write_bytes(damaged)
+            result = self.run_vesk("all")
+            self.assertEqual(result.status, 0)
+            self.assertRegex(result.err, r"\ACache file '.*' .*\. Starting with empty cache\.\n\Z")
+            self.fresh()
+            self.assertEqual((self.dir / ".vesk_cache").read_bytes()[:14], b"VESK_CACHE_V7\n")
+
+    @posix_only("roots may write everywhere there")
+    def test_a_place_that_cannot_be_written(self):
+        self.unit('unit main\nt: { cmdline = "child print built" }')
+        os.mkdir(self.dir / ".vesk_cache.tmp")
+        result = self.run_vesk("t")
+        self.assertEqual(result.status, 0)
+        self.assertIn("Unable to open cache file", result.err)
+
+
+class TwoAtOnce(Cached):
+    def test_the_second_waits_and_builds_what_is_left(self):
+        self.unit("""
+            unit main
+            slow: { cmdline = "child meet first go" }
+            next: slow { cmdline = "child print next" }
+        """)
+        first = self.start("slow")
+        while not (self.dir / "first").exists():
+            time.sleep(0.01)
+        second = self.start("-v", "1", "next")
+        waiting = b""
+        while b"Waiting for another vesk that builds in" not in waiting:
+            line = second.stdout.readline()
+            self.assertTrue(line, waiting)
+            waiting += line
+        (self.dir / "go").write_text("")
+        self.assertEqual(first.communicate()[1], b"")
+        out = self.plain(second.communicate(timeout=60)[0])
+        self.assertIn("Cache hit for 'main::slow'.", out)
+        self.assertIn("Cache claimed for 'main::next'.", out)
+
+    def test_a_build_inside_of_itself_is_refused(self):
+        inner = f'"{on_system(SETTINGS.vesk)}" other'
+        self.unit(f'''
+            unit main
+            outer: {{ cmdline = R"({inner})" }}
+            other: {{ cmdline = "child print other" }}
+        ''')
+        result = self.run_vesk("outer")
+        self.assertEqual(result.status, 1)
+        self.assertIn("which would wait for it forever", result.err)
