@@ -95,6 +95,8 @@ void CommandText::append(std::string_view hostText, std::string_view fileText) {
 }
 
 void CommandText::add(std::string_view argument) {
+    // Nothing keeps every version of Windows' interpreter from taking this for a variable.
+    needsFile_ |= platform::kWindows && argument.find('%') != std::string_view::npos;
     append(quoteForHost(argument), quoteForResponseFile(argument));
 }
 
@@ -122,7 +124,7 @@ void CommandText::allowResponseFile() noexcept {
 void CommandText::finish(Recipe& recipe, const std::filesystem::path& stem,
                          std::string_view stemInCommand) const {
     recipe.command = text_;
-    if (text_.size() <= kMaxCommandLength || fileText_.empty()) {
+    if ((text_.size() <= kMaxCommandLength && !needsFile_) || fileText_.empty()) {
         return;
     }
     const std::string ending =

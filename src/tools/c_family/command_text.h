@@ -35,9 +35,10 @@ class CommandText {
     /// What follows may go into a response file.
     void allowResponseFile() noexcept;
 
-    /// Sets the recipe's command, and its response file when the command would be too long for an
-    /// interpreter. The file stands beside `stem` and is named by its content too: a command text
-    /// that is the same is the same command.
+    /// Sets the recipe's command, and its response file when the interpreter would not hand the
+    /// command on unchanged: for its length, or on Windows for a percent sign. The file stands
+    /// beside `stem` and is named by its content too: a command text that is the same is the same
+    /// command.
     void finish(Recipe& recipe, const std::filesystem::path& stem,
                 std::string_view stemInCommand) const;
 
@@ -49,6 +50,7 @@ class CommandText {
     std::string text_;
     std::string fileText_;  ///< the same from `fileStart_` on, for a response file
     std::size_t fileStart_ = std::string::npos;
+    bool needsFile_ = false;
 };
 
 }  // namespace Vesk

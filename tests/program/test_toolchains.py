@@ -1,0 +1,489 @@
+"""C and C++ targets, built with the compilers of the machine."""
+
+import os
+import shutil
+import socket
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+from harness import ProgramTest, SETTINGS, on_system, posix_only, windows_only
+
+EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
+CROSS = "x86_64-w64-mingw32"
+
+# A registry as --find-compilers writes it; each test has its own, so that none of them has to look.
+NATIVE = """
+    gcc { tool_type = "gnu-gcc" toolchain_name = "GCC 12.2.0" toolchain_path = P"(/usr/bin)"
+          toolchain_version = "12.2.0" toolchain_target = "x86_64-linux-gnu"
+          toolchain_default = "machine" }
+    clang { tool_type = "llvm-clang" toolchain_name = "Clang 14.0.6" toolchain_path = P"(/usr/bin)"
+            toolchain_version = "14.0.6" toolchain_target = "x86_64-pc-linux-gnu"
+            toolchain_default = "family" }
+"""
+# Its name comes first, so that it would win by the alphabet.
+FOREIGN = f"""
+    a_cross {{ tool_type = "gnu-gcc" toolchain_name = "GCC 12" toolchain_path = P"(/usr/bin)"
+              toolchain_prefix = "{CROSS}-" toolchain_target = "{CROSS}" }}
+"""
+
+
+def needs(*programs):
+    missing = [program for program in programs if shutil.which(program) is None]
+    return unittest.skipIf(missing, f"not installed: {' '.join(missing)}")
+
+
+class ToolchainTest(ProgramTest):
+    tools = NATIVE + FOREIGN
+
+    def setUp(self):
+        super().setUp()
+        # A blank, an apostrophe and a letter beyond ASCII: every command has to survive them.
+        self.dir = self.base / "wörk's dir"
+        self.dir.mkdir()
+        self.registry(self.tools)
+
+    def registry(self, tools):
+        folder = self.base / "data" / "vesk"
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / ".vesk_registry.txt").write_text("tools {" + tools + "}\n", encoding="utf-8")
+
+    def build(self, *arguments, **options):
+        result = self.run_vesk(*arguments, **options)
+        self.assertEqual((result.err, result.status), ("", 0), result.out)
+        return result.out
+
+    def output_of(self, program, *arguments):
+        return subprocess.run([self.dir / program, *arguments], cwd="/", capture_output=True,
+                              text=True, check=True, timeout=60).stdout
+
+    def compiled(self, out):
+        """The sources that a run compiled."""
+        words = (line.split() for line in out.splitlines() if " -c " in line)
+        return [line[line.index("-c") + 1] for line in words]
+
+
+@posix_only("it needs compilers of the system itself")
+class Programs(ToolchainTest):
+    def test_sources_of_one_name_defines_and_flags(self):
+        for folder, number in (("a", 1), ("b b", 2)):
+            self.write(f"{folder}/x.c", f"int from_{folder[0]}(void) {{ return {number}; }}\n")
+        self.write("main.c", r"""
+            #include <stdio.h>
+            #include "number.h"
+            int from_a(void);
+            int from_b(void);
+            int main(void) {
+                printf("%d %d %d %s %s\n", from_a(), from_b(), NUMBER, TEXT, QUOTED);
+                return 0;
+            }
+            """)
+        self.write("in clude/number.h", "#define NUMBER 3\n")
+        self.unit("""
+            app: {
+                C_FILES = ["main.c", "*/x.c"]
+                C_FLAGS = "-O1 -DQUOTED='${ascii[34]}it is${ascii[34]}'"
+                DEFINES = [R"(TEXT="a\\tb $HOME & 'c'")"]
+                INCLUDE_DIRS = ["in clude"]
+            }
+            """)
+        out = self.build()
+        self.assertEqual(self.output_of("out/app"), "1 2 3 a\tb $HOME & 'c' it is\n")
+        self.assertIn("out/.obj/vesk/app/b b/x.c.o", self.files())
+        self.assertIn("[vesk::app] /usr/bin/gcc -O1 ", out)
+
+    def test_languages_together(self):
+        self.write("a.c", "int c_part(void) { return 1; }\n")
+        self.write("b.S", "#define TWO $2\n.globl s_part\ns_part:\n mov TWO, %eax\n ret\n"
+                          '.section .note.GNU-stack,"",@progbits\n')
+        self.write("c.cpp", """
+            #include <iostream>
+            #include <string>
+            extern "C" int c_part();
+            extern "C" int s_part();
+            int main() { std::cout << std::string("sum ") << c_part() + s_part() << "\\n"; }
+            """)
+        self.unit('app: { C_FILES="a.c" ASM_FILES="b.S" CPP_FILES="c.cpp" FLAGS="-g" }')
+        for compiler in ("GCC", "Clang"):
+            with self.subTest(compiler):
+                self.build(f'toolchain_name="{compiler}"')
+                self.assertEqual(self.output_of("out/app"), "sum 3\n")
+
+    def test_an_error_is_the_compilers_own(self):
+        self.write("bad.c", "int main(void) { return missing; }\n")
+        self.unit('app: { C_FILES = ["bad.c"] }')
+        result = self.run_vesk()
+        self.assertEqual(result.status, 1)
+        self.assertIn("bad.c:1:25: error:", result.err)
+        self.assertIn("Build failed.", result.err)
+
+    def test_many_objects_go_through_a_response_file(self):
+        names = [f"source_{'x' * 95}_{number}" for number in range(60)]
+        for name in names:
+            self.write(f"s/{name}.c", f"int {name}(void) {{ return 1; }}\n")
+        calls = "".join(f"    sum += {name}();\n" for name in names)
+        declarations = "".join(f"int {name}(void);\n" for name in names)
+        self.write("main.c", f"#include <stdio.h>\n{declarations}int main(void) {{\n    int sum = 0;\n"
+                             f'{calls}    printf("%d\\n", sum);\n    return 0;\n}}\n')
+        self.unit("""
+            app: +lib { C_FILES = ["main.c"] OUTPUT_NAME = "a p" }
+            whole: { C_FILES = ["main.c", "s/*.c"] OUTPUT_NAME = "w h" }
+            lib: { C_FILES = ["s/*.c"] OUTPUT_TYPE = "static" }
+            """)
+        out = self.build("-j", "2") + self.build("whole", "-j", "2")
+        self.assertEqual(self.output_of("out/a p"), "60\n")
+        self.assertEqual(self.output_of("out/w h"), "60\n")
+        self.assertLess(max(map(len, out.splitlines())), 7200)
+        self.assertEqual(len([name for name in self.files() if name.endswith(".rsp")]), 2)
+
+
+@posix_only("it needs compilers of the system itself")
+class Libraries(ToolchainTest):
+    def test_static_libraries_in_linking_order(self):
+        self.write("base/base.c", "int base(void) { return 1; }\n")
+        self.write("base/include/base.h", "int base(void);\n")
+        for side in ("left", "right"):
+            self.write(f"{side}.c", f'#include "base.h"\nint {side}(void) {{ return base() + 1; }}\n')
+        self.write("main.c", """
+            #include <math.h>
+            #include <stdio.h>
+            #include "base.h"
+            int left(void);
+            int right(void);
+            int main(int argc, char** argv) {
+                printf("%d %g\\n", left() + right(), pow(base() + argc, 2));
+                return 0;
+            }
+            """)
+        self.unit("""
+            app: +base +left +right { C_FILES = ["main.c"] }
+            left: +base { C_FILES = ["left.c"] OUTPUT_TYPE = "static" }
+            right: +base { C_FILES = ["right.c"] OUTPUT_TYPE = "static" }
+            base: {
+                C_FILES = ["base/*.c"]
+                OUTPUT_TYPE = "static"
+                LIBS = ["m"]
+                ^INCLUDE_DIRS += P"(base/include)"
+            }
+            """)
+        out = self.build()
+        self.assertEqual(self.output_of("out/app"), "4 4\n")
+        self.assertIn(" out/libleft.a out/libright.a out/libbase.a -lm\n", out)
+
+    def test_an_archive_forgets_what_is_gone(self):
+        self.write("a.c", "int a(void) { return 1; }\n")
+        self.write("b.c", "int b(void) { return 1; }\n")
+        self.unit('lib: { C_FILES = ["*.c"] OUTPUT_TYPE = "static" }')
+
+        def members():
+            return subprocess.run(["ar", "t", self.dir / "out/liblib.a"], capture_output=True,
+                                  text=True, check=True).stdout.split()
+
+        self.build()
+        self.assertEqual(members(), ["a.c.o", "b.c.o"])
+        (self.dir / "b.c").unlink()
+        self.build()
+        self.assertEqual(members(), ["a.c.o"])
+
+    def test_shared_libraries_are_found_at_run_time(self):
+        self.write("inner.c", "int inner(void) { return 6; }\n")
+        self.write("outer.c", "int inner(void);\nint outer(void) { return inner() + 1; }\n")
+        self.write("main.c", "#include <stdio.h>\nint outer(void);\n"
+                             'int main(void) { printf("%d\\n", outer()); return 0; }\n')
+        self.unit("""
+            app: +outer { C_FILES = ["main.c"] OUTPUT_NAME = "bin/app" }
+            outer: +inner { C_FILES = ["outer.c"] OUTPUT_TYPE = "shared" OUTPUT_NAME = "lib/outer" }
+            inner: { C_FILES = ["inner.c"] OUTPUT_TYPE = "shared" OUTPUT_NAME = "lib/deep/inner" }
+            """)
+        self.build()
+        self.assertEqual(self.output_of("out/bin/app"), "7\n")
+        shutil.move(self.dir / "out", self.dir / "moved")
+        self.assertEqual(self.output_of("moved/bin/app"), "7\n")
+
+    def test_a_c_program_with_a_cpp_library(self):
+        self.write("lib.cpp", '#include <string>\nextern "C" int length() '
+                              '{ return std::string("four").size(); }\n')
+        self.write("main.c", '#include <stdio.h>\nint length(void);\n'
+                             'int main(void) { printf("%d\\n", length()); return 0; }\n')
+        self.unit("""
+            app: +middle { C_FILES = ["main.c"] }
+            middle: +lib { C_FILES = [] OUTPUT_TYPE = "static" }
+            lib: { CPP_FILES = ["lib.cpp"] OUTPUT_TYPE = "static" }
+            """)
+        self.build()
+        self.assertEqual(self.output_of("out/app"), "4\n")
+
+    def test_steps_as_targets_of_their_own(self):
+        self.write("a.c", "int a(void) { return 40; }\n")
+        self.write("b.c", "int b(void) { return 2; }\n")
+        self.write("main.c", "#include <stdio.h>\nint a(void);\nint b(void);\n"
+                             'int main(void) { printf("%d\\n", a() + b()); return 0; }\n')
+        self.unit("""
+            app: lib whole { C_FILES = ["main.c"] LIB_FILES = [lib.LIBRARY] OBJ_FILES = [whole.OUTPUT] }
+            lib: objs_a { OBJ_FILES = objs_a.OBJECTS OUTPUT_TYPE = "static" }
+            whole: objs_b { OBJ_FILES = objs_b.OBJECTS OUTPUT_TYPE = "relocatable" }
+            objs_a: { C_FILES = ["a.c"] OUTPUT_TYPE = "object" }
+            objs_b: { C_FILES = ["b.c"] OUTPUT_TYPE = "object" }
+            image: objs_a {
+                OBJCOPY_INPUT = objs_a.OBJECTS
+                OBJCOPY_FORMAT = "binary"
+                OBJCOPY_SECTIONS = [".text"]
+            }
+            """)
+        for compiler in ("GCC", "Clang"):
+            with self.subTest(compiler):
+                self.build(f'toolchain_name="{compiler}"')
+                self.assertEqual(self.output_of("out/app"), "42\n")
+                self.build("image", f'toolchain_name="{compiler}"')
+                code = (self.dir / "out/image.bin").read_bytes()
+                self.assertIn(b"\xb8\x28\x00\x00\x00", code)  # mov $40, %eax
+
+
+@posix_only("it needs compilers of the system itself")
+class Choice(ToolchainTest):
+    def setUp(self):
+        super().setUp()
+        self.write("main.c", "int main(void) { return 0; }\n")
+        self.unit('app: { C_FILES = ["main.c"] }')
+
+    def chosen(self, *arguments):
+        out = self.run_vesk("-v", "3", "-n", *arguments).out
+        lines = [line for line in out.splitlines() if "Registered : " in line]
+        return lines[0].split(": ")[-1] if lines else "none"
+
+    def test_by_what_the_target_asks_for(self):
+        for asked, tool in (
+                ("", "gcc"),
+                ('toolchain_name="clang"', "clang"),
+                ('tool_type="llvm-clang"', "clang"),
+                ('toolchain_version="12"', "gcc"),
+                ('toolchain_version="12.2.0"', "gcc"),
+                ('toolchain_version="12.3"', "none"),
+                ('toolchain_min_version="13"', "clang"),
+                ('toolchain_min_version="9"', "gcc"),
+                ('toolchain_target="windows"', "a_cross"),
+                ('toolchain_target="native"', "gcc"),
+                (f'TARGET_TRIPLE="{CROSS}"', "a_cross"),
+                ('TARGET_TRIPLE="aarch64-linux-gnu"', "clang")):
+            with self.subTest(asked):
+                self.assertEqual(self.chosen(*filter(None, [asked])), tool)
+
+    def test_a_cross_compiler_is_not_taken_by_accident(self):
+        self.registry(FOREIGN)
+        result = self.run_vesk()
+        self.assertEqual(result.status, 1)
+        self.assertIn("No tool to build vesk::app", result.err)
+
+    @needs(CROSS + "-gcc")
+    def test_cross_build(self):
+        self.build('toolchain_target="windows"')
+        self.assertEqual((self.dir / "out/app.exe").read_bytes()[:2], b"MZ")
+
+    def test_a_broken_declaration(self):
+        self.registry('broken { tool_type = "gnu-gcc" }'
+                      'lost { tool_type = "gnu-gcc" toolchain_path = P"(/no/where)" }')
+        result = self.run_vesk()
+        self.assertEqual(result.status, 1)
+        self.assertIn("Unable to create Registry tool 'broken' for 'gnu-gcc': GNUMatcher requires "
+                      "want variable 'toolchain_path'.", result.err)
+        self.assertIn("There is no compiler 'gcc' in '/no/where'", result.err)
+
+
+@posix_only("it needs compilers of the system itself")
+class Detection(ToolchainTest):
+    tools = 'mine { tool_type = "gnu-gcc" toolchain_path = P"(/opt/mine)" }'
+
+    def program(self, name, text):
+        file = self.write(name, "#!/bin/sh\n" + text)
+        file.chmod(0o755)
+        return file
+
+    def test_what_is_a_compiler_and_what_is_not(self):
+        gcc = """
+            case "$1" in
+            -dumpfullversion) echo 11.3.0 ;;
+            -dumpmachine) echo {} ;;
+            --version) echo "gcc (Vendor) 11.3.0" ;;
+            esac
+            """
+        clang = """
+            case "$1" in
+            -dumpversion) echo 15.0.1 ;;
+            -dumpmachine) echo x86_64-linux-gnu ;;
+            -print-target-triple) echo x86_64-pc-linux-gnu ;;
+            --version) echo "Vendor clang version 15.0.1-2" ;;
+            *) exit 1 ;;
+            esac
+            """
+        self.program("bin/gcc-11", gcc.format("x86_64-linux-gnu"))
+        os.symlink("gcc-11", self.dir / "bin/gcc")
+        self.program("bin/arm-none-eabi-gcc", gcc.format("arm-none-eabi"))
+        self.program("bin/gcc-9", "exit 1\n")
+        self.program("bin/ccache", gcc.format("x86_64-linux-gnu"))
+        self.program("posing/gcc", clang)
+        self.program("posing/clang", clang)
+        (self.dir / "local").mkdir()
+        os.symlink(self.dir / "bin/ccache", self.dir / "local/gcc")
+        path = ":".join(str(self.dir / folder) for folder in ("local", "posing", "bin"))
+        env = {"PATH": path + ":" + str(self.base / "tools")}
+        (self.base / "tools").mkdir()
+        os.symlink("/bin/sh", self.base / "tools/sh")
+
+        expected = ["Registered toolchain 'gcc-11-3-0-x86_64-linux-gnu'.",
+                    "Registered toolchain 'gcc-11-3-0-arm-none-eabi'.",
+                    "Registered toolchain 'clang-15-0-1-x86_64-pc-linux-gnu'."]
+        registries = []
+        for _ in range(2):
+            out = self.run_vesk("--find-compilers", env=env).out
+            for line in expected:
+                self.assertIn(line + "\n", out)
+            found = [line for line in out.splitlines() if line.startswith("Registered")]
+            # LLVM of this machine itself may be found in its own place, besides.
+            self.assertEqual([line for line in found if "gcc" in line], expected[:2])
+            registries.append((self.base / "data/vesk/.vesk_registry.txt").read_text())
+        self.assertEqual(registries[0], registries[1])
+        self.assertIn('toolchain_path = P"(/opt/mine)"', registries[0])
+
+    @needs("gcc", "clang")
+    def test_what_is_found_builds(self):
+        self.write("main.c", "int main(void) { return 0; }\n")
+        self.unit('app: { C_FILES = ["main.c"] }')
+        self.registry("")
+        self.assertIn("Registered toolchain 'gcc-", self.build("--find-compilers"))
+        self.assertIn("/gcc ", self.build())
+
+
+@posix_only("launchers are the system's own")
+class Launchers(ToolchainTest):
+    def setUp(self):
+        super().setUp()
+        self.write("a.c", "int a(void) { return 1; }\n")
+        self.write("main.c", "int a(void);\nint main(void) { return a() - 1; }\n")
+
+    @needs("ccache")
+    def test_ccache(self):
+        self.unit('app: { C_FILES = ["*.c"] LAUNCHER = "ccache" }')
+        env = {"CCACHE_DIR": str(self.base / "ccache")}
+        self.build(env=env)
+        shutil.rmtree(self.dir / "out")
+        out = self.build(env=env)
+        self.assertEqual(self.compiled(out), ["a.c", "main.c"])
+        stats = subprocess.run(["ccache", "--print-stats"], capture_output=True, text=True,
+                               check=True, env={**os.environ, **env}).stdout
+        self.assertIn("direct_cache_hit\t2\n", stats)
+        self.assertIn("out/.obj/vesk/app/a.c.d", self.files())
+
+    @needs("distcc", "distccd")
+    def test_distcc(self):
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            port = probe.getsockname()[1]
+        folder = Path(tempfile.mkdtemp(prefix="vesk-distcc-"))
+        self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
+        folder.chmod(0o777)
+        log = folder / "log"
+        daemon = subprocess.Popen(
+            ["distccd", "--no-detach", "--daemon", "--listen", "127.0.0.1", "--port", str(port),
+             "--allow", "127.0.0.1", "--jobs", "2", "--enable-tcp-insecure", f"--log-file={log}",
+             "--log-level=info"], stderr=subprocess.DEVNULL)
+        self.addCleanup(daemon.wait)
+        self.addCleanup(daemon.terminate)
+        for _ in range(600):
+            with socket.socket() as probe:
+                if probe.connect_ex(("127.0.0.1", port)) == 0:
+                    break
+            time.sleep(0.05)
+        self.unit("""
+            app: {
+                C_FILES = ["*.c"]
+                LAUNCHER = "distcc"
+                ENV = { DISTCC_FALLBACK = "0" }
+            }
+            """)
+        env = {"DISTCC_HOSTS": f"127.0.0.1:{port}/2", "DISTCC_DIR": str(self.base / "distcc")}
+        (self.base / "distcc").mkdir()
+        self.build(env=env)
+        self.assertEqual(self.output_of("out/app"), "")
+        self.assertEqual(log.read_text().count("COMPILE_OK"), 2)
+
+
+@posix_only("it needs compilers of the system itself")
+class Examples(ToolchainTest):
+    def run_example(self, name, *arguments):
+        shutil.copytree(EXAMPLES / name, self.dir, dirs_exist_ok=True,
+                        ignore=shutil.ignore_patterns("out", ".vesk_cache*"))
+        return self.build("-v", "6", *arguments)
+
+    def test_they_run(self):
+        for name, target, printed in (
+                ("c_program", "run", "3 words, 11 letters\n"),
+                ("cpp_library", "test", "all tests passed\n"),
+                ("generated_code", "run", "2 3 5 7 11 13 17 19 23 29 \n")):
+            with self.subTest(name):
+                shutil.rmtree(self.dir)
+                self.dir.mkdir()
+                self.assertEqual(self.run_example(name, target), printed)
+
+    @needs(CROSS + "-gcc")
+    def test_cross_build(self):
+        self.run_example("cross_build")
+        self.run_example("cross_build", "windows")
+        self.assertEqual(self.output_of("out/hello"), "Hello from here\n")
+        self.assertEqual((self.dir / "out/windows/hello.exe").read_bytes()[:2], b"MZ")
+
+
+@windows_only("the bridge to the system's compilers is for Wine")
+class OnWindows(ToolchainTest):
+    """A GNU toolchain for Windows, in a folder with characters that the interpreter trips over."""
+
+    def setUp(self):
+        super().setUp()
+        self.bin = self.base / "C & tools (x86)" / "bin"
+        self.bin.mkdir(parents=True)
+        for program in ("gcc", "g++", "ar", "ld", "objcopy"):
+            shutil.copy(SETTINGS.children / "bridge" / "bridge.exe", self.bin / f"{program}.exe")
+        self.env = {"APPDATA": on_system(self.base / "data")}
+
+    def registry_text(self):
+        return (self.base / "data/vesk/.vesk_registry.txt").read_text(encoding="utf-8")
+
+    def product(self, program):
+        result = subprocess.run([*SETTINGS.wine, self.dir / program], capture_output=True,
+                                text=True, check=True, timeout=100)
+        return result.stdout
+
+    def test_found_and_used(self):
+        self.registry("")
+        out = self.build("--find-compilers",
+                         env={**self.env, "WINEPATH": on_system(self.bin)})
+        self.assertIn("Registered toolchain 'gcc-12-x86_64-w64-mingw32'.", out)
+        self.assertIn(f'toolchain_path = P"({on_system(self.bin)})"', self.registry_text())
+
+        self.write("lib/a b.cpp", "#include <string>\nint number() { return 6; }\n")
+        self.write("lib/inc/number.h", "int number();\n")
+        self.write("main.c", "#include <stdio.h>\n"
+                             'int main(void) { printf("%s\\n", TEXT); return 0; }\n')
+        self.write("main.cpp", """
+            #include <cstdio>
+            #include <number.h>
+            int main() { std::printf("%d %s\\n", number(), TEXT); }
+            """)
+        self.unit("""
+            program: +lib plain {
+                CPP_FILES = ["main.cpp"]
+                DEFINES = [R"(TEXT="a & b %PATH% (c) d")"]
+                LINK_FLAGS = "-static"
+            }
+            lib: {
+                CPP_FILES = ["lib/*.cpp"]
+                OUTPUT_TYPE = "static"
+                ^INCLUDE_DIRS += P"(lib/inc)"
+            }
+            plain: { C_FILES = ["main.c"] DEFINES = [R"(TEXT="plain")"] }
+            """)
+        self.build(env=self.env)
+        self.assertEqual(self.product("out/program.exe"), "6 a & b %PATH% (c) d\n")
+        self.assertEqual(self.product("out/plain.exe"), "plain\n")
+        self.assertIn("out/liblib.a", self.files())
