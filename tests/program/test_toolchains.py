@@ -94,6 +94,7 @@ class Programs(ToolchainTest):
         self.assertIn("out/.obj/vesk/app/b b/x.c.o", self.files())
         self.assertIn("[vesk::app] /usr/bin/gcc -O1 ", out)
 
+    @needs("clang", "llvm-ar", "ld.lld")
     def test_languages_together(self):
         self.write("a.c", "int c_part(void) { return 1; }\n")
         self.write("b.S", "#define TWO $2\n.globl s_part\ns_part:\n mov TWO, %eax\n ret\n"
@@ -215,6 +216,7 @@ class Libraries(ToolchainTest):
         self.build()
         self.assertEqual(self.output_of("out/app"), "4\n")
 
+    @needs("clang", "llvm-ar", "ld.lld")
     def test_steps_as_targets_of_their_own(self):
         self.write("a.c", "int a(void) { return 40; }\n")
         self.write("b.c", "int b(void) { return 2; }\n")
@@ -253,6 +255,7 @@ class Choice(ToolchainTest):
         lines = [line for line in out.splitlines() if "Registered : " in line]
         return lines[0].split(": ")[-1] if lines else "none"
 
+    @needs("clang", "llvm-ar", "ld.lld")
     def test_by_what_the_target_asks_for(self):
         for asked, tool in (
                 ("", "gcc"),
