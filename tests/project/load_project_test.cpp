@@ -121,7 +121,7 @@ constexpr Importing kImports[] = {
     {"WithAnAlias", "\"../lib\" other;", "", "other=lib"},
     {"WithAProfile", "\"../lib\" other (FAST);", "", "other=lib(fast)"},
     {"ByRegisteredName", "reg_lib(small); reg_util;", "", "reg_lib=lib(small) reg_util=util"},
-    {"OnlyUnderItsProfile", "debug: \"../lib\" (fast); release: \"../lib\" (small); reg_util;",
+    {"OnlyUnderItsProfile", "debug: \"../lib\" (fast); RELEASE: \"../lib\" (small); reg_util;",
      "Release", "lib=lib(small) reg_util=util"},
 };
 
