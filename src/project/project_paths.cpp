@@ -1,8 +1,7 @@
 #include "project/project_paths.h"
 
-#include "base/text.h"
 #include "platform/files.h"
-#include "platform/system.h"
+#include "platform/path_key.h"
 #include "project/project.h"
 
 namespace Vesk {
@@ -29,8 +28,7 @@ fs::path canonicalPath(const fs::path& path) {
 }
 
 std::string fileIdentity(const fs::path& path) {
-    std::string identity = platform::pathToUtf8(canonicalPath(path));
-    return platform::kWindows ? lowerCased(identity) : identity;
+    return platform::pathKey(canonicalPath(path));
 }
 
 std::string placeOf(const fs::path& file, std::uint32_t line) {

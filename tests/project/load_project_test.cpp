@@ -1,5 +1,6 @@
 #include "project/load_project.h"
 
+#include "platform/system.h"
 #include "project/workspace.h"
 
 namespace Vesk::test {
@@ -130,12 +131,15 @@ INSTANTIATE_TEST_SUITE_P(Projects, Imports, ::testing::ValuesIn(kImports),
 
 TEST_F(LoadProject, LoadsTheTipOfADiamondOnce) {
     writeProject("base", "", "x { }");
-    writeProject("left", "\"../base\" (x);");
-    writeProject("right", "\"../left/../base/\" (X);");
+    writeProject("left", "\"../b\xC3\xA4se\" (x);");
+    // Where names have no case, this is the same directory.
+    const std::string base = platform::kWindows ? "B\xC3\x84SE" : "b\xC3\xA4se";
+    fs::rename(path("base"), path("b\xC3\xA4se"));
+    writeProject("right", "\"../left/../" + base + "/\" (X);");
     writeProject("top", "\"../left\"; \"../right\";");
     const std::string output = outputOf([&] { load("top"); }, console::level::kTrace);
     EXPECT_THAT(namesOf(store.projects()), ElementsAre("base", "left", "right", "top"));
-    const std::string line = "Loading project file <ws>/base/.vesk_project.txt\n";
+    const std::string line = "Loading project file <ws>/b\xC3\xA4se/.vesk_project.txt\n";
     EXPECT_NE(output.find(line), std::string::npos) << output;
     EXPECT_EQ(output.find(line), output.rfind(line)) << output;
 }
