@@ -190,6 +190,7 @@ bool ProjectCache::upsert(const std::string& key, RecordText record, std::uint64
         entry->record = std::move(record);
         entry->valid = true;
         entry->endClaim();
+        changed_ = true;
     }
     saveWhenDue();
     return true;

@@ -45,6 +45,8 @@ std::vector<RecordFile> filesOf(const std::vector<RecordText::Part>& parts) {
     std::vector<RecordFile> files;
     std::string_view table =
         parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kFiles);
+    constexpr std::size_t kShortLine = 80;
+    files.reserve(table.size() / kShortLine);
     while (!table.empty()) {
         RecordFile file;
         if (!takeStateLine(table, file.state, file.path)) {

@@ -1,6 +1,9 @@
 #include "build/cache/tracked_path.h"
 
+#include <algorithm>
+
 #include "platform/files.h"
+#include "platform/system.h"
 
 namespace Vesk {
 
@@ -9,6 +12,17 @@ std::string trackedPath(const std::filesystem::path& path) {
         path.is_absolute() ? path : std::filesystem::absolute(path);
     std::u8string generic = absolute.generic_u8string();
     return {generic.begin(), generic.end()};
+}
+
+std::string trackedPath(const std::string& path, const std::filesystem::path& base) {
+    if (!platform::isAbsolutePath(path)) {
+        return trackedPath(base / platform::pathFromUtf8(path));
+    }
+    std::string tracked = path;  // the usual case, and there are many of them
+    if (platform::kWindows) {
+        std::ranges::replace(tracked, '\\', '/');
+    }
+    return tracked;
 }
 
 TrackingRoot::TrackingRoot(const std::filesystem::path& directory)

@@ -10,6 +10,9 @@ namespace Vesk {
 /// Absolute, UTF-8, with forward slashes.
 std::string trackedPath(const std::filesystem::path& path);
 
+/// The same for a path in UTF-8, which starts from `base` when it is relative.
+std::string trackedPath(const std::string& path, const std::filesystem::path& base);
+
 /// A project's directory, from which records name the files below it, so that a project that has
 /// moved finds its records good.
 class TrackingRoot {

@@ -30,7 +30,7 @@ void collectPaths(const Context& context, const PathSink& take) {
 void collectPaths(const VeskValue* value, const PathSink& take) {
     if (const auto* path = dynamic_cast<const VeskPathString*>(value)) {
         if (!path->text.empty()) {
-            take(trackedPath(path->baseDirectory / platform::pathFromUtf8(path->text)));
+            take(trackedPath(path->text, path->baseDirectory));
         }
     } else if (const auto* list = dynamic_cast<const VeskList*>(value)) {
         for (const ValuePtr& item : list->items) {
@@ -52,8 +52,7 @@ void sortUnique(std::vector<std::string>& files) {
 /// The value with every path below the root written as seen from there.
 ValuePtr relativeValue(const ValuePtr& value, const TrackingRoot& root) {
     if (const auto* path = dynamic_cast<const VeskPathString*>(value.get())) {
-        const std::string tracked =
-            trackedPath(path->baseDirectory / platform::pathFromUtf8(path->text));
+        const std::string tracked = trackedPath(path->text, path->baseDirectory);
         return std::make_shared<VeskPathString>(std::string(root.stored(tracked)),
                                                 std::filesystem::path());
     }
@@ -132,9 +131,13 @@ class RequestMaker {
     /// Files and dependencies of the target as a whole.
     CacheRequest::Part surroundings() const {
         CacheRequest::Part part;
+        const std::unordered_set<std::string> reports = dependencyFiles();
         for (const Assignment& output : question_.outputs) {
-            collectPaths(output.value.get(),
-                         [&part](std::string path) { part.writes.push_back(std::move(path)); });
+            collectPaths(output.value.get(), [&](std::string path) {
+                if (!reports.contains(path)) {
+                    part.writes.push_back(std::move(path));
+                }
+            });
         }
         sortUnique(part.writes);
         if (!question_.recipes.empty()) {
@@ -148,6 +151,17 @@ class RequestMaker {
         appendTextInput(part.inputs, requestField::kReads, storedLines(part.reads));
         appendTextInput(part.inputs, requestField::kWrites, storedLines(part.writes));
         return part;
+    }
+
+    /// Once the cache has read them nothing needs them any more.
+    std::unordered_set<std::string> dependencyFiles() const {
+        std::unordered_set<std::string> files;
+        for (const Recipe& recipe : question_.recipes) {
+            if (!recipe.dependencyFile.empty()) {
+                files.insert(trackedPath(recipe.dependencyFile));
+            }
+        }
+        return files;
     }
 
     static void appendTextInput(std::string& out, std::string_view name, std::string_view text) {
