@@ -34,7 +34,7 @@ class CacheFileTest : public testing::Test {
             records.emplace(key, text);
         });
         std::string warning = console.text();
-        EXPECT_EQ(good, warning.find("Starting with empty cache.") == std::string::npos) << warning;
+        EXPECT_EQ(good, warning.find("Cache file '") == std::string::npos) << warning;
         return warning;
     }
 
