@@ -59,7 +59,10 @@ function(_vesk_header_library name include_dir)
 endfunction()
 
 _vesk_header_library(fmt "${VESK_FMT_INCLUDE}" FMT_HEADER_ONLY)
-_vesk_header_library(xxhash "${VESK_XXHASH_INCLUDE}" XXH_INLINE_ALL)
+# Without its hints to the compiler in debug builds: -Og does not inline what they insist on.
+_vesk_header_library(
+    xxhash "${VESK_XXHASH_INCLUDE}" XXH_INLINE_ALL $<$<CONFIG:Debug>:XXH_NO_INLINE_HINTS=1>
+)
 _vesk_header_library(json "${VESK_JSON_INCLUDE}")
 _vesk_header_library(antlr_runtime "${VESK_ANTLR_INCLUDE}")
 target_link_libraries(vesk_dep_antlr_runtime INTERFACE "${VESK_ANTLR_LIBRARY}")

@@ -148,6 +148,14 @@ void applyAttachedJobCount(std::string_view word, Settings& settings) {
     }
 }
 
+/// "--compile-commands=FILE": an older vesk ignores it whole, file and all.
+void applyCompileCommands(std::string_view word, Settings& settings) {
+    constexpr std::string_view kStart = "compile-commands=";
+    if (equalsIgnoringCase(word.substr(0, kStart.size()), kStart)) {
+        settings.compileCommands = word.substr(kStart.size());
+    }
+}
+
 void applySwitch(std::string_view word, Settings& settings, ArgumentReader& reader) {
     for (const Option& option : kOptions) {
         const bool isShort = !word.empty() && equalsIgnoringCase(word, option.shortForm);
@@ -157,6 +165,7 @@ void applySwitch(std::string_view word, Settings& settings, ArgumentReader& read
         }
     }
     applyAttachedJobCount(word, settings);
+    applyCompileCommands(word, settings);
 }
 
 std::string_view withoutDashes(std::string_view argument) noexcept {

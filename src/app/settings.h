@@ -44,6 +44,7 @@ struct Settings {
     bool keepGoing = false;
     std::string unitToList;
     std::string mainOutput;                ///< the file that -o names, as given
+    std::string compileCommands;           ///< the compilation database to write, as given
     std::vector<std::string> positionals;  ///< every argument that is no option, in order
 
     friend bool operator==(const Settings&, const Settings&) = default;

@@ -85,6 +85,7 @@ int VeskApplication::build() {
 std::shared_ptr<Context> VeskApplication::buildTarget() {
     const TargetLocation target =
         catalog_->locate(positionals_.target.value_or(DependencyReference{}));
+    const bool collects = !settings_.compileCommands.empty();
     Driver driver({
         *catalog_,
         staticTools_,
@@ -92,8 +93,14 @@ std::shared_ptr<Context> VeskApplication::buildTarget() {
         [this](const Project& project) -> ProjectCache& { return caches_.of(project); },
         {static_cast<int>(settings_.jobCount), settings_.rebuild, settings_.dryRun,
          settings_.keepGoing},
+        collects ? [this](const std::vector<Recipe>& recipes) { compileCommands_.add(recipes); }
+                 : std::function<void(const std::vector<Recipe>&)>(),
     });
-    return driver.build(target);
+    const std::shared_ptr<Context> outputs = driver.build(target);
+    if (collects) {
+        compileCommands_.write(settings_.compileCommands);
+    }
+    return outputs;
 }
 
 void VeskApplication::printImplicitContexts() const {

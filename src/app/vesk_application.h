@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/compile_commands.h"
 #include "app/declared_tools.h"
 #include "app/positionals.h"
 #include "app/project_caches.h"
@@ -79,6 +80,7 @@ class VeskApplication {
     std::optional<DeclaredTools> declaredTools_;
     std::optional<ProjectCatalog> catalog_;
     ProjectCaches caches_;
+    CompileCommands compileCommands_;
 };
 
 }  // namespace Vesk

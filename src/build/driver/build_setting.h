@@ -23,6 +23,9 @@ struct BuildSetting {
     std::function<const Toolbox&(const Project&)> declaredTools;  ///< of a project
     std::function<ProjectCache&(const Project&)> cacheOf;
     DriverOptions options;
+
+    /// Told of the recipes of every target that is visited, whether they run or not; or empty.
+    std::function<void(const std::vector<Recipe>&)> onRecipes = {};
 };
 
 }  // namespace Vesk

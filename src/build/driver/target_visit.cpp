@@ -210,6 +210,9 @@ TargetResult TargetVisit::buildOrReuse() {
     for (Recipe& command : choice_.builder->commandRecipes(input_->context())) {
         set.recipes.push_back(std::move(command));
     }
+    if (setting_.onRecipes) {
+        setting_.onRecipes(set.recipes);
+    }
     ProjectCache& projectCache = setting_.cacheOf(*location_.project);
     CacheRequest request =
         cacheRequest({input_->context(), *choice_.builder, set.assignments, set.recipes, stamps_},
