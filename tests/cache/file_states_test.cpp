@@ -93,8 +93,7 @@ TEST_F(FileStatesTest, WhatCommandsReadIsRememberedFromBeforeTheyBegan) {
     EXPECT_EQ(states.afterReading(file, start).kind, FileState::Kind::Unknown)
         << "edited while the command ran";
 
-    while (platform::fileClock() == start) {
-    }
+    while (platform::fileClock() == start) {}
     write(directory / "found", "x");
     EXPECT_EQ(FileStates().afterReading(path("found"), start).kind, FileState::Kind::Unknown)
         << "nobody looked before, and it is newer than the command";

@@ -29,8 +29,9 @@ class DriverTest : public testing::Test {
     DriverTest();
     ~DriverTest() override;
 
-    /// Builds a target of the unit "main" with this text, with the cache of the builds before. What the fixture's contexts hold lies
-    /// under and over it, as builtin variables and a command line do.
+    /// Builds a target of the unit "main" with this text, with the cache of the builds before. What
+    /// the fixture's contexts hold lies under and over it, as builtin variables and a command line
+    /// do.
     BuildOutcome build(std::string_view unitText, std::string_view target, int threshold = 5);
 
     /// Merges an assignment, as source text, into what every target sees.

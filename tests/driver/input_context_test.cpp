@@ -78,6 +78,19 @@ TEST_F(DriverTest, AppendsToWhatADependencyBringsWait) {
               Texts{"[main::t] Second try adding implicit append FLAGS += \"-g\"."});
 }
 
+TEST_F(DriverTest, WhatComesOnSeveralWaysStandsInAListOnce) {
+    const BuildOutcome outcome = build(R"(
+        base: { cmdline = [] ^DIRS += ["base"] }
+        left: +base { cmdline = [] ^DIRS += ["left"] }
+        right: +base { cmdline = [] ^DIRS += ["right"] }
+        top: +left +right { cmdline = [] DIRS = ["own"] }
+    )",
+                                       "top");
+    EXPECT_EQ(outcome.error, "");
+    ASSERT_NE(outcome.outputs->find("DIRS"), nullptr);
+    EXPECT_EQ(outcome.outputs->textOf("DIRS"), "own left right base") << "each in its last place";
+}
+
 TEST_F(DriverTest, UsageRequirementsTravelUpWithoutWhatTheLibraryHadItself) {
     underAll("FLAGS = \"-O2\"");
     const BuildOutcome outcome = build(

@@ -67,25 +67,16 @@ std::optional<std::size_t> Freshness::lastPart(std::size_t part) const {
     return found == partsByInputs_.end() ? std::nullopt : std::optional(found->second);
 }
 
-bool Freshness::filesUnchanged(std::size_t lastPart) {
-    for (const std::string_view field : {recordField::kWrites, recordField::kReads}) {
-        for (const std::size_t number :
-             fileNumbers(layout_.parts[lastPart], field, files_.size())) {
-            if (!unchanged(files_[number])) {
-                return false;
-            }
-        }
-    }
-    return true;
+bool Freshness::filesUnchanged(std::size_t lastPart, std::string_view field) {
+    const std::vector<std::size_t> numbers =
+        fileNumbers(layout_.parts[lastPart], field, files_.size());
+    return std::ranges::all_of(numbers,
+                               [this](std::size_t number) { return unchanged(files_[number]); });
 }
 
-bool Freshness::surroundingsUnchanged() {
-    return samePart(kSurroundingsPart) && filesUnchanged(kSurroundingsPart);
-}
-
-/// For recipes that run together: nothing of the target may differ.
-bool Freshness::groupUnchanged() {
-    return sameText() && surroundingsUnchanged();
+bool Freshness::partUnchanged(std::size_t lastPart) {
+    return filesUnchanged(lastPart, recordField::kWrites) &&
+           filesUnchanged(lastPart, recordField::kReads);
 }
 
 bool Freshness::fresh(std::size_t part) {
@@ -94,14 +85,17 @@ bool Freshness::fresh(std::size_t part) {
     }
     const CacheRequest::Part& wanted = request_.parts[part];
     if (!wanted.standsAlone) {
-        return groupUnchanged();
+        // Recipes that run together: nothing of the target may differ.
+        return sameText() && partUnchanged(kSurroundingsPart);
     }
     const auto counterpart = lastPart(part);
-    if (!counterpart || !filesUnchanged(*counterpart)) {
+    if (!counterpart || !partUnchanged(*counterpart)) {
         return false;
     }
-    // A compiler tells what it has read. Of other commands only the target tells, as a whole.
-    return !wanted.dependencyFile.empty() || surroundingsUnchanged();
+    // A compiler tells all that it has read. Other commands may depend on what dependencies have
+    // done without telling, and may make more of the target's outputs than their recipe says.
+    return !wanted.dependencyFile.empty() ||
+           (samePart(kSurroundingsPart) && filesUnchanged(kSurroundingsPart, recordField::kWrites));
 }
 
 std::string Freshness::reason() {

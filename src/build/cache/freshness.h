@@ -46,9 +46,8 @@ class Freshness {
   private:
     bool sameText() const;
     bool samePart(std::size_t part) const;
-    bool filesUnchanged(std::size_t lastPart);
-    bool surroundingsUnchanged();
-    bool groupUnchanged();
+    bool filesUnchanged(std::size_t lastPart, std::string_view field);
+    bool partUnchanged(std::size_t lastPart);
     bool unchanged(const RecordFile& file);
 
     const CacheRequest& request_;

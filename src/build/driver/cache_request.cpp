@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <unordered_set>
 
 #include "build/cache/cache_text.h"
@@ -85,6 +86,9 @@ class RequestMaker {
 
     CacheRequest make() {
         request_.parts.resize(kFirstRecipePart);
+        if (!question_.recipes.empty()) {
+            collectNamedFiles();
+        }
         for (const Recipe& recipe : question_.recipes) {
             request_.parts.push_back(recipePart(recipe));
         }
@@ -120,12 +124,43 @@ class RequestMaker {
             collectPaths(output.value.get(),
                          [&part](std::string path) { part.writes.push_back(std::move(path)); });
         }
+        part.standsAlone = !part.writes.empty();
+        if (part.standsAlone && recipe.dependencyFile.empty()) {
+            addFilesInText(recipe, part);
+        }
         sortUnique(part.reads);
         appendInputs(part.inputs, inputs);
-        part.standsAlone = !part.writes.empty();
         part.dependencyFile = recipe.dependencyFile;
         part.directory = recipe.workingDirectory;
         return part;
+    }
+
+    /// Every file that a path value of the target names, outputs of dependencies included.
+    void collectNamedFiles() {
+        for (const auto& [name, assignment] : question_.target.assignments()) {
+            if (assignment.modifier != AssignModifier::Output) {
+                collectPaths(assignment.value.get(),
+                             [this](std::string path) { namedFiles_.push_back(std::move(path)); });
+            }
+        }
+        sortUnique(namedFiles_);
+    }
+
+    /// A command may be given more files than its builder knows of, among its flags.
+    void addFilesInText(const Recipe& recipe, CacheRequest::Part& part) const {
+        for (const std::string& file : namedFiles_) {
+            if (std::ranges::find(part.writes, file) != part.writes.end()) {
+                continue;
+            }
+            const std::string_view stored = root_.stored(file);
+            const auto names = [&](const std::string& text) {
+                return text.find(stored) != std::string::npos;
+            };
+            if (names(recipe.command) ||
+                std::ranges::any_of(recipe.supportFiles, names, &SupportFile::content)) {
+                part.reads.push_back(file);
+            }
+        }
     }
 
     /// Files and dependencies of the target as a whole.
@@ -140,7 +175,9 @@ class RequestMaker {
             });
         }
         sortUnique(part.writes);
-        if (!question_.recipes.empty()) {
+        // Recipes that stand alone know what they read.
+        if (!std::ranges::all_of(request_.parts.begin() + kFirstRecipePart, request_.parts.end(),
+                                 &CacheRequest::Part::standsAlone)) {
             part.reads = readByAll(part.writes);
         }
         appendNumber(part.inputs, question_.dependencies.size() + 2);
@@ -179,16 +216,8 @@ class RequestMaker {
             }
         }
         std::vector<std::string> files;
-        for (const auto& [name, assignment] : question_.target.assignments()) {
-            if (assignment.modifier != AssignModifier::Output) {
-                collectPaths(assignment.value.get(), [&](std::string path) {
-                    if (!others.contains(path)) {
-                        files.push_back(std::move(path));
-                    }
-                });
-            }
-        }
-        sortUnique(files);
+        std::ranges::copy_if(namedFiles_, std::back_inserter(files),
+                             [&others](const std::string& file) { return !others.contains(file); });
         return files;
     }
 
@@ -248,6 +277,7 @@ class RequestMaker {
 
     const CacheQuestion& question_;
     const TrackingRoot& root_;
+    std::vector<std::string> namedFiles_;
     CacheRequest request_;
 };
 

@@ -4,6 +4,7 @@
 
 #include "base/console.h"
 #include "types/identifier_value.h"
+#include "types/list_value.h"
 
 namespace Vesk {
 namespace {
@@ -20,6 +21,23 @@ Assignment layerCopy(const Assignment& assignment) {
         copy.modifier = AssignModifier::None;
     }
     return copy;
+}
+
+std::string identityOf(const ValuePtr& item) {
+    return item ? item->typeName() + " " + item->toDisplayString() : std::string();
+}
+
+/// Takes the last of each of these items off a list.
+void removeLast(const ValuePtr& value, std::set<std::string> identities) {
+    auto* list = dynamic_cast<VeskList*>(value.get());
+    if (list == nullptr || identities.empty()) {
+        return;
+    }
+    for (std::size_t i = list->items.size(); i-- > 0;) {
+        if (identities.erase(identityOf(list->items[i])) != 0) {
+            list->items.erase(list->items.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
 }
 
 }  // namespace
@@ -121,8 +139,28 @@ void InputContext::appendOutput(Assignment output) {
     if (unresolved || context_->hasHeldAppends(output.name)) {
         waitingOutputs_.push_back(std::move(output));
     } else {
-        context_->mergeAssignment(output);
+        mergeOutput(output);
     }
+}
+
+/// What reaches the target on several ways, such as an include directory of a library that two of
+/// its dependencies use, stands in a list once: in its last place, as linkers need it. Else it
+/// would double with every layer of dependencies.
+void InputContext::mergeOutput(const Assignment& output) {
+    if (const auto* list = dynamic_cast<const VeskList*>(output.value.get())) {
+        std::set<std::string>& known = movedItems_[output.name];
+        std::set<std::string> again;
+        for (const ValuePtr& item : list->items) {
+            if (std::string identity = identityOf(item); !known.insert(identity).second) {
+                again.insert(std::move(identity));
+            }
+        }
+        if (Assignment* stored = context_->find(output.name); stored != nullptr) {
+            removeLast(stored->value, again);
+            removeLast(stored->exported, again);
+        }
+    }
+    context_->mergeAssignment(output);
 }
 
 /// An assignment that lies under the target: the target's own value wins, its appends follow.
@@ -157,7 +195,7 @@ void InputContext::addWaiting() {
     for (const Assignment& output : waitingOutputs_) {
         console::trace("Second try adding merged dependency output append {}.",
                        output.toDisplayString());
-        context_->mergeAssignment(output);
+        mergeOutput(output);
     }
 }
 

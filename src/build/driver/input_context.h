@@ -5,7 +5,10 @@
 // tool and project. What refers to the outputs of dependencies waits until those are there.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "tools/variable_table.h"
@@ -51,6 +54,7 @@ class InputContext {
     void placeOver(const Assignment& assignment, Waiting waiting);
     bool refersToOutput(const Assignment& assignment) const;
     bool mergesOutputs() const;
+    void mergeOutput(const Assignment& output);
     void addWaitingAssignment(const Assignment& assignment);
 
     ContextLayers layers_;
@@ -58,6 +62,7 @@ class InputContext {
     std::vector<Assignment> waitingAssignments_;
     std::vector<Assignment> waitingAppends_;
     std::vector<Assignment> waitingOutputs_;
+    std::map<CiString, std::set<std::string>, CiLess> movedItems_;  ///< of merged lists, by name
 };
 
 }  // namespace Vesk

@@ -1,5 +1,8 @@
 #include "build/driver/tool_choice.h"
 
+#include <algorithm>
+#include <array>
+
 #include "base/console.h"
 #include "types/string_values.h"
 
@@ -25,8 +28,20 @@ void resolveCompared(Context& trial, const Toolbox& toolbox) {
     }
 }
 
-[[noreturn]] void throwNoTool(const std::string& displayName) {
+bool hasSources(const Context& target) {
+    return std::ranges::any_of(
+        std::array{"C_FILES", "CPP_FILES", "ASM_FILES", "OBJ_FILES"},
+        [&target](const char* name) { return target.find(name) != nullptr; });
+}
+
+[[noreturn]] void throwNoTool(const std::string& displayName, const Context& target) {
     VeskException error("No tool to build " + displayName);
+    if (hasSources(target)) {
+        error.addNote(
+            "no toolchain that is registered fits it; vesk --find-compilers registers those of "
+            "this machine");
+        throw error;
+    }
     error.addNote(
         "a target says what it is built with: 'cmdline' or 'pwsh' for commands, 'WRITE_FILE' with "
         "'FILENAME' and 'TEXT' for a file, 'NO_TOOL' for nothing, or the variables that a declared "
@@ -50,7 +65,7 @@ ToolChoice chooseTool(Context& trial, const std::string& displayName, const Tool
     const Selection fromDeclared = declaredTools.select(trial);
     const Selection& best = betterOf(fromStatic, fromDeclared);
     if (best.matcher == nullptr) {
-        throwNoTool(displayName);
+        throwNoTool(displayName, trial);
     }
     console::message(console::level::kDetail, console::colour::kNormal,
                      "Best registered tool: {}, score: {}", best.matcher->name(), best.score);
