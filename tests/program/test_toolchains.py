@@ -1,5 +1,6 @@
 """C and C++ targets, built with the compilers of the machine."""
 
+import json
 import os
 import shutil
 import socket
@@ -111,6 +112,59 @@ class Programs(ToolchainTest):
             with self.subTest(compiler):
                 self.build(f'toolchain_name="{compiler}"')
                 self.assertEqual(self.output_of("out/app"), "sum 3\n")
+
+    def test_only_what_an_edit_reaches_is_compiled(self):
+        self.remembers = True
+        for name in ("a", "b", "main"):
+            self.write(f"src/{name}.c", f'#include "{name}.h"\nint {name}(void) {{ return N; }}\n')
+            self.write(f"inc/{name}.h", '#include "all.h"\n')
+        self.write("inc/all.h", "#define N 0\n")
+        self.write("lib.c", "int lib(void) { return 0; }\n")
+        self.unit("""
+            unit main
+            app: +lib { C_FILES = ["src/*.c"] INCLUDE_DIRS = ["inc"] C_FLAGS = "-O0" }
+            lib: { C_FILES = ["lib.c"] OUTPUT_TYPE = "static" }
+            """)
+        everything = ["lib.c", "src/a.c", "src/b.c", "src/main.c"]
+        self.assertEqual(sorted(self.compiled(self.build("-j2"))), everything)
+        unit = self.read("vesk.txt")
+
+        def gone():
+            (self.dir / "inc/b.h").unlink()
+            self.write("src/b.c", '#include "all.h"\nint b(void) { return N; }\n')
+
+        for edit, sources, links in (
+            (lambda: None, [], 0),
+            (lambda: os.utime(self.dir / "inc/all.h"), [], 0),
+            (lambda: self.write("inc/a.h", '#include "all.h"\nint new(void);\n'), ["src/a.c"], 0),
+            (lambda: self.write("inc/all.h", "#define N 1 - 1\n"), everything[1:], 0),
+            (lambda: self.write("inc/all.h", "#define N 0 * 2\nstatic int used = 7;\n"
+                                "int *use(void);\n"), everything[1:], 0),
+            (gone, ["src/b.c"], 0),
+            (lambda: self.write("src/new.c", "int fresh(void) { return 1; }\n"), ["src/new.c"], 1),
+            (lambda: self.write("lib.c", "int lib(void) { return 5; }\n"), ["lib.c"], 2),
+            (lambda: self.write("vesk.txt", unit.replace("-O0", "-O1")),
+             ["src/a.c", "src/b.c", "src/main.c", "src/new.c"], 1),
+            (lambda: (self.dir / "out/app").unlink(), [], 1),
+        ):
+            edit()
+            out = self.build("-j2")
+            self.assertEqual(sorted(self.compiled(out)), sources, out)
+            jobs = [line for line in out.splitlines() if "gcc -o out/app" in line or " rcs " in line]
+            self.assertEqual(len(jobs), links, out)
+            self.assertEqual(self.compiled(self.build()), [])
+
+    def test_compilation_database(self):
+        self.remembers = True
+        self.write("a.c", "int main(void) { return 0; }\n")
+        self.unit('app: { C_FILES = ["a.c"] DEFINES = [R"(T="x y")"] }')
+        for _ in ("built", "fresh"):
+            self.build("--compile-commands=db.json")
+            entry, = json.loads(self.read("db.json"))
+            self.assertEqual(entry["directory"], str(self.dir))
+            self.assertEqual(entry["file"], str(self.dir / "a.c"))
+            subprocess.run(entry["command"], shell=True, cwd=entry["directory"], check=True)
+            os.unlink(self.dir / "db.json")
 
     def test_an_error_is_the_compilers_own(self):
         self.write("bad.c", "int main(void) { return missing; }\n")
