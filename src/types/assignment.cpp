@@ -5,25 +5,18 @@
 namespace Vesk {
 namespace {
 
-std::string_view operatorText(AssignOperator op, bool hasValue) {
-    switch (op) {
-        case AssignOperator::Assign:
-            return " = ";
-        case AssignOperator::Append:
-            return " += ";
-        case AssignOperator::AssignEmpty:
-            return " ?= ";
-        case AssignOperator::None:
-            return hasValue ? " : " : "";
+std::string_view displayText(AssignOperator op, bool hasValue) {
+    if (op == AssignOperator::None) {
+        return hasValue ? " : " : "";
     }
-    return "";
+    return sourceText(op);
 }
 
 }  // namespace
 
 std::string Assignment::toDisplayString() const {
     std::string text = name.str();
-    text += operatorText(op, value != nullptr);
+    text += displayText(op, value != nullptr);
     if (value) {
         text += value->toDisplayString();
     }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "base/ci_string.h"
 #include "types/value.h"
@@ -60,6 +61,10 @@ Assignment textAssignment(CiString name, std::string text);
 
 /// The same with the value copied all the way down, to be merged into another context.
 Assignment deepCopy(const Assignment& assignment);
+
+/// As source text writes them: " += ", "^". An operator that is none assigns.
+std::string_view sourceText(AssignOperator op);
+std::string_view sourceText(AssignModifier modifier);
 
 /// The value as the grammar reads it back. Throws as `Assignment::toSourceString`.
 std::string toSourceString(const VeskValue& value);

@@ -86,7 +86,9 @@ std::string contextText(const VeskContext& value) {
     return text + " }";
 }
 
-std::string_view modifierText(AssignModifier modifier) {
+}  // namespace
+
+std::string_view sourceText(AssignModifier modifier) {
     switch (modifier) {
         case AssignModifier::Output:
             return "^";
@@ -100,7 +102,7 @@ std::string_view modifierText(AssignModifier modifier) {
     return "";
 }
 
-std::string_view operatorText(AssignOperator op) {
+std::string_view sourceText(AssignOperator op) {
     switch (op) {
         case AssignOperator::Append:
             return " += ";
@@ -110,8 +112,6 @@ std::string_view operatorText(AssignOperator op) {
             return " = ";
     }
 }
-
-}  // namespace
 
 std::string toSourceString(const VeskValue& value) {
     if (const auto* path = dynamic_cast<const VeskPathString*>(&value)) {
@@ -133,10 +133,10 @@ std::string toSourceString(const VeskValue& value) {
 }
 
 std::string Assignment::toSourceString() const {
-    std::string text(modifierText(modifier));
+    std::string text(sourceText(modifier));
     text += name.str();
     if (value) {
-        text += operatorText(op);
+        text += sourceText(op);
         text += Vesk::toSourceString(*value);
     }
     return text;

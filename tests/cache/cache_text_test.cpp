@@ -91,7 +91,7 @@ TEST(CacheText, WhatNoLiteralHoldsIsNotWrittenAsOne) {
 TEST(CacheText, TheQuickReaderLeavesOtherTextToTheParser) {
     for (const char* text :
          {"x = 1 y", "x = ", "= 1", "1x = 1", "x = \"open", "x = [\"a\" \"b\"]", "x = [\"a\", ]",
-          "x = P\"plain\"", "x = name", "x = 99999999999", "x=1", "?x = 1"}) {
+          "x = P\"plain\"", "x = name", "x = 99999999999", "x=1", "??x = 1"}) {
         EXPECT_FALSE(readPlainAssignment(text)) << text;
     }
     std::string parsed = "A 1 0\n15\nx = { y = \"z\" }\n";

@@ -57,30 +57,26 @@ std::string_view between(const char* begin, const char* end) {
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-template <class Read>
-void readMany(CacheReader& reader, const Read& read) {
-    std::uint64_t count = 0;
-    reader.number(count);
-    for (; count > 0; --count) {
-        read();
-    }
-}
-
 }  // namespace
 
 RecordText::RecordText(std::string text)
     : storage_(std::make_shared<const std::string>(std::move(text))), text_(*storage_) {}
 
-RecordText::Layout RecordText::layout() const {
+RecordText::Layout RecordText::layout(std::size_t atMost) const {
     Layout layout;
     CacheReader reader(text_);
-    readMany(reader, [&] {
+    std::uint64_t count = 0;
+    reader.number(count);
+    for (; count > 0; --count) {
+        if (layout.parts.size() == atMost) {
+            return layout;
+        }
         const char* const start = reader.position();
         passInputs(reader, Check::lengths);
         const char* const middle = reader.position();
         passOutputs(reader, Check::lengths);
         layout.parts.push_back({between(start, middle), between(middle, reader.position())});
-    });
+    }
     layout.environment = between(reader.position(), text_.data() + text_.size());
     return layout;
 }
@@ -99,27 +95,6 @@ const char* skipRecord(CacheReader& reader) {
         }
     }
     return passEnvironment(reader, Check::all);
-}
-
-CacheRecord readRecord(std::string key, const RecordText& text, const std::filesystem::path& base) {
-    CacheRecord record;
-    record.key = std::move(key);
-    CacheReader reader(text.text());
-    const auto next = [&] { return reader.assignment(base).value_or(Assignment()); };
-    readMany(reader, [&] {
-        CacheRecord::Part& part = record.parts.emplace_back();
-        readMany(reader, [&] {
-            RecipeInput& input = part.inputs.emplace_back(RecipeInput{next(), std::nullopt});
-            std::string_view flag;
-            reader.line(flag);
-            if (flag == "1") {
-                input.intermediate = next();
-            }
-        });
-        readMany(reader, [&] { part.outputs.push_back(next()); });
-    });
-    readMany(reader, [&] { record.environment.push_back(next()); });
-    return record;
 }
 
 void appendInputs(std::string& out, const std::vector<RecipeInput>& inputs) {

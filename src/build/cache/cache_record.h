@@ -11,8 +11,8 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,18 +21,6 @@
 #include "types/assignment.h"
 
 namespace Vesk {
-
-/// A build of a target: its recipes with their inputs and outputs, and its environment.
-struct CacheRecord {
-    struct Part {
-        std::vector<RecipeInput> inputs;
-        std::vector<Assignment> outputs;
-    };
-
-    std::string key;
-    std::vector<Part> parts;
-    std::vector<Assignment> environment;
-};
 
 /// A record as text, without its key. Never changes.
 class RecordText {
@@ -54,7 +42,9 @@ class RecordText {
     };
 
     std::string_view text() const noexcept { return text_; }
-    Layout layout() const;
+
+    /// Of the first parts, and without the environment, when there are more than `atMost`.
+    Layout layout(std::size_t atMost = std::numeric_limits<std::size_t>::max()) const;
     const std::shared_ptr<const std::string>& storage() const noexcept { return storage_; }
 
   private:
@@ -66,9 +56,6 @@ class CacheReader;
 
 /// Steps over the text of a record without its key. Null, or the name of the field at fault.
 const char* skipRecord(CacheReader& reader);
-
-/// The record behind a text that skipRecord accepts. Relative paths in it start from `base`.
-CacheRecord readRecord(std::string key, const RecordText& text, const std::filesystem::path& base);
 
 /// Inputs as they stand in a part; what no source text can give back is told by its display text.
 void appendInputs(std::string& out, const std::vector<RecipeInput>& inputs);

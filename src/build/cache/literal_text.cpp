@@ -84,17 +84,6 @@ bool appendValue(std::string& out, const ValuePtr& value) {
     return true;
 }
 
-std::string_view operatorText(AssignOperator op) {
-    switch (op) {
-        case AssignOperator::Append:
-            return " += ";
-        case AssignOperator::AssignEmpty:
-            return " ?= ";
-        default:
-            return " = ";
-    }
-}
-
 class PlainReader {
   public:
     explicit PlainReader(std::string_view text) : text_(text) {}
@@ -118,10 +107,12 @@ class PlainReader {
     }
 
     void takeModifier(AssignModifier& modifier) {
-        if (take("^")) {
-            modifier = AssignModifier::Output;
-        } else if (take("!")) {
-            modifier = AssignModifier::Must;
+        for (const auto candidate :
+             {AssignModifier::Output, AssignModifier::Must, AssignModifier::Hint}) {
+            if (take(sourceText(candidate))) {
+                modifier = candidate;
+                return;
+            }
         }
     }
 
@@ -141,7 +132,7 @@ class PlainReader {
     bool takeOperator(AssignOperator& op) {
         for (const auto candidate :
              {AssignOperator::Assign, AssignOperator::Append, AssignOperator::AssignEmpty}) {
-            if (take(operatorText(candidate))) {
+            if (take(sourceText(candidate))) {
                 op = candidate;
                 return true;
             }
@@ -214,13 +205,9 @@ bool appendPlainAssignment(std::string& out, const Assignment& assignment) {
     if (!assignment.value) {
         return false;
     }
-    if (assignment.modifier == AssignModifier::Output) {
-        out += '^';
-    } else if (assignment.modifier == AssignModifier::Must) {
-        out += '!';
-    }
+    out += sourceText(assignment.modifier);
     out += assignment.name.str();
-    out += operatorText(assignment.op);
+    out += sourceText(assignment.op);
     return appendValue(out, assignment.value);
 }
 

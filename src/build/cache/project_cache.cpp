@@ -244,7 +244,7 @@ void ProjectCache::close() noexcept {
 
 /// Files that had changed a moment before they were looked at: by now their times may tell.
 void ProjectCache::settle(Entry& entry) {
-    std::vector<RecordFile> files = filesOf(entry.record->layout().parts);
+    std::vector<RecordFile> files = filesOf(entry.record->layout(kFirstRecipePart).parts);
     bool settled = false;
     for (RecordFile& file : files) {
         if (file.state.kind == FileState::Kind::Recent) {

@@ -75,7 +75,7 @@ std::vector<std::size_t> fileNumbers(const RecordText::Part& part, std::string_v
 
 RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files) {
     const std::string_view text = record.text();
-    const auto parts = record.layout().parts;
+    const auto parts = record.layout(kFirstRecipePart).parts;
     const std::string_view old =
         parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kFiles);
     if (old.empty()) {
@@ -104,7 +104,7 @@ const std::string& unfinishedInputs() {
 }
 
 RecordText unfinished(const RecordText& record) {
-    const auto parts = record.layout().parts;
+    const auto parts = record.layout(kFirstRecipePart).parts;
     if (parts.size() <= kVariablesPart) {
         return record;
     }
@@ -118,7 +118,7 @@ RecordText unfinished(const RecordText& record) {
 }
 
 std::vector<Assignment> outputsOf(const RecordText& record, const std::filesystem::path& base) {
-    const auto parts = record.layout().parts;
+    const auto parts = record.layout(kFirstRecipePart).parts;
     std::vector<Assignment> outputs;
     if (parts.size() <= kVariablesPart) {
         return outputs;
@@ -140,7 +140,7 @@ std::vector<Assignment> outputsOf(const RecordText& record, const std::filesyste
 }
 
 std::string stampOf(const RecordText& record) {
-    const auto parts = record.layout().parts;
+    const auto parts = record.layout(kFirstRecipePart).parts;
     return parts.empty() ? std::string() : std::string(fieldOf(parts.front(), recordField::kStamp));
 }
 

@@ -30,33 +30,33 @@ CacheStep::CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
       request_(std::move(request)),
       displayName_(displayName),
       obtained_(cache.obtain(key_, request_, options.dryRun ? Claim::no : Claim::yes, 0)),
-      freshness_(request_, obtained_.record ? &*obtained_.record : nullptr, cache.states(),
-                 cache.root()),
-      outcomes_(request_.parts.size(), StepOutcome::Pending),
-      startedAt_(platform::fileClock()) {
-    report(displayName);
+      outcomes_(request_.parts.size(), StepOutcome::Pending) {
     if (mustBuild()) {
+        freshness_.emplace(request_, obtained_.record ? &*obtained_.record : nullptr,
+                           cache.states(), cache.root());
         cache_.states().look(request_.parts[kSurroundingsPart].reads);
     }
+    startedAt_ = platform::fileClock();
+    report();
 }
 
-void CacheStep::report(const std::string& displayName) {
+void CacheStep::report() {
     switch (obtained_.answer) {
         case CacheAnswer::Hit:
-            console::trace("Cache hit for '{}'.", displayName);
+            console::trace("Cache hit for '{}'.", displayName_);
             return;
         case CacheAnswer::Claimed:
-            console::trace("Cache claimed for '{}'.", displayName);
+            console::trace("Cache claimed for '{}'.", displayName_);
             break;
         case CacheAnswer::Miss:
-            console::trace("Cache miss for '{}'. Building...", displayName);
+            console::trace("Cache miss for '{}'. Building...", displayName_);
             break;
         case CacheAnswer::Refused:
-            throw VeskException("Unable to obtain cache record for " + displayName);
+            throw VeskException("Unable to obtain cache record for " + displayName_);
     }
     if (console::enabled(console::level::kDetail)) {
         console::message(console::level::kDetail, console::colour::kTrace, "Out of date: {}.",
-                         freshness_.reason());
+                         freshness_->reason());
     }
 }
 
@@ -76,7 +76,7 @@ std::string CacheStep::stamp() const {
 
 bool CacheStep::stale(std::size_t recipe) {
     const std::size_t part = kFirstRecipePart + recipe;
-    if (!freshness_.fresh(part)) {
+    if (!freshness_->fresh(part)) {
         cache_.states().look(request_.parts[part].reads);
         return true;
     }
@@ -118,7 +118,7 @@ void CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp
                                         files.size() / 2));
     BuildResults results{outcomes_, std::move(outputs), stamp, startedAt_, true};
     std::vector<std::string> missing;
-    auto record = makeRecord(request_, results, freshness_, states, cache_.root(), &missing);
+    auto record = makeRecord(request_, results, *freshness_, states, cache_.root(), &missing);
     for (const std::string& file : missing) {
         console::message(console::level::kDetail, console::colour::kWarning,
                          "The output '{}' is not there after the build.", file);
@@ -137,7 +137,7 @@ void CacheStep::keepProgress() {
         return;
     }
     BuildResults results{outcomes_, {}, {}, startedAt_, false};
-    auto record = makeRecord(request_, results, freshness_, cache_.states(), cache_.root());
+    auto record = makeRecord(request_, results, *freshness_, cache_.states(), cache_.root());
     if (record) {
         cache_.checkpoint(key_, std::move(*record), obtained_.token);
     }

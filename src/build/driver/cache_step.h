@@ -49,7 +49,7 @@ class CacheStep {
     void keepProgress();
 
   private:
-    void report(const std::string& displayName);
+    void report();
     void lookAnewAtOutputs();
 
     ProjectCache& cache_;
@@ -58,9 +58,9 @@ class CacheStep {
     CacheRequest request_;
     std::string displayName_;
     ObtainResult obtained_;
-    Freshness freshness_;
+    std::optional<Freshness> freshness_;  ///< nothing for a hit
     std::vector<StepOutcome> outcomes_;
-    std::int64_t startedAt_;
+    std::int64_t startedAt_ = 0;  ///< before the first command
 };
 
 /// On how many threads work of so many pieces is done: the smallest of the job count, the limit and

@@ -9,6 +9,7 @@
 #include "tools/c_family/output_type.h"
 #include "tools/c_family/source_files.h"
 #include "tools/c_family/target_paths.h"
+#include "tools/c_family/toolchain_programs.h"
 
 namespace Vesk {
 
@@ -34,6 +35,24 @@ class GnuStyle {
 
     /// Where the programs find what they need to run; empty where they know by themselves.
     virtual std::vector<std::filesystem::path> searchDirectories() const { return {}; }
+};
+
+/// What toolchains have in common that are found by a declared place. All that is referred to
+/// outlives it.
+class PlacedGnuStyle : public GnuStyle {
+  public:
+    PlacedGnuStyle(TargetContext& target, const DeclaredPlace& declared,
+                   ToolchainPrograms& programs);
+
+    std::string triple() const override { return declared_.triple; }
+    std::vector<std::string> compilerOptions() const override;  ///< for SYSROOT
+    std::vector<std::filesystem::path> searchDirectories() const override;
+
+  protected:
+    const TargetContext& target_;
+    const DeclaredPlace& declared_;
+    ToolchainPrograms& programs_;
+    const ToolchainPlace& place_;
 };
 
 /// The recipes of one target and the outputs that come of them.

@@ -2,19 +2,13 @@
 
 #include <utility>
 
-#include "tools/c_family/value_lists.h"
-
 namespace Vesk {
 
 namespace {
 
-class GnuToolStyle : public GnuStyle {
+class GnuToolStyle : public PlacedGnuStyle {
   public:
-    GnuToolStyle(TargetContext& target, const DeclaredPlace& declared, ToolchainPrograms& programs)
-        : target_(target),
-          declared_(declared),
-          programs_(programs),
-          place_(programs.place(declared, target)) {}
+    using PlacedGnuStyle::PlacedGnuStyle;
 
     std::string program(GnuProgram program) const override {
         switch (program) {
@@ -31,26 +25,6 @@ class GnuToolStyle : public GnuStyle {
         }
         return programs_.require(place_, {"objcopy"});
     }
-
-    std::string triple() const override { return declared_.triple; }
-
-    std::vector<std::string> compilerOptions() const override {
-        std::vector<std::string> options;
-        if (hasEntries(target_, "SYSROOT")) {
-            options.push_back("--sysroot=" + *target_.textOf("SYSROOT"));
-        }
-        return options;
-    }
-
-    std::vector<std::filesystem::path> searchDirectories() const override {
-        return runFolders(place_);
-    }
-
-  private:
-    const TargetContext& target_;
-    const DeclaredPlace& declared_;
-    ToolchainPrograms& programs_;
-    const ToolchainPlace& place_;
 };
 
 }  // namespace

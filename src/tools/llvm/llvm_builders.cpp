@@ -8,13 +8,9 @@ namespace Vesk {
 
 namespace {
 
-class LlvmToolStyle : public GnuStyle {
+class LlvmToolStyle : public PlacedGnuStyle {
   public:
-    LlvmToolStyle(TargetContext& target, const DeclaredPlace& declared, ToolchainPrograms& programs)
-        : target_(target),
-          declared_(declared),
-          programs_(programs),
-          place_(programs.place(declared, target)) {}
+    using PlacedGnuStyle::PlacedGnuStyle;
 
     // Some packages bring Clang without LLVM's utilities; those of the system do as well.
     std::string program(GnuProgram program) const override {
@@ -43,8 +39,8 @@ class LlvmToolStyle : public GnuStyle {
         if (hasEntries(target_, "TARGET_TRIPLE")) {
             options.push_back("--target=" + *target_.textOf("TARGET_TRIPLE"));
         }
-        if (hasEntries(target_, "SYSROOT")) {
-            options.push_back("--sysroot=" + *target_.textOf("SYSROOT"));
+        for (std::string& option : PlacedGnuStyle::compilerOptions()) {
+            options.push_back(std::move(option));
         }
         return options;
     }
@@ -55,16 +51,6 @@ class LlvmToolStyle : public GnuStyle {
         const bool hasLld = !chosen && !programs_.find(place_, {"ld.lld"}).empty();
         return hasLld ? std::vector<std::string>{"-fuse-ld=lld"} : std::vector<std::string>();
     }
-
-    std::vector<std::filesystem::path> searchDirectories() const override {
-        return runFolders(place_);
-    }
-
-  private:
-    const TargetContext& target_;
-    const DeclaredPlace& declared_;
-    ToolchainPrograms& programs_;
-    const ToolchainPlace& place_;
 };
 
 }  // namespace
