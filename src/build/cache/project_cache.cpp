@@ -82,7 +82,7 @@ void ProjectCache::load() {
     for (const std::string& key : journal_.read()) {
         changed_ = true;
         if (Entry* entry = find(key)) {
-            entry->valid = false;
+            entry->overtake();
         }
     }
 }
@@ -110,7 +110,7 @@ void ProjectCache::beginClaim(Entry& entry, ObtainResult& result) {
         std::filesystem::remove(file_, ignored);
     }
     entry.stored = false;
-    entry.valid = false;  // what the build is about to write replaces what the record tells of
+    entry.overtake();
     entry.claimed = true;
     entry.token = newToken();
     changed_ = true;
@@ -276,8 +276,7 @@ bool ProjectCache::save() {
             if (entry->valid && !entry->stored) {
                 settle(*entry);
             }
-            records.emplace_back(entry->key,
-                                 entry->valid ? *entry->record : unfinished(*entry->record));
+            records.emplace_back(entry->key, *entry->record);
             entry->stored = entry->valid;
         }
     }
@@ -292,6 +291,13 @@ bool ProjectCache::save() {
         changed_ = true;
     }
     return saved;
+}
+
+void ProjectCache::Entry::overtake() {
+    valid = false;
+    if (record) {
+        record = unfinished(*record);
+    }
 }
 
 void ProjectCache::Entry::endClaim() noexcept {

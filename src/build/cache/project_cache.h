@@ -97,6 +97,9 @@ class ProjectCache {
         bool closed = false;
         std::uint64_t token = 0;  ///< of the claim; 0 without one
 
+        /// The record is no hit any more, and no recipe is fresh for its sake that does not tell
+        /// what it writes.
+        void overtake();
         void endClaim() noexcept;
     };
 
