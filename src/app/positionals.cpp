@@ -95,10 +95,10 @@ bool isWholeNumber(std::string_view text) noexcept {
 /// and so are characters that begin no value: without its quotes, "-O2 -g" is read as 2.
 bool isWholeValue(const VeskValue& value, std::string_view word) {
     const std::string_view written = trimmed(word.substr(word.find('=') + 1));
-    if (dynamic_cast<const VeskInt*>(&value) != nullptr) {
+    if (valueAs<VeskInt>(&value) != nullptr) {
         return isWholeNumber(written);
     }
-    return dynamic_cast<const VeskIdentifier*>(&value) == nullptr || !contains(written, " ");
+    return valueAs<VeskIdentifier>(&value) == nullptr || !contains(written, " ");
 }
 
 void warnOfMisreading(const Assignment& assignment, const std::string& word,

@@ -74,7 +74,7 @@ std::vector<Recipe> BasicBuilder::commandRecipes(TargetContext& target) {
     recipe.workingDirectory = platform::pathFromUtf8(target.textOf("cwd").value_or(""));
     recipe.shell = shell_;
 
-    const auto* list = dynamic_cast<const VeskList*>(command->value.get());
+    const auto* list = valueAs<VeskList>(command->value.get());
     if (list == nullptr) {
         recipe.command = command->value->toString();
         return {std::move(recipe)};

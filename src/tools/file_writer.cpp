@@ -37,12 +37,12 @@ std::string serializedItem(const ValuePtr& item) {
     if (!item) {
         throw VeskException("File writer cannot serialize an empty list item.");
     }
-    const bool isContext = dynamic_cast<const VeskContext*>(item.get()) != nullptr;
+    const bool isContext = valueAs<VeskContext>(item.get()) != nullptr;
     return isContext ? item->toDisplayString() : item->toString();
 }
 
 std::string serialized(const ValuePtr& value, std::string_view separator) {
-    if (const auto* list = dynamic_cast<const VeskList*>(value.get())) {
+    if (const auto* list = valueAs<VeskList>(value.get())) {
         std::string text;
         for (std::size_t i = 0; i < list->items.size(); ++i) {
             text += i == 0 ? std::string_view() : separator;
@@ -50,8 +50,8 @@ std::string serialized(const ValuePtr& value, std::string_view separator) {
         }
         return text;
     }
-    const bool isString = dynamic_cast<const VeskBaseString*>(value.get()) != nullptr;
-    const bool isContext = dynamic_cast<const VeskContext*>(value.get()) != nullptr;
+    const bool isString = valueAs<VeskBaseString>(value.get()) != nullptr;
+    const bool isContext = valueAs<VeskContext>(value.get()) != nullptr;
     if (!isString && !isContext) {
         throw VeskException("File writer variable 'TEXT' must be a string, list, or context.");
     }
@@ -62,9 +62,8 @@ std::string serialized(const ValuePtr& value, std::string_view separator) {
 /// directory.
 std::filesystem::path fileOf(const Context& target) {
     const Assignment* assignment = target.find(kFileName);
-    const auto* name = assignment == nullptr
-                           ? nullptr
-                           : dynamic_cast<const VeskBaseString*>(assignment->value.get());
+    const auto* name =
+        assignment == nullptr ? nullptr : valueAs<VeskBaseString>(assignment->value.get());
     if (name == nullptr) {
         throw VeskException(
             fmt::format("File writer variable '{}' must be a string or path.", kFileName));

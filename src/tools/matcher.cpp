@@ -11,7 +11,7 @@ namespace Vesk {
 namespace {
 
 bool isUnresolved(const VeskValue& value) {
-    return dynamic_cast<const VeskIdentifier*>(&value) != nullptr;
+    return valueAs<VeskIdentifier>(&value) != nullptr;
 }
 
 /// Kinds of value that cannot be compared with each other differ.

@@ -11,7 +11,7 @@ namespace {
 constexpr int kUnknownOperatorLine = 529;
 
 ValuePtr resolvedOperand(const ValuePtr& operand, Context& context) {
-    auto* resolvable = dynamic_cast<Resolvable*>(operand.get());
+    Resolvable* resolvable = resolvableOf(operand);
     if (resolvable == nullptr) {
         return operand;
     }

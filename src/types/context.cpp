@@ -16,25 +16,25 @@ namespace {
 constexpr int kEmptyKeysLine = 380;
 
 bool isIdentifier(const ValuePtr& value) {
-    return dynamic_cast<const VeskIdentifier*>(value.get()) != nullptr;
+    return valueAs<VeskIdentifier>(value.get()) != nullptr;
 }
 
 bool isPath(const ValuePtr& value) {
-    return dynamic_cast<const VeskPathString*>(value.get()) != nullptr;
+    return valueAs<VeskPathString>(value.get()) != nullptr;
 }
 
 /// Whether a += to this value joins texts. A path is text too, but becomes a list of paths.
 bool isText(const ValuePtr& value) {
-    return dynamic_cast<const VeskBaseString*>(value.get()) != nullptr && !isPath(value);
+    return valueAs<VeskBaseString>(value.get()) != nullptr && !isPath(value);
 }
 
 /// Whether the unresolved value, joined to a text, would leave something behind: what a name stands
 /// for, the directory of a path, the other words of a cross reference in a list.
 bool losesMeaningAsText(const VeskValue& value) {
-    if (const auto* path = dynamic_cast<const VeskPathString*>(&value)) {
+    if (const auto* path = valueAs<VeskPathString>(&value)) {
         return !platform::isAbsolutePath(path->text);
     }
-    if (const auto* list = dynamic_cast<const VeskList*>(&value)) {
+    if (const auto* list = valueAs<VeskList>(&value)) {
         return std::any_of(list->items.begin(), list->items.end(), [](const ValuePtr& item) {
             return item &&
                    (isIdentifier(item) || item->toString().find("#{") != std::string::npos ||
@@ -48,8 +48,8 @@ bool losesMeaningAsText(const VeskValue& value) {
 /// path, so it becomes a list of paths first; the words of a string and the strings of a list are
 /// paths of the same directory then.
 ValuePtr readyToAppend(ValuePtr& stored, const ValuePtr& added) {
-    const bool hasElements = dynamic_cast<const VeskBaseString*>(added.get()) != nullptr ||
-                             dynamic_cast<const VeskList*>(added.get()) != nullptr;
+    const bool hasElements = valueAs<VeskBaseString>(added.get()) != nullptr ||
+                             valueAs<VeskList>(added.get()) != nullptr;
     if (!isPath(stored) || !hasElements) {
         return added;
     }
@@ -133,7 +133,7 @@ void Context::addAssignment(const Assignment& assignment, ModifierMode mode) {
         mergeInto(stored, assignment, mode);
     }
     lookedUp_.clear();
-    if (auto* resolvable = dynamic_cast<Resolvable*>(stored.value.get())) {
+    if (Resolvable* resolvable = resolvableOf(stored.value)) {
         resolvable->setResolver(this);
     }
 }
@@ -203,7 +203,7 @@ void Context::mergeNow(const Assignment& assignment, ModifierMode mode) {
     // What came with the parts of its own keeps them: a merged dependency's outputs, for example.
     exportAppend(stored, exported, wholeIsOutput,
                  assignment.exported ? assignment.exported : assignment.value);
-    if (auto* resolvable = dynamic_cast<Resolvable*>(stored.exported.get())) {
+    if (Resolvable* resolvable = resolvableOf(stored.exported)) {
         resolvable->setResolver(this);
     }
 }
@@ -278,7 +278,7 @@ Assignment& Context::storedAt(const std::vector<Key>& keys) {
     for (std::size_t i = 1; value && i + 1 < keys.size(); ++i) {
         value = value->at(keys[i]);
     }
-    const auto* inner = dynamic_cast<const VeskContext*>(value.get());
+    const auto* inner = valueAs<VeskContext>(value.get());
     if (inner == nullptr) {
         throw NotAContext();
     }

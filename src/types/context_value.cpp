@@ -45,7 +45,7 @@ bool sameAssignment(const Context::Map::value_type& a, const Context::Map::value
 }  // namespace
 
 VeskContext::VeskContext(std::shared_ptr<Context> context)
-    : reference_(context), owner_(std::move(context)) {}
+    : VeskValue(ValueKind::Context), reference_(context), owner_(std::move(context)) {}
 
 std::shared_ptr<VeskContext> VeskContext::referringTo(const std::shared_ptr<Context>& context) {
     std::shared_ptr<VeskContext> value(new VeskContext);
@@ -64,7 +64,7 @@ std::shared_ptr<Context> VeskContext::context() const {
 }
 
 const VeskContext& VeskContext::contextOperand(const VeskValue& other) const {
-    const auto* context = dynamic_cast<const VeskContext*>(&other);
+    const auto* context = valueAs<VeskContext>(&other);
     if (context == nullptr) {
         throw BadConversion(other.typeName(), other.toDisplayString(), typeName());
     }
@@ -82,7 +82,7 @@ ValuePtr VeskContext::add(const VeskValue& other) const {
 }
 
 void VeskContext::append(const VeskValue& other) {
-    const auto* name = dynamic_cast<const VeskString*>(&other);
+    const auto* name = valueAs<VeskString>(&other);
     const VeskContext* added = name == nullptr ? &contextOperand(other) : nullptr;
     if (!owner_) {
         owner_ = context()->deepCopy();  // what it refers to belongs to somebody else

@@ -18,6 +18,8 @@ class VeskContext : public VeskValue, public Resolvable {
     /// Refers to a context that somebody else keeps alive.
     static std::shared_ptr<VeskContext> referringTo(const std::shared_ptr<Context>& context);
 
+    static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Context; }
+    Resolvable* resolvable() noexcept override { return this; }
     ValuePtr clone() const override;  ///< the context is shared
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;
@@ -44,7 +46,7 @@ class VeskContext : public VeskValue, public Resolvable {
     bool owns() const noexcept { return owner_ != nullptr; }
 
   private:
-    VeskContext() = default;
+    VeskContext() : VeskValue(ValueKind::Context) {}
     const VeskContext& contextOperand(const VeskValue& other) const;
 
     std::weak_ptr<Context> reference_;

@@ -243,9 +243,9 @@ ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver) {
 }
 
 void checkLimits(const VeskValue& value) {
-    if (const auto* string = dynamic_cast<const VeskBaseString*>(&value)) {
+    if (const auto* string = valueAs<VeskBaseString>(&value)) {
         checkSize(string->text.size());
-    } else if (const auto* list = dynamic_cast<const VeskList*>(&value)) {
+    } else if (const auto* list = valueAs<VeskList>(&value)) {
         if (list->items.size() > kMaxListElements) {
             throw VeskException(
                 fmt::format("A list gets more than {} elements; does it refer to itself through "

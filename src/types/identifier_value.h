@@ -10,8 +10,11 @@ namespace Vesk {
 /// by it before it is resolved.
 class VeskIdentifier : public VeskValue, public Resolvable {
   public:
-    explicit VeskIdentifier(IdentifierPath name) : path(std::move(name)) {}
+    explicit VeskIdentifier(IdentifierPath name)
+        : VeskValue(ValueKind::Identifier), path(std::move(name)) {}
 
+    static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Identifier; }
+    Resolvable* resolvable() noexcept override { return this; }
     ValuePtr clone() const override;
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;

@@ -29,11 +29,11 @@ Key makeKey(const ValuePtr& value) {
     if (!value) {
         throw std::invalid_argument("key value is null");
     }
-    if (const auto* number = dynamic_cast<const VeskInt*>(value.get())) {
+    if (const auto* number = valueAs<VeskInt>(value.get())) {
         return IndexKey{number->value};
     }
-    if (dynamic_cast<const VeskIdentifier*>(value.get()) != nullptr ||
-        dynamic_cast<const VeskBaseString*>(value.get()) != nullptr) {
+    if (valueAs<VeskIdentifier>(value.get()) != nullptr ||
+        valueAs<VeskBaseString>(value.get()) != nullptr) {
         return NameKey{value->toString()};
     }
     throw std::runtime_error("Unsupported key type: " + value->toDisplayString());

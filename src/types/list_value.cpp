@@ -60,7 +60,7 @@ ValuePtr VeskList::add(const VeskValue& other) const {
 }
 
 void VeskList::append(const VeskValue& other) {
-    if (const auto* list = dynamic_cast<const VeskList*>(&other)) {
+    if (const auto* list = valueAs<VeskList>(&other)) {
         const std::vector<ValuePtr> added = list->items;  // `other` may be this list
         items.insert(items.end(), added.begin(), added.end());
     } else {
@@ -108,13 +108,13 @@ ValueIteratorPtr VeskList::end() const {
 }
 
 bool VeskList::equals(const VeskValue& other) const {
-    const auto* list = dynamic_cast<const VeskList*>(&other);
+    const auto* list = valueAs<VeskList>(&other);
     return list != nullptr && std::equal(items.begin(), items.end(), list->items.begin(),
                                          list->items.end(), sameElement);
 }
 
 const VeskList& VeskList::listOperand(const VeskValue& other) const {
-    const auto* list = dynamic_cast<const VeskList*>(&other);
+    const auto* list = valueAs<VeskList>(&other);
     if (list == nullptr) {
         throw BadConversion(other.typeName(), other.toDisplayString(), typeName());
     }
@@ -131,7 +131,7 @@ bool VeskList::lessThan(const VeskValue& other) const {
 
 void VeskList::setResolver(Resolver* resolver) {
     for (const ValuePtr& item : items) {
-        if (auto* resolvable = dynamic_cast<Resolvable*>(item.get())) {
+        if (Resolvable* resolvable = resolvableOf(item)) {
             resolvable->setResolver(resolver);
         }
     }
@@ -141,10 +141,10 @@ ValuePtr VeskList::resolve() {
     auto resolved = std::make_shared<VeskList>();
     resolved->items.reserve(items.size());
     for (const ValuePtr& item : items) {
-        auto* resolvable = dynamic_cast<Resolvable*>(item.get());
-        const bool isList = dynamic_cast<VeskList*>(item.get()) != nullptr;
+        Resolvable* resolvable = resolvableOf(item);
+        const bool isList = valueAs<VeskList>(item.get()) != nullptr;
         ValuePtr value = resolvable != nullptr ? resolvable->resolve() : item;
-        if (const auto* list = dynamic_cast<const VeskList*>(value.get()); list && !isList) {
+        if (const auto* list = valueAs<VeskList>(value.get()); list && !isList) {
             resolved->append(*list);
             checkLimits(*resolved);
         } else {

@@ -9,9 +9,12 @@ namespace Vesk {
 
 class VeskList : public VeskValue, public Resolvable {
   public:
-    VeskList() = default;
-    explicit VeskList(std::vector<ValuePtr> elements) : items(std::move(elements)) {}
+    VeskList() : VeskValue(ValueKind::List) {}
+    explicit VeskList(std::vector<ValuePtr> elements)
+        : VeskValue(ValueKind::List), items(std::move(elements)) {}
 
+    static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::List; }
+    Resolvable* resolvable() noexcept override { return this; }
     ValuePtr clone() const override;  ///< the elements are shared
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;

@@ -49,17 +49,17 @@ class InProgress {
 };
 
 ValuePtr resolvedValue(const ValuePtr& value, Context& context) {
-    auto* resolvable = dynamic_cast<Resolvable*>(value.get());
+    Resolvable* resolvable = resolvableOf(value);
     if (resolvable == nullptr) {
         return value;
     }
     resolvable->setResolver(&context);
     ValuePtr resolved = resolvable->resolve();
-    if (dynamic_cast<const VeskIdentifier*>(value.get()) == nullptr) {
+    if (valueAs<VeskIdentifier>(value.get()) == nullptr) {
         return resolved;
     }
     // A reference gives the other variable's own value: appends to this one must not reach it.
-    const bool isContext = dynamic_cast<const VeskContext*>(resolved.get()) != nullptr;
+    const bool isContext = valueAs<VeskContext>(resolved.get()) != nullptr;
     return isContext ? deepCopy(*resolved) : resolved->clone();
 }
 
@@ -73,13 +73,13 @@ std::string variableNote(const Assignment& assignment) {
 
 /// The text of a hint that names a variable, or nothing.
 std::optional<IdentifierPath> hintPath(const ValuePtr& value) {
-    if (const auto* identifier = dynamic_cast<const VeskIdentifier*>(value.get())) {
+    if (const auto* identifier = valueAs<VeskIdentifier>(value.get())) {
         return identifier->path;
     }
     IdentifierPath path;
     ParseError error;
     std::size_t end = 0;
-    const auto* string = dynamic_cast<const VeskBaseString*>(value.get());
+    const auto* string = valueAs<VeskBaseString>(value.get());
     if (string != nullptr && parseIdentifierPath(string->text, path, error, &end) &&
         end == string->text.size()) {
         return path;
@@ -181,7 +181,7 @@ ValuePtr Context::applyIndex(const ValuePtr& value, const PathIndex& index,
         Key operator()(const PathRegex& regex) const { return RegexKey{regex.pattern}; }
     };
     const Key key = std::visit(ToKey{*this}, index);
-    const auto* inner = dynamic_cast<const VeskContext*>(value.get());
+    const auto* inner = valueAs<VeskContext>(value.get());
     if (const auto* name = std::get_if<NameKey>(&key); name != nullptr && inner != nullptr) {
         return inner->context()->valueOfVariable(name->name);
     }
@@ -197,7 +197,7 @@ ValuePtr Context::resolveIdentifier(const IdentifierPath& path) {
     for (std::size_t i = 0; i < path.segments.size(); ++i) {
         const IdentifierSegment& segment = path.segments[i];
         if (i > 0) {
-            const auto* inner = dynamic_cast<const VeskContext*>(value.get());
+            const auto* inner = valueAs<VeskContext>(value.get());
             if (inner == nullptr) {
                 throw NotAContext();
             }
@@ -211,7 +211,7 @@ ValuePtr Context::resolveIdentifier(const IdentifierPath& path) {
 }
 
 void Context::resolveForAppend(ValuePtr& value, const CiString& name) {
-    if (dynamic_cast<const VeskIdentifier*>(value.get()) != nullptr) {
+    if (valueAs<VeskIdentifier>(value.get()) != nullptr) {
         const InProgress mark(inProgress_, name);
         value = resolvedValue(value, *this);
     }

@@ -57,7 +57,7 @@ ValuePtr VeskInt::clone() const {
 }
 
 std::int32_t VeskInt::operand(const VeskValue& other) const {
-    const auto* integer = dynamic_cast<const VeskInt*>(&other);
+    const auto* integer = valueAs<VeskInt>(&other);
     if (integer == nullptr) {
         throw BadConversion(typeName(), toDisplayString(), other.typeName());
     }

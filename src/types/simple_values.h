@@ -10,8 +10,9 @@ namespace Vesk {
 /// A signed 32-bit integer; sums wrap around.
 class VeskInt : public VeskValue {
   public:
-    explicit VeskInt(std::int32_t number) : value(number) {}
+    explicit VeskInt(std::int32_t number) : VeskValue(ValueKind::Int), value(number) {}
 
+    static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Int; }
     ValuePtr clone() const override;
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;
@@ -34,6 +35,8 @@ class VeskInt : public VeskValue {
 /// a string get into one.
 class VeskCharSet : public VeskValue {
   public:
+    VeskCharSet() : VeskValue(ValueKind::CharSet) {}
+
     ValuePtr clone() const override;
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;

@@ -114,19 +114,19 @@ std::string_view sourceText(AssignOperator op) {
 }
 
 std::string toSourceString(const VeskValue& value) {
-    if (const auto* path = dynamic_cast<const VeskPathString*>(&value)) {
+    if (const auto* path = valueAs<VeskPathString>(&value)) {
         return pathText(*path);
     }
-    if (const auto* raw = dynamic_cast<const VeskRawString*>(&value)) {
+    if (const auto* raw = valueAs<VeskRawString>(&value)) {
         return rawText(*raw);
     }
-    if (const auto* string = dynamic_cast<const VeskBaseString*>(&value)) {
+    if (const auto* string = valueAs<VeskBaseString>(&value)) {
         return quoted(string->text);
     }
-    if (const auto* list = dynamic_cast<const VeskList*>(&value)) {
+    if (const auto* list = valueAs<VeskList>(&value)) {
         return listText(*list);
     }
-    if (const auto* context = dynamic_cast<const VeskContext*>(&value)) {
+    if (const auto* context = valueAs<VeskContext>(&value)) {
         return contextText(*context);
     }
     return value.toDisplayString();  // integers, identifiers, the character set

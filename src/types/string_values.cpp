@@ -59,13 +59,13 @@ struct Operand {
 };
 
 Operand operandOf(const VeskValue& other, const VeskBaseString& self) {
-    if (const auto* string = dynamic_cast<const VeskBaseString*>(&other)) {
+    if (const auto* string = valueAs<VeskBaseString>(&other)) {
         return {string->text, true, false};
     }
-    if (dynamic_cast<const VeskInt*>(&other) != nullptr) {
+    if (valueAs<VeskInt>(&other) != nullptr) {
         return {other.toString(), false, false};
     }
-    if (dynamic_cast<const VeskList*>(&other) != nullptr) {
+    if (valueAs<VeskList>(&other) != nullptr) {
         return {other.toString(), false, true};
     }
     throw BadConversion(other.typeName(), other.toDisplayString(), self.typeName());
@@ -118,17 +118,17 @@ ValueIteratorPtr VeskBaseString::end() const {
 }
 
 bool VeskBaseString::equals(const VeskValue& other) const {
-    const auto* string = dynamic_cast<const VeskBaseString*>(&other);
+    const auto* string = valueAs<VeskBaseString>(&other);
     return string != nullptr && unquoted() == string->unquoted();
 }
 
 bool VeskBaseString::greaterThan(const VeskValue& other) const {
-    const auto* string = dynamic_cast<const VeskBaseString*>(&other);
+    const auto* string = valueAs<VeskBaseString>(&other);
     return string != nullptr && text.size() > string->text.size();
 }
 
 bool VeskBaseString::lessThan(const VeskValue& other) const {
-    const auto* string = dynamic_cast<const VeskBaseString*>(&other);
+    const auto* string = valueAs<VeskBaseString>(&other);
     return string != nullptr && text.size() < string->text.size();
 }
 
@@ -158,7 +158,7 @@ std::string VeskPathString::toDisplayString() const {
 }
 
 bool VeskPathString::equals(const VeskValue& other) const {
-    const auto* path = dynamic_cast<const VeskPathString*>(&other);
+    const auto* path = valueAs<VeskPathString>(&other);
     if (path == nullptr) {
         return VeskBaseString::equals(other);
     }
@@ -192,9 +192,9 @@ std::vector<std::string> pathTexts(const std::string& text, Resolver& resolver) 
         if (!value) {
             return texts;
         }
-        const bool isPath = dynamic_cast<const VeskPathString*>(value.get()) != nullptr;
-        const bool hasElements = dynamic_cast<const VeskList*>(value.get()) != nullptr ||
-                                 dynamic_cast<const VeskString*>(value.get()) != nullptr;
+        const bool isPath = valueAs<VeskPathString>(value.get()) != nullptr;
+        const bool hasElements = valueAs<VeskList>(value.get()) != nullptr ||
+                                 valueAs<VeskString>(value.get()) != nullptr;
         if (hasElements && !isPath) {
             for (const ValuePtr& element : elementsOf(*value)) {
                 texts.push_back(element->toString());
@@ -203,7 +203,7 @@ std::vector<std::string> pathTexts(const std::string& text, Resolver& resolver) 
         }
     }
     const ValuePtr expanded = expandText(text, resolver);
-    if (const auto* list = dynamic_cast<const VeskList*>(expanded.get())) {
+    if (const auto* list = valueAs<VeskList>(expanded.get())) {
         for (const ValuePtr& item : list->items) {
             texts.push_back(item->toString());
         }

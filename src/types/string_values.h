@@ -11,7 +11,9 @@ namespace Vesk {
 /// What all strings share. A string iterates over its words, the runs between white space.
 class VeskBaseString : public VeskValue, public std::enable_shared_from_this<VeskBaseString> {
   public:
-    explicit VeskBaseString(std::string content) : text(std::move(content)) {}
+    static constexpr bool isOf(ValueKind kind) noexcept {
+        return kind == ValueKind::String || kind == ValueKind::Path || kind == ValueKind::RawString;
+    }
 
     ValuePtr clone() const override { return makeString(text); }
     ValuePtr add(const VeskValue& other) const override;
@@ -34,6 +36,10 @@ class VeskBaseString : public VeskValue, public std::enable_shared_from_this<Ves
 
     std::string text;
 
+  protected:
+    VeskBaseString(ValueKind kind, std::string content)
+        : VeskValue(kind), text(std::move(content)) {}
+
   private:
     std::shared_ptr<const VeskBaseString> sharedSelf() const;
 };
@@ -41,8 +47,12 @@ class VeskBaseString : public VeskValue, public std::enable_shared_from_this<Ves
 /// A plain string: references in it are expanded when it is resolved.
 class VeskString : public VeskBaseString, public Resolvable {
   public:
-    using VeskBaseString::VeskBaseString;
+    explicit VeskString(std::string content) : VeskString(ValueKind::String, std::move(content)) {}
 
+    static constexpr bool isOf(ValueKind kind) noexcept {
+        return kind == ValueKind::String || kind == ValueKind::Path;
+    }
+    Resolvable* resolvable() noexcept override { return this; }
     std::string typeName() const override { return "VeskString"; }
     std::string unquoted() const override;
     std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
@@ -54,6 +64,8 @@ class VeskString : public VeskBaseString, public Resolvable {
     ValuePtr resolve() override;
 
   protected:
+    VeskString(ValueKind kind, std::string content) : VeskBaseString(kind, std::move(content)) {}
+
     Resolver* resolver_ = nullptr;
 };
 
@@ -61,8 +73,9 @@ class VeskString : public VeskBaseString, public Resolvable {
 class VeskPathString : public VeskString {
   public:
     VeskPathString(std::string content, std::filesystem::path base)
-        : VeskString(std::move(content)), baseDirectory(std::move(base)) {}
+        : VeskString(ValueKind::Path, std::move(content)), baseDirectory(std::move(base)) {}
 
+    static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Path; }
     std::string toDisplayString() const override;
     bool equals(const VeskValue& other) const override;
     std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
@@ -81,8 +94,10 @@ class VeskPathString : public VeskString {
 /// A string that is never expanded.
 class VeskRawString : public VeskBaseString {
   public:
-    using VeskBaseString::VeskBaseString;
+    explicit VeskRawString(std::string content)
+        : VeskBaseString(ValueKind::RawString, std::move(content)) {}
 
+    static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::RawString; }
     std::string typeName() const override { return "VeskRawString"; }
     std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
 };

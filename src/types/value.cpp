@@ -21,7 +21,7 @@ bool VeskValue::notEquals(const VeskValue& other) const {
 }
 
 ValuePtr deepCopy(const VeskValue& value) {
-    if (const auto* list = dynamic_cast<const VeskList*>(&value)) {
+    if (const auto* list = valueAs<VeskList>(&value)) {
         std::vector<ValuePtr> items;
         items.reserve(list->items.size());
         for (const ValuePtr& item : list->items) {
@@ -29,7 +29,7 @@ ValuePtr deepCopy(const VeskValue& value) {
         }
         return std::make_shared<VeskList>(std::move(items));
     }
-    if (const auto* context = dynamic_cast<const VeskContext*>(&value)) {
+    if (const auto* context = valueAs<VeskContext>(&value)) {
         // A mere reference stays one: what it refers to belongs to somebody else.
         return context->owns() ? std::make_shared<VeskContext>(context->context()->deepCopy())
                                : context->clone();

@@ -57,9 +57,27 @@ class IVeskValueIterator {
 
 using ValueIteratorPtr = std::unique_ptr<IVeskValueIterator>;
 
+/// The classes of values that there are.
+enum class ValueKind : unsigned char {
+    CharSet,
+    Context,
+    Identifier,
+    Int,
+    List,
+    Path,
+    RawString,
+    String,
+};
+
 class VeskValue {
   public:
     virtual ~VeskValue() = default;
+
+    /// Its class. `valueAs` is the way to get at it.
+    ValueKind kind() const noexcept { return kind_; }
+
+    /// Itself, if it is of a kind that is resolved; otherwise null. See `resolvableOf`.
+    virtual Resolvable* resolvable() noexcept { return nullptr; }
 
     /// A new value of the same class with the same content.
     virtual ValuePtr clone() const = 0;
@@ -90,7 +108,32 @@ class VeskValue {
 
     /// The class's name as text.
     virtual std::string typeName() const = 0;
+
+  protected:
+    explicit VeskValue(ValueKind kind) noexcept : kind_(kind) {}
+
+  private:
+    ValueKind kind_;
 };
+
+/// The value as one of the class, or null when it is of another or null itself. Values are asked
+/// for their classes at every step of a build: comparing a number is much cheaper than the search
+/// that a dynamic cast is.
+template <class Class>
+const Class* valueAs(const VeskValue* value) noexcept {
+    return value != nullptr && Class::isOf(value->kind()) ? static_cast<const Class*>(value)
+                                                          : nullptr;
+}
+
+template <class Class>
+Class* valueAs(VeskValue* value) noexcept {
+    return const_cast<Class*>(valueAs<Class>(static_cast<const VeskValue*>(value)));
+}
+
+/// The value as one that is resolved, or null when it is none or null itself.
+inline Resolvable* resolvableOf(const ValuePtr& value) noexcept {
+    return value ? value->resolvable() : nullptr;
+}
 
 /// A copy that shares nothing that can change: lists and contexts are copied all the way down.
 ValuePtr deepCopy(const VeskValue& value);

@@ -91,9 +91,9 @@ void appendTextAssignment(std::string& out, std::string_view name, std::string_v
 
 bool appendAssignment(std::string& out, const Assignment& assignment) {
     const VeskValue* value = assignment.value.get();
-    const auto* string = dynamic_cast<const VeskBaseString*>(value);
-    if (string != nullptr && dynamic_cast<const VeskPathString*>(string) == nullptr) {
-        const bool raw = dynamic_cast<const VeskRawString*>(string) != nullptr;
+    const auto* string = valueAs<VeskBaseString>(value);
+    if (string != nullptr && valueAs<VeskPathString>(string) == nullptr) {
+        const bool raw = valueAs<VeskRawString>(string) != nullptr;
         appendStringForm(out, raw ? 'R' : 'S', assignment, string->text);
         return true;
     }

@@ -29,7 +29,7 @@ bool appendRaw(std::string& out, char letter, std::string_view text) {
 /// like the start of a path literal.
 bool appendString(std::string& out, const VeskBaseString& value) {
     const std::string& text = value.text;
-    const bool raw = dynamic_cast<const VeskRawString*>(&value) != nullptr;
+    const bool raw = valueAs<VeskRawString>(&value) != nullptr;
     if (raw || text.find('"') != std::string::npos || text.ends_with('P')) {
         return appendRaw(out, 'R', text);
     }
@@ -67,13 +67,13 @@ bool appendValue(std::string& out, const ValuePtr& value) {
     if (!value) {
         return false;
     }
-    if (const auto* path = dynamic_cast<const VeskPathString*>(value.get())) {
+    if (const auto* path = valueAs<VeskPathString>(value.get())) {
         return appendPath(out, *path);
     }
-    if (const auto* string = dynamic_cast<const VeskBaseString*>(value.get())) {
+    if (const auto* string = valueAs<VeskBaseString>(value.get())) {
         return appendString(out, *string);
     }
-    if (const auto* list = dynamic_cast<const VeskList*>(value.get())) {
+    if (const auto* list = valueAs<VeskList>(value.get())) {
         return appendList(out, *list);
     }
     try {

@@ -29,15 +29,15 @@ void collectPaths(const Context& context, const PathSink& take) {
 }
 
 void collectPaths(const VeskValue* value, const PathSink& take) {
-    if (const auto* path = dynamic_cast<const VeskPathString*>(value)) {
+    if (const auto* path = valueAs<VeskPathString>(value)) {
         if (!path->text.empty()) {
             take(trackedPath(path->text, path->baseDirectory));
         }
-    } else if (const auto* list = dynamic_cast<const VeskList*>(value)) {
+    } else if (const auto* list = valueAs<VeskList>(value)) {
         for (const ValuePtr& item : list->items) {
             collectPaths(item.get(), take);
         }
-    } else if (const auto* nested = dynamic_cast<const VeskContext*>(value)) {
+    } else if (const auto* nested = valueAs<VeskContext>(value)) {
         if (nested->owns()) {  // else it is a context that somebody else has, such as a dependant's
             collectPaths(*nested->context(), take);
         }
@@ -52,12 +52,12 @@ void sortUnique(std::vector<std::string>& files) {
 
 /// The value with every path below the root written as seen from there.
 ValuePtr relativeValue(const ValuePtr& value, const TrackingRoot& root) {
-    if (const auto* path = dynamic_cast<const VeskPathString*>(value.get())) {
+    if (const auto* path = valueAs<VeskPathString>(value.get())) {
         const std::string tracked = trackedPath(path->text, path->baseDirectory);
         return std::make_shared<VeskPathString>(std::string(root.stored(tracked)),
                                                 std::filesystem::path());
     }
-    if (const auto* list = dynamic_cast<const VeskList*>(value.get())) {
+    if (const auto* list = valueAs<VeskList>(value.get())) {
         std::vector<ValuePtr> items;
         for (const ValuePtr& item : list->items) {
             items.push_back(relativeValue(item, root));
@@ -257,9 +257,8 @@ class RequestMaker {
             }
         }
         const Assignment* variables = question_.target.find(kEnvironmentVariable);
-        const auto* nested = variables != nullptr
-                                 ? dynamic_cast<const VeskContext*>(variables->value.get())
-                                 : nullptr;
+        const auto* nested =
+            variables != nullptr ? valueAs<VeskContext>(variables->value.get()) : nullptr;
         if (nested != nullptr) {
             for (const auto& [name, assignment] : nested->context()->assignments()) {
                 appendTextAssignment(text, std::string(kEnvironmentVariable) + "." + name.str(),

@@ -13,7 +13,7 @@ constexpr std::string_view kAmbiguous =
 std::shared_ptr<Context> nestedContext(const Context& context, const std::string& name) {
     const Assignment* assignment = context.find(name);
     const auto* value =
-        assignment != nullptr ? dynamic_cast<const VeskContext*>(assignment->value.get()) : nullptr;
+        assignment != nullptr ? valueAs<VeskContext>(assignment->value.get()) : nullptr;
     return value != nullptr ? value->context() : nullptr;
 }
 

@@ -19,7 +19,7 @@ struct PrefixEnd {
 };
 
 std::string argumentText(const ValuePtr& argument) {
-    const auto* context = dynamic_cast<const VeskContext*>(argument.get());
+    const auto* context = valueAs<VeskContext>(argument.get());
     if (context != nullptr && !context->owns()) {
         // The dependant's own context, which is not resolved yet: its identity tells it.
         return fmt::format("{}", static_cast<const void*>(context->context().get()));
@@ -30,7 +30,7 @@ std::string argumentText(const ValuePtr& argument) {
 std::vector<std::shared_ptr<Context>> referredContexts(const std::vector<ValuePtr>& arguments) {
     std::vector<std::shared_ptr<Context>> contexts;
     for (const ValuePtr& argument : arguments) {
-        const auto* context = dynamic_cast<const VeskContext*>(argument.get());
+        const auto* context = valueAs<VeskContext>(argument.get());
         if (context != nullptr && !context->owns()) {
             contexts.push_back(context->context());
         }

@@ -10,7 +10,7 @@ namespace Vesk {
 namespace {
 
 const VeskIdentifier* identifierOf(const ValuePtr& value) {
-    return dynamic_cast<const VeskIdentifier*>(value.get());
+    return valueAs<VeskIdentifier>(value.get());
 }
 
 /// A copy for the target's context. That a value satisfies a need of its tool matters to the tool
@@ -29,7 +29,7 @@ std::string identityOf(const ValuePtr& item) {
 
 /// Takes the last of each of these items off a list.
 void removeLast(const ValuePtr& value, std::set<std::string> identities) {
-    auto* list = dynamic_cast<VeskList*>(value.get());
+    auto* list = valueAs<VeskList>(value.get());
     if (list == nullptr || identities.empty()) {
         return;
     }
@@ -147,7 +147,7 @@ void InputContext::appendOutput(Assignment output) {
 /// its dependencies use, stands in a list once: in its last place, as linkers need it. Else it
 /// would double with every layer of dependencies.
 void InputContext::mergeOutput(const Assignment& output) {
-    if (const auto* list = dynamic_cast<const VeskList*>(output.value.get())) {
+    if (const auto* list = valueAs<VeskList>(output.value.get())) {
         std::set<std::string>& known = movedItems_[output.name];
         std::set<std::string> again;
         for (const ValuePtr& item : list->items) {

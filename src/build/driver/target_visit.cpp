@@ -340,7 +340,7 @@ BuildEnvSettings TargetVisit::environmentSettings() const {
 void TargetVisit::setEnvironment(BuildEnv& environment) const {
     const Assignment* variables = input_->shared()->find(kEnvironmentVariable);
     const auto* nested =
-        variables != nullptr ? dynamic_cast<const VeskContext*>(variables->value.get()) : nullptr;
+        variables != nullptr ? valueAs<VeskContext>(variables->value.get()) : nullptr;
     if (nested == nullptr) {
         return;
     }

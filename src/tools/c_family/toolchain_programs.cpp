@@ -48,7 +48,7 @@ std::string findProgram(const ToolchainPlace& place,
 
 std::string resolvedText(const ValuePtr& value, Context& target) {
     const ValuePtr copy = value ? deepCopy(*value) : nullptr;
-    if (auto* resolvable = dynamic_cast<Resolvable*>(copy.get())) {
+    if (Resolvable* resolvable = resolvableOf(copy)) {
         resolvable->setResolver(&target);
         return resolvable->resolve()->toString();
     }

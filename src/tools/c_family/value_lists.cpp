@@ -13,11 +13,11 @@ const VeskValue* valueOf(const Context& target, std::string_view variable) {
 }
 
 const VeskList* asList(const VeskValue& value) {
-    return dynamic_cast<const VeskList*>(&value);
+    return valueAs<VeskList>(&value);
 }
 
 bool isPath(const VeskValue& value) {
-    return dynamic_cast<const VeskPathString*>(&value) != nullptr;
+    return valueAs<VeskPathString>(&value) != nullptr;
 }
 
 }  // namespace
@@ -38,7 +38,7 @@ std::vector<std::string> entriesOf(const Context& target, std::string_view varia
         for (const ValuePtr& item : list->items) {
             take(item);
         }
-    } else if (isPath(*value) || dynamic_cast<const VeskBaseString*>(value) == nullptr) {
+    } else if (isPath(*value) || valueAs<VeskBaseString>(value) == nullptr) {
         take(value->clone());
     } else {
         for (const ValuePtr& word : elementsOf(*value)) {
