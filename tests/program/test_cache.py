@@ -1,6 +1,7 @@
 """What is built again, what is not, and what vesk says about it."""
 
 import os
+import random
 import shutil
 import signal
 import time
@@ -153,6 +154,22 @@ class Failures(Cached):
         self.assertEqual(self.built(), ["all", "app", "gen", "lib"])
         self.fresh()
 
+    @posix_only("killed processes are the same there, but cannot be killed from here")
+    def test_killed_wherever_it_is(self):
+        delays = random.Random(1)
+        for edit in range(12):
+            text = f"edit {edit % 3}"
+            self.write("src/lib.txt", text)
+            self.write("src/app.txt", text)
+            process = self.start("all")
+            time.sleep(delays.random() * 0.06)  # before, in or after any of its steps
+            os.killpg(process.pid, signal.SIGKILL)
+            process.communicate()
+            if edit % 2:
+                self.built()
+                self.fresh()
+                self.assertEqual((self.read("out/lib"), self.read("out/app")), (text, text))
+
     def test_damaged_files_are_replaced(self):
         self.built()
         whole = (self.dir / ".vesk_cache").read_bytes()
@@ -172,6 +189,18 @@ class Failures(Cached):
         result = self.run_vesk("t")
         self.assertEqual(result.status, 0)
         self.assertIn("Unable to open cache file", result.err)
+
+
+    @posix_only("there is no file that is always full")
+    def test_a_full_disk(self):
+        self.built()
+        self.write("src/lib.txt", "new")
+        os.symlink("/dev/full", self.dir / ".vesk_cache.tmp")
+        result = self.run_vesk("all")
+        self.assertEqual(result.status, 0, "the build itself was fine")
+        self.assertRegex(result.err, r"\AUnable to flush cache file '.*\.vesk_cache\.tmp'\.\n\Z")
+        self.assertEqual(self.built(), ["all", "app", "lib"], "what could not be noted is no hit")
+        self.fresh()
 
 
 class TwoAtOnce(Cached):
