@@ -1,6 +1,7 @@
 #include "build/driver/jobs.h"
 
 #include <chrono>
+#include <exception>
 #include <future>
 #include <system_error>
 #include <unordered_set>
@@ -21,13 +22,27 @@ namespace fs = std::filesystem;
 /// How long a stage runs before what it has done is worth keeping.
 constexpr std::chrono::seconds kInterval{30};
 
+/// Nothing may leave the thread of a job but the status and the reason.
+std::int32_t runAction(const Recipe& step, std::string& failure) {
+    try {
+        step.action();
+        return 0;
+    } catch (const VeskException& exception) {
+        failure = exception.report();
+    } catch (const std::exception& exception) {
+        failure = exception.what();
+    }
+    return 1;
+}
+
 /// The body of a job's task. Writes to its own job only.
 void runJob(Job& job) {
     for (const Recipe& command : job.commands) {
         if (platform::interruptSignal() != 0) {
             return;
         }
-        const std::int32_t status = runCommand(command, &job.startFailure);
+        const std::int32_t status = command.action ? runAction(command, job.startFailure)
+                                                   : runCommand(command, &job.startFailure);
         if (status != 0) {
             job.failedCommand = command.command;
             job.result = status;

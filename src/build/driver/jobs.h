@@ -20,7 +20,7 @@ struct Job {
     std::vector<Recipe> commands;
     std::int32_t result = 0;    ///< 0: success; else the status of the command that failed
     std::string failedCommand;  ///< set with a result other than 0
-    std::string startFailure;   ///< why that command could not be started, if so
+    std::string startFailure;   ///< why it could not be started, or why an action failed
 
     /// All commands have run and succeeded. May be read while others of the stage still run.
     std::atomic<bool> succeeded = false;

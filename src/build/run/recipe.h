@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -45,6 +46,12 @@ struct Recipe {
     std::vector<Assignment> outputs;        ///< their folders are made before the command runs
     std::filesystem::path dependencyFile;   ///< written by the command: files it has read; or empty
     std::vector<SupportFile> supportFiles;  ///< written before the command runs
+
+    /// Work that vesk does itself in place of the command, whose text is then what users see of it
+    /// and what the cache compares: it names all that the work depends on. Called on the thread of
+    /// its job; throws VeskException or a standard exception when it fails.
+    std::function<void()> action;
+
     std::uint32_t stage = 0;  ///< recipes of a stage run together, after those of the lower stages
 
     bool pooled = false;  ///< one of many small steps: as many run at once as the user allows
