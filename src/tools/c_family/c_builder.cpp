@@ -9,16 +9,6 @@ namespace Vesk {
 
 namespace {
 
-BuildEnvSettings environmentSettings(const TargetContext& target) {
-    BuildEnvSettings settings;
-    settings.projectRoot = platform::pathFromUtf8(target.textOf("PROJECT_ROOT").value_or(""));
-    settings.outputName = target.textOf("OUTPUT_NAME").value_or("");
-    settings.outputDir = target.textOf("OUTPUT_DIR").value_or("");
-    settings.outputDefDir = target.textOf("OUTPUT_DEF_DIR").value_or("");
-    settings.profile = target.textOf("PROFILE").value_or("");
-    return settings;
-}
-
 /// What says how to link with a target: only its builder knows whether that reaches dependants. An
 /// executable that links a library is nothing that a dependant links.
 const std::set<CiString, CiLess>& builderOutputs() {
@@ -26,6 +16,8 @@ const std::set<CiString, CiLess>& builderOutputs() {
         "OBJECTS", "DEPFILES", "OUTPUT", "LIBRARY", "LIB_FILES", "OBJ_FILES", "LINK_LANGUAGE"};
     return names;
 }
+
+}  // namespace
 
 void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& outputs) {
     std::set<CiString, CiLess> given;
@@ -40,7 +32,15 @@ void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& ou
     }
 }
 
-}  // namespace
+BuildEnvSettings environmentSettings(const TargetContext& target) {
+    BuildEnvSettings settings;
+    settings.projectRoot = platform::pathFromUtf8(target.textOf("PROJECT_ROOT").value_or(""));
+    settings.outputName = target.textOf("OUTPUT_NAME").value_or("");
+    settings.outputDir = target.textOf("OUTPUT_DIR").value_or("");
+    settings.outputDefDir = target.textOf("OUTPUT_DEF_DIR").value_or("");
+    settings.profile = target.textOf("PROFILE").value_or("");
+    return settings;
+}
 
 CBuilder::CBuilder(std::string name, AssignmentMap subjects)
     : Builder(std::move(subjects)), name_(std::move(name)) {}

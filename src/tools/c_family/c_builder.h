@@ -40,6 +40,12 @@ class CBuilder : public Builder {
     std::string name_;
 };
 
+/// What a target's context says about where its results go.
+BuildEnvSettings environmentSettings(const TargetContext& target);
+
+/// Adds the outputs that the target declares itself to those of its builder's making.
+void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& outputs);
+
 /// The variables that every builder of compiled programs consumes.
 AssignmentMap cFamilySubjects();
 

@@ -84,25 +84,9 @@ std::vector<FoundCompiler> compilersIn(const std::string& folder, std::string_vi
     return found;
 }
 
-/// The file behind all links; the path itself where that cannot be told.
-std::string realPath(const std::string& path) {
-    std::error_code error;
-    const fs::path real = fs::canonical(platform::pathFromUtf8(path), error);
-    return error ? path : normalPath(platform::pathToUtf8(real));
-}
-
 /// The interpreter of Windows misreads a quoted path that holds one of these.
 bool confusesInterpreter(std::string_view path) noexcept {
     return platform::kWindows && path.find_first_of("&()@^|<>") != std::string_view::npos;
-}
-
-std::string identifierOf(std::string text) {
-    for (char& c : text) {
-        const bool allowed = (c >= '0' && c <= '9') ||
-                             (asciiLower(c) >= 'a' && asciiLower(c) <= 'z') || c == '_' || c == '-';
-        c = allowed ? c : '-';
-    }
-    return text;
 }
 
 }  // namespace
@@ -155,6 +139,21 @@ std::string askCompiler(const FoundCompiler& compiler, std::string_view argument
     std::string answer = captureOutput(path.filename(), arguments, true);
     platform::setEnvironmentVariable("PATH", before);
     return answer;
+}
+
+std::string realPath(const std::string& path) {
+    std::error_code error;
+    const fs::path real = fs::canonical(platform::pathFromUtf8(path), error);
+    return error ? path : normalPath(platform::pathToUtf8(real));
+}
+
+std::string identifierOf(std::string text) {
+    for (char& c : text) {
+        const bool allowed = (c >= '0' && c <= '9') ||
+                             (asciiLower(c) >= 'a' && asciiLower(c) <= 'z') || c == '_' || c == '-';
+        c = allowed ? c : '-';
+    }
+    return text;
 }
 
 DetectedTool detectedTool(const Toolchain& toolchain, std::string_view word) {

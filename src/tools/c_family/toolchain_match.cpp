@@ -38,7 +38,7 @@ class Comparison {
 
     MatchResult result() {
         noteSubjects();
-        if (result_.matches.empty() || spellsOutCommands()) {
+        if (result_.matches.empty() || spellsOutCommands(target_)) {
             return {};
         }
         compareSettings();
@@ -65,13 +65,6 @@ class Comparison {
                 result_.matches.emplace(subject, MatchKind::ExactMatch);
             }
         }
-    }
-
-    bool spellsOutCommands() const {
-        constexpr const char* kOthers[] = {"cmdline", "pwsh", "NO_TOOL", "WRITE_FILE",
-                                           "FILE_WRITER"};
-        return std::ranges::any_of(
-            kOthers, [this](const char* name) { return target_.find(name) != nullptr; });
     }
 
     /// Records a setting that the target asks for: true when the toolchain has it.
@@ -178,6 +171,12 @@ std::vector<CiString> withToolchainSettings(std::vector<CiString> names) {
         names.push_back(std::move(name));
     }
     return names;
+}
+
+bool spellsOutCommands(const Context& target) {
+    constexpr const char* kOthers[] = {"cmdline", "pwsh", "NO_TOOL", "WRITE_FILE", "FILE_WRITER"};
+    return std::ranges::any_of(
+        kOthers, [&target](const char* name) { return target.find(name) != nullptr; });
 }
 
 std::string declaredTriple(const AssignmentMap& declared) {

@@ -19,6 +19,9 @@ std::vector<CiString> withToolchainSettings(std::vector<CiString> names);
 /// The triple that a declaration gives or that its prefix tells; empty when neither does.
 std::string declaredTriple(const AssignmentMap& declared);
 
+/// Whether the target is for a tool that runs commands or writes files, whatever else it holds.
+bool spellsOutCommands(const Context& target);
+
 /// The verdict on a target that assigns one of `subjects`. What it asks for must be so:
 ///
 ///     toolchain_version      "12" fits 12.2.0

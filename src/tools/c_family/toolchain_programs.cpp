@@ -46,15 +46,6 @@ std::string findProgram(const ToolchainPlace& place,
     return {};
 }
 
-std::string resolvedText(const ValuePtr& value, Context& target) {
-    const ValuePtr copy = value ? deepCopy(*value) : nullptr;
-    if (Resolvable* resolvable = resolvableOf(copy)) {
-        resolvable->setResolver(&target);
-        return resolvable->resolve()->toString();
-    }
-    return copy ? copy->toString() : std::string();
-}
-
 ValuePtr valueIn(const Context::Map& declared, std::string_view name) {
     const auto found = declared.find(name);
     return found == declared.end() ? nullptr : found->second.value;
@@ -66,6 +57,15 @@ std::string textIn(const Context::Map& declared, std::string_view name) {
 }
 
 }  // namespace
+
+std::string resolvedText(const ValuePtr& value, Context& target) {
+    const ValuePtr copy = value ? deepCopy(*value) : nullptr;
+    if (Resolvable* resolvable = resolvableOf(copy)) {
+        resolvable->setResolver(&target);
+        return resolvable->resolve()->toString();
+    }
+    return copy ? copy->toString() : std::string();
+}
 
 DeclaredPlace declaredPlace(const Context::Map& declared) {
     DeclaredPlace place = {

@@ -30,6 +30,9 @@ struct DeclaredPlace {
 
 DeclaredPlace declaredPlace(const Context::Map& declared);
 
+/// The text of a declared value; references in it are those of the target.
+std::string resolvedText(const ValuePtr& value, Context& target);
+
 /// Finds programs, and remembers for the whole run where they are. Shared by the copies of a
 /// matcher; used on the driver's thread only.
 class ToolchainPrograms {
