@@ -1,0 +1,102 @@
+#include "tools/android/android_matcher.h"
+
+#include <algorithm>
+
+#include "base/exception.h"
+#include "tools/android/apk_builder.h"
+#include "tools/c_family/source_files.h"
+#include "tools/c_family/toolchain_match.h"
+#include "tools/c_family/value_lists.h"
+
+namespace Vesk {
+
+namespace {
+
+constexpr const char* kToolType = "android-sdk";
+constexpr const char* kBuildToolsVersion = "build_tools_version";
+constexpr const char* kPlatformVersion = "platform_version";
+
+const AssignmentMap& wantsTable() {
+    static const AssignmentMap table =
+        makeTable({{"toolchain_path"}, {kBuildToolsVersion}, {kPlatformVersion}, {"java_path"}});
+    return table;
+}
+
+const AssignmentMap& needsTable() {
+    static const AssignmentMap table = makeTable({{"MANIFEST"}});
+    return table;
+}
+
+bool isForCompilers(const Context& target) {
+    return hasSources(target) || hasEntries(target, "OBJ_FILES");
+}
+
+bool isGiven(const Assignment* assignment) {
+    return assignment != nullptr && assignment->value;
+}
+
+}  // namespace
+
+const ToolTypeRegistration RegisterAndroidSdkMatcher(kToolType,
+                                                     matcherFactory<AndroidSdkMatcher>());
+const ToolchainDetectorRegistration RegisterAndroidSdkDetector(kToolType, detectAndroidSdks);
+
+AndroidSdkMatcher::AndroidSdkMatcher(const CiString& name, const AssignmentMap& must,
+                                     const AssignmentMap& others)
+    : Matcher(name, kToolType, wantsTable(), needsTable(), must, others),
+      sdks_(std::make_shared<AndroidSdks>()) {
+    if (!wants().at("toolchain_path").value) {
+        throw VeskException("AndroidSdkMatcher requires want variable 'toolchain_path'.");
+    }
+}
+
+std::unique_ptr<Matcher> AndroidSdkMatcher::clone() const {
+    return std::make_unique<AndroidSdkMatcher>(*this);
+}
+
+std::vector<CiString> AndroidSdkMatcher::comparedNames() const {
+    std::vector<CiString> names = Matcher::comparedNames();
+    names.insert(names.end(), {kBuildToolsVersion, kPlatformVersion, "tool_type"});
+    return names;
+}
+
+// A profile may well ask for a compiler's version or target; only the type of tool and the versions
+// of an SDK's parts mean this one. Where an SDK lacks the version, another one may have it.
+MatchResult AndroidSdkMatcher::matchTool(const Context& target) const {
+    MatchResult result;
+    if (spellsOutCommands(target) || isForCompilers(target)) {
+        return result;
+    }
+    for (const auto& [name, subject] : androidApkSubjects()) {
+        const Assignment* assignment = target.find(name);
+        if (assignment != nullptr && assignment->modifier != AssignModifier::Output) {
+            result.matches.emplace(name, MatchKind::ExactMatch);
+        }
+    }
+    if (equalsIgnoringCase(target.textOf("tool_type").value_or(""), kToolType)) {
+        result.matches.emplace("tool_type", MatchKind::ExactMatch);
+    }
+    const auto note = [&](const char* name, const auto& find) {
+        const Assignment* asked = target.find(name);
+        if (isGiven(asked) && find(asked->value->toString()) != nullptr) {
+            result.matches.emplace(name, MatchKind::ExactMatch);
+        }
+    };
+    if (isGiven(target.find(kBuildToolsVersion)) || isGiven(target.find(kPlatformVersion))) {
+        auto scratch = std::make_shared<Context>();
+        if (const Assignment* root = target.find("PROJECT_ROOT")) {
+            scratch->addAssignment(*root, ModifierMode::Copy);
+        }
+        const AndroidSdk& sdk = sdks_->at(sdkFolder(wants().at("toolchain_path").value, *scratch));
+        note(kBuildToolsVersion, [&](const std::string& v) { return sdk.findBuildTools(v); });
+        note(kPlatformVersion, [&](const std::string& v) { return sdk.findPlatform(v); });
+    }
+    result.note = MatchNote::BuildPossible;
+    return result;
+}
+
+std::shared_ptr<Builder> AndroidSdkMatcher::createBuilder(const Context&) const {
+    return std::make_shared<AndroidApkBuilder>(wants().at("toolchain_path").value, sdks_);
+}
+
+}  // namespace Vesk

@@ -1,0 +1,38 @@
+// Android packages, "android-sdk": the build tools and platforms of an Android SDK.
+#pragma once
+
+#include <memory>
+
+#include "tools/android/android_sdk.h"
+#include "tools/matcher.h"
+#include "tools/tool_registry.h"
+#include "tools/toolchain_detection.h"
+
+namespace Vesk {
+
+extern const ToolTypeRegistration RegisterAndroidSdkMatcher;
+extern const ToolchainDetectorRegistration RegisterAndroidSdkDetector;
+
+/// Fits targets with an Android manifest. A target of sources or objects that names a MANIFEST
+/// means one of another kind.
+class AndroidSdkMatcher : public Matcher {
+  public:
+    /// Throws VeskException for a declaration without "toolchain_path".
+    AndroidSdkMatcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others);
+
+    std::unique_ptr<Matcher> clone() const override;
+    std::shared_ptr<Builder> createBuilder(const Context& target) const override;
+    std::vector<CiString> comparedNames() const override;
+
+  protected:
+    MatchResult matchTool(const Context& target) const override;
+
+  private:
+    std::shared_ptr<AndroidSdks> sdks_;
+};
+
+/// The Android SDKs of this machine: where the environment says that one is, then the places where
+/// installers put them.
+std::vector<DetectedTool> detectAndroidSdks();
+
+}  // namespace Vesk

@@ -1,0 +1,70 @@
+// An installed Android SDK: the versions of its build tools and platforms.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Vesk {
+
+/// One of several versions that are installed side by side.
+struct SdkPart {
+    std::string version;  ///< "34.0.0"; of a platform "34", "34-ext8"
+    std::string folder;   ///< absolute, with forward slashes
+};
+
+class AndroidSdk {
+  public:
+    /// Looks into the folders `build-tools` and `platforms` of an SDK. What is only half there, as
+    /// after a removal, does not count.
+    explicit AndroidSdk(std::string root);
+
+    const std::string& root() const noexcept { return root_; }
+
+    /// Newest first.
+    const std::vector<SdkPart>& buildTools() const noexcept { return buildTools_; }
+    const std::vector<SdkPart>& platforms() const noexcept { return platforms_; }
+
+    /// The newest version, or the newest that fits the asked one: "34" fits 34.0.0. Null when there
+    /// is none.
+    const SdkPart* findBuildTools(std::string_view asked) const;
+    const SdkPart* findPlatform(std::string_view asked) const;
+
+    /// The same for those who need one. Throws VeskException that tells what there is.
+    const SdkPart& requireBuildTools(std::string_view asked) const;
+    const SdkPart& requirePlatform(std::string_view asked) const;
+
+  private:
+    std::string root_;
+    std::vector<SdkPart> buildTools_;
+    std::vector<SdkPart> platforms_;
+};
+
+/// The SDKs that have been looked into, for the whole run. Used on the driver's thread only.
+class AndroidSdks {
+  public:
+    const AndroidSdk& at(const std::string& root);
+
+  private:
+    std::map<std::string, std::unique_ptr<AndroidSdk>> known_;
+};
+
+/// The program of the build tools: "aapt2", on Windows "aapt2.exe".
+std::string buildToolPath(const SdkPart& tools, std::string_view name);
+
+/// The archive of Java classes in the build tools, "apksigner.jar"; empty when they have none.
+std::string buildToolJar(const SdkPart& tools, std::string_view name);
+
+/// The script that runs it: "apksigner", on Windows "apksigner.bat".
+std::string buildToolScript(const SdkPart& tools, std::string_view name);
+
+/// The classes and resources of a platform, against which packages are made.
+std::string platformJar(const SdkPart& platform);
+
+/// Whether version `a` is preferred to `b`: the higher number; the plain one of two with the same
+/// number, as 34.0.0 is to 34.0.0-rc1; and any number to a name.
+bool isNewerSdkVersion(std::string_view a, std::string_view b) noexcept;
+
+}  // namespace Vesk

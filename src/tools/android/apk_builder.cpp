@@ -1,0 +1,83 @@
+#include "tools/android/apk_builder.h"
+
+#include <fmt/format.h>
+#include <utility>
+
+#include "base/exception.h"
+#include "tools/android/apk_recipes.h"
+#include "tools/c_family/c_builder.h"
+#include "tools/c_family/toolchain_programs.h"
+#include "types/simple_values.h"
+
+namespace Vesk {
+
+namespace {
+
+/// A setting that is a path, absolute; empty when it is not given.
+std::string pathSetting(const TargetContext& target, const char* name, const TargetPaths& paths) {
+    const std::string path = target.textOf(name).value_or("");
+    return path.empty() ? path : paths.absolute(path);
+}
+
+/// The number in "34", "34-ext8": what manifests speak of. Empty for a platform without one.
+std::string apiLevel(const std::string& version) {
+    return version.substr(0, version.find_first_not_of("0123456789"));
+}
+
+ApkTools toolsFor(const TargetContext& target, const TargetPaths& paths, const AndroidSdk& sdk) {
+    const auto text = [&target](const char* name) { return target.textOf(name).value_or(""); };
+    ApkTools tools;
+    tools.buildTools = sdk.requireBuildTools(text("build_tools_version"));
+    tools.javaPath = pathSetting(target, "java_path", paths);
+    tools.platformJar = pathSetting(target, "ANDROID_JAR", paths);
+    if (tools.platformJar.empty()) {
+        const SdkPart& platform = sdk.requirePlatform(text("platform_version"));
+        tools.platformJar = platformJar(platform);
+        tools.platformVersion = apiLevel(platform.version);
+    }
+    return tools;
+}
+
+}  // namespace
+
+const AssignmentMap& androidApkSubjects() {
+    static const AssignmentMap table = makeTable({
+        {"MANIFEST"},     {"RES_DIRS"},     {"ASSET_DIRS"},    {"NATIVE_LIBS"},
+        {"LIB_FILES"},    {"ABI"},          {"JAVA_FILES"},    {"CLASS_FILES"},
+        {"CLASS_PATH"},   {"DEX_FILES"},    {"EXTRA_FILES"},   {"PACKAGE_NAME"},
+        {"VERSION_CODE"}, {"VERSION_NAME"}, {"MIN_SDK"},       {"TARGET_SDK"},
+        {"AAPT2_FLAGS"},  {"JAVA_FLAGS"},   {"D8_FLAGS"},      {"SIGN_FLAGS"},
+        {"KEYSTORE"},     {"KEY_ALIAS"},    {"KEYSTORE_PASS"}, {"KEY_PASS"},
+        {"OUTPUT_NAME"},  {"OUTPUT_DIR"},   {"ANDROID_JAR"},   {"AAPT2_COMPILE_FLAGS"},
+    });
+    return table;
+}
+
+std::string sdkFolder(const ValuePtr& declared, Context& target) {
+    return normalPath(resolvedText(declared, target),
+                      normalPath(target.textOf("PROJECT_ROOT").value_or("")));
+}
+
+AndroidApkBuilder::AndroidApkBuilder(ValuePtr sdkPath, std::shared_ptr<AndroidSdks> sdks)
+    : Builder(androidApkSubjects()), sdkPath_(std::move(sdkPath)), sdks_(std::move(sdks)) {}
+
+RecipeSet AndroidApkBuilder::createRecipes(TargetContext& target) {
+    const BuildEnv environment(environmentSettings(target));
+    const TargetPaths paths(target, environment);
+    ApkRecipes made(target, environment,
+                    toolsFor(target, paths, sdks_->at(sdkFolder(sdkPath_, target))));
+    made.make();
+    RecipeSet set{std::move(made.recipes), std::move(made.outputs), true};
+    addDeclaredOutputs(target, set.assignments);
+    return set;
+}
+
+std::shared_ptr<Context> AndroidApkBuilder::complete(TargetContext&, int exitCode) {
+    auto results = std::make_shared<Context>();
+    results->addAssignment(
+        resolvedAssignment("result", std::make_shared<VeskInt>(exitCode), AssignModifier::Output),
+        ModifierMode::Copy);
+    return results;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,35 @@
+// Building Android packages.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tools/android/android_sdk.h"
+#include "tools/builder.h"
+
+namespace Vesk {
+
+/// Makes a signed package of a manifest and what belongs to it; apk_recipes.h tells how.
+class AndroidApkBuilder : public Builder {
+  public:
+    /// `sdkPath`: the declared toolchain_path, references and all.
+    AndroidApkBuilder(ValuePtr sdkPath, std::shared_ptr<AndroidSdks> sdks);
+
+    std::string name() const override { return "android_apk"; }
+    RecipeSet createRecipes(TargetContext& target) override;
+
+    /// The exit code as the output "result".
+    std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
+
+  private:
+    ValuePtr sdkPath_;
+    std::shared_ptr<AndroidSdks> sdks_;
+};
+
+/// The variables that the builder consumes.
+const AssignmentMap& androidApkSubjects();
+
+/// The SDK's folder, absolute; references in the declared path are those of the target.
+std::string sdkFolder(const ValuePtr& declared, Context& target);
+
+}  // namespace Vesk

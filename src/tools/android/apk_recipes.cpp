@@ -1,0 +1,273 @@
+// What all steps share, packing and signing.
+
+#include "tools/android/apk_recipes.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <utility>
+
+#include "base/console.h"
+#include "base/exception.h"
+#include "base/text.h"
+#include "platform/files.h"
+#include "tools/android/java_programs.h"
+#include "tools/android/run_step.h"
+#include "tools/c_family/file_patterns.h"
+#include "tools/c_family/libraries.h"
+#include "tools/c_family/output_type.h"
+#include "tools/c_family/toolchain_programs.h"
+#include "tools/c_family/value_lists.h"
+#include "types/context_value.h"
+
+namespace Vesk {
+
+void addInput(Recipe& recipe, const char* name, const std::string& path) {
+    recipe.inputs.push_back({resolvedAssignment(name, pathValue(path)), std::nullopt});
+}
+
+void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>& paths) {
+    for (const std::string& path : paths) {
+        addInput(recipe, name, path);
+    }
+}
+
+void addOutput(Recipe& recipe, const char* name, const std::string& path) {
+    recipe.outputs.push_back(resolvedAssignment(name, pathValue(path), AssignModifier::Output));
+}
+
+ApkRecipes::ApkRecipes(const TargetContext& target, const BuildEnv& environment, ApkTools tools)
+    : target_(target),
+      paths_(target, environment),
+      tools_(std::move(tools)),
+      base_(inObjects("base.apk")),
+      symbols_(inObjects("R.txt")),
+      javaFolder_(inObjects("java")),
+      unsigned_(inObjects("unsigned.apk")) {}
+
+void ApkRecipes::make() {
+    const std::vector<std::string> manifests = paths_.files("MANIFEST");
+    if (manifests.size() != 1) {
+        throw VeskException(
+            fmt::format("MANIFEST must name one file; it names {}.", manifests.size()));
+    }
+    manifest_ = manifests.front();
+    product_ = productPath();
+    compileResources();
+    link();
+    compileJava();
+    compileClasses();
+    pack();
+    sign();
+
+    const auto output = [this](const char* name, const std::string& path) {
+        outputs.push_back(resolvedAssignment(name, pathValue(path), AssignModifier::Output));
+    };
+    output("APK", product_);
+    output("OUTPUT", product_);
+    output("R_JAVA_DIR", javaFolder_);
+}
+
+std::string ApkRecipes::productPath() const {
+    std::string name = text("OUTPUT_NAME");
+    if (name.empty()) {
+        name = target_.target().name;
+    }
+    return paths_.inOutputDirectory(hasEnding(name) ? name : name + ".apk");
+}
+
+Recipe ApkRecipes::newRecipe(Stage stage) const {
+    Recipe recipe;
+    recipe.stage = stage;
+    recipe.workingDirectory = platform::pathFromUtf8(paths_.root());
+    return recipe;
+}
+
+std::string ApkRecipes::inObjects(std::string_view name) const {
+    return paths_.objectDirectory() + "/" + std::string(name);
+}
+
+std::string ApkRecipes::text(const char* variable) const {
+    return target_.textOf(variable).value_or("");
+}
+
+std::vector<std::string> ApkRecipes::filesBelow(const std::string& folder, const char* pattern,
+                                                const char* variable) const {
+    const auto status = platform::fileStatus(platform::pathFromUtf8(folder));
+    if (!status || !status->directory) {
+        throw VeskException(
+            fmt::format("There is no folder '{}', which {} names.", folder, variable));
+    }
+    return filesMatching(folder + "/" + pattern, paths_.outputDirectory());
+}
+
+CommandText ApkRecipes::javaTool(Recipe& recipe, std::string_view name,
+                                 const char* mainClass) const {
+    CommandText command;
+    const std::string jar = buildToolJar(tools_.buildTools, name);
+    if (jar.empty()) {
+        const std::string script = buildToolScript(tools_.buildTools, name);
+        if (!isFile(script)) {
+            throw VeskException(fmt::format(
+                "The build tools in '{}' have no '{}', which this target needs. Choose a version "
+                "that has it with build_tools_version.",
+                tools_.buildTools.folder, name));
+        }
+        command.add(nativePath(script));
+        addInput(recipe, "program", script);
+        return command;
+    }
+    // Not by the script beside it: that one may end with success though it found no Java.
+    command.add(nativePath(requireJavaProgram("java", tools_.javaPath)));
+    command.add(mainClass == nullptr ? "-jar" : "-cp");
+    command.add(nativePath(jar));
+    if (mainClass != nullptr) {
+        command.add(mainClass);
+    }
+    addInput(recipe, "program", jar);
+    return command;
+}
+
+/// In-process, since no program that is always there adds files to an archive and keeps them as
+/// they are; so the alignment of data can be chosen too, whatever the version of the build tools.
+void ApkRecipes::pack() {
+    PackageContents contents;
+    contents.base = base_;
+    contents.dexArchive = dexArchive_;
+    contents.dexFiles = paths_.files("DEX_FILES");
+    contents.libraries = nativeLibraries();
+    contents.abis = entriesOf(target_, "ABI");
+    contents.extraFiles = extraFiles();
+
+    Recipe recipe = newRecipe(Pack);
+    addInput(recipe, "base", contents.base);
+    if (!dexArchive_.empty()) {
+        addInput(recipe, "dex", dexArchive_);
+    }
+    addInputs(recipe, "DEX_FILES", contents.dexFiles);
+    std::vector<std::string> names;
+    for (const std::string& file : contents.dexFiles) {
+        names.push_back(paths_.inCommand(file));
+    }
+    for (const NativeLibrary& library : contents.libraries) {
+        addInput(recipe, "NATIVE_LIBS", library.path);
+        names.push_back(paths_.inCommand(library.path) +
+                        (library.abi.empty() ? "" : " for " + library.abi));
+    }
+    for (const ExtraFile& file : contents.extraFiles) {
+        addInput(recipe, "EXTRA_FILES", file.path);
+        names.push_back(paths_.inCommand(file.path) + " as " + file.name);
+    }
+    addOutput(recipe, "unsigned", unsigned_);
+    recipe.command = fmt::format("Packing {}", paths_.inCommand(unsigned_));
+    if (!names.empty()) {
+        recipe.command += " with " + joined(names, ", ");
+    }
+    if (!contents.abis.empty()) {
+        recipe.command += " (" + joined(contents.abis, ", ") + ")";
+    }
+    recipe.action = [contents = std::move(contents), package = unsigned_, shown = recipe.command] {
+        console::normal("{}", shown);
+        writePackage(contents, platform::pathFromUtf8(package));
+    };
+    recipes.push_back(std::move(recipe));
+}
+
+/// The libraries that the target names, and the shared ones that its dependencies hand on.
+std::vector<NativeLibrary> ApkRecipes::nativeLibraries() const {
+    std::vector<NativeLibrary> libraries;
+    const Assignment* assignment = target_.find("NATIVE_LIBS");
+    const auto* byAbi =
+        assignment == nullptr ? nullptr : dynamic_cast<const VeskContext*>(assignment->value.get());
+    if (byAbi != nullptr) {
+        for (const auto& [abi, files] : byAbi->context()->assignments()) {
+            for (std::string& path :
+                 paths_.absolute(entriesOf(*byAbi->context(), files.name.str()))) {
+                libraries.push_back({std::move(path), abi.str()});
+            }
+        }
+    } else {
+        for (std::string& path : paths_.files("NATIVE_LIBS")) {
+            libraries.push_back({std::move(path), {}});
+        }
+    }
+    for (std::string& path : paths_.files("LIB_FILES")) {
+        const bool named =
+            std::ranges::find(libraries, path, &NativeLibrary::path) != libraries.end();
+        if (isSharedLibrary(path) && !named) {
+            libraries.push_back({std::move(path), {}});
+        }
+    }
+    return libraries;
+}
+
+/// A folder stands for all files in it, which keep their names from there.
+std::vector<ExtraFile> ApkRecipes::extraFiles() const {
+    std::vector<ExtraFile> files;
+    for (const std::string& path : paths_.files("EXTRA_FILES")) {
+        const auto status = platform::fileStatus(platform::pathFromUtf8(path));
+        if (!status || !status->directory) {
+            files.push_back({path.substr(path.rfind('/') + 1), path});
+            continue;
+        }
+        for (const std::string& file : filesBelow(path, "**/*", "EXTRA_FILES")) {
+            files.push_back({file.substr(path.size() + 1), file});
+        }
+    }
+    return files;
+}
+
+void ApkRecipes::makeDebugKey(const SigningKey& key) {
+    const CommandText command = debugKeyCommand(requireJavaProgram("keytool", tools_.javaPath));
+    Recipe recipe = newRecipe(Compile);
+    recipe.command = command.text();
+    addOutput(recipe, "KEYSTORE", key.keystore);
+    recipe.action = [keystore = key.keystore, command] { Vesk::makeDebugKey(keystore, command); };
+    recipes.push_back(std::move(recipe));
+}
+
+void ApkRecipes::sign() {
+    SigningKey key = signingKeyOf(target_, paths_);
+    if (key.isDebugKey) {
+        makeDebugKey(key);
+    }
+    const auto inCommand = [this](const std::string& source) {
+        constexpr std::string_view kFile = "file:";
+        return source.starts_with(kFile)
+                   ? std::string(kFile) + paths_.inCommand(source.substr(kFile.size()))
+                   : source;
+    };
+    Recipe recipe = newRecipe(Sign);
+    CommandText command = javaTool(recipe, "apksigner", nullptr);
+    const auto option = [&command](const char* name, const std::string& value) {
+        if (!value.empty()) {
+            command.add(name);
+            command.add(value);
+        }
+    };
+    command.add("sign");
+    option("--ks", paths_.inCommand(key.keystore));
+    option("--ks-key-alias", key.alias);
+    option("--ks-pass", inCommand(key.storePassword));
+    option("--key-pass", inCommand(key.keyPassword));
+    addFlags(command, target_, "SIGN_FLAGS");
+    option("--out", paths_.inCommand(product_));
+    command.add(paths_.inCommand(unsigned_));
+
+    recipe.command = command.text();
+    recipe.replacesOutputs = true;
+    addInput(recipe, "unsigned", unsigned_);
+    addInput(recipe, "KEYSTORE", key.keystore);
+    addOutput(recipe, "APK", product_);
+    Recipe run = recipe;
+    recipe.action = [key = std::move(key), run = std::move(run), product = product_] {
+        requireSigningKey(key);
+        runOrThrow(run);
+        if (!isFile(product)) {
+            throw VeskException(fmt::format(
+                "The signer has reported success, but there is no '{}'. Does Java run?", product));
+        }
+    };
+    recipes.push_back(std::move(recipe));
+}
+
+}  // namespace Vesk

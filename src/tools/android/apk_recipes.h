@@ -1,0 +1,95 @@
+// The recipes that make an Android package, stage by stage:
+//
+//     resource files -> compiled resources -> one archive a folder -> package with manifest and
+//     assets, R.java -> Java classes -> DEX -> whole package -> signed package
+//
+// A step runs again when something that it reads has changed: an edited picture is compiled alone,
+// an edited library is only packed and signed.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "build/run/build_env.h"
+#include "tools/android/android_sdk.h"
+#include "tools/android/apk_package.h"
+#include "tools/android/signing_key.h"
+#include "tools/c_family/command_text.h"
+#include "tools/c_family/target_paths.h"
+
+namespace Vesk {
+
+/// What packages are made with.
+struct ApkTools {
+    SdkPart buildTools;
+    std::string platformJar;      ///< android.jar
+    std::string platformVersion;  ///< empty when only the archive is known
+    std::string javaPath;         ///< the setting java_path
+};
+
+class ApkRecipes {
+  public:
+    /// All that is referred to outlives the object.
+    ApkRecipes(const TargetContext& target, const BuildEnv& environment, ApkTools tools);
+
+    /// Throws VeskException for a target that cannot be built as it is written.
+    void make();
+
+    std::vector<Recipe> recipes;
+    std::vector<Assignment> outputs;
+
+  private:
+    // Stages that run one after another.
+    enum Stage : std::uint32_t { Compile, Bundle, Link, Java, Dex, Pack, Sign };
+
+    void compileResources();
+    void compileFolder(const std::string& folder);
+    Recipe resourceRecipe(const std::string& file, const std::string& compiled) const;
+    void bundle(const std::string& archive, std::vector<std::string> compiled);
+
+    void link();
+    void addManifestOptions(CommandText& command) const;
+    void addAssets(CommandText& command, Recipe& recipe) const;
+
+    void compileJava();
+    void compileClasses();
+    std::vector<std::string> classFiles() const;
+
+    void pack();
+    std::vector<NativeLibrary> nativeLibraries() const;
+    std::vector<ExtraFile> extraFiles() const;
+
+    void makeDebugKey(const SigningKey& key);
+    void sign();
+    std::string productPath() const;
+
+    Recipe newRecipe(Stage stage) const;
+    std::string inObjects(std::string_view name) const;
+    std::vector<std::string> filesBelow(const std::string& folder, const char* pattern,
+                                        const char* variable) const;
+    std::string text(const char* variable) const;
+
+    /// The beginning of the command that runs a Java program of the build tools.
+    CommandText javaTool(Recipe& recipe, std::string_view name, const char* mainClass) const;
+
+    const TargetContext& target_;
+    TargetPaths paths_;
+    ApkTools tools_;
+    std::vector<std::string> resources_;  ///< an archive for each folder of resources
+    std::string manifest_;
+    std::string base_;        ///< what the resource linker makes
+    std::string symbols_;     ///< the symbols of R.java
+    std::string javaFolder_;  ///< where R.java is
+    std::string javaClasses_;
+    std::string dexArchive_;
+    std::string unsigned_;
+    std::string product_;
+};
+
+/// A file among the inputs, or among the outputs, of a recipe.
+void addInput(Recipe& recipe, const char* name, const std::string& path);
+void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>& paths);
+void addOutput(Recipe& recipe, const char* name, const std::string& path);
+
+}  // namespace Vesk

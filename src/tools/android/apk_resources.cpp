@@ -1,0 +1,158 @@
+// Compiling and linking resources.
+
+#include <fmt/format.h>
+
+#include "base/console.h"
+#include "base/exception.h"
+#include "platform/files.h"
+#include "tools/android/apk_recipes.h"
+#include "tools/android/run_step.h"
+#include "tools/android/zip_file.h"
+#include "tools/c_family/value_lists.h"
+
+namespace Vesk {
+
+namespace {
+
+/// How the resource compiler names what it makes of `res/values-de/strings.xml`.
+std::string compiledName(std::string_view file) {
+    const std::size_t nameStart = file.rfind('/') + 1;
+    const std::size_t typeStart = file.rfind('/', nameStart - 2) + 1;
+    const std::string_view type = file.substr(typeStart, nameStart - 1 - typeStart);
+    std::string_view name = file.substr(nameStart);
+    constexpr std::string_view kXml = ".xml";
+    const bool values = type.substr(0, type.find('-')) == "values" && name.ends_with(kXml);
+    if (values) {
+        name.remove_suffix(kXml.size());
+    }
+    return fmt::format("{}_{}{}.flat", type, name, values ? ".arsc" : "");
+}
+
+}  // namespace
+
+void ApkRecipes::compileResources() {
+    for (const std::string& folder : paths_.absolute(entriesOf(target_, "RES_DIRS"))) {
+        compileFolder(folder);
+    }
+}
+
+void ApkRecipes::compileFolder(const std::string& folder) {
+    const std::string compiledFolder = paths_.objectStem(folder);
+    std::vector<std::string> compiled;
+    for (const std::string& file : filesBelow(folder, "*/*", "RES_DIRS")) {
+        compiled.push_back(compiledFolder + "/" + compiledName(file));
+        recipes.push_back(resourceRecipe(file, compiled.back()));
+    }
+    if (!compiled.empty()) {
+        bundle(compiledFolder + ".zip", std::move(compiled));
+    }
+}
+
+Recipe ApkRecipes::resourceRecipe(const std::string& file, const std::string& compiled) const {
+    const std::string program = buildToolPath(tools_.buildTools, "aapt2");
+    Recipe recipe = newRecipe(Compile);
+    CommandText command;
+    command.add(nativePath(program));
+    command.add("compile");
+    addFlags(command, target_, "AAPT2_COMPILE_FLAGS");
+    command.add("-o");
+    command.add(paths_.inCommand(compiled.substr(0, compiled.rfind('/'))));
+    command.add(paths_.inCommand(file));
+    recipe.command = command.text();
+    recipe.pooled = true;
+    addInput(recipe, "RES_DIRS", file);
+    addInput(recipe, "program", program);
+    addOutput(recipe, "compiled", compiled);
+    return recipe;
+}
+
+/// The linker takes no list of files in a file, and a command may not grow with the project.
+void ApkRecipes::bundle(const std::string& archive, std::vector<std::string> compiled) {
+    Recipe recipe = newRecipe(Bundle);
+    recipe.command = fmt::format("Bundling {}", paths_.inCommand(archive));
+    addInputs(recipe, "compiled", compiled);
+    addOutput(recipe, "resources", archive);
+    recipe.action = [archive, compiled = std::move(compiled), shown = recipe.command] {
+        console::normal("{}", shown);
+        ZipWriter writer(platform::pathFromUtf8(archive));
+        for (const std::string& file : compiled) {
+            writer.add(file.substr(file.rfind('/') + 1), platform::pathFromUtf8(file));
+        }
+        writer.finish();
+    };
+    recipes.push_back(std::move(recipe));
+    resources_.push_back(archive);
+}
+
+void ApkRecipes::addManifestOptions(CommandText& command) const {
+    const auto option = [&command](const char* name, const std::string& value) {
+        if (!value.empty()) {
+            command.add(name);
+            command.add(value);
+        }
+    };
+    option("--rename-manifest-package", text("PACKAGE_NAME"));
+    option("--version-code", text("VERSION_CODE"));
+    option("--version-name", text("VERSION_NAME"));
+    if (!text("VERSION_CODE").empty() || !text("VERSION_NAME").empty()) {
+        command.add("--replace-version");
+    }
+    option("--min-sdk-version", text("MIN_SDK"));
+    const std::string asked = text("TARGET_SDK");
+    option("--target-sdk-version", asked.empty() ? tools_.platformVersion : asked);
+}
+
+void ApkRecipes::addAssets(CommandText& command, Recipe& recipe) const {
+    for (const std::string& folder : paths_.absolute(entriesOf(target_, "ASSET_DIRS"))) {
+        command.add("-A");
+        command.add(paths_.inCommand(folder));
+        addInputs(recipe, "ASSET_DIRS", filesBelow(folder, "**/*", "ASSET_DIRS"));
+    }
+}
+
+void ApkRecipes::link() {
+    const std::string program = buildToolPath(tools_.buildTools, "aapt2");
+    Recipe recipe = newRecipe(Link);
+    CommandText command;
+    command.add(nativePath(program));
+    command.add("link");
+    command.add("-o");
+    command.add(paths_.inCommand(base_));
+    command.add("-I");
+    command.add(paths_.inCommand(tools_.platformJar));
+    command.add("--manifest");
+    command.add(paths_.inCommand(manifest_));
+    command.add("--java");
+    command.add(paths_.inCommand(javaFolder_));
+    command.add("--output-text-symbols");
+    command.add(paths_.inCommand(symbols_));
+    addManifestOptions(command);
+    addAssets(command, recipe);
+    addFlags(command, target_, "AAPT2_FLAGS");
+    // A later folder goes over an earlier one.
+    if (resources_.size() > 1) {
+        command.add("--auto-add-overlay");
+    }
+    for (const std::string& archive : resources_) {
+        if (archive != resources_.front()) {
+            command.add("-R");
+        }
+        command.add(paths_.inCommand(archive));
+    }
+    recipe.command = command.text();
+    addInput(recipe, "MANIFEST", manifest_);
+    addInput(recipe, "platform", tools_.platformJar);
+    addInput(recipe, "program", program);
+    addInputs(recipe, "resources", resources_);
+    addOutput(recipe, "base", base_);
+    addOutput(recipe, "symbols", symbols_);
+    Recipe run = recipe;
+    // The package's name is that of a folder there; under an old name nothing may stay.
+    recipe.action = [run = std::move(run), folder = javaFolder_] {
+        renewFolder(platform::pathFromUtf8(folder));
+        runOrThrow(run);
+    };
+    recipes.push_back(std::move(recipe));
+}
+
+}  // namespace Vesk
