@@ -73,6 +73,7 @@ struct CacheRequest {
         std::filesystem::path dependencyFile;
         std::filesystem::path directory;  ///< of the relative paths in it
         bool standsAlone = false;         ///< see Recipe
+        bool tellsAll = false;            ///< see Recipe
     };
 
     std::vector<Part> parts;

@@ -94,7 +94,7 @@ bool Freshness::fresh(std::size_t part) {
     }
     // A compiler tells all that it has read. Other commands may depend on what dependencies have
     // done without telling, and may make more of the target's outputs than their recipe says.
-    return !wanted.dependencyFile.empty() ||
+    return wanted.tellsAll ||
            (samePart(kSurroundingsPart) && filesUnchanged(kSurroundingsPart, recordField::kWrites));
 }
 

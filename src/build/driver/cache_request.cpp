@@ -125,6 +125,7 @@ class RequestMaker {
                          [&part](std::string path) { part.writes.push_back(std::move(path)); });
         }
         part.standsAlone = !part.writes.empty();
+        part.tellsAll = recipe.tellsAll || !recipe.dependencyFile.empty();
         if (part.standsAlone && recipe.dependencyFile.empty()) {
             addFilesInText(recipe, part);
         }

@@ -55,6 +55,8 @@ struct Recipe {
     std::uint32_t stage = 0;  ///< recipes of a stage run together, after those of the lower stages
 
     bool pooled = false;  ///< one of many small steps: as many run at once as the user allows
+    bool tellsAll =
+        false;  ///< it makes nothing of the target but its outputs, reads but its inputs
     bool replacesOutputs = false;  ///< the outputs are removed first: the command would add to them
 };
 
