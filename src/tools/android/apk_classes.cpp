@@ -8,7 +8,7 @@
 #include "platform/system.h"
 #include "tools/android/apk_recipes.h"
 #include "tools/android/java_programs.h"
-#include "tools/android/run_step.h"
+#include "tools/run_step.h"
 #include "tools/android/zip_file.h"
 #include "tools/c_family/file_patterns.h"
 #include "tools/c_family/value_lists.h"

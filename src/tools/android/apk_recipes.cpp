@@ -11,7 +11,7 @@
 #include "base/text.h"
 #include "platform/files.h"
 #include "tools/android/java_programs.h"
-#include "tools/android/run_step.h"
+#include "tools/run_step.h"
 #include "tools/c_family/file_patterns.h"
 #include "tools/c_family/libraries.h"
 #include "tools/c_family/output_type.h"
@@ -158,6 +158,7 @@ void ApkRecipes::pack() {
         names.push_back(paths_.inCommand(file.path) + " as " + file.name);
     }
     addOutput(recipe, "unsigned", unsigned_);
+    recipe.tellsAll = true;
     recipe.command = fmt::format("Packing {}", paths_.inCommand(unsigned_));
     if (!names.empty()) {
         recipe.command += " with " + joined(names, ", ");
@@ -221,6 +222,7 @@ void ApkRecipes::makeDebugKey(const SigningKey& key) {
     Recipe recipe = newRecipe(Compile);
     recipe.command = command.text();
     addOutput(recipe, "KEYSTORE", key.keystore);
+    recipe.tellsAll = true;
     recipe.action = [keystore = key.keystore, command] { Vesk::makeDebugKey(keystore, command); };
     recipes.push_back(std::move(recipe));
 }
@@ -258,6 +260,7 @@ void ApkRecipes::sign() {
     addInput(recipe, "unsigned", unsigned_);
     addInput(recipe, "KEYSTORE", key.keystore);
     addOutput(recipe, "APK", product_);
+    recipe.tellsAll = true;
     Recipe run = recipe;
     recipe.action = [key = std::move(key), run = std::move(run), product = product_] {
         requireSigningKey(key);

@@ -6,7 +6,7 @@
 #include "base/exception.h"
 #include "platform/files.h"
 #include "tools/android/apk_recipes.h"
-#include "tools/android/run_step.h"
+#include "tools/run_step.h"
 #include "tools/android/zip_file.h"
 #include "tools/c_family/value_lists.h"
 
@@ -60,6 +60,7 @@ Recipe ApkRecipes::resourceRecipe(const std::string& file, const std::string& co
     command.add(paths_.inCommand(file));
     recipe.command = command.text();
     recipe.pooled = true;
+    recipe.tellsAll = true;
     addInput(recipe, "RES_DIRS", file);
     addInput(recipe, "program", program);
     addOutput(recipe, "compiled", compiled);
@@ -72,6 +73,7 @@ void ApkRecipes::bundle(const std::string& archive, std::vector<std::string> com
     recipe.command = fmt::format("Bundling {}", paths_.inCommand(archive));
     addInputs(recipe, "compiled", compiled);
     addOutput(recipe, "resources", archive);
+    recipe.tellsAll = true;
     recipe.action = [archive, compiled = std::move(compiled), shown = recipe.command] {
         console::normal("{}", shown);
         ZipWriter writer(platform::pathFromUtf8(archive));

@@ -7,7 +7,7 @@
 #include "base/exception.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "tools/android/run_step.h"
+#include "tools/run_step.h"
 #include "tools/c_family/toolchain_programs.h"
 
 namespace Vesk {

@@ -53,11 +53,6 @@ const char* endingOf(std::string_view format) noexcept {
     return format == "srec" ? ".srec" : "";
 }
 
-/// Where the system's own loader looks anyway.
-bool isSystemFolder(std::string_view folder) noexcept {
-    return folder.starts_with("/lib") || folder.starts_with("/usr/lib");
-}
-
 }  // namespace
 
 std::string GnuStyleBuild::outputName() const {
@@ -265,19 +260,7 @@ void GnuStyleBuild::addRunPaths(CommandText& command, const Product& product) co
         return;
     }
     const char* origin = isAppleTriple(style_.triple()) ? "@loader_path" : "$ORIGIN";
-    std::vector<std::string> added;
-    for (const std::string& library : libraries_) {
-        std::string folder = folderOf(library);
-        if (!isSharedLibrary(library) || isSystemFolder(folder) ||
-            std::ranges::find(added, folder) != added.end()) {
-            continue;
-        }
-        const bool ours = paths_.inCommand(folder) != folder;
-        const std::string way = ours ? relativePath(folder, folderOf(product.path)) : folder;
-        command.add("-Wl,-rpath,",
-                    ours ? way == "." ? origin : fmt::format("{}/{}", origin, way) : way);
-        added.push_back(std::move(folder));
-    }
+    command.add("-Wl,-rpath,", runPaths(libraries_, folderOf(product.path), origin, paths_));
 }
 
 void GnuStyleBuild::addLibraries(CommandText& command) const {

@@ -7,6 +7,15 @@
 
 namespace Vesk {
 
+namespace {
+
+/// Where the system's own loader looks anyway.
+bool isSystemFolder(std::string_view folder) noexcept {
+    return folder.starts_with("/lib") || folder.starts_with("/usr/lib");
+}
+
+}  // namespace
+
 std::vector<std::string> atLastPlace(std::vector<std::string> names) {
     std::unordered_set<std::string_view> seen;
     std::vector<std::string> kept;
@@ -40,6 +49,25 @@ std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
                 found.push_back(stem + std::string(*ending));
                 break;
             }
+        }
+    }
+    return found;
+}
+
+std::vector<std::string> runPaths(const std::vector<std::string>& libraries,
+                                  const std::string& folder, const std::string& origin,
+                                  const TargetPaths& paths) {
+    std::vector<std::string> found;
+    for (const std::string& library : libraries) {
+        const std::string place = library.substr(0, library.rfind('/'));
+        if (!isSharedLibrary(library) || isSystemFolder(place)) {
+            continue;
+        }
+        const bool ours = paths.inCommand(place) != place;
+        const std::string way = ours ? relativePath(place, folder) : place;
+        std::string path = ours ? (way == "." ? origin : origin + "/" + way) : way;
+        if (std::ranges::find(found, path) == found.end()) {
+            found.push_back(std::move(path));
         }
     }
     return found;

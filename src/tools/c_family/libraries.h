@@ -20,4 +20,11 @@ bool isSharedLibrary(std::string_view file) noexcept;
 std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
                                      const std::vector<std::string>& names);
 
+/// Where a product in `folder` looks for the shared libraries among `libraries` when it runs: as
+/// seen from the product, `origin`, for those of the project, by their paths for others. Without
+/// the folders of the system.
+std::vector<std::string> runPaths(const std::vector<std::string>& libraries,
+                                  const std::string& folder, const std::string& origin,
+                                  const TargetPaths& paths);
+
 }  // namespace Vesk

@@ -44,7 +44,7 @@ bool isWindowsTriple(std::string_view triple) noexcept {
 }
 
 bool isAppleTriple(std::string_view triple) noexcept {
-    return contains(triple, {"apple", "darwin"});
+    return contains(triple, {"apple", "darwin", "macos"});
 }
 
 std::string_view nativeTriple() noexcept {

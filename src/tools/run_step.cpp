@@ -1,4 +1,4 @@
-#include "tools/android/run_step.h"
+#include "tools/run_step.h"
 
 #include <fmt/format.h>
 #include <system_error>
