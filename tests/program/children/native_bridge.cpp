@@ -1,5 +1,6 @@
 // A compiler for tests under Wine. Named gcc.exe it runs the system's own x86_64-w64-mingw32-gcc on
-// its arguments, with paths of drive Z: as the system knows them, and ends as that ends.
+// its arguments, with paths of drive Z: as the system knows them, and ends as that ends. A file
+// gcc.native beside it names another program to run.
 //
 // Wine starts programs of the system, but does not tell how they end. So a script runs the program,
 // and leaves its output and its status in files.
@@ -21,10 +22,13 @@ namespace {
 constexpr auto kPoll = std::chrono::milliseconds(5);
 constexpr auto kPatience = std::chrono::seconds(100);
 
-std::string ownName() {
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return platform::pathToUtf8(std::filesystem::path(path).stem());
+std::string nativeProgram() {
+    std::wstring text(MAX_PATH, L'\0');
+    text.resize(::GetModuleFileNameW(nullptr, text.data(), static_cast<DWORD>(text.size())));
+    std::filesystem::path path(text);
+    std::error_code error;
+    return platform::readWholeFile(path.replace_extension(".native"), error)
+        .value_or("x86_64-w64-mingw32-" + platform::pathToUtf8(path.stem()));
 }
 
 /// In single quotes, "Z:" and its backslashes gone.
@@ -61,7 +65,7 @@ void start(const std::string& script) {
 int run(const Arguments& arguments) {
     const std::string base = "/tmp/vesk-bridge-" + std::to_string(::GetCurrentProcessId()) + "-" +
                              std::to_string(::GetTickCount64());
-    std::string script = "x86_64-w64-mingw32-" + ownName();
+    std::string script = nativeProgram();
     for (const std::string& argument : arguments) {
         script += " " + nativeArgument(argument);
     }
