@@ -1,0 +1,4 @@
+/* Called from C3. */
+int six(void) {
+    return 6;
+}

@@ -1,0 +1,27 @@
+// Building C3 programs, libraries and objects.
+#pragma once
+
+#include <memory>
+
+#include "tools/c_family/c_builder.h"
+#include "tools/c_family/toolchain_programs.h"
+
+namespace Vesk {
+
+/// One command makes the whole product: the compiler takes all sources at once and links by itself.
+class C3Builder : public CBuilder {
+  public:
+    C3Builder(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs);
+
+    /// The objects too, which are named after the modules in the sources.
+    std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
+
+  protected:
+    Created doCreateRecipes(TargetContext& target, const BuildEnv& environment) const override;
+
+  private:
+    DeclaredPlace place_;
+    std::shared_ptr<ToolchainPrograms> programs_;
+};
+
+}  // namespace Vesk

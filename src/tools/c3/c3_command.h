@@ -1,0 +1,49 @@
+// The command of the C3 compiler for one target.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/c_family/command_text.h"
+#include "tools/c_family/output_type.h"
+#include "tools/c_family/target_paths.h"
+
+namespace Vesk {
+
+/// What the compiler calls the machine of a triple: "linux-x64" for x86_64-linux-gnu. Its own words
+/// are left as they are.
+std::string c3TargetOf(std::string_view triple);
+
+/// The option for what a user calls an optimisation: "2", "O2", "-O2", "s". Throws VeskException
+/// for what the compiler does not know.
+std::string c3OptimisationOption(std::string_view level);
+
+/// What a target makes: its file, and the name from which the compiler derives that by adding an
+/// ending.
+struct C3Product {
+    std::string file;
+    std::string givenName;
+};
+
+/// Throws VeskException for a name with an ending that the compiler would not make.
+C3Product c3Product(const std::string& outputName, OutputType type, std::string_view triple,
+                    const TargetPaths& paths);
+
+/// The files that a target consists of, and where its results go.
+struct C3Command {
+    std::string compiler;
+    std::vector<std::string> sources;
+    std::vector<std::string> objects;    ///< linked with them
+    std::vector<std::string> libraries;  ///< the same
+    std::string ownTriple;               ///< what the compiler makes code for by itself
+    std::string triple;                  ///< what the product is for
+    OutputType type = OutputType::Executable;
+    C3Product product;         ///< not of objects
+    std::string objectFolder;  ///< of objects only
+};
+
+CommandText c3CommandText(const C3Command& command, const TargetContext& target,
+                          const TargetPaths& paths);
+
+}  // namespace Vesk

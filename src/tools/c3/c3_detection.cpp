@@ -1,0 +1,81 @@
+// Which C3 compilers are installed.
+
+#include <set>
+
+#include "base/console.h"
+#include "base/text.h"
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/system.h"
+#include "tools/c3/c3_matcher.h"
+#include "tools/c_family/compiler_search.h"
+#include "tools/c_family/target_paths.h"
+#include "tools/c_family/toolchain_match.h"
+#include "tools/c_family/triple.h"
+#include "tools/c_family/version.h"
+
+namespace Vesk {
+
+namespace {
+
+void addBelow(std::vector<std::string>& folders, const char* variable, const char* below) {
+    const auto folder = platform::environmentVariable(variable);
+    if (folder && platform::isAbsolutePath(*folder)) {
+        folders.push_back(normalPath(*folder + below));
+    }
+}
+
+std::vector<std::string> searchedFolders() {
+    std::vector<std::string> folders = searchPath();
+    addBelow(folders, "C3C_HOME", "");
+    addBelow(folders, "C3C_HOME", "/bin");
+    if (platform::kWindows) {
+        folders.emplace_back("C:/c3");
+        addBelow(folders, "ProgramFiles", "/c3");
+    } else {
+        folders.insert(folders.end(), {"/usr/local/bin", "/opt/c3", "/opt/c3/bin"});
+    }
+    return folders;
+}
+
+/// The text behind a label: "C3 Compiler Version:       0.8.3 (...)".
+std::string_view answerTo(std::string_view label, std::string_view answer) {
+    const std::size_t at = answer.find(label);
+    if (at == std::string_view::npos) {
+        return {};
+    }
+    const std::string_view rest = answer.substr(at + label.size());
+    return trimmed(rest.substr(0, rest.find('\n')));
+}
+
+}  // namespace
+
+std::vector<DetectedTool> detectC3() {
+    std::vector<DetectedTool> tools;
+    std::set<std::string> names;
+    for (const FoundCompiler& compiler : findCompilers("c3c", searchedFolders())) {
+        const std::string answer = askCompiler(compiler, "--version");
+        Toolchain toolchain = {RegisterC3Matcher.word(),
+                               "C3",
+                               leadingVersion(answerTo("C3 Compiler Version:", answer)),
+                               std::string(answerTo("LLVM default target:", answer)),
+                               compiler.place,
+                               tools.empty() ? kMachineDefault : kNoDefault};
+        if (toolchain.version.empty()) {
+            console::message(console::level::kDetail, console::colour::kReport,
+                             "'{}' is left out: it does not answer as the C3 compiler does.",
+                             compiler.path);
+            continue;
+        }
+        if (toolchain.triple.empty()) {
+            toolchain.triple = nativeTriple();
+        }
+        DetectedTool tool = detectedTool(toolchain, "c3c");
+        if (names.insert(tool.name).second) {
+            tools.push_back(std::move(tool));
+        }
+    }
+    return tools;
+}
+
+}  // namespace Vesk
