@@ -270,7 +270,7 @@ class Packages(AndroidTest):
                 ('OUTPUT_NAME = "../x"', "leads out of the output directory"),
                 ('build_tools_version = "28"', "no build tools that fit build_tools_version '28'. "
                                                "There are: 30.0.3."),
-                ('platform_version = 30', "no platform that fit platform_version '30'. "
+                ('platform_version = 30', "no platform that fits platform_version '30'. "
                                           "There are: 29."),
                 ('java_path = P"(nowhere)"', "or its folder 'bin'. Correct java_path.")):
             with self.subTest(body):

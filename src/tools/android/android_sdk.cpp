@@ -66,32 +66,34 @@ const SdkPart* find(const std::vector<SdkPart>& parts, std::string_view asked) {
 
 struct PartKind {
     const char* name;
+    const char* fitting;
+    const char* pronoun;
     const char* variable;
     const char* folder;
     const char* example;
 };
 
-constexpr PartKind kBuildToolsKind = {"build tools", "build_tools_version", "build-tools",
-                                      "build-tools;34.0.0"};
-constexpr PartKind kPlatformKind = {"platform", "platform_version", "platforms",
-                                    "platforms;android-34"};
+constexpr PartKind kBuildToolsKind = {"build tools",         "that fit",    "them",
+                                      "build_tools_version", "build-tools", "build-tools;34.0.0"};
+constexpr PartKind kPlatformKind = {"platform",         "that fits", "one",
+                                    "platform_version", "platforms", "platforms;android-34"};
 
 [[noreturn]] void throwMissing(const PartKind& kind, const std::string& root,
                                std::string_view asked, const std::vector<SdkPart>& parts) {
     if (parts.empty()) {
         throw VeskException(fmt::format(
-            "The Android SDK in '{}' has no usable {} in its folder '{}'. Install one, for example "
+            "The Android SDK in '{}' has no usable {} in its folder '{}'. Install {}, for example "
             "with sdkmanager \"{}\", or correct toolchain_path of the tool.",
-            root, kind.name, kind.folder, kind.example));
+            root, kind.name, kind.folder, kind.pronoun, kind.example));
     }
     std::vector<std::string> versions;
     for (const SdkPart& part : parts) {
         versions.push_back(part.version);
     }
     throw VeskException(fmt::format(
-        "The Android SDK in '{}' has no {} that fit {} '{}'. There are: {}. Choose one of them, or "
+        "The Android SDK in '{}' has no {} {} {} '{}'. There are: {}. Choose one of them, or "
         "install what is asked for.",
-        root, kind.name, kind.variable, asked, joined(versions, ", ")));
+        root, kind.name, kind.fitting, kind.variable, asked, joined(versions, ", ")));
 }
 
 }  // namespace

@@ -6,9 +6,9 @@
 #include "base/exception.h"
 #include "platform/files.h"
 #include "tools/android/apk_recipes.h"
-#include "tools/run_step.h"
 #include "tools/android/zip_file.h"
 #include "tools/c_family/value_lists.h"
+#include "tools/run_step.h"
 
 namespace Vesk {
 

@@ -7,8 +7,8 @@
 #include "base/exception.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "tools/run_step.h"
 #include "tools/c_family/toolchain_programs.h"
+#include "tools/run_step.h"
 
 namespace Vesk {
 
