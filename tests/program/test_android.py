@@ -203,7 +203,7 @@ class Packages(AndroidTest):
         package = ["Packing", "sign"]
         linked = [*package, "link"]
         self.assertEqual(self.steps(self.build()),
-                         ["Bundling", "Packing", "compile", "compile", "keytool", "link", "sign"])
+                         ["Bundling", "Packing", "compile", "keytool", "link", "sign"])
         for edit, steps in (
                 (lambda: None, []),
                 (lambda: os.utime(self.dir / "res/layout/main.xml"), []),
@@ -213,7 +213,8 @@ class Packages(AndroidTest):
                  ["compile"]),
                 (lambda: self.write("res/values-de/strings.xml", STRINGS.format("Neu")),
                  ["Bundling", *package, "compile", "link"]),
-                (lambda: shutil.rmtree(self.dir / "res/values-de"), ["Bundling", *linked]),
+                (lambda: shutil.rmtree(self.dir / "res/values-de"),
+                 ["Bundling", "compile", *linked]),
                 (lambda: self.write("assets/a.txt", "b"), linked),
                 (lambda: self.write("assets/b.txt", "b"), linked),
                 (lambda: self.write("lib.so", library("arm64-v8a")), package),
@@ -226,6 +227,19 @@ class Packages(AndroidTest):
         self.assertEqual(sorted(self.names()), [
             "AndroidManifest.xml", "assets/a.txt", "assets/b.txt", "lib/arm64-v8a/lib.so",
             "res/layout/main.xml", "resources.arsc"])
+
+    def test_many_resources_take_few_processes(self):
+        self.remembers = True
+        for number in range(150):
+            self.write(f"res/layout/l{number}.xml", "<View/>")
+        self.unit(APP + "}")
+        first = self.steps(self.build()).count("compile")
+        self.assertTrue(2 <= first <= 15, first)
+        self.write("res/layout/l42.xml", "<Other/>")
+        self.assertEqual(self.steps(self.build()).count("compile"), 1)
+        # A new file does not move the files behind it into other batches.
+        self.write("res/layout/l42b.xml", "<View/>")
+        self.assertLessEqual(self.steps(self.build()).count("compile"), 2)
 
     def test_java_becomes_dex(self):
         self.remembers = True
@@ -310,6 +324,8 @@ class Keys(AndroidTest):
         for body, env, message in (
                 ('', {}, "KEYSTORE 'release.jks' needs KEYSTORE_PASS"),
                 ('KEYSTORE_PASS = "hush hush"', {}, "KEYSTORE_PASS must say where the password is"),
+                ('KEYSTORE_PASS = "env:P" SIGN_FLAGS = "--key-pass pass:hush"', {"P": "hush hush"},
+                 "SIGN_FLAGS must say where the password is"),
                 ('KEYSTORE_PASS = "env:NOT_SET"', {}, "'NOT_SET', which KEYSTORE_PASS names"),
                 ('KEYSTORE_PASS = "file:none"', {}, "no file '{DIR}/none', which KEYSTORE_PASS"),
                 ('KEYSTORE_PASS = "env:P"', {"P": "wrong"}, "Command ended with status"),

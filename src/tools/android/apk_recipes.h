@@ -3,8 +3,8 @@
 //     resource files -> compiled resources -> one archive a folder -> package with manifest and
 //     assets, R.java -> Java classes -> DEX -> whole package -> signed package
 //
-// A step runs again when something that it reads has changed: an edited picture is compiled alone,
-// an edited library is only packed and signed.
+// A step runs again when something that it reads has changed: an edited picture is compiled with
+// the few files of its batch, an edited library is only packed and signed.
 #pragma once
 
 #include <string>
@@ -45,7 +45,8 @@ class ApkRecipes {
 
     void compileResources();
     void compileFolder(const std::string& folder);
-    Recipe resourceRecipe(const std::string& file, const std::string& compiled) const;
+    Recipe batchRecipe(const std::vector<std::string>& batch,
+                       const std::string& compiledFolder) const;
     void bundle(const std::string& archive, std::vector<std::string> compiled);
 
     void link();

@@ -1,6 +1,7 @@
 // Compiling and linking resources.
 
 #include <fmt/format.h>
+#include <xxhash.h>
 
 #include "base/console.h"
 #include "base/exception.h"
@@ -28,6 +29,19 @@ std::string compiledName(std::string_view file) {
     return fmt::format("{}_{}{}.flat", type, name, values ? ".arsc" : "");
 }
 
+/// Whether a file, by its name in the folder of resources, begins the next batch. Names decide,
+/// so that a new file changes one batch and not all behind it.
+bool endsBatch(const std::vector<std::string>& batch, std::string_view next) {
+    constexpr std::size_t kUsualSize = 24;
+    constexpr std::size_t kMostBytes = 5000;  // Windows' interpreter takes some 8,000
+    std::size_t bytes = next.size();
+    for (const std::string& file : batch) {
+        bytes += file.size() + 3;
+    }
+    return !batch.empty() &&
+           (bytes > kMostBytes || XXH3_64bits(next.data(), next.size()) % kUsualSize == 0);
+}
+
 }  // namespace
 
 void ApkRecipes::compileResources() {
@@ -39,16 +53,24 @@ void ApkRecipes::compileResources() {
 void ApkRecipes::compileFolder(const std::string& folder) {
     const std::string compiledFolder = paths_.objectStem(folder);
     std::vector<std::string> compiled;
-    for (const std::string& file : filesBelow(folder, "*/*", "RES_DIRS")) {
+    std::vector<std::string> batch;
+    for (std::string& file : filesBelow(folder, "*/*", "RES_DIRS")) {
         compiled.push_back(compiledFolder + "/" + compiledName(file));
-        recipes.push_back(resourceRecipe(file, compiled.back()));
+        if (endsBatch(batch, std::string_view(file).substr(folder.size() + 1))) {
+            recipes.push_back(batchRecipe(batch, compiledFolder));
+            batch.clear();
+        }
+        batch.push_back(std::move(file));
     }
     if (!compiled.empty()) {
+        recipes.push_back(batchRecipe(batch, compiledFolder));
         bundle(compiledFolder + ".zip", std::move(compiled));
     }
 }
 
-Recipe ApkRecipes::resourceRecipe(const std::string& file, const std::string& compiled) const {
+/// A process for each file would take longer to start than to do its work, by far.
+Recipe ApkRecipes::batchRecipe(const std::vector<std::string>& batch,
+                               const std::string& compiledFolder) const {
     const std::string program = buildToolPath(tools_.buildTools, "aapt2");
     Recipe recipe = newRecipe(Compile);
     CommandText command;
@@ -56,14 +78,16 @@ Recipe ApkRecipes::resourceRecipe(const std::string& file, const std::string& co
     command.add("compile");
     addFlags(command, target_, "AAPT2_COMPILE_FLAGS");
     command.add("-o");
-    command.add(paths_.inCommand(compiled.substr(0, compiled.rfind('/'))));
-    command.add(paths_.inCommand(file));
+    command.add(paths_.inCommand(compiledFolder));
+    command.add({}, paths_.inCommand(batch));
     recipe.command = command.text();
     recipe.pooled = true;
     recipe.tellsAll = true;
-    addInput(recipe, "RES_DIRS", file);
+    addInputs(recipe, "RES_DIRS", batch);
     addInput(recipe, "program", program);
-    addOutput(recipe, "compiled", compiled);
+    for (const std::string& file : batch) {
+        addOutput(recipe, "compiled", compiledFolder + "/" + compiledName(file));
+    }
     return recipe;
 }
 

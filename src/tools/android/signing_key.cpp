@@ -8,6 +8,7 @@
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "tools/c_family/toolchain_programs.h"
+#include "tools/c_family/value_lists.h"
 #include "tools/run_step.h"
 
 namespace Vesk {
@@ -43,7 +44,24 @@ std::string debugKeystore() {
         "set. Set one of them, or give KEYSTORE.");
 }
 
-/// The setting as the signer's option takes it; files as commands name them.
+[[noreturn]] void throwPasswordGiven(const char* variable) {
+    throw VeskException(fmt::format(
+        "{} must say where the password is: 'env:NAME' for an environment variable, 'file:PATH' "
+        "for the first line of a file. A password itself does not belong into a unit file or on a "
+        "command line, where others can read it.",
+        variable));
+}
+
+/// The signer's options take "pass:" and a password as well.
+void refusePasswordsIn(const TargetContext& target, const char* flags) {
+    for (const std::string& flag : entriesOf(target, flags)) {
+        if (flag.find("pass:") != std::string::npos) {
+            throwPasswordGiven(flags);
+        }
+    }
+}
+
+/// The setting as the signer's option takes it; a file by its whole path.
 std::string passwordSource(const TargetContext& target, const TargetPaths& paths,
                            const char* variable) {
     const std::string text = target.textOf(variable).value_or("");
@@ -57,11 +75,7 @@ std::string passwordSource(const TargetContext& target, const TargetPaths& paths
         return std::string(kFromFile) +
                paths.absolute(std::string_view(text).substr(kFromFile.size()));
     }
-    throw VeskException(fmt::format(
-        "{} must say where the password is: 'env:NAME' for an environment variable, 'file:PATH' "
-        "for the first line of a file. A password itself does not belong into a unit file or on a "
-        "command line, where others can read it.",
-        variable));
+    throwPasswordGiven(variable);
 }
 
 void requireSource(const char* variable, std::string_view source) {
@@ -83,6 +97,7 @@ void requireSource(const char* variable, std::string_view source) {
 }  // namespace
 
 SigningKey signingKeyOf(const TargetContext& target, const TargetPaths& paths) {
+    refusePasswordsIn(target, "SIGN_FLAGS");
     SigningKey key;
     const std::string keystore = target.textOf("KEYSTORE").value_or("");
     if (keystore.empty()) {
