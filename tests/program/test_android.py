@@ -356,8 +356,9 @@ class Keys(AndroidTest):
 
 
 class Installations(AndroidTest):
-    def used(self, *arguments):
-        out = self.build("-n", *arguments).replace("\\", "/")
+    def used(self, asked):
+        self.unit(APP + asked + "}")
+        out = self.build("-n").replace("\\", "/")
         return (re.search(r"build-tools/([^/]*)/aapt2", out)[1],
                 re.search(r"platforms/android-([^/]*)/android.jar", out)[1])
 
@@ -368,14 +369,13 @@ class Installations(AndroidTest):
             self.platform(version)
         (self.sdk / "build-tools/99.0.0").mkdir()
         (self.sdk / "platforms/android-99").mkdir()
-        self.unit(APP + "}")
         for asked, used in (
-                ([], ("31.0.0-rc2", "29")),
-                (['build_tools_version="30"'], ("30.0.3", "29")),
-                (['build_tools_version="debian"', "platform_version=9"], ("debian", "9")),
-                (['platform_version="android-29-ext8"'], ("31.0.0-rc2", "29-ext8"))):
+                ("", ("31.0.0-rc2", "29")),
+                (' build_tools_version = "30"', ("30.0.3", "29")),
+                (' build_tools_version = "debian" platform_version = 9', ("debian", "9")),
+                (' platform_version = "android-29-ext8"', ("31.0.0-rc2", "29-ext8"))):
             with self.subTest(asked):
-                self.assertEqual(self.used(*asked), used)
+                self.assertEqual(self.used(asked), used)
 
     def test_found_where_the_environment_says(self):
         self.registry("")
