@@ -51,17 +51,12 @@ DetectedTool detectedSdk(const AndroidSdk& sdk, bool isFirst) {
     return {isFirst ? name : name + identifierOf(sdk.root()), context};
 }
 
+/// At the detail level: who builds no packages is not told what they would need.
 void reportParts(const AndroidSdk& sdk) {
-    if (sdk.platforms().empty()) {
-        console::warning(
-            "The Android SDK in '{}' has no platform: install one, or name an android.jar with "
-            "ANDROID_JAR.",
-            sdk.root());
-        return;
-    }
+    const std::string platform = sdk.platforms().empty() ? "none" : sdk.platforms().front().version;
     console::message(console::level::kDetail, console::colour::kReport,
                      "Android SDK in '{}': build tools {}, platform {}.", sdk.root(),
-                     sdk.buildTools().front().version, sdk.platforms().front().version);
+                     sdk.buildTools().front().version, platform);
 }
 
 }  // namespace
