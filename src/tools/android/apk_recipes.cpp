@@ -178,7 +178,7 @@ std::vector<NativeLibrary> ApkRecipes::nativeLibraries() const {
     std::vector<NativeLibrary> libraries;
     const Assignment* assignment = target_.find("NATIVE_LIBS");
     const auto* byAbi =
-        assignment == nullptr ? nullptr : dynamic_cast<const VeskContext*>(assignment->value.get());
+        assignment == nullptr ? nullptr : valueAs<VeskContext>(assignment->value.get());
     if (byAbi != nullptr) {
         for (const auto& [abi, files] : byAbi->context()->assignments()) {
             for (std::string& path :
