@@ -41,7 +41,12 @@ std::vector<Recipe> Builder::commandRecipes(TargetContext&) {
 }
 
 std::vector<Recipe> Builder::commandsOf(const Recipe& recipe, const BuildEnv&) const {
-    return {recipe};
+    std::vector<Recipe> commands = {recipe};
+    for (const std::string& command : recipe.furtherCommands) {
+        commands.push_back(recipe);
+        commands.back().command = command;
+    }
+    return commands;
 }
 
 ValuePtr Builder::settingOr(const Context& target, std::string_view name) const {

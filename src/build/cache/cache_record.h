@@ -71,9 +71,10 @@ struct CacheRequest {
         std::vector<std::string> reads;  ///< files, absolute, as FileStates takes them
         std::vector<std::string> writes;
         std::filesystem::path dependencyFile;
-        std::filesystem::path directory;  ///< of the relative paths in it
-        bool standsAlone = false;         ///< see Recipe
-        bool tellsAll = false;            ///< see Recipe
+        std::filesystem::path directory;                       ///< of the relative paths in it
+        std::shared_ptr<const ToolSurroundings> surroundings;  ///< see Recipe
+        bool standsAlone = false;                              ///< see Recipe
+        bool tellsAll = false;                                 ///< see Recipe
     };
 
     std::vector<Part> parts;

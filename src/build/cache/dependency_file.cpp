@@ -1,5 +1,9 @@
 #include "build/cache/dependency_file.h"
 
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "base/text.h"
 #include "platform/files.h"
 
 namespace Vesk {
@@ -57,13 +61,73 @@ std::vector<std::string> prerequisites(std::string_view makefile) {
     return names;
 }
 
+std::optional<std::vector<std::string>> reportedDependencies(std::string_view json) {
+    const auto report = nlohmann::json::parse(json, nullptr, false);
+    const auto data = report.is_object() ? report.find("Data") : report.end();
+    if (!report.is_object() || data == report.end() || !data->is_object()) {
+        return std::nullopt;
+    }
+    std::vector<std::string> names;
+    // A file alone, or in later versions of the format an object with the file beside its name.
+    // Modules are then no longer told by nothing but their names.
+    const auto take = [&names](const nlohmann::json& entry) {
+        if (entry.is_string() && entry != "") {
+            names.push_back(entry.get<std::string>());
+        } else if (entry.is_object()) {
+            for (const char* key : {"Header", "BMI"}) {
+                if (const auto file = entry.find(key); file != entry.end() && file->is_string()) {
+                    names.push_back(file->get<std::string>());
+                }
+            }
+        }
+    };
+    constexpr std::string_view kModules = "ImportedModules";
+    for (const std::string_view key :
+         {kModules, std::string_view("PCH"), std::string_view("Includes"),
+          std::string_view("ImportedHeaderUnits")}) {
+        const auto value = data->find(key);
+        if (value == data->end()) {
+            continue;
+        }
+        if (!value->is_array()) {
+            take(*value);
+            continue;
+        }
+        for (const nlohmann::json& entry : *value) {
+            if (entry.is_object() || key != kModules) {
+                take(entry);
+            }
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> includeNotes(std::string_view text) {
+    std::vector<std::string> names;
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        const std::size_t colon = line.rfind(": ");
+        const std::string_view name =
+            colon == std::string_view::npos ? std::string_view() : trimmed(line.substr(colon + 1));
+        if (!name.empty()) {
+            names.emplace_back(name);
+        }
+    }
+    return names;
+}
+
 std::optional<std::vector<std::string>> readDependencyFile(const std::filesystem::path& file) {
     std::error_code error;
     const auto content = platform::readWholeFile(file, error);
     if (!content) {
         return std::nullopt;
     }
-    return prerequisites(*content);
+    const std::string ending = platform::pathToUtf8(file.extension());
+    if (ending == ".json") {
+        return reportedDependencies(*content);
+    }
+    return ending == ".notes" ? includeNotes(*content) : prerequisites(*content);
 }
 
 }  // namespace Vesk

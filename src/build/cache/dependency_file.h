@@ -14,7 +14,16 @@ namespace Vesk {
 /// the next line, and every other backslash is a part of the name.
 std::vector<std::string> prerequisites(std::string_view makefile);
 
-/// The same from a file; nothing when it cannot be read.
+/// The files that a report of Microsoft's compilers in JSON (/sourceDependencies) names, the source
+/// left out. Nothing when it is no such report.
+std::optional<std::vector<std::string>> reportedDependencies(std::string_view json);
+
+/// The files in the notes that the same compilers write (/showIncludes), whatever the language of
+/// their words: what follows the last colon and blank of each line.
+std::vector<std::string> includeNotes(std::string_view text);
+
+/// What a dependency file names. Its ending tells its form: ".json" a report, ".notes" notes, all
+/// others a makefile. Nothing when it cannot be read.
 std::optional<std::vector<std::string>> readDependencyFile(const std::filesystem::path& file);
 
 }  // namespace Vesk

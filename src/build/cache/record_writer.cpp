@@ -146,8 +146,11 @@ class RecordMaker {
             return;
         }
         for (const std::string& name : *names) {
-            const std::size_t number =
-                numberOfRead(trackedPath(part.directory / platform::pathFromUtf8(name)));
+            const std::string path = trackedPath(part.directory / platform::pathFromUtf8(name));
+            if (part.surroundings && isBelowAny(path, part.surroundings->systemFolders)) {
+                continue;
+            }
+            const std::size_t number = numberOfRead(path);
             if (std::ranges::find(numbers, number) == numbers.end()) {
                 numbers.push_back(number);
             }

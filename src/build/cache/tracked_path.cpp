@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/ci_string.h"
 #include "platform/files.h"
 #include "platform/system.h"
 
@@ -25,6 +26,23 @@ std::string trackedPath(const std::string& path, const std::filesystem::path& ba
     return tracked;
 }
 
+namespace {
+
+/// Some compilers of Windows report all names in lower case.
+bool beginsWith(std::string_view path, std::string_view start) noexcept {
+    const std::string_view head = path.substr(0, start.size());
+    return platform::kWindows ? equalsIgnoringCase(head, start) : head == start;
+}
+
+}  // namespace
+
+bool isBelowAny(std::string_view path, const std::vector<std::string>& folders) noexcept {
+    return std::ranges::any_of(folders, [path](const std::string& folder) {
+        return path.size() > folder.size() && path[folder.size()] == '/' &&
+               beginsWith(path, folder);
+    });
+}
+
 TrackingRoot::TrackingRoot(const std::filesystem::path& directory)
     : directory_(directory), prefix_(trackedPath(directory)) {
     if (!prefix_.ends_with('/')) {
@@ -33,7 +51,7 @@ TrackingRoot::TrackingRoot(const std::filesystem::path& directory)
 }
 
 std::string_view TrackingRoot::stored(std::string_view path) const {
-    return path.starts_with(prefix_) ? path.substr(prefix_.size()) : path;
+    return beginsWith(path, prefix_) ? path.substr(prefix_.size()) : path;
 }
 
 std::string TrackingRoot::absolute(std::string_view stored) const {

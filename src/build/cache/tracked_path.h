@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Vesk {
 
@@ -12,6 +13,9 @@ std::string trackedPath(const std::filesystem::path& path);
 
 /// The same for a path in UTF-8, which starts from `base` when it is relative.
 std::string trackedPath(const std::string& path, const std::filesystem::path& base);
+
+/// Whether a tracked path lies in one of the folders, which are written in the same way.
+bool isBelowAny(std::string_view path, const std::vector<std::string>& folders) noexcept;
 
 /// A project's directory, from which records name the files below it, so that a project that has
 /// moved finds its records good.

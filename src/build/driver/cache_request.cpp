@@ -99,7 +99,22 @@ class RequestMaker {
     }
 
   private:
-    CacheRequest::Part recipePart(const Recipe& recipe) const {
+    /// Stands for the variables of the recipe's surroundings, of which there are mostly one for all
+    /// recipes.
+    const std::string& markOf(const Recipe& recipe) {
+        if (marked_ != recipe.surroundings.get()) {
+            std::string text;
+            for (const std::string& variable : recipe.surroundings->variables) {
+                text.append(variable).append(1, '\0');
+            }
+            const ContentHash hash = hashText(text);
+            mark_ = fmt::format("{:x}{:x}", hash.high, hash.low);
+            marked_ = recipe.surroundings.get();
+        }
+        return mark_;
+    }
+
+    CacheRequest::Part recipePart(const Recipe& recipe) {
         CacheRequest::Part part;
         std::vector<RecipeInput> inputs = {
             {textAssignment("command", recipe.command), std::nullopt}};
@@ -107,6 +122,12 @@ class RequestMaker {
             inputs.push_back(
                 {textAssignment("cwd", storedDirectory(recipe.workingDirectory, root_)),
                  std::nullopt});
+        }
+        for (const std::string& command : recipe.furtherCommands) {
+            inputs.push_back({textAssignment("command", command), std::nullopt});
+        }
+        if (recipe.surroundings) {
+            inputs.push_back({textAssignment("surroundings", markOf(recipe)), std::nullopt});
         }
         for (const SupportFile& file : recipe.supportFiles) {
             inputs.push_back({textAssignment("arguments", file.content), std::nullopt});
@@ -133,6 +154,7 @@ class RequestMaker {
         appendInputs(part.inputs, inputs);
         part.dependencyFile = recipe.dependencyFile;
         part.directory = recipe.workingDirectory;
+        part.surroundings = recipe.surroundings;
         return part;
     }
 
@@ -278,6 +300,8 @@ class RequestMaker {
     const CacheQuestion& question_;
     const TrackingRoot& root_;
     std::vector<std::string> namedFiles_;
+    const ToolSurroundings* marked_ = nullptr;
+    std::string mark_;
     CacheRequest request_;
 };
 

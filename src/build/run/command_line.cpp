@@ -56,6 +56,18 @@ std::vector<std::string> powershellArguments(std::string_view text) {
             "Bypass", "-Command",   std::string(text)};
 }
 
+std::vector<std::string> environmentWith(std::vector<std::string> entries,
+                                         const std::vector<std::string>& variables) {
+    for (const std::string& variable : variables) {
+        const std::string_view name = std::string_view(variable).substr(0, variable.find('=') + 1);
+        std::erase_if(entries, [name](std::string_view entry) {
+            return equalsIgnoringCase(entry.substr(0, name.size()), name);
+        });
+        entries.push_back(variable);
+    }
+    return entries;
+}
+
 std::vector<std::string> environmentWithPath(std::vector<std::string> entries,
                                              const std::vector<std::string>& searchDirectories,
                                              std::string_view path, char separator) {
@@ -71,7 +83,7 @@ std::vector<std::string> environmentWithPath(std::vector<std::string> entries,
         entry += directory;
     }
     if (!path.empty()) {
-        entry.append(1, separator).append(path);
+        entry.append(entry.size() > kPath.size() ? 1 : 0, separator).append(path);
     }
     std::ranges::stable_sort(
         entries, [](const auto& a, const auto& b) { return compareIgnoringCase(a, b) < 0; });

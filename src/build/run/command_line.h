@@ -26,6 +26,11 @@ std::string powershellCommandLine(std::string_view text);
 std::vector<std::string> interpreterArguments(std::string_view text);
 std::vector<std::string> powershellArguments(std::string_view text);
 
+/// `entries` ("NAME=value") with `variables`, which replace those of their names in any letter
+/// case.
+std::vector<std::string> environmentWith(std::vector<std::string> entries,
+                                         const std::vector<std::string>& variables);
+
 /// A child's environment: `entries` ("NAME=value") without those that begin with PATH= in any
 /// letter case, and with a new PATH= of the search directories followed by `path`, if that is not
 /// empty. Sorted without regard to ASCII case over the whole entry, as Windows expects.

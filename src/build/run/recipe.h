@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +32,15 @@ struct SupportFile {
     std::string content;
 };
 
+/// What the commands of one toolchain have in common.
+struct ToolSurroundings {
+    std::vector<std::string> variables;  ///< "NAME=value", in the environment of its children only
+
+    /// What a dependency file names below these folders is a part of the toolchain, and is not
+    /// looked at again. Absolute, with forward slashes.
+    std::vector<std::string> systemFolders;
+};
+
 /// Made by a builder, run by the driver, kept in the cache.
 ///
 /// A recipe with outputs of its own stands or falls alone: it runs again when its command, one of
@@ -38,9 +48,15 @@ struct SupportFile {
 /// Recipes without outputs run again together, when anything of their target changed.
 struct Recipe {
     std::string command;  ///< the command text, UTF-8, exactly as the builder composed it
-    std::filesystem::path workingDirectory;  ///< empty: the child inherits ours
+    std::vector<std::string> furtherCommands;  ///< run after it, in order, as long as all succeed
+    std::filesystem::path workingDirectory;    ///< empty: the child inherits ours
     std::uint32_t shell = shell::kInterpreter;
     std::vector<std::filesystem::path> searchDirectories;  ///< before PATH, for this child only
+    std::shared_ptr<const ToolSurroundings> surroundings;  ///< null: nothing special
+
+    /// Environment variables that the command text refers to, so that what they hold is shown and
+    /// kept nowhere. No command runs without them.
+    std::vector<std::string> secretVariables;
 
     std::vector<RecipeInput> inputs;
     std::vector<Assignment> outputs;        ///< their folders are made before the command runs

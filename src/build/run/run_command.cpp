@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "base/ci_string.h"
 #include "base/console.h"
@@ -32,15 +33,19 @@ platform::ProcessRequest requestFor(const Recipe& recipe) {
                                                    : interpreterArguments(recipe.command);
     }
     request.workingDirectory = recipe.workingDirectory;
-    if (!recipe.searchDirectories.empty()) {
+    if (!recipe.searchDirectories.empty() || recipe.surroundings) {
+        std::vector<std::string> entries = platform::environmentEntries();
+        if (recipe.surroundings) {
+            entries = environmentWith(std::move(entries), recipe.surroundings->variables);
+        }
         std::vector<std::string> directories;
         directories.reserve(recipe.searchDirectories.size());
         for (const std::filesystem::path& directory : recipe.searchDirectories) {
             directories.push_back(platform::pathToUtf8(directory));
         }
         request.environment = environmentWithPath(
-            platform::environmentEntries(), directories,
-            platform::environmentVariable("PATH").value_or(""), platform::kPathListSeparator);
+            std::move(entries), directories, platform::environmentVariable("PATH").value_or(""),
+            platform::kPathListSeparator);
     }
     return request;
 }
@@ -110,6 +115,28 @@ std::string explainStart(const Recipe& recipe, int code) {
                        usesPowershell(recipe) ? " Is it installed and in PATH?" : "");
 }
 
+/// Why a value that the command text refers to cannot be had, if so. The interpreter of Windows
+/// puts it between quotes before anything reads them.
+std::string secretFault(const Recipe& recipe) {
+    for (const std::string& name : recipe.secretVariables) {
+        const std::string value = platform::environmentVariable(name).value_or("");
+        if (value.empty()) {
+            return fmt::format("The command needs the environment variable '{}', which is not set.",
+                               name);
+        }
+        if (platform::kWindows && (value.find('"') != std::string::npos || value.back() == '\\')) {
+            return fmt::format(
+                "The environment variable '{}' holds a double quote or ends with a backslash, "
+                "which the command interpreter does not hand on unchanged.",
+                name);
+        }
+    }
+    return {};
+}
+
+// With which the system calls a value bad (ERROR_BAD_ENVIRONMENT, EINVAL).
+constexpr std::int32_t kBadEnvironment = platform::kWindows ? 10 : 22;
+
 }  // namespace
 
 std::int32_t runCommand(const Recipe& recipe, std::string* startFailure) {
@@ -122,6 +149,12 @@ std::int32_t runCommand(const Recipe& recipe, std::string* startFailure) {
                 characterCount(recipe.command), kMaxInterpreterText);
         }
         return kTooLong;
+    }
+    if (std::string fault = secretFault(recipe); !fault.empty()) {
+        if (startFailure != nullptr) {
+            *startFailure = std::move(fault);
+        }
+        return kBadEnvironment;
     }
     console::flush();
     const platform::ProcessResult result = platform::runProcess(requestFor(recipe));

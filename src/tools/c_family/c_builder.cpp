@@ -13,7 +13,8 @@ namespace {
 /// executable that links a library is nothing that a dependant links.
 const std::set<CiString, CiLess>& builderOutputs() {
     static const std::set<CiString, CiLess> names = {
-        "OBJECTS", "DEPFILES", "OUTPUT", "LIBRARY", "LIB_FILES", "OBJ_FILES", "LINK_LANGUAGE"};
+        "OBJECTS",  "DEPFILES",      "OUTPUT",   "LIBRARY",   "LIB_FILES", "OBJ_FILES",
+        "PDB_FILE", "LINK_LANGUAGE", "CAT_FILE", "RES_FILES", "MC_HEADERS"};
     return names;
 }
 

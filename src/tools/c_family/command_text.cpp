@@ -5,6 +5,7 @@
 #include <xxhash.h>
 
 #include "build/run/command_line.h"
+#include "grammar/utf8.h"
 #include "platform/system.h"
 
 namespace Vesk {
@@ -29,6 +30,21 @@ bool isPlain(std::string_view argument, std::string_view punctuation) noexcept {
     return !argument.empty() && std::ranges::all_of(argument, [punctuation](char c) {
         return isAlphanumeric(c) || punctuation.find(c) != std::string_view::npos;
     });
+}
+
+/// Programs of Windows take a text without a byte order mark for one in the machine's own code
+/// page, and not all of them know UTF-8.
+std::string windowsText(const std::string& text) {
+    if (isAscii(text)) {
+        return text;
+    }
+    std::string bytes = "\xFF\xFE";
+    for (const char16_t unit :
+         std::filesystem::path(std::u8string(text.begin(), text.end())).u16string()) {
+        bytes += static_cast<char>(unit & 0xFF);
+        bytes += static_cast<char>(unit >> 8);
+    }
+    return bytes;
 }
 
 }  // namespace
@@ -73,7 +89,10 @@ std::string quoteForHost(std::string_view argument) {
     return platform::kWindows ? quoteForWindows(argument) : quoteForPosix(argument);
 }
 
-std::string quoteForResponseFile(std::string_view argument) {
+std::string quoteForResponseFile(std::string_view argument, ResponseFiles style) {
+    if (style == ResponseFiles::Windows) {
+        return isPlain(argument, kPlainOnWindows) ? std::string(argument) : quoteArgument(argument);
+    }
     if (isPlain(argument, kPlainPunctuation)) {
         return std::string(argument);
     }
@@ -97,7 +116,7 @@ void CommandText::append(std::string_view hostText, std::string_view fileText) {
 void CommandText::add(std::string_view argument) {
     // Nothing keeps every version of Windows' interpreter from taking this for a variable.
     needsFile_ |= platform::kWindows && argument.find('%') != std::string_view::npos;
-    append(quoteForHost(argument), quoteForResponseFile(argument));
+    append(quoteForHost(argument), quoteForResponseFile(argument, style_));
 }
 
 void CommandText::add(std::string_view option, std::string_view value) {
@@ -133,7 +152,8 @@ void CommandText::finish(Recipe& recipe, const std::filesystem::path& stem,
                      quoteForHost("@" + std::string(stemInCommand).append(ending));
     std::filesystem::path file = stem;
     file += ending;
-    recipe.supportFiles.push_back({std::move(file), fileText_});
+    recipe.supportFiles.push_back(
+        {std::move(file), style_ == ResponseFiles::Windows ? windowsText(fileText_) : fileText_});
 }
 
 }  // namespace Vesk

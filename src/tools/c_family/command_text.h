@@ -16,14 +16,22 @@ std::string quoteForPosix(std::string_view argument);
 std::string quoteForWindows(std::string_view argument);
 std::string quoteForHost(std::string_view argument);
 
-/// One argument as GNU and LLVM programs read it in a response file: backslashes and quotes are
-/// escaped, so that a path keeps them.
-std::string quoteForResponseFile(std::string_view argument);
+/// How programs read response files.
+enum class ResponseFiles {
+    Gnu,      ///< backslashes escape, in quotes too; the text is UTF-8
+    Windows,  ///< as a command line of Windows; what is not ASCII is in UTF-16
+};
+
+/// One argument in a response file, so that a path keeps its backslashes.
+std::string quoteForResponseFile(std::string_view argument,
+                                 ResponseFiles style = ResponseFiles::Gnu);
 
 /// A command that is put together piece by piece. A copy is cheap, so what many commands have in
 /// common is put together once.
 class CommandText {
   public:
+    explicit CommandText(ResponseFiles style = ResponseFiles::Gnu) : style_(style) {}
+
     /// One argument, whatever it contains; `option` and `value` make one argument together.
     void add(std::string_view argument);
     void add(std::string_view option, std::string_view value);
@@ -47,6 +55,7 @@ class CommandText {
   private:
     void append(std::string_view hostText, std::string_view fileText);
 
+    ResponseFiles style_;
     std::string text_;
     std::string fileText_;  ///< the same from `fileStart_` on, for a response file
     std::size_t fileStart_ = std::string::npos;

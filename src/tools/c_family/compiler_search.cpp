@@ -91,6 +91,12 @@ bool confusesInterpreter(std::string_view path) noexcept {
 
 }  // namespace
 
+std::string realPath(const std::string& path) {
+    std::error_code error;
+    const fs::path real = fs::canonical(platform::pathFromUtf8(path), error);
+    return error ? path : normalPath(platform::pathToUtf8(real));
+}
+
 bool splitCompilerName(std::string_view name, std::string_view word, ToolchainPlace& place) {
     const std::size_t at = name.rfind(word);
     if (at == std::string_view::npos) {

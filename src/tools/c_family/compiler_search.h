@@ -15,6 +15,9 @@ struct FoundCompiler {
     ToolchainPlace place;
 };
 
+/// The file or folder behind all links; the path itself where that cannot be told.
+std::string realPath(const std::string& path);
+
 /// The prefix and suffix in a program's name, "x86_64-w64-mingw32-gcc-12-posix" for the word "gcc".
 /// False for programs that only begin or end alike, as "gcc-ar" and "c99-gcc" do.
 bool splitCompilerName(std::string_view name, std::string_view word, ToolchainPlace& place);

@@ -100,10 +100,8 @@ class GnuStyleBuild {
     bool linksCpp() const;
 
     Product productOf() const;
-    std::string outputName() const;
     void addCommonOutputs();
     void addLibraryOutputs(const Product& product);
-    void passOn(const char* variable, std::vector<std::string> entries, bool paths);
 
     const TargetContext& target_;
     const GnuStyle& style_;

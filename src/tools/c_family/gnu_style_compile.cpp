@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "tools/c_family/gnu_style.h"
 #include "tools/c_family/libraries.h"
+#include "tools/c_family/recipe_parts.h"
 #include "tools/c_family/triple.h"
 #include "tools/c_family/value_lists.h"
 
@@ -56,7 +57,7 @@ void GnuStyleBuild::make(Language driver) {
 
     switch (type_) {
         case OutputType::Object:
-            passOn("OBJ_FILES", objects_, true);
+            passOn(outputs, "OBJ_FILES", pathValues(objects_));
             addLibraryOutputs({});
             break;
         case OutputType::Static:

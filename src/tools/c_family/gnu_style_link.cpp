@@ -7,9 +7,9 @@
 #include "platform/files.h"
 #include "tools/c_family/gnu_style.h"
 #include "tools/c_family/libraries.h"
+#include "tools/c_family/recipe_parts.h"
 #include "tools/c_family/triple.h"
 #include "tools/c_family/value_lists.h"
-#include "types/list_value.h"
 #include "types/string_values.h"
 
 namespace Vesk {
@@ -17,16 +17,6 @@ namespace Vesk {
 namespace {
 
 constexpr const char* kCpp = "c++";
-
-void addInput(Recipe& recipe, const char* name, const std::string& path) {
-    recipe.inputs.push_back({resolvedAssignment(name, pathValue(path)), std::nullopt});
-}
-
-void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>& paths) {
-    for (const std::string& path : paths) {
-        addInput(recipe, name, path);
-    }
-}
 
 std::string folderOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
@@ -55,13 +45,8 @@ const char* endingOf(std::string_view format) noexcept {
 
 }  // namespace
 
-std::string GnuStyleBuild::outputName() const {
-    std::string name = target_.textOf("OUTPUT_NAME").value_or("");
-    return name.empty() ? target_.target().name : name;
-}
-
 GnuStyleBuild::Product GnuStyleBuild::productOf() const {
-    const std::string name = outputName();
+    const std::string name = outputNameOf(target_);
     const bool windows = isWindowsTriple(style_.triple());
     Product product;
     std::string file = name;
@@ -182,7 +167,7 @@ void GnuStyleBuild::linkByHand() {
     addInputs(recipe, "LIB_FILES", libraries_);
     finishProduct(std::move(recipe), command, product);
     if (type_ == OutputType::Relocatable) {
-        passOn("OBJ_FILES", {product.path}, true);
+        passOn(outputs, "OBJ_FILES", pathValues({product.path}));
     }
 }
 
@@ -210,7 +195,7 @@ void GnuStyleBuild::copyObject() {
             fmt::format("OBJCOPY_INPUT must name one file; it names {}.", inputs.size()));
     }
     const std::string format = target_.textOf("OBJCOPY_FORMAT").value_or("");
-    const std::string name = outputName();
+    const std::string name = outputNameOf(target_);
     const std::string ending = hasEnding(name) ? "" : endingOf(format);
     Product product;
     product.path = paths_.inOutputDirectory(name + ending);
@@ -282,26 +267,6 @@ void GnuStyleBuild::addScript(CommandText& command, Recipe& recipe) const {
     }
 }
 
-/// An output that dependants with "+" append to their own variable.
-void GnuStyleBuild::passOn(const char* variable, std::vector<std::string> entries, bool paths) {
-    if (entries.empty()) {
-        return;
-    }
-    ValuePtr value;
-    if (paths) {
-        value = pathValues(entries);
-    } else {
-        auto list = std::make_shared<VeskList>();
-        for (std::string& entry : entries) {
-            list->items.push_back(std::make_shared<VeskRawString>(std::move(entry)));
-        }
-        value = list;
-    }
-    Assignment output = resolvedAssignment(variable, value, AssignModifier::Output);
-    output.op = AssignOperator::Append;
-    outputs.push_back(std::move(output));
-}
-
 /// What dependants need to link with this target: the library in front of those that it needs.
 void GnuStyleBuild::addLibraryOutputs(const Product& product) {
     std::vector<std::string> files;
@@ -318,12 +283,12 @@ void GnuStyleBuild::addLibraryOutputs(const Product& product) {
             files.push_back(each);
         }
     }
-    passOn("LIB_FILES", std::move(files), true);
+    passOn(outputs, "LIB_FILES", pathValues(files));
     if (linked) {
         return;
     }
-    passOn("LIBS", atLastPlace(entriesOf(target_, "LIBS")), false);
-    passOn("LIB_DIRS", paths_.absolute(entriesOf(target_, "LIB_DIRS")), true);
+    passOn(outputs, "LIBS", textValues(atLastPlace(entriesOf(target_, "LIBS"))));
+    passOn(outputs, "LIB_DIRS", pathValues(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
     if (linksCpp()) {
         outputs.push_back(resolvedAssignment("LINK_LANGUAGE", std::make_shared<VeskRawString>(kCpp),
                                              AssignModifier::Output));

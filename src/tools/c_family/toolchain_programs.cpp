@@ -77,6 +77,11 @@ DeclaredPlace declaredPlace(const Context::Map& declared) {
     return place;
 }
 
+std::string pathFor(const DeclaredPlace& declared, Context& target) {
+    return normalPath(resolvedText(declared.path, target),
+                      normalPath(target.textOf("PROJECT_ROOT").value_or("")));
+}
+
 std::vector<std::filesystem::path> runFolders(const ToolchainPlace& place) {
     if (!platform::kWindows) {
         return {};
@@ -140,14 +145,13 @@ ToolchainPlace ToolchainPrograms::locate(const std::string& path, ToolchainPlace
 }
 
 const ToolchainPlace& ToolchainPrograms::place(const DeclaredPlace& declared, Context& target) {
-    const std::string path = resolvedText(declared.path, target);
+    const std::string path = pathFor(declared, target);
     const std::string key = fmt::format("{}\n{}\n{}", path, declared.prefix, declared.suffix);
     const auto found = places_.find(key);
     if (found != places_.end()) {
         return found->second;
     }
-    const std::string root = normalPath(target.textOf("PROJECT_ROOT").value_or(""));
-    ToolchainPlace place = locate(normalPath(path, root), {{}, declared.prefix, declared.suffix});
+    ToolchainPlace place = locate(path, {{}, declared.prefix, declared.suffix});
     return places_.emplace(key, std::move(place)).first->second;
 }
 

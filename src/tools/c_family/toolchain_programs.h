@@ -33,6 +33,10 @@ DeclaredPlace declaredPlace(const Context::Map& declared);
 /// The text of a declared value; references in it are those of the target.
 std::string resolvedText(const ValuePtr& value, Context& target);
 
+/// The declared path as it is for one target: its references are those of the target, and a
+/// relative one belongs to the project's root.
+std::string pathFor(const DeclaredPlace& declared, Context& target);
+
 /// Finds programs, and remembers for the whole run where they are. Shared by the copies of a
 /// matcher; used on the driver's thread only.
 class ToolchainPrograms {

@@ -1,6 +1,7 @@
 #include "tools/c_family/triple.h"
 
 #include <algorithm>
+#include <array>
 #include <initializer_list>
 
 #include "base/ci_string.h"
@@ -20,6 +21,24 @@ constexpr std::string_view kMachines[] = {"x86_64", "amd64"};
 bool contains(std::string_view text, std::initializer_list<std::string_view> words) noexcept {
     return std::ranges::any_of(
         words, [text](std::string_view word) { return text.find(word) != std::string_view::npos; });
+}
+
+/// The names that people have for one machine, filled up with empty ones.
+constexpr std::array<std::string_view, 5> kMachineNames[] = {
+    {"x86_64", "x64", "amd64"},
+    {"i686", "x86", "i386", "i486", "i586"},
+    {"aarch64", "arm64"},
+};
+
+bool sameMachine(std::string_view a, std::string_view b) noexcept {
+    const auto has = [](const auto& names, std::string_view name) {
+        return !name.empty() && std::ranges::any_of(names, [name](std::string_view each) {
+            return equalsIgnoringCase(name, each);
+        });
+    };
+    return equalsIgnoringCase(a, b) || std::ranges::any_of(kMachineNames, [&](const auto& names) {
+               return has(names, a) && has(names, b);
+           });
 }
 
 /// Calls `matches` with each part between dashes until one matches.
@@ -76,8 +95,7 @@ bool tripleFits(std::string_view triple, std::string_view asked) noexcept {
     if (equalsIgnoringCase(asked, "windows")) {
         return isWindowsTriple(triple);
     }
-    return anyPart(triple,
-                   [asked](std::string_view part) { return equalsIgnoringCase(part, asked); });
+    return anyPart(triple, [asked](std::string_view part) { return sameMachine(part, asked); });
 }
 
 std::string_view tripleOfPrefix(std::string_view prefix) noexcept {

@@ -17,7 +17,8 @@ std::string_view nativeTriple() noexcept;
 bool isNativeTriple(std::string_view triple) noexcept;
 
 /// Whether what a user asks for names this triple: the triple itself, one of its parts, "windows"
-/// for every name of that system, or "native". Case does not matter.
+/// for every name of that system, or "native". Machines go by all of their names ("x64", "arm64").
+/// Case does not matter.
 bool tripleFits(std::string_view triple, std::string_view asked) noexcept;
 
 /// The triple in the prefix of a cross compiler's programs: "arm-none-eabi-" without its last dash.

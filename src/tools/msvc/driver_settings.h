@@ -1,0 +1,52 @@
+// What targets that are drivers of Windows are compiled and linked with.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/msvc/msvc_programs.h"
+#include "types/context.h"
+
+namespace Vesk {
+
+enum class DriverModel {
+    None,  ///< the target is no driver
+    Wdm,   ///< of the kernel, without a framework
+    Kmdf,  ///< of the kernel, with the driver framework
+    Umdf,  ///< a library in a process of its own, with the driver framework
+};
+
+/// What DRIVER says. Throws VeskException for an unknown word.
+DriverModel driverModelOf(const Context& target);
+
+/// The settings of one target, as the project templates of the WDK have them.
+class DriverSettings {
+  public:
+    /// KMDF_VERSION and UMDF_VERSION choose the framework; the newest without them. Throws
+    /// VeskException for a framework that the kit lacks. The folders outlive the settings.
+    DriverSettings(const Context& target, DriverModel model, const MsvcFolders& folders);
+
+    bool kernel() const noexcept {
+        return model_ == DriverModel::Wdm || model_ == DriverModel::Kmdf;
+    }
+    DriverModel model() const noexcept { return model_; }
+
+    /// Options, and definitions without "/D".
+    std::vector<std::string> compilerOptions() const;
+    std::vector<std::string> definitions() const;
+
+    /// `entry`: the target names its entry point itself.
+    std::vector<std::string> linkerOptions(bool entry) const;
+    std::vector<std::string> libraries() const;
+
+    /// Folders of the kits, also for targets that are no drivers.
+    std::vector<std::string> includeFolders() const;
+    std::vector<std::string> libraryFolders() const;
+
+  private:
+    DriverModel model_;
+    const MsvcFolders& folders_;
+    std::string framework_;  ///< "1.31"; empty without one
+};
+
+}  // namespace Vesk

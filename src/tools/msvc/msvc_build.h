@@ -1,0 +1,100 @@
+// The recipes of one target that Microsoft's tools build, and the outputs that come of them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "build/run/build_env.h"
+#include "tools/c_family/command_text.h"
+#include "tools/c_family/output_type.h"
+#include "tools/c_family/source_files.h"
+#include "tools/c_family/target_paths.h"
+#include "tools/msvc/driver_settings.h"
+#include "tools/msvc/msvc_programs.h"
+#include "tools/msvc/signing.h"
+
+namespace Vesk {
+
+/// Message files become headers and resource scripts first; then sources and scripts become objects
+/// and resources; these become a product, which is signed; and a driver's product becomes a package
+/// with a catalogue.
+class MsvcBuild {
+  public:
+    /// All that is referred to outlives the build.
+    MsvcBuild(TargetContext& target, const BuildEnv& environment, const DeclaredPlace& declared,
+              MsvcPrograms& programs);
+
+    void make();
+
+    std::vector<Recipe> recipes;
+    std::vector<Assignment> outputs;
+
+  private:
+    struct Product {
+        std::string path;
+        std::string linked;  ///< what the linker makes: the same, or what is then signed
+        std::string importLibrary;
+        std::string debugFile;
+    };
+
+    /// What the commands for all sources of a language have in common.
+    struct Compiler {
+        CommandText command;  ///< their beginning
+        std::string program;
+    };
+
+    // Compiling
+    void compileMessages();
+    void compile();
+    Compiler compilerFor(Language language) const;
+    void addDefinitionsAndFolders(CommandText& command) const;
+    Recipe compileRecipe(const SourceFile& source, const Compiler& compiler) const;
+    void addDependencyReport(const SourceFile& source, const Compiler& compiler,
+                             CommandText& command, Recipe& recipe) const;
+    Recipe assembleRecipe(const SourceFile& source) const;
+    void compileResources();
+    Recipe resourceRecipe(const std::string& script, const std::string& result) const;
+
+    // Linking
+    void link();
+    void archive();
+    void addLinkOptions(CommandText& command, Recipe& recipe, const Product& product) const;
+    void addLibraries(CommandText& command, Recipe& recipe) const;
+    void finishProduct(Recipe recipe, const CommandText& command, const Product& product);
+    void addLibraryOutputs(const std::string& library);
+    Product productOf() const;
+    std::string ending() const;
+
+    // Packages of drivers
+    void package(const std::string& product);
+    Recipe copyRecipe(const std::string& from, const std::string& to) const;
+
+    std::string program(MsvcProgram program, const std::string& name = {}) const;
+    Recipe stageRecipe(const std::string& program) const;
+    std::string inCommand(const std::string& path) const;
+    std::vector<std::string> inCommand(const std::vector<std::string>& paths) const;
+    bool says(const char* variable, bool otherwise) const;
+    void addOutput(const char* name, const ValuePtr& value);
+
+    TargetContext& target_;
+    const TargetPaths paths_;
+    MsvcPrograms& programs_;
+    const DriverModel model_;
+    const MsvcFolders& folders_;
+    const DriverSettings driver_;
+    const Signing signing_;
+    std::shared_ptr<const ToolSurroundings> surroundings_;
+    OutputType type_;
+    std::uint32_t stage_ = 0;
+    std::vector<SourceFile> sources_;
+    std::vector<std::string> scripts_;         ///< resource scripts, those from messages among them
+    std::vector<std::string> messageFolders_;  ///< with what was made of message files
+    std::vector<std::string> headers_;         ///< in there
+    std::vector<std::string> objects_;         ///< of the sources, then OBJ_FILES
+    std::vector<std::string> resources_;
+    std::vector<std::string> libraries_;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,184 @@
+// Which of Microsoft's compilers are installed.
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <set>
+#include <tuple>
+
+#include "base/console.h"
+#include "build/run/capture_output.h"
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "tools/c_family/compiler_search.h"
+#include "tools/c_family/target_paths.h"
+#include "tools/c_family/toolchain_match.h"
+#include "tools/c_family/version.h"
+#include "tools/msvc/msvc_matcher.h"
+#include "tools/msvc/visual_studio.h"
+#include "tools/msvc/windows_kits.h"
+
+namespace Vesk {
+
+namespace {
+
+/// What the installer knows, previews and build tools included.
+std::vector<VisualStudio> registeredInstallations(const std::vector<std::string>& programFolders) {
+    for (const std::string& programs : programFolders) {
+        const std::string search =
+            programs + "/Microsoft Visual Studio/Installer/vswhere" + std::string(programEnding());
+        if (isFile(search)) {
+            return installationsIn(captureOutput(platform::pathFromUtf8(search).make_preferred(),
+                                                 "-products * -prerelease -utf8 -format json",
+                                                 true));
+        }
+    }
+    return {};
+}
+
+/// A developer prompt's, and those whose compiler and linker are in PATH. The linker too: there are
+/// other programs that are called link.
+std::vector<ToolSet> toolSetsOfEnvironment() {
+    std::vector<std::string> folders;
+    if (const auto folder = platform::environmentVariable("VCToolsInstallDir")) {
+        folders.push_back(normalPath(*folder));
+    }
+    const std::string ending(programEnding());
+    for (std::string& folder : searchPath()) {
+        if (isFile(folder + "/cl" + ending) && isFile(folder + "/link" + ending)) {
+            folders.push_back(std::move(folder));
+        }
+    }
+    std::vector<ToolSet> sets;
+    for (const std::string& folder : folders) {
+        if (ToolSet set = toolSetAround(folder); !set.folder.empty()) {
+            sets.push_back(std::move(set));
+        }
+    }
+    return sets;
+}
+
+/// Each once, newest first.
+std::vector<ToolSet> allToolSets(const std::vector<std::string>& programFolders) {
+    std::vector<VisualStudio> studios = registeredInstallations(programFolders);
+    for (const std::string& programs : programFolders) {
+        std::ranges::move(installationsBelow(programs), std::back_inserter(studios));
+    }
+    std::vector<ToolSet> all;
+    std::set<std::string> seen;
+    const auto add = [&](ToolSet& set) {
+        if (seen.insert(realPath(set.folder)).second) {
+            all.push_back(std::move(set));
+        }
+    };
+    for (const VisualStudio& studio : studios) {
+        std::vector<ToolSet> sets = toolSetsIn(studio);
+        if (sets.empty()) {
+            console::message(console::level::kDetail, console::colour::kReport,
+                             "'{}' is left out: it has no C and C++ compilers.", studio.folder);
+        }
+        std::ranges::for_each(sets, add);
+    }
+    std::vector<ToolSet> others = toolSetsOfEnvironment();
+    std::ranges::for_each(others, add);
+    std::ranges::stable_sort(all, [](const ToolSet& a, const ToolSet& b) {
+        return compareVersions(a.version, b.version) > 0;
+    });
+    return all;
+}
+
+/// The kits as settings of a tool, so that a build looks for nothing.
+class Kits {
+  public:
+    explicit Kits(const std::vector<std::string>& programFolders) {
+        for (const std::string& folder : kitFolders(programFolders)) {
+            for (const WindowsKit& kit : kitsIn(folder)) {
+                takeNewer(sdk_, kit, kit.hasSdk);
+                takeNewer(driverKit_, kit, kit.hasSdk && kit.hasDriverKit);
+            }
+        }
+    }
+
+    bool found() const { return !sdk_.folder.empty(); }
+
+    void addTo(Context& tool) const {
+        if (!found()) {
+            return;
+        }
+        tool.addAssignment(resolvedAssignment("winsdk_path", pathValue(sdk_.folder)),
+                           ModifierMode::Copy);
+        tool.addAssignment(textAssignment("winsdk_version", sdk_.version), ModifierMode::Copy);
+        if (driverKit_.folder == sdk_.folder) {
+            tool.addAssignment(textAssignment("wdk_version", driverKit_.version),
+                               ModifierMode::Copy);
+        }
+    }
+
+  private:
+    static void takeNewer(WindowsKit& best, const WindowsKit& kit, bool usable) {
+        if (usable && (best.folder.empty() || compareVersions(kit.version, best.version) > 0)) {
+            best = kit;
+        }
+    }
+
+    WindowsKit sdk_;
+    WindowsKit driverKit_;
+};
+
+std::string displayName(const Toolchain& toolchain, const Context& tool, const ToolSet& set) {
+    const std::string name = tool.textOf("toolchain_name").value_or(toolchain.family);
+    return set.studio.empty() ? name : fmt::format("{} ({})", name, set.studio);
+}
+
+}  // namespace
+
+std::vector<DetectedTool> detectMSVC() {
+    const std::vector<std::string> programs = programFolders();
+    const std::vector<ToolSet> sets = allToolSets(programs);
+    if (sets.empty()) {
+        return {};
+    }
+    const Kits kits(programs);
+    // Whoever has one of these in PATH has put it there.
+    const bool others = !findCompilers("gcc", searchPath()).empty() ||
+                        !findCompilers("clang", searchPath()).empty();
+    std::vector<DetectedTool> tools;
+    std::set<std::string> names;
+    std::set<std::string_view> triples;
+    for (const ToolSet& set : sets) {
+        for (const Architecture& architecture : kArchitectures) {
+            const std::string bin = binFolder(set.folder, architecture);
+            if (bin.empty()) {
+                continue;
+            }
+            Toolchain toolchain = {RegisterMSVCMatcher.word(),
+                                   "MSVC",
+                                   set.version,
+                                   std::string(architecture.triple),
+                                   {set.folder, {}, {}},
+                                   kNoDefault};
+            if (triples.insert(architecture.triple).second) {
+                toolchain.isDefault = others ? kFamilyDefault : kMachineDefault;
+            }
+            DetectedTool tool = detectedTool(toolchain, "msvc");
+            if (!names.insert(tool.name).second) {
+                continue;
+            }
+            tool.context->addAssignment(
+                textAssignment("toolchain_name", displayName(toolchain, *tool.context, set)),
+                ModifierMode::Copy);
+            kits.addTo(*tool.context);
+            toolchain.place.folder = bin;
+            warnIfMissing(toolchain, {"link"}, "it links nothing");
+            warnIfMissing(toolchain, {"lib"}, "it makes no static libraries");
+            tools.push_back(std::move(tool));
+        }
+    }
+    if (!kits.found()) {
+        console::warning(
+            "There is no Windows SDK: MSVC compiles nothing that includes its headers "
+            "or those of C, and makes no resources.");
+    }
+    return tools;
+}
+
+}  // namespace Vesk

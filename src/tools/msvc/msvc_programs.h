@@ -1,0 +1,57 @@
+// The programs and folders that a declaration of the toolchain stands for.
+#pragma once
+
+#include <initializer_list>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/c_family/toolchain_programs.h"
+#include "tools/msvc/windows_kits.h"
+
+namespace Vesk {
+
+enum class MsvcProgram {
+    Compiler,
+    Assembler,
+    Librarian,
+    Linker,
+    ResourceCompiler,
+    MessageCompiler,
+    CatalogueMaker,
+    Signer,
+};
+
+/// Where the parts of a toolchain are, for targets with the same wishes.
+struct MsvcFolders {
+    const Architecture* architecture = nullptr;
+    std::string compiler;  ///< its name: "cl", "clang-cl"
+    bool clang = false;
+    std::string bin;      ///< of the compiler
+    std::string toolSet;  ///< what the compiler's headers and libraries lie in; may be empty
+    std::string version;  ///< of the tool set; empty where that is not known
+    WindowsKit kit;       ///< its folder is empty where there is none
+    std::vector<std::string> kitBins;
+};
+
+/// Finds programs, and remembers for the whole run where they are. Shared by the copies of a
+/// matcher; used on the driver's thread only.
+class MsvcPrograms {
+  public:
+    /// Settings that the target or the declaration gives: toolchain_path (a tool set, a folder of
+    /// programs, or an installation of Visual Studio, of which the newest tool set is taken),
+    /// toolchain_compiler, winsdk_path, winsdk_version, wdk_version. Throws VeskException for what
+    /// is not there.
+    const MsvcFolders& folders(const DeclaredPlace& declared, Context& target, bool forDrivers);
+
+    /// Throws VeskException when the program is missing. `name`, when given, is what is looked for
+    /// in its stead.
+    std::string require(const MsvcFolders& folders, MsvcProgram program, const std::string& name);
+
+  private:
+    std::map<std::string, MsvcFolders> folders_;
+    std::map<std::string, std::string> programs_;
+};
+
+}  // namespace Vesk
