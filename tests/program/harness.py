@@ -19,7 +19,8 @@ from pathlib import Path
 TIMEOUT = 120
 ESCAPE = re.compile(r"\x1b\[[0-9;]*m")
 # The emulator sets these itself when it starts a program.
-EMULATORS_OWN = {"APPDATA", "LOCALAPPDATA", "USERPROFILE", "COMSPEC", "PATH", "TEMP", "HOME"}
+EMULATORS_OWN = {"APPDATA", "LOCALAPPDATA", "USERPROFILE", "COMSPEC", "PATH", "TEMP", "HOME",
+                 "ProgramFiles", "ProgramFiles(x86)", "ProgramW6432"}
 
 
 @dataclass

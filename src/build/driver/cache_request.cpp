@@ -1,11 +1,13 @@
 #include "build/driver/cache_request.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <functional>
 #include <iterator>
 #include <unordered_set>
 
 #include "build/cache/cache_text.h"
+#include "build/cache/file_state.h"
 #include "build/cache/record_fields.h"
 #include "platform/files.h"
 #include "types/context_value.h"

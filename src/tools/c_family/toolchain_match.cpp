@@ -141,6 +141,10 @@ class Comparison {
                 }
             }
         }
+        // "windows" is said of several machines. This one's runs what is built.
+        if (isNativeMachine(triple())) {
+            result_.matches.emplace("toolchain_machine", MatchKind::PartialMatch);
+        }
         const std::string word = own(kDefault);
         if (word.empty()) {
             result_.matches.emplace(kDefault, full);

@@ -70,12 +70,16 @@ std::string_view nativeTriple() noexcept {
     return platform::kWindows ? "x86_64-w64-mingw32" : "x86_64-linux-gnu";
 }
 
+bool isNativeMachine(std::string_view triple) noexcept {
+    const std::string_view machine = triple.substr(0, triple.find('-'));
+    return triple.empty() || std::ranges::find(kMachines, machine) != std::end(kMachines);
+}
+
 bool isNativeTriple(std::string_view triple) noexcept {
     if (triple.empty()) {
         return true;
     }
-    const std::string_view machine = triple.substr(0, triple.find('-'));
-    if (std::ranges::find(kMachines, machine) == std::end(kMachines)) {
+    if (!isNativeMachine(triple)) {
         return false;
     }
     if (platform::kWindows) {

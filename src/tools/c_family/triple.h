@@ -12,6 +12,9 @@ bool isAppleTriple(std::string_view triple) noexcept;
 /// What compilers of this machine call it, more or less.
 std::string_view nativeTriple() noexcept;
 
+/// Whether the triple begins with a name of this machine's processor. An empty one does.
+bool isNativeMachine(std::string_view triple) noexcept;
+
 /// Whether this machine runs what a compiler with that triple makes. An empty triple is taken for
 /// the machine's own.
 bool isNativeTriple(std::string_view triple) noexcept;

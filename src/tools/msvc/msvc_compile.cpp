@@ -251,6 +251,7 @@ void MsvcBuild::compileMessages() {
         Recipe recipe = stageRecipe(compiler);
         recipe.command = command.text();
         addInput(recipe, "MC_FILES", file);
+        recipe.tellsAll = true;
         for (const char* ending : {".h", ".rc"}) {
             recipe.outputs.push_back(
                 resolvedAssignment("MC_HEADERS", pathValue(name + ending), AssignModifier::Output));
@@ -457,6 +458,7 @@ Recipe MsvcBuild::resourceRecipe(const std::string& script, const std::string& r
     command.add(inCommand(script));
     recipe.command = command.text();
     addInput(recipe, "RC_FILES", script);
+    recipe.tellsAll = true;
     recipe.outputs.push_back(
         resolvedAssignment("RES_FILES", pathValue(result), AssignModifier::Output));
     recipe.pooled = true;

@@ -268,6 +268,7 @@ void MsvcBuild::addLibraryOutputs(const std::string& library) {
 Recipe MsvcBuild::copyRecipe(const std::string& from, const std::string& to) const {
     Recipe recipe;
     recipe.stage = stage_;
+    recipe.tellsAll = true;
     recipe.command = copyCommand(paths_.inCommand(from), paths_.inCommand(to));
     addInput(recipe, "FILES", from);
     recipe.outputs.push_back(resolvedAssignment("FILES", pathValue(to), AssignModifier::Output));

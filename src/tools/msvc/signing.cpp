@@ -102,7 +102,7 @@ void Signing::useFile(const TargetContext& target, const TargetPaths& paths) {
                         files.size()));
     }
     file_ = files.front();
-    certificate_ = {"/f", nativePath(paths.inCommand(file_))};
+    certificate_ = {"/f", paths.inCommand(file_)};
     passwordVariable_ = textOf(target, "SIGN_PASSWORD_ENV");
     if (!passwordVariable_.empty()) {
         checkVariableName(passwordVariable_);
@@ -120,7 +120,7 @@ void Signing::addTo(Recipe& recipe, const std::string& program, const std::strin
         command.addAsWritten(referenceTo(passwordVariable_));
         recipe.secretVariables.push_back(passwordVariable_);
     }
-    command.add(nativePath(file));
+    command.add(file);
     recipe.furtherCommands.push_back(command.text());
     addInput(recipe, "program", program);
     if (!file_.empty()) {

@@ -150,8 +150,14 @@ int withEnv(const Arguments& arguments) {
     }
     platform::ProcessRequest request;
     request.arguments = Arguments(position + 1, arguments.end());
-    // The arguments of tests hold no quotes.
-    request.commandLine = "\"" + joined(request.arguments, "\" \"") + "\"";
+    // The arguments of tests hold no backslashes in front of quotes.
+    for (const std::string& argument : request.arguments) {
+        request.commandLine += request.commandLine.empty() ? "\"" : " \"";
+        for (const char c : argument) {
+            request.commandLine += c == '"' ? "\\\"" : std::string(1, c);
+        }
+        request.commandLine += '"';
+    }
     const platform::ProcessResult result = platform::runProcess(request);
     return result.started ? result.status : kUsage;
 }
