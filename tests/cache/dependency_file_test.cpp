@@ -24,5 +24,35 @@ TEST(DependencyFile, Prerequisites) {
     }
 }
 
+TEST(DependencyFile, ReportsInJson) {
+    using Names = std::optional<std::vector<std::string>>;
+    const std::pair<const char*, Names> cases[] = {
+        {R"({"Version": "1.0", "Data": {"Source": "c:\\a.cpp", "Includes": ["c:\\x y\\ö.h"]}})",
+         {{R"(c:\x y\ö.h)"}}},
+        {R"({"Data": {"PCH": "p.pch", "Includes": [], "ImportedModules": ["std.core"],
+             "ImportedHeaderUnits": ["u.h"]}})",
+         {{"p.pch", "u.h"}}},
+        {"\xEF\xBB\xBF"
+         R"({"Data": {"PCH": "", "ImportedModules": [{"Name": "m", "BMI": "m.ifc"}],
+             "ImportedHeaderUnits": [{"Header": "u.h", "BMI": "u.ifc"}]}})",
+         {{"m.ifc", "u.h", "u.ifc"}}},
+        {R"({"Data": {}})", Names(std::in_place)},
+        {R"({"Data": {"Includes": ["a.h")", std::nullopt},
+        {R"({"Version": "1.0"})", std::nullopt},
+        {"[]", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& [text, names] : cases) {
+        EXPECT_EQ(reportedDependencies(text), names) << text;
+    }
+}
+
+TEST(DependencyFile, NotesInAnyLanguage) {
+    EXPECT_EQ(includeNotes("a.c\r\nNote: including file: C:\\a b\\x.h\r\n"
+                           "Hinweis: Einlesen der Datei:  d:/y.h\n"
+                           "メモ: インクルード ファイル:   inc/z.h"),
+              (std::vector<std::string>{"C:\\a b\\x.h", "d:/y.h", "inc/z.h"}));
+}
+
 }  // namespace
 }  // namespace Vesk::test

@@ -5,7 +5,7 @@ import os
 import re
 import shutil
 import subprocess
-import unittest
+import sys
 
 import test_toolchains
 from harness import SETTINGS, on_system, windows_only
@@ -42,11 +42,11 @@ class MsvcTest(test_toolchains.ToolchainTest):
     def program(self, folder, name):
         """A stand-in under the name."""
         if SETTINGS.windows:
-            self.place(f"{folder}/{name}.native", f"python3 '{STAND_IN}' {name}")
+            self.place(f"{folder}/{name}.native", f"'{sys.executable}' '{STAND_IN}' {name}")
             shutil.copy(SETTINGS.children / "bridge/bridge.exe", self.base / folder / f"{name}.exe")
         else:
             script = self.place(f"{folder}/{name}",
-                                f"#!/bin/sh\nexec python3 '{STAND_IN}' {name} \"$@\"\n")
+                                f"#!/bin/sh\nexec '{sys.executable}' '{STAND_IN}' {name} \"$@\"\n")
             script.chmod(0o755)
 
     def tool_set(self, version, studio="2022/BuildTools", machines=("x64",)):
@@ -67,9 +67,10 @@ class MsvcTest(test_toolchains.ToolchainTest):
             self.place(f"{KITS}/Include/wdf/kmdf/1.9/wdf.h")
             self.place(f"{KITS}/Include/wdf/kmdf/1.31/wdf.h", "#define FROM_KMDF 8\n")
 
-    def library(self, folder, *names):
-        """Libraries with a function of the first one's name."""
-        source = self.place("made/made.c", f"int {names[0]}(void) {{ return 16; }}\n")
+    def library(self, folder, *names, code=None):
+        """Libraries with this code, or with a function of the first one's name."""
+        code = code or f"int {names[0]}(void) {{ return 16; }}\n"
+        source = self.place("made/made.c", code)
         subprocess.run([LLVM + "clang-cl", "/c", "made.c"], cwd=source.parent, check=True)
         for name in names:
             (self.base / folder).mkdir(parents=True, exist_ok=True)
@@ -422,8 +423,8 @@ class Detection(MsvcTest):
                                  "msvc-14-38-33130-aarch64-pc-windows-msvc",
                                  "msvc-14-9-1-x86_64-pc-windows-msvc"])
         text = self.registry_text()
-        for line in ('toolchain_version = "14.9.1"', 'winsdk_version = "10.0.10.0"',
-                     'wdk_version = "10.0.9.0"', f'winsdk_path = P"({{BASE}}/{KITS})"',
+        for line in ('toolchain_version = R"(14.9.1)"', 'winsdk_version = R"(10.0.10.0)"',
+                     'wdk_version = R"(10.0.9.0)"', f'winsdk_path = P"({{BASE}}/{KITS})"',
                      f'toolchain_path = P"({{BASE}}/{STUDIO}2022/BuildTools/VC/Tools/MSVC/14.38.33130)"'):
             self.assertIn(line, text)
         self.assertEqual(len(re.findall(r'\(Visual Studio BuildTools 2022\)', text)), 3)
@@ -441,7 +442,7 @@ class Detection(MsvcTest):
                           % on_system(self.base / "D ö").replace("\\", "\\\\"))
         names, out = self.found(VESK_TEST_VSWHERE=str(json))
         self.assertEqual(names, ["msvc-14-40-1-x86_64-pc-windows-msvc"])
-        self.assertIn('(Studio X)"', self.registry_text())
+        self.assertIn('(Studio X))"', self.registry_text())
 
     def test_a_developer_prompt(self):
         folder = self.tool_set("14.40.1")
@@ -484,3 +485,69 @@ class Detection(MsvcTest):
                 self.assertIn(f"'msvc-{tool}-pc-windows-msvc'", out)
         self.build(*target, env=self.env)
         self.check_program("out/app.exe", 7)
+
+
+# As much of a C library and of the system as the examples need.
+GUARD = "void* __security_cookie;\nvoid __security_check_cookie(void* cookie) {}\n"
+C_LIBRARY = GUARD + """
+    int main(void);
+    int snprintf(char* to, unsigned long long size, const char* format, ...) { *to = 0; return 0; }
+    int puts(const char* text) { return 0; }
+    int mainCRTStartup(void) { return main(); }
+    """
+STDIO = "int snprintf(char*, unsigned long long, const char*, ...);\nint puts(const char*);\n"
+WINDOWS = "#define NULL 0\nint LoadStringA(void*, unsigned, char*, int);\n"
+KERNEL = """
+    typedef int NTSTATUS; typedef void *PDRIVER_OBJECT, *PUNICODE_STRING;
+    typedef NTSTATUS DRIVER_INITIALIZE(PDRIVER_OBJECT, PUNICODE_STRING);
+    #define UNREFERENCED_PARAMETER(p) (void)p
+    """
+FRAMEWORK = """
+    typedef void *WDFDRIVER, *WDFDEVICE, *PWDFDEVICE_INIT;
+    typedef NTSTATUS EVT_WDF_DRIVER_DEVICE_ADD(WDFDRIVER, PWDFDEVICE_INIT);
+    typedef struct { EVT_WDF_DRIVER_DEVICE_ADD* add; } WDF_DRIVER_CONFIG;
+    #define WDF_NO_OBJECT_ATTRIBUTES 0
+    #define WDF_NO_HANDLE 0
+    #define WDF_DRIVER_CONFIG_INIT(config, function) ((config)->add = (function))
+    NTSTATUS WdfDeviceCreate(PWDFDEVICE_INIT*, void*, WDFDEVICE*);
+    NTSTATUS WdfDriverCreate(PDRIVER_OBJECT, PUNICODE_STRING, void*, WDF_DRIVER_CONFIG*, void*);
+    """
+LOADER = """
+    int DriverEntry(void*, void*);
+    int FxDriverEntry(void* a, void* b) { return DriverEntry(a, b); }
+    int WdfDeviceCreate(void* a, void* b, void* c) { return 0; }
+    int WdfDriverCreate(void* a, void* b, void* c, void* d, void* e) { return 0; }
+    """
+
+
+@needs_llvm
+class Examples(MsvcTest):
+    def take(self, name):
+        shutil.copytree(EXAMPLES / name, self.dir, dirs_exist_ok=True,
+                        ignore=shutil.ignore_patterns("out", ".vesk_cache*"))
+
+    def test_program(self):
+        self.take("msvc_program")
+        folder = self.tool_set("14.38.33130")
+        self.kit()
+        self.declare(folder)
+        (folder / "include/stdio.h").write_text(STDIO)
+        self.place(f"{KITS}/Include/{KIT}/um/windows.h", WINDOWS)
+        self.library((folder / "lib/x64").relative_to(self.base), "libcmt", code=C_LIBRARY)
+        self.library(f"{KITS}/Lib/{KIT}/um/x64", "user32", "oldnames",
+                     code="int LoadStringA(void* a, unsigned b, char* c, int d) { return 0; }\n")
+        self.built()
+        self.check_program("out/hello.exe", 0)
+
+    def test_driver(self):
+        self.take("msvc_driver")
+        self.kit(drivers=True)
+        self.declare(self.tool_set("14.38.33130"))
+        self.place(f"{KITS}/Include/{KIT}/km/ntddk.h", KERNEL)
+        self.place(f"{KITS}/Include/wdf/kmdf/1.31/wdf.h", FRAMEWORK)
+        self.library(f"{KITS}/Lib/{KIT}/km/x64", "BufferOverflowFastFailK", "ntoskrnl", "hal",
+                     "wmilib", code=GUARD)
+        self.library(f"{KITS}/Lib/wdf/kmdf/x64/1.31", "WdfLdr", "WdfDriverEntry", code=LOADER)
+        self.built('SIGN_NAME="Someone"')
+        self.assertEqual(len(self.calls("signtool")), 2)
+        self.assertIn("signed by /n Someone", self.read("out/hello.package/hello.cat"))

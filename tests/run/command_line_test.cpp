@@ -85,5 +85,11 @@ TEST(EnvironmentWithPath, ReplacesPathAndSorts) {
               (Strings{"A.B=1", "a=2", "PATH=/one:/two", "Z=0", "z=1"}));
 }
 
+TEST(EnvironmentWith, ReplacesWhateverTheCase) {
+    EXPECT_EQ(environmentWith({"Include=old", "INCLUDES=x", "LIB=y"}, {"INCLUDE=a;b", "NEW="}),
+              (Strings{"INCLUDES=x", "LIB=y", "INCLUDE=a;b", "NEW="}));
+    EXPECT_EQ(environmentWithPath({}, {}, "/old", ':'), Strings{"PATH=/old"});
+}
+
 }  // namespace
 }  // namespace Vesk

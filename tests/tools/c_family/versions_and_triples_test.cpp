@@ -38,6 +38,12 @@ TEST(Triple, WhatAUserMayCallIt) {
     for (const char* asked : {"", "mingw", "linux", "x86_64-w64", "aarch64"}) {
         EXPECT_FALSE(tripleFits(mingw, asked)) << asked;
     }
+    for (const auto& [triple, asked] :
+         {std::pair("i686-pc-windows-msvc", "x86"), std::pair("aarch64-pc-windows-msvc", "ARM64"),
+          std::pair("x86_64-pc-windows-msvc", "x64")}) {
+        EXPECT_TRUE(tripleFits(triple, asked)) << asked;
+        EXPECT_EQ(tripleFits(triple, "amd64"), std::string_view(asked) == "x64");
+    }
     EXPECT_EQ(tripleFits(mingw, "native"), platform::kWindows);
     EXPECT_EQ(tripleFits("x86_64-linux-gnu", "native"), !platform::kWindows);
     EXPECT_EQ(tripleOfPrefix("arm-none-eabi-"), "arm-none-eabi");
