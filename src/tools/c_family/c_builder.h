@@ -17,7 +17,8 @@ class CBuilder : public Builder {
     std::string name() const override { return name_; }
 
     /// `doCreateRecipes`, then the variables that say where commands run and outputs go, then
-    /// `postProcess`. Starts no process and reads no file; only patterns look into folders.
+    /// `postProcess`. Starts no process, reads no file but resource scripts, and looks into folders
+    /// for patterns only.
     RecipeSet createRecipes(TargetContext& target) final;
 
     /// The exit code as the output "result".

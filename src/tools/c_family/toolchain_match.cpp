@@ -130,6 +130,14 @@ class Comparison {
         }
     }
 
+    /// A system alone can be that of several machines, of which this one's runs what is built.
+    bool askedForSystem() const {
+        const std::string asked = target_.textOf("toolchain_target").value_or("native");
+        const std::string own = triple();
+        return asked.find('-') == std::string::npos && !equalsIgnoringCase(asked, "native") &&
+               !tripleFits(std::string_view(own).substr(0, own.find('-')), asked);
+    }
+
     /// An unmet wish costs more than any default gains.
     void preferDefault() {
         const MatchKind full = preferenceMissed_ ? MatchKind::PartialMatch : MatchKind::ExactMatch;
@@ -141,8 +149,7 @@ class Comparison {
                 }
             }
         }
-        // "windows" is said of several machines. This one's runs what is built.
-        if (isNativeMachine(triple())) {
+        if (askedForSystem() && isNativeMachine(triple())) {
             result_.matches.emplace("toolchain_machine", MatchKind::PartialMatch);
         }
         const std::string word = own(kDefault);

@@ -31,9 +31,9 @@ bool spellsOutCommands(const Context& target);
 ///     toolchain_prefix, toolchain_suffix, toolchain_path, tool_type
 ///
 /// A hint is only preferred. A toolchain that makes programs for other machines must be asked for.
-/// Between toolchains that fit alike one for this machine's processor is preferred, then
-/// `toolchain_default` decides: one that is declared without it
-/// is preferred, then the one that detection calls the machine's.
+/// Of those for a system, as "windows", one for this machine's processor is preferred. Between
+/// toolchains that fit alike `toolchain_default` decides: one that is declared without it is
+/// preferred, then the one that detection calls the machine's.
 ///
 /// A target that spells out its commands is left to the command tools.
 struct ToolchainMatch {

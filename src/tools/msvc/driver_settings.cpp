@@ -89,11 +89,11 @@ std::vector<std::string> DriverSettings::definitions() const {
     }
     const std::string_view machine = folders_.architecture->folder;
     if (machine == "x64") {
-        all = {"_WIN64", "_AMD64_", "AMD64"};
+        all = {"_AMD64_", "AMD64"};
     } else if (machine == "x86") {
         all = {"_X86_=1", "i386=1", "STD_CALL"};
     } else {
-        all = {"_WIN64", "_ARM64_", "ARM64", "_USE_DECLSPECS_FOR_SAL=1", "STD_CALL"};
+        all = {"_ARM64_", "ARM64", "_USE_DECLSPECS_FOR_SAL=1", "STD_CALL"};
     }
     all.insert(all.end(), {"_WIN32_WINNT=0x0A00", "WINVER=0x0A00", "WINNT=1"});
     if (const char* framework = frameworkOf(model_)) {

@@ -65,7 +65,7 @@ TEST(ToolchainMatch, WhatATargetAsksFor) {
         {{hint("toolchain_name", "clang")}, "2", "1", "no"},
         {{var("tool_type", str("llvm-clang"))}, "no", "no", "no"},
         {{var("tool_type", str("gnu-gcc"))}, "5", "4", "no"},
-        {{var("toolchain_target", str(kForeignWord))}, "no", "no", "5"},
+        {{var("toolchain_target", str(kForeignWord))}, "no", "no", "6"},
         {{var("toolchain_target", str("native"))}, "5", "4", "no"},
         {{hint("toolchain_target", kForeign.c_str())}, "2", "1", "5"},
         {{var("TARGET_TRIPLE", str(kForeign))}, "no", "no", "5"},
