@@ -79,16 +79,17 @@ std::vector<std::string_view> namesOf(MsvcProgram program, const MsvcFolders& fo
     return {"signtool"};
 }
 
-/// Other programs go by the names of these.
-bool onlyInToolSet(std::string_view name) {
-    return name == "link" || name == "lib" || name == "cl";
+/// Other programs, of other kinds, go by these names too; one in PATH is hardly the one meant.
+bool isAmbiguous(std::string_view name) {
+    constexpr std::string_view kNames[] = {"cl", "lib", "link", "mc", "rc"};
+    return std::ranges::find(kNames, name) != std::end(kNames);
 }
 
 std::string findIn(const MsvcFolders& folders, const std::vector<std::string_view>& names) {
     for (const std::string_view name : names) {
         std::vector<std::string> places = {folders.bin};
         places.insert(places.end(), folders.kitBins.begin(), folders.kitBins.end());
-        if (!onlyInToolSet(name)) {
+        if (!isAmbiguous(name)) {
             std::ranges::move(searchPath(), std::back_inserter(places));
         }
         for (const std::string& place : places) {
