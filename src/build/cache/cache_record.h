@@ -73,7 +73,6 @@ struct CacheRequest {
         std::filesystem::path dependencyFile;
         std::filesystem::path directory;                       ///< of the relative paths in it
         std::shared_ptr<const ToolSurroundings> surroundings;  ///< see Recipe
-        bool tellsAll = false;                                 ///< see Recipe
         bool standsAlone = false;                              ///< see Recipe
         bool tellsAll = false;                                 ///< see Recipe
     };
