@@ -16,7 +16,7 @@ namespace Vesk {
 /// rest of the text, instead of a slash, an asterisk and the comment's words as tokens.
 class CheckingLexer : public grammar::CommonLexer {
   public:
-    explicit CheckingLexer(antlr4::CharStream* input) : CommonLexer(input) {}
+    explicit CheckingLexer(antlr4::CharStream* input);
 
     std::unique_ptr<antlr4::Token> nextToken() override;
 

@@ -147,12 +147,6 @@ std::string askCompiler(const FoundCompiler& compiler, std::string_view argument
     return answer;
 }
 
-std::string realPath(const std::string& path) {
-    std::error_code error;
-    const fs::path real = fs::canonical(platform::pathFromUtf8(path), error);
-    return error ? path : normalPath(platform::pathToUtf8(real));
-}
-
 std::string identifierOf(std::string text) {
     for (char& c : text) {
         const bool allowed = (c >= '0' && c <= '9') ||

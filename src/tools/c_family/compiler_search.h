@@ -31,9 +31,6 @@ std::vector<FoundCompiler> findCompilers(std::string_view word,
 /// What the compiler answers; empty when it fails.
 std::string askCompiler(const FoundCompiler& compiler, std::string_view arguments);
 
-/// The file behind all links; the path itself where that cannot be told.
-std::string realPath(const std::string& path);
-
 /// The text as the name of a tool: a dash for what names may not hold.
 std::string identifierOf(std::string text);
 
