@@ -21,20 +21,6 @@
 
 namespace Vesk {
 
-void addInput(Recipe& recipe, const char* name, const std::string& path) {
-    recipe.inputs.push_back({resolvedAssignment(name, pathValue(path)), std::nullopt});
-}
-
-void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>& paths) {
-    for (const std::string& path : paths) {
-        addInput(recipe, name, path);
-    }
-}
-
-void addOutput(Recipe& recipe, const char* name, const std::string& path) {
-    recipe.outputs.push_back(resolvedAssignment(name, pathValue(path), AssignModifier::Output));
-}
-
 ApkRecipes::ApkRecipes(const TargetContext& target, const BuildEnv& environment, ApkTools tools)
     : target_(target),
       paths_(target, environment),

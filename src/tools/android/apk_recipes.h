@@ -16,6 +16,7 @@
 #include "tools/android/apk_package.h"
 #include "tools/android/signing_key.h"
 #include "tools/c_family/command_text.h"
+#include "tools/c_family/recipe_parts.h"
 #include "tools/c_family/target_paths.h"
 
 namespace Vesk {
@@ -87,10 +88,5 @@ class ApkRecipes {
     std::string unsigned_;
     std::string product_;
 };
-
-/// A file among the inputs, or among the outputs, of a recipe.
-void addInput(Recipe& recipe, const char* name, const std::string& path);
-void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>& paths);
-void addOutput(Recipe& recipe, const char* name, const std::string& path);
 
 }  // namespace Vesk

@@ -16,6 +16,10 @@ void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>&
     }
 }
 
+void addOutput(Recipe& recipe, const char* name, const std::string& path) {
+    recipe.outputs.push_back(resolvedAssignment(name, pathValue(path), AssignModifier::Output));
+}
+
 std::string outputNameOf(const TargetContext& target) {
     std::string name = target.textOf("OUTPUT_NAME").value_or("");
     return name.empty() ? target.target().name : name;

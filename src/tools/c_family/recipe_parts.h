@@ -13,6 +13,9 @@ namespace Vesk {
 void addInput(Recipe& recipe, const char* name, const std::string& path);
 void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>& paths);
 
+/// A file that a recipe makes.
+void addOutput(Recipe& recipe, const char* name, const std::string& path);
+
 /// OUTPUT_NAME, or the target's own name.
 std::string outputNameOf(const TargetContext& target);
 
