@@ -177,6 +177,7 @@ void GnuStyleBuild::archive() {
     Recipe recipe = productRecipe(product, program);
     // An archiver adds to an archive that is there; members whose sources are gone would stay.
     recipe.replacesOutputs = true;
+    recipe.tellsAll = true;  // libraries that the target uses are not put into its own
     CommandText command;
     command.add(nativePath(program));
     command.add("rcs");
