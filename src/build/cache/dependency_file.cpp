@@ -27,6 +27,20 @@ std::size_t lineBreak(std::string_view text) {
     return text.starts_with('\n') ? 1 : text.starts_with("\r\n") ? 2 : 0;
 }
 
+/// The file of an entry of a report: the entry itself, or what an object names beside the name of
+/// its module or header.
+void addReported(const nlohmann::json& entry, std::vector<std::string>& names) {
+    if (entry.is_string() && entry != "") {
+        names.push_back(entry.get<std::string>());
+    } else if (entry.is_object()) {
+        for (const char* key : {"Header", "BMI"}) {
+            if (const auto file = entry.find(key); file != entry.end() && file->is_string()) {
+                names.push_back(file->get<std::string>());
+            }
+        }
+    }
+}
+
 }  // namespace
 
 std::vector<std::string> prerequisites(std::string_view makefile) {
@@ -68,34 +82,20 @@ std::optional<std::vector<std::string>> reportedDependencies(std::string_view js
         return std::nullopt;
     }
     std::vector<std::string> names;
-    // A file alone, or in later versions of the format an object with the file beside its name.
-    // Modules are then no longer told by nothing but their names.
-    const auto take = [&names](const nlohmann::json& entry) {
-        if (entry.is_string() && entry != "") {
-            names.push_back(entry.get<std::string>());
-        } else if (entry.is_object()) {
-            for (const char* key : {"Header", "BMI"}) {
-                if (const auto file = entry.find(key); file != entry.end() && file->is_string()) {
-                    names.push_back(file->get<std::string>());
-                }
-            }
-        }
-    };
-    constexpr std::string_view kModules = "ImportedModules";
-    for (const std::string_view key :
-         {kModules, std::string_view("PCH"), std::string_view("Includes"),
-          std::string_view("ImportedHeaderUnits")}) {
+    for (const char* key : {"ImportedModules", "PCH", "Includes", "ImportedHeaderUnits"}) {
         const auto value = data->find(key);
         if (value == data->end()) {
             continue;
         }
         if (!value->is_array()) {
-            take(*value);
+            addReported(*value, names);
             continue;
         }
+        // Early versions of the format tell of a module nothing but its name, which is no file.
+        const bool mayBeNames = value.key() == "ImportedModules";
         for (const nlohmann::json& entry : *value) {
-            if (entry.is_object() || key != kModules) {
-                take(entry);
+            if (entry.is_object() || !mayBeNames) {
+                addReported(entry, names);
             }
         }
     }
