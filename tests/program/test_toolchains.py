@@ -36,6 +36,11 @@ def needs(*programs):
     return unittest.skipIf(missing, f"not installed: {' '.join(missing)}")
 
 
+def listens(port):
+    with socket.socket() as probe:
+        return probe.connect_ex(("127.0.0.1", port)) == 0
+
+
 class ToolchainTest(ProgramTest):
     tools = NATIVE + FOREIGN
 
@@ -59,6 +64,12 @@ class ToolchainTest(ProgramTest):
     def output_of(self, program, *arguments):
         return subprocess.run([self.dir / program, *arguments], cwd="/", capture_output=True,
                               text=True, check=True, timeout=60).stdout
+
+    def wait_for(self, condition):
+        limit = time.monotonic() + 60
+        while not condition():
+            self.assertLess(time.monotonic(), limit)
+            time.sleep(0.02)
 
     def compiled(self, out):
         """The sources that a run compiled."""
@@ -164,6 +175,38 @@ class Programs(ToolchainTest):
             self.assertEqual(entry["file"], str(self.dir / "a.c"))
             subprocess.run(entry["command"], shell=True, cwd=entry["directory"], check=True)
             os.unlink(self.dir / "db.json")
+
+    @needs("clangd")
+    def test_the_database_is_as_clangd_wants_it(self):
+        """The source compiles only with the directory and the macro of its target."""
+        self.remembers = True
+        self.write("ä b/a.c", '#include "only here.h"\nint number = HERE + DEFINED;\n')
+        self.write("ä b/in clude/only here.h", "#define HERE 1\n")
+        self.unit("""
+            objects: {
+                C_FILES = ["ä b/*.c"] OUTPUT_TYPE = "object"
+                INCLUDE_DIRS = ["ä b/in clude"] DEFINES = ["DEFINED=2"]
+            }
+            """)
+        database = self.dir / "db/compile_commands.json"
+        database.parent.mkdir()
+
+        def faults():
+            clangd = subprocess.run(
+                ["clangd", f"--check={self.dir / 'ä b/a.c'}", "--log=error",
+                 f"--compile-commands-dir={database.parent}"],
+                env={**os.environ, "XDG_CONFIG_HOME": str(self.base), "HOME": str(self.base)},
+                stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=100)
+            self.assertEqual(clangd.returncode == 0, clangd.stderr == "", clangd.stderr)
+            return clangd.stderr
+
+        for compiled in (["ä b/a.c"], []):
+            out = self.build(f"--compile-commands={database}")
+            self.assertEqual(out.count(" -c 'ä b/a.c'"), len(compiled), out)
+            self.assertEqual(faults(), "")
+            database.unlink()
+        database.write_text("[]")
+        self.assertIn("'only here.h' file not found", faults())
 
     def test_an_error_is_the_compilers_own(self):
         self.write("bad.c", "int main(void) { return missing; }\n")
@@ -431,26 +474,30 @@ class Launchers(ToolchainTest):
         self.assertIn("direct_cache_hit\t2\n", stats)
         self.assertIn("out/.obj/vesk/app/a.c.d", self.files())
 
-    @needs("distcc", "distccd")
-    def test_distcc(self):
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            port = probe.getsockname()[1]
+    def distccd(self):
+        """Starts a daemon on a free port. Returns its port, its log and a function that ends it."""
         folder = Path(tempfile.mkdtemp(prefix="vesk-distcc-"))
         self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
-        folder.chmod(0o777)
-        log = folder / "log"
-        daemon = subprocess.Popen(
-            ["distccd", "--no-detach", "--daemon", "--listen", "127.0.0.1", "--port", str(port),
-             "--allow", "127.0.0.1", "--jobs", "2", "--enable-tcp-insecure", f"--log-file={log}",
-             "--log-level=info"], stderr=subprocess.DEVNULL)
-        self.addCleanup(daemon.wait)
-        self.addCleanup(daemon.terminate)
-        for _ in range(600):
+        folder.chmod(0o777)  # as root it works as another user
+        while True:
             with socket.socket() as probe:
-                if probe.connect_ex(("127.0.0.1", port)) == 0:
-                    break
-            time.sleep(0.05)
+                probe.bind(("127.0.0.1", 0))
+                port = probe.getsockname()[1]
+            # One process, which ends by itself should this one be killed.
+            daemon = subprocess.Popen(
+                ["distccd", "--daemon", "--no-detach", "--no-fork", "--lifetime", "300", "--listen",
+                 "127.0.0.1", "--port", str(port), "--allow", "127.0.0.1", "--enable-tcp-insecure",
+                 f"--log-file={folder / 'log'}", "--log-level=info"], stderr=subprocess.DEVNULL)
+            self.addCleanup(daemon.wait)
+            self.addCleanup(daemon.kill)
+            self.wait_for(lambda: daemon.poll() is not None or listens(port))
+            if daemon.poll() is None:
+                return port, folder / "log", lambda: (daemon.kill(), daemon.wait())
+            self.assertIn("Address already in use", (folder / "log").read_text())
+
+    @needs("distcc", "distccd")
+    def test_distcc(self):
+        port, log, end = self.distccd()
         self.unit("""
             app: {
                 C_FILES = ["*.c"]
@@ -462,7 +509,9 @@ class Launchers(ToolchainTest):
         (self.base / "distcc").mkdir()
         self.build(env=env)
         self.assertEqual(self.output_of("out/app"), "")
-        self.assertEqual(log.read_text().count("COMPILE_OK"), 2)
+        self.wait_for(lambda: log.read_text().count("COMPILE_OK") == 2)
+        end()
+        self.assertEqual(self.run_vesk(env=env).status, 1, "nothing compiles without the daemon")
 
 
 @posix_only("it needs compilers of the system itself")
