@@ -35,16 +35,9 @@ class C3(ToolchainTest):
                  toolchain_path = P"({on_system(self.bin)})" toolchain_target = "{self.triple}" }}
             """
         self.registry(native + self.tool)
-        self.env = {"APPDATA": on_system(self.base / "data")}
-
-    def bridge(self, name):
-        return Path(shutil.copy(SETTINGS.children / "bridge/bridge.exe", self.bin / f"{name}.exe"))
-
-    def build(self, *arguments):
-        return super().build(*arguments, env=self.env)
 
     def failure(self, *arguments):
-        result = self.run_vesk(*arguments, env=self.env)
+        result = self.run_vesk(*arguments)
         self.assertEqual(result.status, 1, result.out)
         return result.err
 
@@ -164,7 +157,7 @@ class C3(ToolchainTest):
     def test_found(self):
         self.registry("")
         # A folder of its own in the path on Linux, told by a variable on Windows.
-        env = {**self.env, "C3C_HOME": on_system(self.bin.parent), "ANDROID_HOME": None}
+        env = {"C3C_HOME": on_system(self.bin.parent), "ANDROID_HOME": None}
         result = self.run_vesk("--find-compilers", env=env)
         self.assertIn(f"Registered toolchain 'c3c-0-7-9-{self.triple}'.", result.out)
         told = (self.base / "data/vesk/.vesk_registry.txt").read_text(encoding="utf-8")

@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import shutil
 import socket
 import subprocess
@@ -14,6 +15,7 @@ from harness import ProgramTest, SETTINGS, on_system, posix_only, windows_only
 
 EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
 CROSS = "x86_64-w64-mingw32"
+EXE = ".exe" if SETTINGS.windows else ""
 
 # A registry as --find-compilers writes it; each test has its own, so that none of them has to look.
 NATIVE = """
@@ -56,14 +58,24 @@ class ToolchainTest(ProgramTest):
         folder.mkdir(parents=True, exist_ok=True)
         (folder / ".vesk_registry.txt").write_text("tools {" + tools + "}\n", encoding="utf-8")
 
+    def bridge(self, name):
+        """Puts a program of this name, which calls the system's own, where the compilers are."""
+        self.bin.mkdir(parents=True, exist_ok=True)
+        return Path(shutil.copy(SETTINGS.children / "bridge/bridge.exe", self.bin / f"{name}.exe"))
+
+    def start(self, *arguments, env=None, **options):
+        env = {"APPDATA": on_system(self.base / "data"), **(env or {})}
+        return super().start(*arguments, env=env, **options)
+
     def build(self, *arguments, **options):
         result = self.run_vesk(*arguments, **options)
         self.assertEqual((result.err, result.status), ("", 0), result.out)
         return result.out
 
     def output_of(self, program, *arguments):
-        return subprocess.run([self.dir / program, *arguments], cwd="/", capture_output=True,
-                              text=True, check=True, timeout=60).stdout
+        command = [*SETTINGS.wine, self.dir / (program + EXE), *arguments]
+        return subprocess.run(command, cwd="/", capture_output=True, text=True, check=True,
+                              timeout=100).stdout
 
     def wait_for(self, condition):
         limit = time.monotonic() + 60
@@ -77,8 +89,25 @@ class ToolchainTest(ProgramTest):
         return [line[line.index("-c") + 1] for line in words]
 
 
-@posix_only("it needs compilers of the system itself")
-class Programs(ToolchainTest):
+class GnuTest(ToolchainTest):
+    """With the system's compilers; under Wine with a GNU toolchain for Windows, in a folder with
+    characters that the interpreter trips over."""
+
+    compilers = ("GCC",) if SETTINGS.windows else ("GCC", "Clang")
+
+    def setUp(self):
+        super().setUp()
+        self.bin = self.base / "C & tools (x86)" / "bin"
+        if SETTINGS.windows:
+            for program in ("gcc", "g++", "ar", "ld", "objcopy"):
+                self.bridge(program)
+            self.registry(f"""
+                gcc {{ tool_type = "gnu-gcc" toolchain_name = "GCC 12"
+                      toolchain_path = P"({on_system(self.bin)})" toolchain_target = "{CROSS}" }}
+                """)
+
+
+class Programs(GnuTest):
     def test_sources_of_one_name_defines_and_flags(self):
         for folder, number in (("a", 1), ("b b", 2)):
             self.write(f"{folder}/x.c", f"int from_{folder[0]}(void) {{ return {number}; }}\n")
@@ -96,16 +125,18 @@ class Programs(ToolchainTest):
         self.unit("""
             app: {
                 C_FILES = ["main.c", "*/x.c"]
-                C_FLAGS = "-O1 -DQUOTED='${ascii[34]}it is${ascii[34]}'"
+                C_FLAGS = R"(-O1 HERE)"
                 DEFINES = [R"(TEXT="a\\tb $HOME & 'c'")"]
                 INCLUDE_DIRS = ["in clude"]
             }
-            """)
+            """.replace("HERE", r'"-DQUOTED=\"it is\""' if SETTINGS.windows else
+                        """-DQUOTED='"it is"'"""))
         out = self.build()
         self.assertEqual(self.output_of("out/app"), "1 2 3 a\tb $HOME & 'c' it is\n")
         self.assertIn("out/.obj/vesk/app/b b/x.c.o", self.files())
-        self.assertIn("[vesk::app] /usr/bin/gcc -O1 ", out)
+        self.assertRegex(out, r"\[vesk::app\] \S.*gcc\S* -O1 ")
 
+    @posix_only("the assembler text is for the system itself")
     @needs("clang", "llvm-ar", "ld.lld")
     def test_languages_together(self):
         self.write("a.c", "int c_part(void) { return 1; }\n")
@@ -119,7 +150,7 @@ class Programs(ToolchainTest):
             int main() { std::cout << std::string("sum ") << c_part() + s_part() << "\\n"; }
             """)
         self.unit('app: { C_FILES="a.c" ASM_FILES="b.S" CPP_FILES="c.cpp" FLAGS="-g" }')
-        for compiler in ("GCC", "Clang"):
+        for compiler in self.compilers:
             with self.subTest(compiler):
                 self.build(f'toolchain_name="{compiler}"')
                 self.assertEqual(self.output_of("out/app"), "sum 3\n")
@@ -155,13 +186,12 @@ class Programs(ToolchainTest):
             (lambda: self.write("lib.c", "int lib(void) { return 5; }\n"), ["lib.c"], 2),
             (lambda: self.write("vesk.txt", unit.replace("-O0", "-O1")),
              ["src/a.c", "src/b.c", "src/main.c", "src/new.c"], 1),
-            (lambda: (self.dir / "out/app").unlink(), [], 1),
+            (lambda: (self.dir / f"out/app{EXE}").unlink(), [], 1),
         ):
             edit()
             out = self.build("-j2")
             self.assertEqual(sorted(self.compiled(out)), sources, out)
-            jobs = [line for line in out.splitlines() if "gcc -o out/app" in line or " rcs " in line]
-            self.assertEqual(len(jobs), links, out)
+            self.assertEqual(len(re.findall(r"gcc\S* -o out/app| rcs ", out)), links, out)
             self.assertEqual(self.compiled(self.build()), [])
 
     def test_compilation_database(self):
@@ -171,11 +201,13 @@ class Programs(ToolchainTest):
         for _ in ("built", "fresh"):
             self.build("--compile-commands=db.json")
             entry, = json.loads(self.read("db.json"))
-            self.assertEqual(entry["directory"], str(self.dir))
-            self.assertEqual(entry["file"], str(self.dir / "a.c"))
-            subprocess.run(entry["command"], shell=True, cwd=entry["directory"], check=True)
+            self.assertEqual(entry["directory"], on_system(self.dir))
+            self.assertEqual(entry["file"], on_system(self.dir / "a.c"))
+            if not SETTINGS.windows:
+                subprocess.run(entry["command"], shell=True, cwd=entry["directory"], check=True)
             os.unlink(self.dir / "db.json")
 
+    @posix_only("it is the system's own clangd")
     @needs("clangd")
     def test_the_database_is_as_clangd_wants_it(self):
         """The source compiles only with the directory and the macro of its target."""
@@ -236,8 +268,7 @@ class Programs(ToolchainTest):
         self.assertEqual(len([name for name in self.files() if name.endswith(".rsp")]), 2)
 
 
-@posix_only("it needs compilers of the system itself")
-class Libraries(ToolchainTest):
+class Libraries(GnuTest):
     def test_static_libraries_in_linking_order(self):
         self.write("base/base.c", "int base(void) { return 1; }\n")
         self.write("base/include/base.h", "int base(void);\n")
@@ -289,11 +320,13 @@ class Libraries(ToolchainTest):
         self.write("outer.c", "int inner(void);\nint outer(void) { return inner() + 1; }\n")
         self.write("main.c", "#include <stdio.h>\nint outer(void);\n"
                              'int main(void) { printf("%d\\n", outer()); return 0; }\n')
-        self.unit("""
+        text = """
             app: +outer { C_FILES = ["main.c"] OUTPUT_NAME = "bin/app" }
             outer: +inner { C_FILES = ["outer.c"] OUTPUT_TYPE = "shared" OUTPUT_NAME = "lib/outer" }
             inner: { C_FILES = ["inner.c"] OUTPUT_TYPE = "shared" OUTPUT_NAME = "lib/deep/inner" }
-            """)
+            """
+        # Windows looks beside the program.
+        self.unit(re.sub('NAME = ".*/', 'NAME = "bin/', text) if SETTINGS.windows else text)
         self.build()
         self.assertEqual(self.output_of("out/bin/app"), "7\n")
         shutil.move(self.dir / "out", self.dir / "moved")
@@ -305,14 +338,14 @@ class Libraries(ToolchainTest):
         self.write("main.c", '#include <stdio.h>\nint length(void);\n'
                              'int main(void) { printf("%d\\n", length()); return 0; }\n')
         self.unit("""
-            app: +middle { C_FILES = ["main.c"] }
+            app: +middle { C_FILES = ["main.c"] LINK_FLAGS = "-static" }
             middle: +lib { C_FILES = [] OUTPUT_TYPE = "static" }
             lib: { CPP_FILES = ["lib.cpp"] OUTPUT_TYPE = "static" }
             """)
         self.build()
         self.assertEqual(self.output_of("out/app"), "4\n")
 
-    @needs("clang", "llvm-ar", "ld.lld")
+    @needs(*() if SETTINGS.windows else ("clang", "llvm-ar", "ld.lld"))
     def test_steps_as_targets_of_their_own(self):
         self.write("a.c", "int a(void) { return 40; }\n")
         self.write("b.c", "int b(void) { return 2; }\n")
@@ -330,7 +363,7 @@ class Libraries(ToolchainTest):
                 OBJCOPY_SECTIONS = [".text"]
             }
             """)
-        for compiler in ("GCC", "Clang"):
+        for compiler in self.compilers:
             with self.subTest(compiler):
                 self.build(f'toolchain_name="{compiler}"')
                 self.assertEqual(self.output_of("out/app"), "42\n")
@@ -454,13 +487,33 @@ class Detection(ToolchainTest):
         self.assertIn("/gcc ", self.build())
 
 
-@posix_only("launchers are the system's own")
-class Launchers(ToolchainTest):
+class Launchers(GnuTest):
     def setUp(self):
         super().setUp()
         self.write("a.c", "int a(void) { return 1; }\n")
         self.write("main.c", "int a(void);\nint main(void) { return a() - 1; }\n")
 
+    def test_it_is_given_the_compilers_command(self):
+        log = self.base / "launched"
+        record = f'echo "$*" >>{log}'
+        if SETTINGS.windows:
+            launcher = self.bridge("launch")
+            launcher.with_suffix(".native").write_text(
+                f"sh -c '{record}; shift 2; exec {CROSS}-gcc \"$@\"' sh")
+        else:
+            launcher = self.write("launch", f'#!/bin/sh\n{record}; shift; exec "$@"\n')
+            launcher.chmod(0o755)
+        self.unit(f"""
+            app: {{ C_FILES = ["*.c"] LAUNCHER = [P"({on_system(launcher)})", "x y"] }}
+            """)
+        self.build()
+        self.assertEqual(self.output_of("out/app"), "")
+        calls = log.read_text().splitlines()
+        for call in calls:
+            self.assertRegex(call, r"^x y .*/gcc(\.exe)? -MMD ")
+        self.assertEqual(sorted(self.compiled("\n".join(calls))), ["a.c", "main.c"])
+
+    @posix_only("it is the system's own ccache")
     @needs("ccache")
     def test_ccache(self):
         self.unit('app: { C_FILES = ["*.c"] LAUNCHER = "ccache" }')
@@ -495,6 +548,7 @@ class Launchers(ToolchainTest):
                 return port, folder / "log", lambda: (daemon.kill(), daemon.wait())
             self.assertIn("Address already in use", (folder / "log").read_text())
 
+    @posix_only("it is the system's own distcc")
     @needs("distcc", "distccd")
     def test_distcc(self):
         port, log, end = self.distccd()
@@ -514,12 +568,12 @@ class Launchers(ToolchainTest):
         self.assertEqual(self.run_vesk(env=env).status, 1, "nothing compiles without the daemon")
 
 
-@posix_only("it needs compilers of the system itself")
-class Examples(ToolchainTest):
+class Examples(GnuTest):
     def run_example(self, name, *arguments):
         shutil.copytree(EXAMPLES / name, self.dir, dirs_exist_ok=True,
                         ignore=shutil.ignore_patterns("out", ".vesk_cache*"))
-        return self.build("-v", "6", *arguments)
+        static = ['LINK_FLAGS="-static"'] if SETTINGS.windows else []  # no DLL of C++ is in PATH
+        return self.build("-v", "6", *arguments, *static)
 
     def test_they_run(self):
         for name, target, printed in (
@@ -531,6 +585,7 @@ class Examples(ToolchainTest):
                 self.dir.mkdir()
                 self.assertEqual(self.run_example(name, target), printed)
 
+    @posix_only("there it is no cross build")
     @needs(CROSS + "-gcc")
     def test_cross_build(self):
         self.run_example("cross_build")
@@ -540,29 +595,13 @@ class Examples(ToolchainTest):
 
 
 @windows_only("the bridge to the system's compilers is for Wine")
-class OnWindows(ToolchainTest):
-    """A GNU toolchain for Windows, in a folder with characters that the interpreter trips over."""
-
-    def setUp(self):
-        super().setUp()
-        self.bin = self.base / "C & tools (x86)" / "bin"
-        self.bin.mkdir(parents=True)
-        for program in ("gcc", "g++", "ar", "ld", "objcopy"):
-            shutil.copy(SETTINGS.children / "bridge" / "bridge.exe", self.bin / f"{program}.exe")
-        self.env = {"APPDATA": on_system(self.base / "data")}
-
+class OnWindows(GnuTest):
     def registry_text(self):
         return (self.base / "data/vesk/.vesk_registry.txt").read_text(encoding="utf-8")
 
-    def product(self, program):
-        result = subprocess.run([*SETTINGS.wine, self.dir / program], capture_output=True,
-                                text=True, check=True, timeout=100)
-        return result.stdout
-
     def test_found_and_used(self):
         self.registry("")
-        out = self.build("--find-compilers",
-                         env={**self.env, "WINEPATH": on_system(self.bin)})
+        out = self.build("--find-compilers", env={"WINEPATH": on_system(self.bin)})
         self.assertIn("Registered toolchain 'gcc-12-x86_64-w64-mingw32'.", out)
         self.assertIn(f'toolchain_path = P"({on_system(self.bin)})"', self.registry_text())
 
@@ -588,7 +627,7 @@ class OnWindows(ToolchainTest):
             }
             plain: { C_FILES = ["main.c"] DEFINES = [R"(TEXT="plain")"] }
             """)
-        self.build(env=self.env)
-        self.assertEqual(self.product("out/program.exe"), "6 a & b %PATH% (c) d\n")
-        self.assertEqual(self.product("out/plain.exe"), "plain\n")
+        self.build()
+        self.assertEqual(self.output_of("out/program"), "6 a & b %PATH% (c) d\n")
+        self.assertEqual(self.output_of("out/plain"), "plain\n")
         self.assertIn("out/liblib.a", self.files())
