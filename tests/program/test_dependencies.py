@@ -27,7 +27,7 @@ class Order(ProgramTest):
         self.assertEqual(self.files(), ["vesk.txt"])
 
     def test_long_chain(self):
-        count = 3000
+        count = 20000
         lines = [f"t{n}: t{n + 1} {{ NO_TOOL }}" for n in range(count)]
         self.unit("\n".join([*lines, f't{count}: {{ cmdline = "child print end" }}']))
         self.assertEqual(self.printed("t0"), "end\n")
@@ -81,20 +81,24 @@ class Outputs(ProgramTest):
 
     def test_collisions_are_warned_about(self):
         why = "Names are case-insensitive; this may make dependency output ambiguous."
-        for target, warning in (
+        for target, warnings in (
+            ('app: lib { w = 1 cmdline = [] }', []),
             ('app: lib => ALIAS { alias = 1 cmdline = [] }',
-             "Dependency output alias 'ALIAS' collides with an existing context variable. "),
+             ["alias 'ALIAS' collides with an existing context variable."]),
+            ('app: lib +> X say(a) +> X { a = 1 cmdline = [] }\nsay(n): { NO_TOOL }', []),
             ('app: +lib { w = 1 cmdline = [] }',
-             "Dependency output 'W' collides with an existing context variable. "),
-            ('app: say(a) say(b) { a = 1 b = 2 cmdline = [] }\nsay(n): { NO_TOOL }', ""),
-            ('app: run(a) run(b) { a = 1 b = 2 cmdline = [] }\nrun(n): { cmdline = [] }',
-             "Dependency output 'run::result' collides with an existing dependency output. "),
+             ["'W' collides with an existing context variable."]),
+            ('app: say(a) say(b) { a = 1 b = 2 cmdline = [] }\nsay(n): { NO_TOOL }', []),
+            ('app: run(a) run(b) { a = 1 b = 2 cmdline = [] }\nrun(n): { cmdline = [] ^V = n }',
+             ["'run::result' collides with an existing dependency output.",
+              "'run::V' collides with an existing dependency output."]),
             ('app: lib { LIB = 1 cmdline = [] }',
-             "Dependency output 'vesk::lib' collides with existing context variable 'vesk'. "),
+             ["'vesk::lib' collides with existing context variable 'vesk'."]),
         ):
             with self.subTest(target=target):
                 self.unit(target + '\nlib: { cmdline = [] ^W = "w" }')
-                self.check("-v", "6", err=f"[vesk::app] {warning}{why}\n" if warning else "")
+                self.check("-v", "6", err="".join(f"[vesk::app] Dependency output {each} {why}\n"
+                                                  for each in warnings))
 
 
 class Parameters(ProgramTest):

@@ -540,7 +540,8 @@ class Launchers(GnuTest):
             daemon = subprocess.Popen(
                 ["distccd", "--daemon", "--no-detach", "--no-fork", "--lifetime", "300", "--listen",
                  "127.0.0.1", "--port", str(port), "--allow", "127.0.0.1", "--enable-tcp-insecure",
-                 f"--log-file={folder / 'log'}", "--log-level=info"], stderr=subprocess.DEVNULL)
+                 f"--log-file={folder / 'log'}", "--log-level=info"],
+                env={**os.environ, "TMPDIR": str(folder)}, stderr=subprocess.DEVNULL)
             self.addCleanup(daemon.wait)
             self.addCleanup(daemon.kill)
             self.wait_for(lambda: daemon.poll() is not None or listens(port))

@@ -82,12 +82,6 @@ TEST_F(CreateProject, LeavesOutWhatCouldNotBeLoadedButNotWhatHasErrors) {
     EXPECT_EQ(loadedFrom("p"), "c:\nu: t\n");
 }
 
-TEST_F(CreateProject, LeavesOutUnitsWithoutAName) {
-    const NewProject project{"p", {{"", {"lost.txt"}}, {"u", {"u.txt"}}}};
-    outputOf([&] { createProjectFile(project, path("")); });
-    EXPECT_EQ(read(".vesk_project.txt"), "name p\nunits\n{\nu\n{\n  \"u.txt\"\n}\n}\n");
-}
-
 TEST_F(CreateProject, KeepsEveryOldProjectFile) {
     write(".vesk_project.txt", "first");
     EXPECT_EQ(outputOf([&] {

@@ -21,24 +21,6 @@ std::string importNamesOf(const Project& project) {
 
 class LoadProject : public Workspace {};
 
-TEST_F(LoadProject, HoldsWhatTheFileSaysInItsOrder) {
-    write("p/.vesk_project.txt",
-          "name p\n"
-          "units { b { \"b.txt\" \"sub dir/../more b.txt\" } a { \"./a.txt\" } }\n"
-          "profiles { Release { } default { } }\n");
-    write("p/b.txt", "one : { }");
-    write("p/more b.txt", "unit b two : { }");
-    write("p/a.txt", "unit a");
-    fs::create_directory(path("p/sub dir"));
-    const Project& project = load("p", "RELEASE");
-    EXPECT_EQ(project.profile, "Release");
-    EXPECT_THAT(project.unitNames(), ElementsAre("b", "a"));
-    EXPECT_THAT(project.mainUnit()->targetNames(), ElementsAre("one", "two"));
-    EXPECT_EQ(project.findUnit("1"), project.findUnit("b"));
-    EXPECT_EQ(project.findUnit("B"), nullptr);
-    EXPECT_THAT(project.profileNames(), ElementsAre("Release", "default"));
-}
-
 struct BadProject {
     const char* what;
     const char* text;     ///< of p/.vesk_project.txt
@@ -185,13 +167,6 @@ constexpr BadImports kBadImports[] = {
 
 INSTANTIATE_TEST_SUITE_P(Projects, BadImportsFail, ::testing::ValuesIn(kBadImports),
                          [](const auto& each) { return std::string(each.param.what); });
-
-TEST_F(LoadProject, NeedsARegistryForRegisteredNames) {
-    writeProject("top", "lib;");
-    ProjectLoader without(store, nullptr, [](std::string_view) { return true; });
-    EXPECT_THAT(failureOf([&] { without.loadImports(without.loadRoot(path("top")), ""); }),
-                HasSubstr("Registry project 'lib' not found."));
-}
 
 TEST_F(LoadProject, MakesARegisteredProjectKnownThatTheCommandLineNames) {
     writeProject("base");

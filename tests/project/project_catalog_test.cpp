@@ -61,30 +61,5 @@ constexpr Reference kReferences[] = {
 
 INSTANTIATE_TEST_SUITE_P(Catalog, Locate, ::testing::ValuesIn(kReferences));
 
-TEST_F(Locate, WorksOnTheActivePage) {
-    const Project& app = load("app");
-    ProjectCatalog catalog(std::move(store), Context(), Context());
-    const std::string noPage = "ProjectCatalog has no active page.";
-    EXPECT_EQ(failureOf([&] { catalog.activeUnits(); }), noPage);
-    EXPECT_EQ(failureOf([&] { catalog.activeImports(); }), noPage);
-    EXPECT_EQ(failureOf([&] { catalog.locate({"", "", "all"}); }), noPage);
-    catalog.setActive(app);
-    EXPECT_EQ(catalog.activeUnits().size(), 3U);
-    EXPECT_EQ(textOf(catalog.locate({"", "", ""})), "app/main::first");
-    EXPECT_EQ(textOf(catalog.locate({"mylib", "more", "all"})), "lib/more::all");
-    const Project stranger;
-    EXPECT_NE(failureOf([&] { catalog.setActive(stranger); }), "");
-}
-
-TEST_F(Locate, KeepsProjectsInNameOrderWithTheirOwnContexts) {
-    load("app");
-    ProjectCatalog catalog(std::move(store), Context(), Context());
-    EXPECT_THAT(namesOf(catalog.projects()), ::testing::ElementsAre("app", "lib"));
-    for (const Project* project : catalog.projects()) {
-        const auto root = catalog.implicitContext(*project).textOf("PROJECT_ROOT");
-        EXPECT_EQ(root, platform::pathToUtf8(path(project->name)));
-    }
-}
-
 }  // namespace
 }  // namespace Vesk::test

@@ -45,17 +45,6 @@ TEST_F(BuildEnvTest, DerivesTheOutputDirectory) {
     }
 }
 
-TEST_F(BuildEnvTest, RefusesMisuse) {
-    BuildEnv env(std::filesystem::path{});
-    EXPECT_EQ(messageOf([&] { env.setVariable("A", "1"); }),
-              "Cannot modify the process environment before the build environment is prepared.");
-    EXPECT_EQ(messageOf([&] { env.prepare(0); }),
-              "Cannot prepare a build environment without jobs.");
-    EXPECT_FALSE(env.prepared());
-    env.prepare(3);
-    EXPECT_EQ(messageOf([&] { env.prepare(0); }), "Build environment is already prepared.");
-}
-
 TEST_F(BuildEnvTest, RestoresWhatItChanged) {
     setEnvironmentVariable("VESK_TEST_OLD", "before");
     setEnvironmentVariable("VESK_TEST_BLANK", "");

@@ -54,27 +54,6 @@ TEST(QuoteArgument, ArrivesUnchangedInAChild) {
     EXPECT_EQ(test::contentOf(dir / "out"), expected);
 }
 
-TEST(CommandLines, ForTheInterpreter) {
-    const std::string before = platform::environmentVariable("COMSPEC").value_or("");
-    for (const char* program : {"", R"(C:\my tools\sh.exe)"}) {
-        platform::setEnvironmentVariable("COMSPEC", program);
-        EXPECT_EQ(interpreterCommandLine(R"(gcc -o "a b" x.c)"),
-                  "\"" + std::string(*program == '\0' ? "cmd.exe" : program) +
-                      "\" /D /C \"gcc -o \"a b\" x.c\"");
-    }
-    platform::setEnvironmentVariable("COMSPEC", before);
-    EXPECT_EQ(interpreterArguments("a \"b\" $c"), (Strings{"/bin/sh", "-c", "a \"b\" $c"}));
-}
-
-TEST(CommandLines, ForPowershell) {
-    EXPECT_EQ(powershellCommandLine(R"(Write-Output "a b\")"),
-              R"("powershell.exe" -NoProfile -NonInteractive -ExecutionPolicy Bypass )"
-              R"(-Command "Write-Output \"a b\\\"")");
-    EXPECT_EQ(powershellArguments("exit 3"),
-              (Strings{"pwsh", "-NoProfile", "-NonInteractive", "-ExecutionPolicy", "Bypass",
-                       "-Command", "exit 3"}));
-}
-
 TEST(EnvironmentWithPath, ReplacesPathAndSorts) {
     const Strings entries{"b=2",          "PATH=/old", "A=1",        "Path=/other",
                           "pathext=.EXE", "PATHS=x",   "=C:=C:\\dir"};

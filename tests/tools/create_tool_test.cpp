@@ -47,25 +47,5 @@ TEST(CreateTool, LeavesOutWhatItCannotMakeAndSaysWhy) {
     }
 }
 
-TEST(CreateTool, StaticToolsAreInEveryProgramThatAsksForThem) {
-    Toolbox box;
-    createStaticTools(box);
-    EXPECT_NE(box.find("default_basic"), nullptr);
-}
-
-TEST(CreateTool, DeclaredValuesReachTheToolAsCopies) {
-    const auto context =
-        contextOf({var("TOOL_TYPE", str("Command")), must("cmdline", str("echo hi")),
-                   var("toolchain_name", str("Shell 1")), var("arch", str("x64"))});
-    const auto tool = createTool({"Registry", "sh", context});
-    ASSERT_NE(tool, nullptr);
-    EXPECT_EQ(tool->description(), "command 'sh' (Shell 1)");
-    EXPECT_EQ(tool->match(*contextOf({})).note, MatchNote::BuildPossible);
-    EXPECT_EQ(tool->match(*contextOf({var("arch", str("x64"))})).matches.at("arch"),
-              MatchKind::ExactMatch);
-    context->find("arch")->value->append(*str("changed"));
-    EXPECT_EQ(tool->declaredSettings().find("arch")->second.value->toString(), "x64");
-}
-
 }  // namespace
 }  // namespace Vesk::test

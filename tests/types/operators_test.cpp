@@ -79,15 +79,6 @@ TEST(Operators, SumsOfContexts) {
     });
 }
 
-TEST(Operators, ListsShareTheElementsOfLists) {
-    const ValuePtr item = str("x");
-    const ValuePtr items = list({item});
-    const ValuePtr sum = list({})->add(*items);
-    EXPECT_EQ(sum->at(IndexKey{0}), item);
-    items->append(*items);
-    EXPECT_EQ(shown(items), "VeskList [ \"x\", \"x\" ]") << "a list appended to itself";
-}
-
 /// "=" equals, "!" notEquals, "<" lessThan, ">" greaterThan, "x" for one that throws.
 std::string relations(const ValuePtr& left, const ValuePtr& right) {
     std::string text;

@@ -11,21 +11,6 @@ namespace {
 
 using namespace test;
 
-TEST(Values, Texts) {
-    const std::pair<ValuePtr, std::string> cases[] = {
-        {list({num(1), str("b c")}), "1 b c / VeskList [ 1, \"b c\" ]"},
-        {list({list({num(1)}), list({})}), "1  / VeskList [ [ 1 ], [] ]"},
-        {path("x y", "base"), "x y / VeskString P\"" +
-                                  platform::pathToUtf8(std::filesystem::path("base") / "x y") +
-                                  "\""},
-        {block({set("b", num(2)), set("A", str("a")), bare("C")}),
-         "a 2  / VeskContext {\nA = \"a\"\nb = 2\nC\n}"},
-    };
-    for (const auto& [value, expected] : cases) {
-        EXPECT_EQ(value->toString() + " / " + shown(deepCopy(*value)), expected);
-    }
-}
-
 TEST(Values, ElementsSelectedByKeys) {
     const auto bad = [](const char* value, const char* key) {
         return std::string("IndexException: Variable ") + value + " cannot be indexed with " + key;
@@ -93,36 +78,6 @@ TEST(Values, PathsAreComparedByTheFileSystem) {
     EXPECT_TRUE(path("a.c", directory)->equals(*str("a.c"))) << "other kinds compare the texts";
     EXPECT_TRUE(str("a.c")->equals(*path("a.c", directory)));
     std::filesystem::remove_all(directory);
-}
-
-TEST(Values, CopiesShareAsMuchAsTheyPromise) {
-    const ValuePtr inner = list({str("x")});
-    const ValuePtr outer = list({inner});
-    const ValuePtr clone = outer->clone();
-    const ValuePtr copy = deepCopy(*outer);
-    inner->append(*str("y"));
-    EXPECT_EQ(shown(clone), "VeskList [ [ \"x\", \"y\" ] ]");
-    EXPECT_EQ(shown(copy), "VeskList [ [ \"x\" ] ]");
-
-    const auto context = contextOf({set("A", num(1))});
-    const ValuePtr owning = std::make_shared<VeskContext>(context);
-    const ValuePtr reference = VeskContext::referringTo(context);
-    const ValuePtr ownCopy = deepCopy(*owning);
-    const ValuePtr sameReference = deepCopy(*reference);
-    context->addAssignment(set("A", num(2)), ModifierMode::Keep);
-    EXPECT_EQ(shown(owning->clone()), "VeskContext {\nA = 2\n}");
-    EXPECT_EQ(shown(ownCopy), "VeskContext {\nA = 1\n}");
-    EXPECT_EQ(shown(sameReference), "VeskContext {\nA = 2\n}") << "what it refers to is another's";
-}
-
-TEST(Values, AReferenceToAContextThatIsGoneIsAnInternalError) {
-    ValuePtr reference;
-    {
-        const auto context = contextOf({});
-        reference = VeskContext::referringTo(context);
-        EXPECT_EQ(shown(reference), "VeskContext {}");
-    }
-    EXPECT_EQ(outcome([&] { return reference->toString(); }).find("InternalError: Internal: "), 0U);
 }
 
 }  // namespace

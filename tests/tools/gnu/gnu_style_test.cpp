@@ -200,6 +200,9 @@ TEST_F(GnuStyleTargets, OtherProducts) {
     };
     const Case cases[] = {
         {{objects}, "g++ -o out/app a.o b.o\n"},
+        {{var("CPP_FILES", list({})), var("C_FILES", str("a.c")),
+          var("OUTPUT_TYPE", str("Object"))},
+         "gcc -MMD -MF {obj}/a.c.d -c a.c -o {obj}/a.c.o\n"},
         {{objects, var("OUTPUT_NAME", str("app.elf"))}, "g++ -o out/app.elf a.o b.o\n"},
         {{objects, var("OUTPUT_TYPE", str("static")), var("AR_FLAGS", str("D"))},
          "ar rcs D out/libapp.a a.o b.o\n"},

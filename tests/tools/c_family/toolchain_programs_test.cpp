@@ -1,63 +1,13 @@
-// Which builder a target gets, and where the programs are looked for.
+#include "tools/c_family/toolchain_programs.h"
 
 #include <gtest/gtest.h>
 
 #include "base/exception.h"
-#include "tools/builder.h"
 #include "tools/c_family/scratch_folder.h"
-#include "tools/c_family/toolchain_programs.h"
-#include "tools/gnu/gnu_matcher.h"
-#include "tools/llvm/llvm_matcher.h"
 #include "tools/tool_fixture.h"
 
 namespace Vesk::test {
 namespace {
-
-template <class M>
-std::string failureOf() {
-    try {
-        M("tool", {}, mapOf({var("toolchain_version", str("12"))}));
-    } catch (const VeskException& error) {
-        return error.message();
-    }
-    return "none";
-}
-
-TEST(ToolchainMatchers, NeedAPath) {
-    EXPECT_EQ(failureOf<GNUMatcher>(), "GNUMatcher requires want variable 'toolchain_path'.");
-    EXPECT_EQ(failureOf<LLVMMatcher>(), "LLVMMatcher requires want variable 'toolchain_path'.");
-}
-
-TEST(ToolchainMatchers, BuilderByWhatATargetNames) {
-    struct Case {
-        std::vector<Assignment> target;
-        const char* gnu;
-        const char* llvm;
-    };
-    const auto type = [](const char* word) { return var("OUTPUT_TYPE", str(word)); };
-    const Case cases[] = {
-        {{var("C_FILES", str("a.c"))}, "gcc", "clang"},
-        {{var("ASM_FILES", str("a.s")), type("static")}, "gcc", "clang"},
-        {{var("CPP_FILES", str("a.cpp")), var("C_FILES", str("a.c"))}, "g++", "clang++"},
-        {{var("CPP_FILES", list({})), var("C_FILES", str("a.c"))}, "gcc", "clang"},
-        {{var("OBJ_FILES", str("a.o"))}, "g++", "clang++"},
-        {{var("OBJ_FILES", str("a.o")), type("static")}, "ar", "llvm-ar"},
-        {{var("OBJ_FILES", str("a.o")), type("Relocatable")}, "ld", "lld"},
-        {{var("OBJ_FILES", str("a.o")), var("LINKER_SCRIPT", str("x"))}, "ld", "lld"},
-        {{var("C_FILES", str("a.c")), var("LINKER_SCRIPT", str("x"))}, "gcc", "clang"},
-        {{var("OBJCOPY_INPUT", str("a.o")), var("C_FILES", str("a.c"))}, "objcopy", "llvm-objcopy"},
-    };
-    const AssignmentMap declared = mapOf({var("toolchain_path", path("/nowhere"))});
-    const GNUMatcher gnu("gnu", {}, declared);
-    const LLVMMatcher llvm("llvm", {}, declared);
-    for (const Case& each : cases) {
-        const auto target = contextOf(each.target);
-        EXPECT_EQ(gnu.createBuilder(*target)->name(), each.gnu);
-        EXPECT_EQ(llvm.createBuilder(*target)->name(), each.llvm);
-        EXPECT_EQ(gnu.match(*target).note, MatchNote::BuildPossible);
-        EXPECT_EQ(gnu.clone()->match(*target).note, MatchNote::BuildPossible);
-    }
-}
 
 class ToolchainPlaces : public testing::Test {
   protected:
