@@ -72,12 +72,16 @@ class Options(ProgramTest):
 
     def test_keep_going(self):
         self.unit("""
-            all: bad good { NO_TOOL }
+            all: user lost good { NO_TOOL }
+            user: bad { cmdline = "child touch user.txt" }
             bad: { cmdline = "child exit 3" }
+            lost: nowhere { NO_TOOL }
             good: { cmdline = "child touch good.txt" }
             """)
         self.assertEqual((self.run_vesk("all").status, self.files()), (1, ["vesk.txt"]))
-        self.assertEqual(self.run_vesk("-k", "all").status, 1)
+        result = self.run_vesk("-k", "all")
+        self.assertEqual(result.status, 1)
+        self.assertIn("Error: Target 'vesk::nowhere' not found.\n", result.err)
         self.assertEqual(self.files(), ["good.txt", "vesk.txt"])
 
 
