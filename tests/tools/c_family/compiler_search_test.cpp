@@ -89,5 +89,21 @@ TEST_F(CompilerSearch, LinksToOneCompilerAreOne) {
     EXPECT_EQ(found({"local", "usr", "bin"}), "usr/gcc");
 }
 
+TEST(DetectedToolchain, AsTheRegistryHoldsIt) {
+    const Toolchain toolchain = {
+        "gnu-gcc", "GCC", "12.2.0", "arm-none-eabi", {"/opt/a b/bin", "arm-none-eabi-", "-12"},
+        "no"};
+    const DetectedTool tool = detectedTool(toolchain, "gcc");
+    EXPECT_EQ(tool.name, "gcc-12-2-0-arm-none-eabi");
+    EXPECT_EQ(tool.context->textOf("toolchain_name"), "GCC 12.2.0 for arm-none-eabi");
+    EXPECT_EQ(tool.context->textOf("tool_type"), "gnu-gcc");
+    EXPECT_EQ(tool.context->textOf("toolchain_version"), "12.2.0");
+    EXPECT_EQ(tool.context->textOf("toolchain_prefix"), "arm-none-eabi-");
+    EXPECT_EQ(tool.context->textOf("toolchain_suffix"), "-12");
+    const std::string path = platform::kWindows ? R"(\opt\a b\bin)" : "/opt/a b/bin";
+    EXPECT_EQ(tool.context->find("toolchain_path")->toSourceString(),
+              "toolchain_path = P\"(" + path + ")\"");
+}
+
 }  // namespace
 }  // namespace Vesk::test
