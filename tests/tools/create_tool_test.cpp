@@ -47,5 +47,11 @@ TEST(CreateTool, LeavesOutWhatItCannotMakeAndSaysWhy) {
     }
 }
 
+TEST(CreateTool, StaticToolsAreInEveryProgramThatAsksForThem) {
+    Toolbox box;
+    createStaticTools(box);
+    EXPECT_NE(box.find("default_basic"), nullptr);
+}
+
 }  // namespace
 }  // namespace Vesk::test
