@@ -54,6 +54,12 @@ def windows_only(reason):
     return unittest.skipUnless(SETTINGS.windows, reason)
 
 
+def alone(test):
+    """For a test that changes what others see, as the machine's registry: it runs after them."""
+    test.alone = True
+    return test
+
+
 def dedented(text):
     """A literal block without the indentation and the line end after its opening quotes."""
     return textwrap.dedent(text[1:] if text.startswith("\n") else text)

@@ -59,6 +59,10 @@ def run_one(test):
     return result
 
 
+def runs_alone(test):
+    return hasattr(getattr(test, test._testMethodName, None), "alone")
+
+
 def report(test, result):
     """Prints what went wrong with one test. Returns "passed", "failed" or "skipped"."""
     faults = result.failures + result.errors
@@ -82,9 +86,12 @@ def main():
     signal.signal(signal.SIGHUP, signal.SIG_DFL)
     tests = selected(arguments.patterns)
     counts = {"passed": 0, "failed": 0, "skipped": 0}
+    together = [test for test in tests if not runs_alone(test)]
     with ThreadPoolExecutor(arguments.jobs) as pool:
-        for test, result in zip(tests, pool.map(run_one, tests)):
+        for test, result in zip(together, pool.map(run_one, together)):
             counts[report(test, result)] += 1
+    for test in filter(runs_alone, tests):
+        counts[report(test, run_one(test))] += 1
     print(", ".join(f"{count} {what}" for what, count in counts.items()))
     return 0 if counts["failed"] == 0 and counts["passed"] > 0 else 1
 

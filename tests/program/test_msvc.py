@@ -8,7 +8,7 @@ import subprocess
 import sys
 
 import test_toolchains
-from harness import SETTINGS, on_system, windows_only
+from harness import SETTINGS, alone, on_system, windows_only
 from test_toolchains import EXAMPLES, needs
 
 STAND_IN = EXAMPLES.parent / "tests/program/children/msvc/standin.py"
@@ -452,6 +452,7 @@ class Detection(MsvcTest):
         self.assertEqual(names, ["msvc-14-40-1-x86_64-pc-windows-msvc"])
         self.assertNotIn("winsdk_version", self.registry_text())
 
+    @alone
     @windows_only("there is a registry on Windows only")
     def test_a_kit_in_the_registry(self):
         self.tool_set("14.40.1")
