@@ -1,7 +1,6 @@
 #include "app/builtin_variables.h"
 
 #include <fmt/format.h>
-#include <system_error>
 #include <utility>
 
 #include "platform/files.h"
@@ -18,11 +17,10 @@ void add(Context& context, const char* name, std::string text) {
 
 /// Empty when the system is of no family that we know.
 std::string osFamily() {
-    std::error_code ignored;
-    if (fs::exists("C:\\", ignored)) {
+    if (platform::isFolder("C:\\")) {
         return "windows";
     }
-    return fs::exists("/bin", ignored) ? "unix" : "";
+    return platform::isFolder("/bin") ? "unix" : "";
 }
 
 }  // namespace

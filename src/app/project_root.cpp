@@ -18,7 +18,7 @@ ProjectRoot searchUpwards(const Settings& settings) {
     console::trace("No project file.");
     const fs::path unitFile = fs::absolute(settings.unitFile);
     std::error_code ignored;
-    return {fs::exists(unitFile, ignored) ? unitFile.parent_path() : start, std::nullopt};
+    return {platform::exists(unitFile, ignored) ? unitFile.parent_path() : start, std::nullopt};
 }
 
 ProjectRoot chosenRoot(const Settings& settings) {

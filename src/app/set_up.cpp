@@ -1,6 +1,5 @@
 // The steps by which the modes prepare their work.
 
-#include <system_error>
 #include <utility>
 
 #include "app/vesk_application.h"
@@ -13,11 +12,6 @@ namespace Vesk {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool isFile(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_regular_file(path, ignored);
-}
 
 /// For the target that the command line describes: what is appended to it is among its own
 /// assignments and must not reach it a second time.
@@ -69,7 +63,7 @@ void VeskApplication::loadUnits() {
 /// build; empty without one.
 std::string VeskApplication::requestedProject() const {
     if (!registry_ || settings_.unitFileSource != UnitFileSource::Default ||
-        isFile(settings_.unitFile)) {
+        platform::isFile(settings_.unitFile)) {
         return {};
     }
     for (const std::string& word : settings_.positionals) {
@@ -107,7 +101,7 @@ void VeskApplication::addUnitFile() {
     try {
         project_ = &store_.addStandaloneUnit(file, root_.directory);
     } catch (VeskException& error) {
-        if (settings_.unitFileSource == UnitFileSource::Default && !isFile(file)) {
+        if (settings_.unitFileSource == UnitFileSource::Default && !platform::isFile(file)) {
             error.addNote(std::string("no ") + kProjectFileName + " was found in " +
                           platform::pathToUtf8(root_.directory) + " or above either");
             error.addNote(

@@ -9,6 +9,7 @@
 #include "app/command_line.h"
 #include "app/listing.h"
 #include "app/output_file.h"
+#include "app/snapshot.h"
 #include "base/console.h"
 #include "build/driver/driver.h"
 #include "platform/files.h"
@@ -35,6 +36,7 @@ VeskApplication::VeskApplication()
     : builtins_(std::make_shared<Context>()), commandLine_(std::make_shared<Context>()) {}
 
 void VeskApplication::parse(const std::vector<std::string>& arguments) {
+    arguments_ = arguments;
     parseCommandLine(arguments, settings_);
 }
 
@@ -55,6 +57,21 @@ int VeskApplication::run() {
 }
 
 int VeskApplication::build() {
+    if (console::threshold() < console::level::kNormal) {
+        buildAnew();  // whoever wants to hear more than usual wants to see it done
+        return 0;
+    }
+    Snapshot snapshot(findProjectRoot(settings_).directory, arguments_);
+    if (snapshot.repeats()) {
+        return 0;
+    }
+    snapshot.begin();
+    buildAnew();
+    snapshot.keep();
+    return 0;
+}
+
+void VeskApplication::buildAnew() {
     loadRegistry();
     loadProject();
     loadUnits();
@@ -79,7 +96,6 @@ int VeskApplication::build() {
         throw;
     }
     caches_.save();
-    return 0;
 }
 
 std::shared_ptr<Context> VeskApplication::buildTarget() {

@@ -38,6 +38,7 @@ class VeskApplication {
 
   private:
     int build();
+    void buildAnew();
     int listProfiles();
     int listUnits();
     int listTargets();
@@ -66,6 +67,7 @@ class VeskApplication {
     void printImplicitContexts() const;
     std::shared_ptr<Context> buildTarget();
 
+    std::vector<std::string> arguments_;
     Settings settings_;
     std::optional<Registry> registry_;
     ProjectRoot root_;

@@ -1,8 +1,10 @@
 #include "base/console.h"
 
 #include <atomic>
+#include <charconv>
 #include <cstdlib>
 #include <mutex>
+#include <vector>
 
 #include "platform/console.h"
 #include "platform/environment.h"
@@ -15,19 +17,25 @@ constexpr std::size_t kFlushAt = std::size_t{32} * 1024;
 
 std::atomic<int> currentThreshold{kDefaultThreshold};
 
-bool coloursWanted() {
-    static const bool wanted = [] {
-        const auto noColor = platform::environmentVariable("NO_COLOR");
-        return !noColor || noColor->empty();
-    }();
-    return wanted;
-}
+// A transcript is a row of parts: the letter of the stream, the number of bytes, a blank, the
+// bytes.
+constexpr char kOutput = 'o';
+constexpr char kError = 'e';
 
-/// What is guarded by the mutex: the prefix and the buffered standard output.
+/// What is guarded by the mutex: the prefix, the buffered standard output, what is kept of both
+/// streams.
 struct Shared {
     std::mutex mutex;
     std::string prefix;
     std::string buffered;
+    bool keeps = false;
+    std::string kept;
+
+    void keepLocked(char stream, std::string_view text) {
+        if (keeps) {
+            fmt::format_to(std::back_inserter(kept), "{}{} {}", stream, text.size(), text);
+        }
+    }
 
     void flushLocked() noexcept {
         if (!buffered.empty()) {
@@ -41,6 +49,26 @@ Shared& shared() {
     // Never destroyed: messages may be written while other statics are being destroyed.
     static auto* instance = new Shared;
     return *instance;
+}
+
+struct TranscriptPart {
+    char stream = 0;
+    std::string_view text;
+};
+
+/// Takes the first part off a transcript.
+bool takePart(std::string_view& transcript, TranscriptPart& part) {
+    part.stream = transcript.front();
+    std::size_t size = 0;
+    const char* const end = transcript.data() + transcript.size();
+    const auto [rest, error] = std::from_chars(transcript.data() + 1, end, size);
+    if ((part.stream != kOutput && part.stream != kError) || error != std::errc() || rest == end ||
+        *rest != ' ' || size > static_cast<std::size_t>(end - rest - 1)) {
+        return false;
+    }
+    part.text = {rest + 1, size};
+    transcript.remove_prefix(static_cast<std::size_t>(rest + 1 - transcript.data()) + size);
+    return true;
 }
 
 void appendEscape(std::string& line, int colour) {
@@ -81,7 +109,9 @@ void write(int level, int colour, std::string_view text) {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
     if (level < level::kWarning) {
+        const std::size_t start = state.buffered.size();
         appendLine(state.buffered, colour, state.prefix, text);
+        state.keepLocked(kOutput, std::string_view(state.buffered).substr(start));
         if (state.buffered.size() >= kFlushAt) {
             state.flushLocked();
         }
@@ -90,6 +120,7 @@ void write(int level, int colour, std::string_view text) {
     state.flushLocked();
     std::string line;
     appendLine(line, colour, state.prefix, text);
+    state.keepLocked(kError, line);
     platform::writeBytes(platform::Stream::Error, line);
 }
 
@@ -107,6 +138,48 @@ void setPrefix(std::string prefix) {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
     state.prefix = std::move(prefix);
+}
+
+bool coloursWanted() {
+    static const bool wanted = [] {
+        const auto noColor = platform::environmentVariable("NO_COLOR");
+        return !noColor || noColor->empty();
+    }();
+    return wanted;
+}
+
+void startTranscript() {
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    state.keeps = true;
+    state.kept.clear();
+}
+
+std::string transcript() {
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    state.keeps = false;
+    return std::exchange(state.kept, {});
+}
+
+bool repeat(std::string_view transcript) {
+    std::vector<TranscriptPart> parts;
+    while (!transcript.empty()) {
+        if (!takePart(transcript, parts.emplace_back())) {
+            return false;
+        }
+    }
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    for (const TranscriptPart& part : parts) {
+        if (part.stream == kOutput) {
+            state.buffered += part.text;
+        } else {
+            state.flushLocked();
+            platform::writeBytes(platform::Stream::Error, part.text);
+        }
+    }
+    return true;
 }
 
 void flush() noexcept {

@@ -83,6 +83,19 @@ std::string coloured(int colour, std::string_view text);
 /// The text that stands before every message, normally "[unit::target] ".
 void setPrefix(std::string prefix);
 
+/// Whether escapes are written at all.
+bool coloursWanted();
+
+/// From now on everything that is written is also kept.
+void startTranscript();
+
+/// Ends that, and gives what was kept, as bytes for `repeat`.
+std::string transcript();
+
+/// Writes once more what a transcript holds, each part to its stream. False, with nothing written,
+/// for bytes that are no transcript.
+bool repeat(std::string_view transcript);
+
 /// Hands the buffered standard output to the system.
 void flush() noexcept;
 

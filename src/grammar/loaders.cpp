@@ -32,7 +32,7 @@ struct FileScheme {
 
 std::filesystem::path canonicalPath(const std::filesystem::path& path) {
     std::error_code error;
-    std::filesystem::path canonical = std::filesystem::weakly_canonical(path, error);
+    std::filesystem::path canonical = platform::canonicalPath(path, error);
     if (error) {
         throw std::filesystem::filesystem_error("weakly_canonical", path, error);
     }

@@ -28,6 +28,10 @@ bool isAbsolutePath(std::string_view text) noexcept;
 std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
                                          std::size_t maxBytes = SIZE_MAX);
 
+/// The first bytes of a file, at most so many. On failure returns nothing and sets `error`.
+std::optional<std::string> readStart(const std::filesystem::path& path, std::size_t maxBytes,
+                                     std::error_code& error);
+
 /// Hands over all bytes of a file, piece by piece, in one buffer. False when it cannot be read to
 /// its end; a directory cannot.
 bool readPieces(const std::filesystem::path& path,
@@ -45,10 +49,10 @@ bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, A
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
                  std::error_code& error);
 
-/// Writes a file in pieces; the bytes as they are, an older content is cut off first.
+/// Writes a file in pieces; the bytes as they are. `Append` as for `writeWholeFile`.
 class FileWriter {
   public:
-    explicit FileWriter(const std::filesystem::path& path);
+    explicit FileWriter(const std::filesystem::path& path, Append append = Append::no);
     ~FileWriter();
     FileWriter(const FileWriter&) = delete;
     FileWriter& operator=(const FileWriter&) = delete;
@@ -59,15 +63,20 @@ class FileWriter {
     bool write(std::string_view bytes) noexcept;
     bool close() noexcept;
 
+    /// Why the file could not be opened, or why the last operation failed.
+    std::error_code error() const noexcept { return error_; }
+
   private:
     static constexpr std::intptr_t kNone = -1;
     std::intptr_t handle_ = kNone;
+    std::error_code error_;
 };
 
 /// What the system tells about a file; links are followed. Times are nanoseconds since 1970-01-01
 /// UTC, as fine as the file system is.
 struct FileStatus {
     bool directory = false;
+    bool regular = false;    ///< neither a directory nor a device, a pipe or the like
     std::uint64_t size = 0;  ///< bytes
     std::int64_t modifiedNanoseconds = 0;
     std::int64_t changedNanoseconds = 0;  ///< also moves when the modification time is put back
@@ -79,6 +88,39 @@ std::int64_t fileClock() noexcept;
 
 /// Nothing when the file does not exist or cannot be examined.
 std::optional<FileStatus> fileStatus(const std::filesystem::path& path);
+
+/// The same for a path in UTF-8, for callers that have no other and ask often.
+std::optional<FileStatus> fileStatus(const std::string& path);
+
+/// False when it cannot be examined, like `fileStatus`.
+bool isFile(const std::filesystem::path& path);
+bool isFolder(const std::filesystem::path& path);
+
+/// Whether something is there. Sets `error` when the system does not tell.
+bool exists(const std::filesystem::path& path, std::error_code& error);
+
+/// Whether the file changed so short a time ago that it can change again and keep its times.
+bool isRecent(const FileStatus& status) noexcept;
+
+/// When the file last changed. The modification time is whatever somebody has set it to, so it
+/// counts only where the system has no other.
+std::int64_t lastChange(const FileStatus& status) noexcept;
+
+/// The path with its links followed and without "." and "..", as far as there is such a file.
+std::filesystem::path canonicalPath(const std::filesystem::path& path, std::error_code& error);
+
+/// Whether both are the same file. No if one of them cannot be examined.
+bool isSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
+
+/// False when there was none, and with `error` set when it could not be removed.
+bool removeFile(const std::filesystem::path& path, std::error_code& error);
+
+/// Copies to a path where nothing is yet. False and `error` set on failure.
+bool copyFile(const std::filesystem::path& from, const std::filesystem::path& to,
+              std::error_code& error);
+
+/// Gives a file the permissions of another, as far as the system lets us.
+void copyPermissions(const std::filesystem::path& from, const std::filesystem::path& to) noexcept;
 
 /// A lock that two processes can compete for, held by the operating system through an open file:
 /// it ends with the process whatever way that ends. The file stays behind; its existence means

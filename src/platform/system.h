@@ -1,6 +1,8 @@
 // Facts about the system vesk was built for. Portable code asks these instead of the preprocessor.
 #pragma once
 
+#include <filesystem>
+
 namespace Vesk::platform {
 
 #ifdef _WIN32
@@ -23,5 +25,8 @@ struct LocalMonth {
 
 /// The current local year and month, from one reading of the clock.
 LocalMonth currentLocalMonth();
+
+/// A path that leads to the program that is running.
+std::filesystem::path executable();
 
 }  // namespace Vesk::platform

@@ -139,7 +139,7 @@ fs::path freeBackupName(const fs::path& file) {
     fs::path backup = file;
     backup += ".bak";
     std::error_code ignored;
-    for (int number = 2; fs::exists(backup, ignored); ++number) {
+    for (int number = 2; platform::exists(backup, ignored); ++number) {
         backup = file;
         backup += ".bak" + std::to_string(number);
     }
@@ -148,13 +148,13 @@ fs::path freeBackupName(const fs::path& file) {
 
 /// Copies the old file, if there is one, to a name beside it. False and `error` set on failure.
 bool keepOldFile(const fs::path& file, std::error_code& error) {
-    if (!fs::exists(file, error)) {
+    if (!platform::exists(file, error)) {
         return !error;
     }
     const fs::path backup = freeBackupName(file);
-    if (!fs::copy_file(file, backup, error)) {
+    if (!platform::copyFile(file, backup, error)) {
         std::error_code ignored;
-        fs::remove(backup, ignored);
+        platform::removeFile(backup, ignored);
         return false;
     }
     console::normal("The old project file is kept as '{}'.", platform::pathToUtf8(backup));
@@ -182,7 +182,7 @@ fs::path createProjectFile(const NewProject& project, const fs::path& directory)
     if (!platform::writeWholeFile(temporary, projectText(project), platform::Append::no, error) ||
         !keepOldFile(file, error) || !platform::replaceFile(temporary, file, error)) {
         std::error_code ignored;
-        fs::remove(temporary, ignored);
+        platform::removeFile(temporary, ignored);
         VeskException failure("Unable to write project file: " + platform::pathToUtf8(file));
         failure.addNote(error.message());
         throw failure;

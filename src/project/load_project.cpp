@@ -61,8 +61,7 @@ struct ProjectLoader::Frame {
 std::optional<fs::path> findProjectFile(const fs::path& directory) {
     for (fs::path current = directory;; current = current.parent_path()) {
         fs::path file = current / kProjectFileName;
-        std::error_code ignored;
-        if (fs::is_regular_file(file, ignored)) {
+        if (platform::isFile(file)) {
             return file;
         }
         if (!current.has_relative_path()) {

@@ -14,13 +14,12 @@ fs::path pathWrittenIn(const fs::path& directory, const std::string& text) {
 }
 
 fs::path projectFileAt(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_directory(path, ignored) ? path / kProjectFileName : path;
+    return platform::isFolder(path) ? path / kProjectFileName : path;
 }
 
 fs::path canonicalPath(const fs::path& path) {
     std::error_code error;
-    fs::path canonical = fs::weakly_canonical(path, error);
+    fs::path canonical = platform::canonicalPath(path, error);
     if (error) {
         throw fs::filesystem_error("weakly_canonical", path, error);
     }

@@ -9,11 +9,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isFile(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_regular_file(path, ignored);
-}
-
 std::unique_ptr<Project> projectOf(std::shared_ptr<const Unit> unit, const fs::path& root) {
     auto project = std::make_unique<Project>();
     project->root = root;
@@ -29,7 +24,7 @@ Project& ProjectStore::addProject(std::unique_ptr<Project> project) {
     if (path.empty()) {
         throw VeskException("Project path is empty.");
     }
-    if (!isFile(project->file)) {
+    if (!platform::isFile(project->file)) {
         throw VeskException("Project path is not a file: " + path);
     }
     if (project->name.empty()) {
@@ -47,8 +42,7 @@ Project& ProjectStore::addProject(std::unique_ptr<Project> project) {
 }
 
 void ProjectStore::requireStandaloneRoot(const fs::path& root) const {
-    std::error_code ignored;
-    if (!fs::is_directory(root, ignored)) {
+    if (!platform::isFolder(root)) {
         throw VeskException("Standalone root is not a directory: " + platform::pathToUtf8(root));
     }
     if (standalone_) {
@@ -60,7 +54,7 @@ Project& ProjectStore::addStandaloneUnit(const fs::path& unitFile, const fs::pat
     if (unitFile.empty()) {
         throw VeskException("Standalone unit path is empty.");
     }
-    if (!isFile(unitFile)) {
+    if (!platform::isFile(unitFile)) {
         throw VeskException("Standalone unit path is not a file: " +
                             platform::pathToUtf8(unitFile));
     }

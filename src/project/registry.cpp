@@ -42,7 +42,7 @@ void warnOfSecond(std::string_view kind, std::string_view name, const fs::path& 
 /// The file that a registry's path leads to: a link, say into a folder with settings, stays one.
 fs::path replacedFile(const fs::path& file) {
     std::error_code error;
-    fs::path canonical = fs::weakly_canonical(file, error);
+    fs::path canonical = platform::canonicalPath(file, error);
     return error ? file : canonical;
 }
 
@@ -53,7 +53,7 @@ std::string existingText(const fs::path& file) {
 
 void replaceText(const fs::path& file, const std::string& text) {
     std::error_code error;
-    const bool exists = fs::exists(file, error);
+    const bool exists = platform::exists(file, error);
     // Replacing needs no right to write the old file; whoever took it away meant it.
     if (exists && !platform::writeWholeFile(file, {}, platform::Append::yes, error)) {
         throwFileError(kUnableToOpen, file, error.message());
@@ -65,11 +65,11 @@ void replaceText(const fs::path& file, const std::string& text) {
         throwFileError(kUnableToOpen, file, error.message());
     }
     if (exists) {
-        fs::permissions(temporary, fs::status(file, ignored).permissions(), ignored);
+        platform::copyPermissions(file, temporary);
     }
     if (!platform::writeWholeFile(temporary, text, platform::Append::no, error) ||
         !platform::replaceFile(temporary, file, error)) {
-        fs::remove(temporary, ignored);
+        platform::removeFile(temporary, ignored);
         throwFileError(kUnableToWrite, file, error.message());
     }
 }
@@ -129,7 +129,11 @@ void Registry::registerTool(const std::string& name, std::shared_ptr<Context> co
 Registry loadRegistry(const fs::path& file) {
     Registry registry;
     registry.file = file;
-    if (!fs::exists(file)) {
+    std::error_code error;
+    if (!platform::exists(file, error)) {
+        if (error) {
+            throw fs::filesystem_error("exists", file, error);
+        }
         return registry;
     }
     RegistryFile read = parseRegistryFile(file);

@@ -5,6 +5,7 @@
 
 #include "base/ci_string.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "project/create_project.h"
 #include "project/project.h"
 #include "project/project_paths.h"
@@ -18,21 +19,13 @@ namespace fs = std::filesystem;
     throw fs::filesystem_error(std::string("directory_") + operation, path, why);
 }
 
-std::vector<fs::directory_entry> entriesOf(const fs::path& directory) {
+std::vector<platform::FolderEntry> entriesOf(const fs::path& directory) {
     std::error_code error;
-    fs::directory_iterator at(directory, error);
+    std::vector<platform::FolderEntry> entries = platform::listFolder(directory, error);
     if (error) {
         throwWalkError("iterator::directory_iterator", directory, error);
     }
-    std::vector<fs::directory_entry> entries;
-    while (at != fs::directory_iterator()) {
-        entries.push_back(*at);
-        at.increment(error);
-        if (error) {
-            throwWalkError("iterator::operator++", directory, error);
-        }
-    }
-    std::sort(entries.begin(), entries.end());
+    std::ranges::sort(entries, {}, &platform::FolderEntry::name);
     return entries;
 }
 
@@ -72,23 +65,18 @@ class UnitFileWalk {
         if (identity == outputIdentity_ || !visited_.insert(std::move(identity)).second) {
             return;
         }
-        for (const fs::directory_entry& entry : entriesOf(directory)) {
-            std::error_code error;
-            const fs::file_status status = entry.status(error);
-            if (error && status.type() == fs::file_type::none) {
-                throwWalkError("entry::status", entry.path(), error);
+        for (const platform::FolderEntry& entry : entriesOf(directory)) {
+            fs::path path = directory / platform::pathFromUtf8(entry.name);
+            if (entry.error) {
+                throwWalkError("entry::status", path, entry.error);
             }
-            if (fs::is_directory(status)) {
-                auto& found = entry.is_symlink(error) ? links_ : directories_;
-                found.push_back(entry.path());
-            } else if (fs::is_regular_file(status) && isUnitFile(entry.path())) {
-                files_.push_back(entry.path());
+            if (entry.folder) {
+                auto& found = entry.link ? links_ : directories_;
+                found.push_back(std::move(path));
+            } else if (entry.file && equalsIgnoringCase(entry.name, kUnitFileName)) {
+                files_.push_back(std::move(path));
             }
         }
-    }
-
-    static bool isUnitFile(const fs::path& path) {
-        return equalsIgnoringCase(platform::pathToUtf8(path.filename()), kUnitFileName);
     }
 
     /// Whether the link leads to a directory above the root: following it would walk over

@@ -2,6 +2,7 @@
 
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/system.h"
 #include "project/registry.h"
 
@@ -41,7 +42,7 @@ fs::path chosenDirectory() {
 fs::path userDataDirectory() {
     fs::path directory = chosenDirectory();
     std::error_code error;
-    fs::create_directories(directory, error);
+    platform::makeFolders(directory, error);
     if (error) {
         throw fs::filesystem_error("create_directories", directory, error);
     }

@@ -1,8 +1,6 @@
 #include "tools/file_writer.h"
 
-#include <cerrno>
 #include <fmt/format.h>
-#include <fstream>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -73,33 +71,22 @@ std::filesystem::path fileOf(const Context& target) {
 
 void requireParentDirectory(const std::filesystem::path& file) {
     const std::filesystem::path parent = parentDirectory(file);
-    std::error_code error;
-    if (!parent.empty() && !std::filesystem::is_directory(parent, error)) {
+    if (!parent.empty() && !platform::isFolder(parent)) {
         throw VeskException(fmt::format("File writer parent directory does not exist: '{}'.",
                                         platform::pathToUtf8(parent)));
     }
 }
 
-[[noreturn]] void throwSystemFailure(std::string message) {
-    if (errno != 0) {
-        message += fmt::format(" {}.", std::generic_category().message(errno));
-    }
-    throw VeskException(message);
-}
-
-// A stream, because the two failures have messages of their own.
+// In two steps, because the two failures have messages of their own.
 void writeFile(const std::filesystem::path& file, std::string_view text, bool append) {
-    errno = 0;
-    std::ofstream stream(file, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
-    if (!stream) {
-        throwSystemFailure(fmt::format("File writer could not open '{}' for writing.",
-                                       platform::pathToUtf8(file)));
+    platform::FileWriter writer(file, append ? platform::Append::yes : platform::Append::no);
+    if (!writer.isOpen()) {
+        throw VeskException(fmt::format("File writer could not open '{}' for writing. {}.",
+                                        platform::pathToUtf8(file), writer.error().message()));
     }
-    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
-    stream.close();
-    if (!stream) {
-        throwSystemFailure(
-            fmt::format("File writer could not write to '{}'.", platform::pathToUtf8(file)));
+    if (!writer.write(text) || !writer.close()) {
+        throw VeskException(fmt::format("File writer could not write to '{}'. {}.",
+                                        platform::pathToUtf8(file), writer.error().message()));
     }
 }
 

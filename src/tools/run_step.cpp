@@ -6,6 +6,7 @@
 #include "base/exception.h"
 #include "build/run/run_command.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 
 namespace Vesk {
 
@@ -23,9 +24,9 @@ void runOrThrow(const Recipe& recipe) {
 
 void renewFolder(const std::filesystem::path& folder) {
     std::error_code error;
-    std::filesystem::remove_all(folder, error);
+    platform::removeTree(folder, error);
     if (!error) {
-        std::filesystem::create_directories(folder, error);
+        platform::makeFolders(folder, error);
     }
     if (error) {
         throw VeskException(fmt::format("Unable to make the folder '{}' anew: {}.",

@@ -6,6 +6,7 @@
 
 #include "base/ci_string.h"
 #include "base/text.h"
+#include "platform/files.h"
 #include "types/errors.h"
 #include "types/identifier_path.h"
 #include "types/list_value.h"
@@ -253,6 +254,22 @@ void checkLimits(const VeskValue& value) {
                             kMaxListElements));
         }
     }
+}
+
+bool isSettled(const VeskValue& value) {
+    const auto* string = valueAs<VeskBaseString>(&value);
+    if (string == nullptr) {
+        return value.kind() == ValueKind::Int;
+    }
+    if (value.kind() == ValueKind::RawString) {
+        return true;
+    }
+    const auto* path = valueAs<VeskPathString>(&value);
+    if (path != nullptr && !path->baseDirectory.empty() && !platform::isAbsolutePath(path->text)) {
+        return false;
+    }
+    return string->text.find('$') == std::string::npos &&
+           string->text.find('#') == std::string::npos;
 }
 
 bool isSingleReference(std::string_view text) noexcept {

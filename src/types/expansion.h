@@ -48,6 +48,9 @@ ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver);
 /// Throws VeskException for a string or a list beyond the limits.
 void checkLimits(const VeskValue& value);
 
+/// Whether resolving leaves the value as it is, so that lists may share it instead of copying it.
+bool isSettled(const VeskValue& value);
+
 /// Whether the text is one single reference, "${path}", and nothing else.
 bool isSingleReference(std::string_view text) noexcept;
 

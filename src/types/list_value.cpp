@@ -141,6 +141,10 @@ ValuePtr VeskList::resolve() {
     auto resolved = std::make_shared<VeskList>();
     resolved->items.reserve(items.size());
     for (const ValuePtr& item : items) {
+        if (item && isSettled(*item)) {
+            resolved->items.push_back(item);
+            continue;
+        }
         Resolvable* resolvable = resolvableOf(item);
         const bool isList = valueAs<VeskList>(item.get()) != nullptr;
         ValuePtr value = resolvable != nullptr ? resolvable->resolve() : item;

@@ -1,7 +1,6 @@
 #include "types/string_values.h"
 
 #include <cctype>
-#include <system_error>
 
 #include "platform/files.h"
 #include "types/errors.h"
@@ -162,11 +161,9 @@ bool VeskPathString::equals(const VeskValue& other) const {
     if (path == nullptr) {
         return VeskBaseString::equals(other);
     }
-    std::error_code error;
-    const bool same = std::filesystem::equivalent(
+    return platform::isSameFile(
         std::filesystem::absolute(baseDirectory / platform::pathFromUtf8(text)),
-        std::filesystem::absolute(path->baseDirectory / platform::pathFromUtf8(path->text)), error);
-    return !error && same;
+        std::filesystem::absolute(path->baseDirectory / platform::pathFromUtf8(path->text)));
 }
 
 std::shared_ptr<VeskBaseString> VeskPathString::makeString(std::string newText) const {

@@ -3,6 +3,7 @@
 #include "base/console.h"
 #include "types/context.h"
 #include "types/context_value.h"
+#include "types/expansion.h"
 #include "types/identifier_path.h"
 #include "types/list_value.h"
 
@@ -25,7 +26,7 @@ ValuePtr deepCopy(const VeskValue& value) {
         std::vector<ValuePtr> items;
         items.reserve(list->items.size());
         for (const ValuePtr& item : list->items) {
-            items.push_back(item ? deepCopy(*item) : nullptr);
+            items.push_back(item && !isSettled(*item) ? deepCopy(*item) : item);
         }
         return std::make_shared<VeskList>(std::move(items));
     }

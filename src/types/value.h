@@ -135,7 +135,8 @@ inline Resolvable* resolvableOf(const ValuePtr& value) noexcept {
     return value ? value->resolvable() : nullptr;
 }
 
-/// A copy that shares nothing that can change: lists and contexts are copied all the way down.
+/// A copy that shares nothing that can change: lists and contexts are copied all the way down, but
+/// for items that resolving leaves as they are.
 ValuePtr deepCopy(const VeskValue& value);
 
 /// The value's elements in order, taken by iteration: the words of a string, the items of a list.

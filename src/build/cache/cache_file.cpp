@@ -5,6 +5,7 @@
 #include "base/console.h"
 #include "build/cache/cache_text.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 
 namespace Vesk {
 namespace {
@@ -72,7 +73,7 @@ CacheFileWriter::CacheFileWriter(std::filesystem::path file, std::size_t recordC
     : file_(std::move(file)), temporary_(file_) {
     temporary_ += ".tmp";
     std::error_code error;
-    std::filesystem::create_directories(file_.parent_path(), error);
+    platform::makeFolders(file_.parent_path(), error);
     if (error) {
         fail(fmt::format("Unable to create cache directory '{}': {}", directoryText(file_),
                          error.message()));
@@ -98,7 +99,7 @@ void CacheFileWriter::fail(const std::string& message) {
     if (output_ && output_->file.isOpen()) {
         output_->file.close();
         std::error_code ignored;
-        std::filesystem::remove(temporary_, ignored);
+        platform::removeFile(temporary_, ignored);
     }
 }
 
@@ -133,7 +134,7 @@ bool CacheFileWriter::finish() {
         fail(fmt::format("Unable to replace cache file '{}' with '{}': {}",
                          platform::pathToUtf8(file_), platform::pathToUtf8(temporary_),
                          error.message()));
-        std::filesystem::remove(temporary_, error);
+        platform::removeFile(temporary_, error);
     }
     return !failed_;
 }

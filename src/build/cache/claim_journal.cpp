@@ -39,7 +39,7 @@ void ClaimJournal::clear() noexcept {
     const std::lock_guard lock(mutex_);
     if (exists_) {
         std::error_code ignored;
-        std::filesystem::remove(file_, ignored);
+        platform::removeFile(file_, ignored);
         exists_ = false;
     }
 }

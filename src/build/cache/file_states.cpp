@@ -7,25 +7,6 @@
 namespace Vesk {
 namespace {
 
-constexpr std::int64_t kMillisecond = 1'000'000;
-constexpr std::int64_t kSecond = 1000 * kMillisecond;
-
-/// When the file last changed. The modification time is whatever somebody has set it to, so it
-/// counts only where the system has no other.
-std::int64_t lastChange(const platform::FileStatus& status) {
-    return status.changedNanoseconds != 0 ? status.changedNanoseconds : status.modifiedNanoseconds;
-}
-
-/// How far apart two changes can be and still carry the same time. File systems that count in
-/// seconds (FAT in two) give themselves away by round numbers; elsewhere it is the system's tick.
-std::int64_t resolutionOf(const platform::FileStatus& status) {
-    return lastChange(status) % kSecond == 0 ? 3 * kSecond : 30 * kMillisecond;
-}
-
-bool isRecent(const platform::FileStatus& status) {
-    return lastChange(status) + resolutionOf(status) > platform::fileClock();
-}
-
 bool isFile(FileState::Kind kind) {
     return kind == FileState::Kind::File || kind == FileState::Kind::Recent;
 }
@@ -43,23 +24,23 @@ bool sameStatus(const platform::FileStatus& a, const platform::FileStatus& b) {
 
 }  // namespace
 
-void FileStates::examine(Entry& entry, const std::filesystem::path& file) {
+void FileStates::examine(Entry& entry, const std::string& path) {
     const bool made = entry.made;
     entry = Entry();
     entry.made = made;
     entry.examined = true;
     entry.examinedAt = platform::fileClock();
-    const auto status = platform::fileStatus(file);
+    const auto status = platform::fileStatus(path);
     if (!status) {
         return;
     }
     entry.status = *status;
     if (status->directory) {
         entry.kind = FileState::Kind::Directory;
-    } else if (isRecent(*status)) {
+    } else if (platform::isRecent(*status)) {
         // Its times will not tell of a change in this moment, so the content is taken down now.
         entry.kind = FileState::Kind::Recent;
-        read(entry, file);
+        read(entry, platform::pathFromUtf8(path));
     } else {
         entry.kind = FileState::Kind::File;
     }
@@ -85,7 +66,7 @@ FileStates::Entry& FileStates::examined(std::string_view path) {
         found = entries_.emplace(std::string(path), Entry()).first;
     }
     if (!found->second.examined) {
-        examine(found->second, platform::pathFromUtf8(path));
+        examine(found->second, found->first);
     }
     return found->second;
 }
@@ -138,7 +119,7 @@ FileState FileStates::current(std::string_view path) {
 bool FileStates::changedMeanwhile(const Entry& entry, const std::filesystem::path& file,
                                   std::int64_t startedAt) {
     if (entry.examinedAt > startedAt && !entry.made) {
-        return isFile(entry.kind) && lastChange(entry.status) >= startedAt;
+        return isFile(entry.kind) && platform::lastChange(entry.status) >= startedAt;
     }
     const auto status = platform::fileStatus(file);
     if (!status || status->directory != entry.status.directory) {
@@ -156,7 +137,7 @@ FileState FileStates::afterReading(std::string_view path, std::int64_t startedAt
     const std::filesystem::path file = platform::pathFromUtf8(path);
     Entry& entry = examined(path);
     if (entry.kind == FileState::Kind::Missing) {
-        examine(entry, file);  // one of the commands may have made it
+        examine(entry, std::string(path));  // one of the commands may have made it
         return stateOf(entry, file);
     }
     const bool changed = changedMeanwhile(entry, file, startedAt);
@@ -185,7 +166,7 @@ bool FileStates::settle(std::string_view path, FileState& state) {
     const std::filesystem::path file = platform::pathFromUtf8(path);
     const auto status = platform::fileStatus(file);
     if (state.kind != FileState::Kind::Recent || !status || !sameTimes(*status, state) ||
-        isRecent(*status) || hashFile(file) != state.hash) {
+        platform::isRecent(*status) || hashFile(file) != state.hash) {
         return false;
     }
     state.kind = FileState::Kind::File;
@@ -209,11 +190,11 @@ void FileStates::readAhead(const std::vector<std::string>& paths, unsigned worke
     const auto work = [&unread, &next] {
         for (std::size_t i = next++; i < unread.size(); i = next++) {
             Entry& entry = *unread[i].first;
-            const std::filesystem::path file = platform::pathFromUtf8(*unread[i].second);
+            const std::string& path = *unread[i].second;
             if (!entry.examined) {
-                examine(entry, file);
+                examine(entry, path);
             }
-            read(entry, file);
+            read(entry, platform::pathFromUtf8(path));
         }
     };
     std::vector<std::future<void>> others;

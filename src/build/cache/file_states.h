@@ -61,7 +61,7 @@ class FileStates {
     };
 
     Entry& examined(std::string_view path);
-    static void examine(Entry& entry, const std::filesystem::path& file);
+    static void examine(Entry& entry, const std::string& path);
     static void read(Entry& entry, const std::filesystem::path& file);
     static bool changedMeanwhile(const Entry& entry, const std::filesystem::path& file,
                                  std::int64_t startedAt);

@@ -107,7 +107,7 @@ void ProjectCache::beginClaim(Entry& entry, ObtainResult& result) {
     if (entry.stored && !journal_.note(entry.key)) {
         // What cannot be noted must not be there to be noted.
         std::error_code ignored;
-        std::filesystem::remove(file_, ignored);
+        platform::removeFile(file_, ignored);
     }
     entry.stored = false;
     entry.overtake();

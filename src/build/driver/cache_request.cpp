@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <functional>
 #include <iterator>
+#include <optional>
 #include <unordered_set>
 
 #include "build/cache/cache_text.h"
@@ -88,9 +89,6 @@ class RequestMaker {
 
     CacheRequest make() {
         request_.parts.resize(kFirstRecipePart);
-        if (!question_.recipes.empty()) {
-            collectNamedFiles();
-        }
         for (const Recipe& recipe : question_.recipes) {
             request_.parts.push_back(recipePart(recipe));
         }
@@ -149,7 +147,7 @@ class RequestMaker {
         }
         part.standsAlone = !part.writes.empty();
         part.tellsAll = recipe.tellsAll || !recipe.dependencyFile.empty();
-        if (part.standsAlone && recipe.dependencyFile.empty()) {
+        if (part.standsAlone && !part.tellsAll) {
             addFilesInText(recipe, part);
         }
         sortUnique(part.reads);
@@ -161,19 +159,24 @@ class RequestMaker {
     }
 
     /// Every file that a path value of the target names, outputs of dependencies included.
-    void collectNamedFiles() {
+    const std::vector<std::string>& namedFiles() {
+        if (namedFiles_) {
+            return *namedFiles_;
+        }
+        std::vector<std::string>& files = namedFiles_.emplace();
         for (const auto& [name, assignment] : question_.target.assignments()) {
             if (assignment.modifier != AssignModifier::Output) {
                 collectPaths(assignment.value.get(),
-                             [this](std::string path) { namedFiles_.push_back(std::move(path)); });
+                             [&files](std::string path) { files.push_back(std::move(path)); });
             }
         }
-        sortUnique(namedFiles_);
+        sortUnique(files);
+        return files;
     }
 
     /// A command may be given more files than its builder knows of, among its flags.
-    void addFilesInText(const Recipe& recipe, CacheRequest::Part& part) const {
-        for (const std::string& file : namedFiles_) {
+    void addFilesInText(const Recipe& recipe, CacheRequest::Part& part) {
+        for (const std::string& file : namedFiles()) {
             if (std::ranges::find(part.writes, file) != part.writes.end()) {
                 continue;
             }
@@ -189,7 +192,7 @@ class RequestMaker {
     }
 
     /// Files and dependencies of the target as a whole.
-    CacheRequest::Part surroundings() const {
+    CacheRequest::Part surroundings() {
         CacheRequest::Part part;
         const std::unordered_set<std::string> reports = dependencyFiles();
         for (const Assignment& output : question_.outputs) {
@@ -232,7 +235,7 @@ class RequestMaker {
     }
 
     /// What path values name, without what the target makes and what compilers will tell of.
-    std::vector<std::string> readByAll(const std::vector<std::string>& outputs) const {
+    std::vector<std::string> readByAll(const std::vector<std::string>& outputs) {
         std::unordered_set<std::string> others(outputs.begin(), outputs.end());
         for (const CacheRequest::Part& part : request_.parts) {
             others.insert(part.writes.begin(), part.writes.end());
@@ -241,7 +244,7 @@ class RequestMaker {
             }
         }
         std::vector<std::string> files;
-        std::ranges::copy_if(namedFiles_, std::back_inserter(files),
+        std::ranges::copy_if(namedFiles(), std::back_inserter(files),
                              [&others](const std::string& file) { return !others.contains(file); });
         return files;
     }
@@ -301,7 +304,7 @@ class RequestMaker {
 
     const CacheQuestion& question_;
     const TrackingRoot& root_;
-    std::vector<std::string> namedFiles_;
+    std::optional<std::vector<std::string>> namedFiles_;
     const ToolSurroundings* marked_ = nullptr;
     std::string mark_;
     CacheRequest request_;

@@ -23,23 +23,6 @@ Assignment layerCopy(const Assignment& assignment) {
     return copy;
 }
 
-std::string identityOf(const ValuePtr& item) {
-    return item ? item->typeName() + " " + item->toDisplayString() : std::string();
-}
-
-/// Takes the last of each of these items off a list.
-void removeLast(const ValuePtr& value, std::set<std::string> identities) {
-    auto* list = valueAs<VeskList>(value.get());
-    if (list == nullptr || identities.empty()) {
-        return;
-    }
-    for (std::size_t i = list->items.size(); i-- > 0;) {
-        if (identities.erase(identityOf(list->items[i])) != 0) {
-            list->items.erase(list->items.begin() + static_cast<std::ptrdiff_t>(i));
-        }
-    }
-}
-
 }  // namespace
 
 InputContext::InputContext(std::shared_ptr<const Target> target, std::string displayName,
@@ -139,25 +122,22 @@ void InputContext::appendOutput(Assignment output) {
     if (unresolved || context_->hasHeldAppends(output.name)) {
         waitingOutputs_.push_back(std::move(output));
     } else {
-        mergeOutput(output);
+        mergeOutput(std::move(output));
     }
 }
 
-/// What reaches the target on several ways, such as an include directory of a library that two of
-/// its dependencies use, stands in a list once: in its last place, as linkers need it. Else it
-/// would double with every layer of dependencies.
-void InputContext::mergeOutput(const Assignment& output) {
-    if (const auto* list = valueAs<VeskList>(output.value.get())) {
-        std::set<std::string>& known = movedItems_[output.name];
-        std::set<std::string> again;
-        for (const ValuePtr& item : list->items) {
-            if (std::string identity = identityOf(item); !known.insert(identity).second) {
-                again.insert(std::move(identity));
-            }
-        }
+/// In a list, an item that was moved into it before stands in its last place, as linkers need it.
+/// Else it would double with every layer of dependencies.
+void InputContext::mergeOutput(Assignment output) {
+    if (auto* list = valueAs<VeskList>(output.value.get())) {
+        MovedItems& moved = movedItems_[output.name];
+        moved.add(*list);
         if (Assignment* stored = context_->find(output.name); stored != nullptr) {
-            removeLast(stored->value, again);
-            removeLast(stored->exported, again);
+            for (const ValuePtr& value : {stored->value, stored->exported}) {
+                if (auto* items = valueAs<VeskList>(value.get())) {
+                    moved.removeRepeated(*items);
+                }
+            }
         }
     }
     context_->mergeAssignment(output);
@@ -192,10 +172,10 @@ void InputContext::addWaiting() {
         context_->mergeAssignment(append, ModifierMode::Keep);
     }
     context_->placeHeldAppends();
-    for (const Assignment& output : waitingOutputs_) {
+    for (Assignment& output : waitingOutputs_) {
         console::trace("Second try adding merged dependency output append {}.",
                        output.toDisplayString());
-        mergeOutput(output);
+        mergeOutput(std::move(output));
     }
 }
 

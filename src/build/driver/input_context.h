@@ -7,10 +7,10 @@
 
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
+#include "build/driver/moved_items.h"
 #include "tools/variable_table.h"
 #include "types/target.h"
 
@@ -54,7 +54,7 @@ class InputContext {
     void placeOver(const Assignment& assignment, Waiting waiting);
     bool refersToOutput(const Assignment& assignment) const;
     bool mergesOutputs() const;
-    void mergeOutput(const Assignment& output);
+    void mergeOutput(Assignment output);
     void addWaitingAssignment(const Assignment& assignment);
 
     ContextLayers layers_;
@@ -62,7 +62,7 @@ class InputContext {
     std::vector<Assignment> waitingAssignments_;
     std::vector<Assignment> waitingAppends_;
     std::vector<Assignment> waitingOutputs_;
-    std::map<CiString, std::set<std::string>, CiLess> movedItems_;  ///< of merged lists, by name
+    std::map<CiString, MovedItems, CiLess> movedItems_;  ///< by the names of merged lists
 };
 
 }  // namespace Vesk

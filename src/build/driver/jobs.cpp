@@ -12,6 +12,7 @@
 #include "build/driver/cache_request.h"
 #include "build/run/run_command.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/interrupt.h"
 
 namespace Vesk {
@@ -98,7 +99,7 @@ class Preparation {
     void prepareOutput(const fs::path& file, bool remove) {
         makeFolder(file.parent_path());
         std::error_code error;
-        if (remove && !fs::is_directory(file, error) && !fs::remove(file, error) && error) {
+        if (remove && !platform::isFolder(file) && !platform::removeFile(file, error) && error) {
             throw VeskException("Unable to remove '" + platform::pathToUtf8(file) +
                                 "', which is to be made anew: " + error.message());
         }
@@ -109,7 +110,7 @@ class Preparation {
             return;
         }
         std::error_code error;
-        fs::create_directories(folder, error);
+        platform::makeFolders(folder, error);
         if (error) {
             throw VeskException("Unable to create the folder '" + platform::pathToUtf8(folder) +
                                 "': " + error.message());

@@ -8,6 +8,7 @@
 #include "base/exception.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 
 namespace Vesk {
 
@@ -50,7 +51,7 @@ void BuildEnv::prepare(std::uint64_t jobCount) {
     if (!outputDirectory_.empty()) {
         console::normal("Output dir: {}", platform::pathToUtf8(outputDirectory_));
         std::error_code error;
-        std::filesystem::create_directories(outputDirectory_, error);
+        platform::makeFolders(outputDirectory_, error);
         if (error) {
             throw std::filesystem::filesystem_error("create_directories", outputDirectory_, error);
         }

@@ -88,11 +88,10 @@ std::string directoryFault(const std::filesystem::path& directory) {
     }
     const std::string name = platform::pathToUtf8(directory);
     std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(directory, error);
-    if (status.type() == std::filesystem::file_type::not_found) {
-        return fmt::format("Working directory '{}' does not exist.", name);
+    if (!platform::exists(directory, error)) {
+        return error ? std::string() : fmt::format("Working directory '{}' does not exist.", name);
     }
-    if (std::filesystem::exists(status) && !std::filesystem::is_directory(status)) {
+    if (!platform::isFolder(directory)) {
         return fmt::format("Working directory '{}' is not a directory.", name);
     }
     return {};

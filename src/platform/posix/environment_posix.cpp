@@ -2,13 +2,17 @@
 
 #include <cstdlib>
 
+#include "platform/notes.h"
+
 extern char** environ;  // NOLINT(readability-redundant-declaration): not every libc declares it
 
 namespace Vesk::platform {
 
 std::optional<std::string> environmentVariable(const std::string& name) {
-    const char* value = std::getenv(name.c_str());
-    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+    const char* const text = std::getenv(name.c_str());
+    auto value = text == nullptr ? std::nullopt : std::optional<std::string>(text);
+    note(Question::Variable, name, digestIfAny(value));
+    return value;
 }
 
 bool setEnvironmentVariable(const std::string& name, const std::string& value) {
@@ -24,6 +28,7 @@ bool removeEnvironmentVariable(const std::string& name) {
 }
 
 std::vector<std::string> environmentEntries() {
+    noteDeed();  // nobody wants to hold all of it against the next run
     std::vector<std::string> entries;
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
         entries.emplace_back(*entry);

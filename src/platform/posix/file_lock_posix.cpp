@@ -4,6 +4,7 @@
 
 #include "platform/files.h"
 #include "platform/interrupt.h"
+#include "platform/notes.h"
 #include "platform/posix/descriptor.h"
 
 namespace Vesk::platform {
@@ -25,6 +26,7 @@ FileLock::FileLock(const std::filesystem::path& path, const std::function<void()
     }
     int result = ::flock(file.get(), LOCK_EX | LOCK_NB);
     if (result != 0 && errno == EWOULDBLOCK) {
+        noteDeed();  // the next run need not wait
         if (onWait) {
             onWait();
         }

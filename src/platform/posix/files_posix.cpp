@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <utility>
 
+#include "platform/notes.h"
 #include "platform/posix/descriptor.h"
 
 namespace Vesk::platform {
@@ -58,6 +59,12 @@ std::int64_t nanoseconds(const struct timespec& time) noexcept {
     return time.tv_sec * kNanosecondsPerSecond + time.tv_nsec;
 }
 
+FileStatus statusFrom(const struct stat& status) noexcept {
+    return {S_ISDIR(status.st_mode), S_ISREG(status.st_mode),
+            static_cast<std::uint64_t>(status.st_size), nanoseconds(status.st_mtim),
+            nanoseconds(status.st_ctim)};
+}
+
 bool writeAll(int descriptor, std::string_view bytes) noexcept {
     while (!bytes.empty()) {
         const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
@@ -87,8 +94,10 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path, std:
     struct stat status {};
     if (!file.valid() || ::fstat(file.get(), &status) != 0) {
         error = lastError();
+        noteStatus(path, statusAt(path.c_str()));
         return std::nullopt;
     }
+    noteStatus(path, statusFrom(status));
     if (S_ISDIR(status.st_mode)) {
         error = std::make_error_code(std::errc::is_a_directory);
         return std::nullopt;
@@ -106,8 +115,35 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path, std:
     return content;
 }
 
+std::optional<std::string> readStart(const std::filesystem::path& path, std::size_t maxBytes,
+                                     std::error_code& error) {
+    error.clear();
+    noteStatus(path, statusAt(path.c_str()));
+    const Descriptor file(openRetrying(path, O_RDONLY));
+    if (!file.valid()) {
+        error = lastError();
+        return std::nullopt;
+    }
+    std::string content(maxBytes, '\0');
+    std::size_t filled = 0;
+    while (filled < maxBytes) {
+        const ssize_t count = ::read(file.get(), content.data() + filled, maxBytes - filled);
+        if (count > 0) {
+            filled += static_cast<std::size_t>(count);
+        } else if (count == 0) {
+            break;
+        } else if (errno != EINTR) {
+            error = lastError();
+            return std::nullopt;
+        }
+    }
+    content.resize(filled);
+    return content;
+}
+
 bool readPieces(const std::filesystem::path& path,
                 const std::function<void(std::string_view)>& take) {
+    noteStatus(path, statusAt(path.c_str()));
     thread_local std::string buffer(kPieceBytes, '\0');
     const Descriptor file(openRetrying(path, O_RDONLY));
     while (file.valid()) {
@@ -124,6 +160,7 @@ bool readPieces(const std::filesystem::path& path,
 bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
                     std::error_code& error) {
     error.clear();
+    noteDeed();
     const int mode = append == Append::yes ? O_APPEND : O_TRUNC;
     Descriptor file(openRetrying(path, O_WRONLY | O_CREAT | mode));
     if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
@@ -136,6 +173,7 @@ bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, A
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
                  std::error_code& error) {
     error.clear();
+    noteDeed();
     struct stat status {};
     if (::stat(to.c_str(), &status) == 0 && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
         error = std::make_error_code(std::errc::permission_denied);
@@ -148,13 +186,13 @@ bool replaceFile(const std::filesystem::path& from, const std::filesystem::path&
     return true;
 }
 
-std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
+std::optional<FileStatus> statusAt(const char* path) {
     struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) {
-        return std::nullopt;
-    }
-    return FileStatus{S_ISDIR(status.st_mode), static_cast<std::uint64_t>(status.st_size),
-                      nanoseconds(status.st_mtim), nanoseconds(status.st_ctim)};
+    return ::stat(path, &status) == 0 ? std::optional(statusFrom(status)) : std::nullopt;
+}
+
+std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
+    return fileStatus(path.native());
 }
 
 std::int64_t fileClock() noexcept {
@@ -167,19 +205,33 @@ std::int64_t fileClock() noexcept {
     return nanoseconds(now);
 }
 
-FileWriter::FileWriter(const std::filesystem::path& path)
-    : handle_(openRetrying(path, O_WRONLY | O_CREAT | O_TRUNC)) {}
+FileWriter::FileWriter(const std::filesystem::path& path, Append append)
+    : handle_(
+          openRetrying(path, O_WRONLY | O_CREAT | (append == Append::yes ? O_APPEND : O_TRUNC))) {
+    noteDeed();
+    if (!isOpen()) {
+        error_ = lastError();
+    }
+}
 
 FileWriter::~FileWriter() {
     close();
 }
 
 bool FileWriter::write(std::string_view bytes) noexcept {
-    return isOpen() && writeAll(static_cast<int>(handle_), bytes);
+    if (isOpen() && writeAll(static_cast<int>(handle_), bytes)) {
+        return true;
+    }
+    error_ = lastError();
+    return false;
 }
 
 bool FileWriter::close() noexcept {
-    return !isOpen() || ::close(static_cast<int>(std::exchange(handle_, kNone))) == 0;
+    if (!isOpen() || ::close(static_cast<int>(std::exchange(handle_, kNone))) == 0) {
+        return true;
+    }
+    error_ = lastError();
+    return false;
 }
 
 }  // namespace Vesk::platform

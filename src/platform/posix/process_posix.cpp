@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "platform/interrupt.h"
+#include "platform/notes.h"
 #include "platform/posix/children.h"
 #include "platform/posix/descriptor.h"
 
@@ -114,6 +115,7 @@ std::string readAll(int descriptor) {
 }  // namespace
 
 ProcessResult runProcess(const ProcessRequest& request) {
+    noteDeed();
     SpawnSettings settings;
     if (const int error = settings.setWorkingDirectory(request.workingDirectory); error != 0) {
         return {false, error};
@@ -137,6 +139,7 @@ ProcessResult runProcess(const ProcessRequest& request) {
 }
 
 std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
+    noteDeed();
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return std::nullopt;

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "platform/notes.h"
 #include "platform/windows/wide.h"
 
 namespace Vesk::platform {
@@ -14,9 +15,7 @@ bool isName(const std::string& name) {
            name.find('\0') == std::string::npos;
 }
 
-}  // namespace
-
-std::optional<std::string> environmentVariable(const std::string& name) {
+std::optional<std::string> valueOf(const std::string& name) {
     const std::wstring wideName = toWide(name);
     std::wstring value(256, L'\0');
     for (;;) {
@@ -34,6 +33,14 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     }
 }
 
+}  // namespace
+
+std::optional<std::string> environmentVariable(const std::string& name) {
+    auto value = valueOf(name);
+    note(Question::Variable, name, digestIfAny(value));
+    return value;
+}
+
 bool setEnvironmentVariable(const std::string& name, const std::string& value) {
     return isName(name) && value.find('\0') == std::string::npos &&
            ::SetEnvironmentVariableW(toWide(name).c_str(), toWide(value).c_str()) != 0;
@@ -45,6 +52,7 @@ bool removeEnvironmentVariable(const std::string& name) {
 }
 
 std::vector<std::string> environmentEntries() {
+    noteDeed();  // nobody wants to hold all of it against the next run
     std::vector<std::string> entries;
     wchar_t* const block = ::GetEnvironmentStringsW();
     if (block == nullptr) {

@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/interrupt.h"
+#include "platform/notes.h"
 #include "platform/windows/extended_path.h"
 #include "platform/windows/handle.h"
 
@@ -33,8 +34,11 @@ FileLock::FileLock(const std::filesystem::path& path, const std::function<void()
         fail(::GetLastError(), "Unable to open lock file", path);
     }
     DWORD result = tryLock(file.get());
-    if (result == ERROR_LOCK_VIOLATION && onWait) {
-        onWait();
+    if (result == ERROR_LOCK_VIOLATION) {
+        noteDeed();  // the next run need not wait
+        if (onWait) {
+            onWait();
+        }
     }
     // A waiting LockFileEx could not be interrupted, so the lock is asked for again and again.
     constexpr DWORD kPauseMilliseconds = 25;

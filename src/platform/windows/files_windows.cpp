@@ -4,6 +4,7 @@
 #include <utility>
 #include <windows.h>
 
+#include "platform/notes.h"
 #include "platform/windows/extended_path.h"
 #include "platform/windows/handle.h"
 #include "platform/windows/wide.h"
@@ -78,10 +79,27 @@ std::int64_t unixNanoseconds(std::int64_t ticks) noexcept {
 }
 
 FileStatus statusFrom(const BY_HANDLE_FILE_INFORMATION& information) noexcept {
+    const bool directory = (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     return {
-        (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+        directory, !directory,
         (static_cast<std::uint64_t>(information.nFileSizeHigh) << 32) | information.nFileSizeLow,
         unixNanoseconds(ticksOf(information.ftLastWriteTime)), 0};
+}
+
+std::optional<FileStatus> statusOf(const std::filesystem::path& path) {
+    // Opened, not asked by name: a link leads to its file, and only a handle tells the change time.
+    const Handle file(::CreateFileW(extendedPath(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll,
+                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!file.valid() || !::GetFileInformationByHandle(file.get(), &information)) {
+        return std::nullopt;
+    }
+    FileStatus status = statusFrom(information);
+    FILE_BASIC_INFO times{};
+    if (::GetFileInformationByHandleEx(file.get(), FileBasicInfo, &times, sizeof times)) {
+        status.changedNanoseconds = unixNanoseconds(times.ChangeTime.QuadPart);
+    }
+    return status;
 }
 
 }  // namespace
@@ -97,6 +115,9 @@ std::string pathToUtf8(const std::filesystem::path& path) {
 std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
                                          std::size_t maxBytes) {
     error.clear();
+    if (notesAreTaken()) {
+        noteStatus(path, statusOf(path));
+    }
     // Backup semantics open directories as well, so that they can be told from unreadable files.
     const Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
@@ -126,8 +147,30 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path, std:
     return content;
 }
 
+std::optional<std::string> readStart(const std::filesystem::path& path, std::size_t maxBytes,
+                                     std::error_code& error) {
+    error.clear();
+    if (notesAreTaken()) {
+        noteStatus(path, statusOf(path));
+    }
+    const Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    std::string content(maxBytes, '\0');
+    DWORD count = 0;
+    if (!file.valid() ||
+        !::ReadFile(file.get(), content.data(), static_cast<DWORD>(maxBytes), &count, nullptr)) {
+        error = lastError();
+        return std::nullopt;
+    }
+    content.resize(count);
+    return content;
+}
+
 bool readPieces(const std::filesystem::path& path,
                 const std::function<void(std::string_view)>& take) {
+    if (notesAreTaken()) {
+        noteStatus(path, statusOf(path));
+    }
     thread_local std::string buffer(kPieceBytes, '\0');
     const Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
@@ -145,6 +188,7 @@ bool readPieces(const std::filesystem::path& path,
 bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
                     std::error_code& error) {
     error.clear();
+    noteDeed();
     const bool adds = append == Append::yes;
     Handle file(::CreateFileW(extendedPath(path).c_str(), adds ? FILE_APPEND_DATA : GENERIC_WRITE,
                               kShareAll, nullptr, adds ? OPEN_ALWAYS : CREATE_ALWAYS,
@@ -159,6 +203,7 @@ bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, A
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
                  std::error_code& error) {
     error.clear();
+    noteDeed();
     const std::wstring source = extendedPath(from);
     const std::wstring target = extendedPath(to);
     if (isReadOnly(target)) {
@@ -182,19 +227,13 @@ bool replaceFile(const std::filesystem::path& from, const std::filesystem::path&
     }
 }
 
+std::optional<FileStatus> statusAt(const char* path) {
+    return statusOf(pathFromUtf8(path));
+}
+
 std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
-    // Opened, not asked by name: a link leads to its file, and only a handle tells the change time.
-    const Handle file(::CreateFileW(extendedPath(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll,
-                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    BY_HANDLE_FILE_INFORMATION information{};
-    if (!file.valid() || !::GetFileInformationByHandle(file.get(), &information)) {
-        return std::nullopt;
-    }
-    FileStatus status = statusFrom(information);
-    FILE_BASIC_INFO times{};
-    if (::GetFileInformationByHandleEx(file.get(), FileBasicInfo, &times, sizeof times)) {
-        status.changedNanoseconds = unixNanoseconds(times.ChangeTime.QuadPart);
-    }
+    const std::optional<FileStatus> status = statusOf(path);
+    noteStatus(path, status);
     return status;
 }
 
@@ -204,10 +243,16 @@ std::int64_t fileClock() noexcept {
     return unixNanoseconds(ticksOf(now));
 }
 
-FileWriter::FileWriter(const std::filesystem::path& path) {
-    const HANDLE file = ::CreateFileW(extendedPath(path).c_str(), GENERIC_WRITE, kShareAll, nullptr,
-                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+FileWriter::FileWriter(const std::filesystem::path& path, Append append) {
+    noteDeed();
+    const bool adds = append == Append::yes;
+    const HANDLE file = ::CreateFileW(
+        extendedPath(path).c_str(), adds ? FILE_APPEND_DATA : GENERIC_WRITE, kShareAll, nullptr,
+        adds ? OPEN_ALWAYS : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     handle_ = reinterpret_cast<std::intptr_t>(file);  // INVALID_HANDLE_VALUE is kNone
+    if (!isOpen()) {
+        error_ = lastError();
+    }
 }
 
 FileWriter::~FileWriter() {
@@ -215,11 +260,19 @@ FileWriter::~FileWriter() {
 }
 
 bool FileWriter::write(std::string_view bytes) noexcept {
-    return isOpen() && writeAll(reinterpret_cast<HANDLE>(handle_), bytes);
+    if (isOpen() && writeAll(reinterpret_cast<HANDLE>(handle_), bytes)) {
+        return true;
+    }
+    error_ = lastError();
+    return false;
 }
 
 bool FileWriter::close() noexcept {
-    return !isOpen() || ::CloseHandle(reinterpret_cast<HANDLE>(std::exchange(handle_, kNone)));
+    if (!isOpen() || ::CloseHandle(reinterpret_cast<HANDLE>(std::exchange(handle_, kNone)))) {
+        return true;
+    }
+    error_ = lastError();
+    return false;
 }
 
 }  // namespace Vesk::platform

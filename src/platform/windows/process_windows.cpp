@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include "platform/interrupt.h"
+#include "platform/notes.h"
 #include "platform/windows/handle.h"
 #include "platform/windows/wide.h"
 
@@ -68,6 +69,7 @@ ProcessResult notStarted(DWORD error) noexcept {
 }  // namespace
 
 ProcessResult runProcess(const ProcessRequest& request) {
+    noteDeed();
     if (interruptSignal() != 0) {
         return notStarted(ERROR_CANCELLED);
     }
@@ -100,6 +102,7 @@ ProcessResult runProcess(const ProcessRequest& request) {
 }
 
 std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
+    noteDeed();
     if (interruptSignal() != 0) {
         return std::nullopt;
     }

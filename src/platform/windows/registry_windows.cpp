@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "platform/notes.h"
 #include "platform/windows/wide.h"
 
 namespace Vesk::platform {
@@ -26,10 +27,8 @@ std::optional<std::string> textIn(HKEY key, const std::wstring& name) {
     }
 }
 
-}  // namespace
-
-std::optional<std::string> registryText(const std::string& key, const std::string& name,
-                                        RegistryView view) {
+std::optional<std::string> textAt(const std::string& key, const std::string& name,
+                                  RegistryView view) {
     const REGSAM bits = view == RegistryView::Bits32 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
     HKEY opened = nullptr;
     if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, toWide(key).c_str(), 0, KEY_QUERY_VALUE | bits,
@@ -38,6 +37,15 @@ std::optional<std::string> registryText(const std::string& key, const std::strin
     }
     std::optional<std::string> text = textIn(opened, toWide(name));
     ::RegCloseKey(opened);
+    return text;
+}
+
+}  // namespace
+
+std::optional<std::string> registryText(const std::string& key, const std::string& name,
+                                        RegistryView view) {
+    auto text = textAt(key, name, view);
+    noteRegistry(key, name, view, text);
     return text;
 }
 

@@ -10,6 +10,7 @@
 #include "base/exception.h"
 #include "base/text.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/system.h"
 #include "tools/c_family/toolchain_programs.h"
 #include "tools/c_family/version.h"
@@ -27,14 +28,13 @@ using IsWhole = std::function<bool(const SdkPart&)>;
 std::vector<SdkPart> partsIn(const std::string& folder, std::string_view prefix,
                              const IsWhole& isWhole) {
     std::vector<SdkPart> parts;
-    std::error_code error;
-    fs::directory_iterator at(platform::pathFromUtf8(folder), error);
-    for (; !error && at != fs::directory_iterator(); at.increment(error)) {
-        const std::string name = platform::pathToUtf8(at->path().filename());
-        if (!name.starts_with(prefix)) {
+    std::error_code ignored;
+    for (const platform::FolderEntry& entry :
+         platform::listFolder(platform::pathFromUtf8(folder), ignored)) {
+        if (!entry.name.starts_with(prefix)) {
             continue;
         }
-        SdkPart part{name.substr(prefix.size()), folder + "/" + name};
+        SdkPart part{entry.name.substr(prefix.size()), folder + "/" + entry.name};
         if (isWhole(part)) {
             parts.push_back(std::move(part));
         }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
-#include <fstream>
+#include <system_error>
 
 #include "base/exception.h"
 #include "base/text.h"
@@ -19,14 +19,13 @@ constexpr std::string_view kDexMark = "dex\n";
 
 /// As far as there are so many.
 std::string firstBytes(const std::string& path, std::size_t count) {
-    std::ifstream file(platform::pathFromUtf8(path), std::ios::binary);
-    if (!file) {
-        throw VeskException(fmt::format("Unable to read '{}'. Is it there?", path));
+    std::error_code error;
+    auto bytes = platform::readStart(platform::pathFromUtf8(path), count, error);
+    if (!bytes) {
+        throw VeskException(
+            fmt::format("Unable to read '{}': {}. Is it there?", path, error.message()));
     }
-    std::string bytes(count, '\0');
-    file.read(bytes.data(), static_cast<std::streamsize>(count));
-    bytes.resize(static_cast<std::size_t>(file.gcount()));
-    return bytes;
+    return *bytes;
 }
 
 std::string fileName(const std::string& path) {

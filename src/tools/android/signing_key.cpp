@@ -7,6 +7,7 @@
 #include "base/exception.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "tools/c_family/toolchain_programs.h"
 #include "tools/c_family/value_lists.h"
 #include "tools/run_step.h"
@@ -152,23 +153,26 @@ void makeDebugKey(const std::string& keystore, const CommandText& command) {
         return;
     }
     try {
-        fs::create_directories(file.parent_path());
+        std::error_code error;
+        platform::makeFolders(file.parent_path(), error);
+        if (error) {
+            throw std::system_error(error);
+        }
         const platform::FileLock lock(file.parent_path() / "debug.keystore.vesk-lock");
         // Another build may have made it while this one waited for the lock.
         if (exists()) {
             return;
         }
-        fs::remove(fresh);
+        platform::removeFile(fresh, error);
         Recipe recipe;
         recipe.command = command.text();
         recipe.workingDirectory = file.parent_path();
         runOrThrow(recipe);
         // Another program may have made it meanwhile, and keys in use are not replaced.
         if (exists()) {
-            fs::remove(fresh);
+            platform::removeFile(fresh, error);
             return;
         }
-        std::error_code error;
         if (!platform::replaceFile(fresh, file, error)) {
             throw std::system_error(error);
         }

@@ -11,6 +11,7 @@
 #include "build/run/capture_output.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/system.h"
 #include "tools/c_family/target_paths.h"
 #include "tools/c_family/triple.h"
@@ -61,12 +62,11 @@ bool isPrefix(std::string_view text) noexcept {
 
 std::vector<FoundCompiler> compilersIn(const std::string& folder, std::string_view word) {
     std::vector<FoundCompiler> found;
-    std::error_code error;
-    fs::directory_iterator at(platform::pathFromUtf8(folder), error);
-    for (; !error && at != fs::directory_iterator(); at.increment(error)) {
-        const std::string name = platform::pathToUtf8(at->path().filename());
-        FoundCompiler compiler{folder + "/" + name, {folder, {}, {}}};
-        if (splitCompilerName(stemOf(name), word, compiler.place) && isFile(compiler.path)) {
+    std::error_code ignored;
+    for (const platform::FolderEntry& entry :
+         platform::listFolder(platform::pathFromUtf8(folder), ignored)) {
+        FoundCompiler compiler{folder + "/" + entry.name, {folder, {}, {}}};
+        if (splitCompilerName(stemOf(entry.name), word, compiler.place) && isFile(compiler.path)) {
             found.push_back(std::move(compiler));
         }
     }
@@ -93,7 +93,7 @@ bool confusesInterpreter(std::string_view path) noexcept {
 
 std::string realPath(const std::string& path) {
     std::error_code error;
-    const fs::path real = fs::canonical(platform::pathFromUtf8(path), error);
+    const fs::path real = platform::canonicalPath(platform::pathFromUtf8(path), error);
     return error ? path : normalPath(platform::pathToUtf8(real));
 }
 

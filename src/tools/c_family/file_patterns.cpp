@@ -10,6 +10,7 @@
 #include "base/ci_string.h"
 #include "base/exception.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/system.h"
 
 namespace Vesk {
@@ -90,22 +91,12 @@ bool partsMatch(Parts path, Parts pattern) noexcept {
            partsMatch(path.subspan(1), pattern.subspan(1));
 }
 
-struct Entry {
-    std::string name;
-    bool folder = false;
-    bool link = false;
-};
+using Entry = platform::FolderEntry;
 
 /// The entries of a folder that is there; a folder that is not has none.
 std::vector<Entry> entriesIn(const std::string& folder) {
-    std::vector<Entry> entries;
     std::error_code error;
-    fs::directory_iterator at(platform::pathFromUtf8(folder + "/"), error);
-    for (; !error && at != fs::directory_iterator(); at.increment(error)) {
-        std::error_code ignored;
-        entries.push_back({platform::pathToUtf8(at->path().filename()), at->is_directory(ignored),
-                           at->is_symlink(ignored)});
-    }
+    std::vector<Entry> entries = platform::listFolder(platform::pathFromUtf8(folder + "/"), error);
     if (error && error != std::errc::no_such_file_or_directory &&
         error != std::errc::not_a_directory) {
         throw VeskException(

@@ -1,13 +1,13 @@
 // Which Clang compilers are installed.
 
 #include <algorithm>
-#include <filesystem>
 #include <set>
 #include <system_error>
 
 #include "base/console.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/system.h"
 #include "tools/c_family/compiler_search.h"
 #include "tools/c_family/target_paths.h"
@@ -21,15 +21,12 @@ namespace {
 
 /// The folders of Linux distributions, one for each version, newest first.
 void addVersionedFolders(std::vector<std::string>& folders) {
-    namespace fs = std::filesystem;
     constexpr std::string_view kStart = "llvm-";
     std::vector<std::string> versions;
-    std::error_code error;
-    fs::directory_iterator at("/usr/lib", error);
-    for (; !error && at != fs::directory_iterator(); at.increment(error)) {
-        const std::string name = platform::pathToUtf8(at->path().filename());
-        if (name.starts_with(kStart)) {
-            versions.push_back(name.substr(kStart.size()));
+    std::error_code ignored;
+    for (const platform::FolderEntry& entry : platform::listFolder("/usr/lib", ignored)) {
+        if (entry.name.starts_with(kStart)) {
+            versions.push_back(entry.name.substr(kStart.size()));
         }
     }
     std::ranges::sort(versions, [](const std::string& a, const std::string& b) {

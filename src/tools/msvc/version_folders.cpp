@@ -1,23 +1,21 @@
 #include "tools/msvc/version_folders.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <system_error>
 
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "tools/c_family/version.h"
 
 namespace Vesk {
 
 std::vector<std::string> subfolders(const std::string& folder) {
-    namespace fs = std::filesystem;
     std::vector<std::string> names;
-    std::error_code error;
-    fs::directory_iterator at(platform::pathFromUtf8(folder), error);
-    for (; !error && at != fs::directory_iterator(); at.increment(error)) {
-        std::error_code unknown;
-        if (at->is_directory(unknown)) {
-            names.push_back(platform::pathToUtf8(at->path().filename()));
+    std::error_code ignored;
+    for (platform::FolderEntry& entry :
+         platform::listFolder(platform::pathFromUtf8(folder), ignored)) {
+        if (entry.folder) {
+            names.push_back(std::move(entry.name));
         }
     }
     std::ranges::sort(names);
@@ -34,8 +32,7 @@ std::vector<std::string> versionFolders(const std::string& folder) {
 }
 
 bool isFolder(const std::string& path) {
-    const auto status = platform::fileStatus(platform::pathFromUtf8(path));
-    return status && status->directory;
+    return platform::isFolder(platform::pathFromUtf8(path));
 }
 
 }  // namespace Vesk

@@ -1,0 +1,104 @@
+#include "app/snapshot.h"
+
+#include <optional>
+#include <system_error>
+
+#include "base/console.h"
+#include "build/cache/cache_file.h"
+#include "build/cache/cache_text.h"
+#include "build/cache/file_state.h"
+#include "platform/files.h"
+#include "platform/questions.h"
+#include "platform/system.h"
+
+namespace Vesk {
+namespace {
+
+constexpr std::string_view kHeader = "VESK_SNAPSHOT_1";
+
+std::string hashLine(std::string_view text) {
+    const ContentHash hash = hashText(text);
+    return fmt::format("{:016x}{:016x}", hash.high, hash.low);
+}
+
+/// The parts of a snapshot: which run it is of, what it wrote, what it asked.
+struct Content {
+    std::string_view key;
+    std::string_view transcript;
+    std::string_view notes;
+};
+
+/// Nothing for a file that was not written to its end, or not by this version.
+std::optional<Content> contentOf(std::string_view bytes) {
+    CacheReader reader(bytes);
+    std::string_view header;
+    std::string_view hash;
+    Content content;
+    if (!reader.line(header) || header != kHeader || !reader.line(hash)) {
+        return std::nullopt;
+    }
+    const auto start = static_cast<std::size_t>(reader.position() - bytes.data());
+    if (hash != hashLine(bytes.substr(start)) || !reader.text(content.key) ||
+        !reader.text(content.transcript) || !reader.text(content.notes)) {
+        return std::nullopt;
+    }
+    return content;
+}
+
+}  // namespace
+
+Snapshot::Snapshot(const std::filesystem::path& directory,
+                   const std::vector<std::string>& arguments)
+    : cache_(directory / kCacheFileName), file_(directory / kSnapshotFileName) {
+    appendText(key_, VESK_VERSION);
+    appendText(key_, console::coloursWanted() ? "colours" : "");
+    appendText(key_, platform::pathToUtf8(std::filesystem::current_path()));
+    for (const std::string& argument : arguments) {
+        appendText(key_, argument);
+    }
+}
+
+bool Snapshot::repeats() const {
+    std::error_code ignored;
+    const auto bytes = platform::readWholeFile(file_, ignored);
+    if (!bytes) {
+        return false;
+    }
+    const auto content = contentOf(*bytes);
+    return content && content->key == key_ && platform::answersAreTheSame(content->notes) &&
+           console::repeat(content->transcript);
+}
+
+Snapshot::~Snapshot() {
+    if (watches_) {
+        console::transcript();
+        platform::questionsNoted();
+    }
+}
+
+void Snapshot::begin() {
+    watches_ = true;
+    platform::startNotingQuestions();
+    platform::fileStatus(platform::executable());  // another build of vesk may find otherwise
+    console::startTranscript();
+}
+
+void Snapshot::keep() {
+    watches_ = false;
+    const std::string transcript = console::transcript();
+    const auto notes = platform::questionsNoted();
+    if (!notes || !platform::isFile(cache_)) {
+        return;
+    }
+    std::string content;
+    content.reserve(key_.size() + transcript.size() + notes->size() + 64);
+    appendText(content, key_);
+    appendText(content, transcript);
+    appendText(content, *notes);
+    std::string bytes(kHeader);
+    bytes.append("\n").append(hashLine(content)).append("\n").append(content);
+    std::error_code ignored;
+    platform::writeWholeFile(file_, bytes, platform::Append::no, ignored);
+}
+
+}  // namespace Vesk

@@ -1,0 +1,45 @@
+// The last run that found nothing to do, kept so that the next one need not find it out again.
+//
+// Such a run depends on the answers to its questions alone (see platform/questions.h): the files
+// that it read or looked at, what folders hold, variables of the environment, the month. They are
+// kept together with what it wrote to the console. While they are the same, the same command line
+// has the same outcome, and no unit file is read for it.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Vesk {
+
+/// Next to the cache of the project.
+inline constexpr const char* kSnapshotFileName = ".vesk_cache.snapshot";
+
+class Snapshot {
+  public:
+    /// The snapshot of runs in this directory with these arguments.
+    Snapshot(const std::filesystem::path& directory, const std::vector<std::string>& arguments);
+    ~Snapshot();
+    Snapshot(const Snapshot&) = delete;
+    Snapshot& operator=(const Snapshot&) = delete;
+
+    /// True when the run is the one that was kept and would go the same way; then what it wrote has
+    /// been written.
+    bool repeats() const;
+
+    /// Begins to watch a run.
+    void begin();
+
+    /// Ends the watch. Keeps the run if it only asked and the directory is one that has a cache. A
+    /// failure to is none of the build's: this only saves time.
+    void keep();
+
+  private:
+    std::filesystem::path cache_;
+    std::filesystem::path file_;
+    std::string key_;
+    bool watches_ = false;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,118 @@
+#include "platform/questions.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "platform/support.h"
+
+namespace Vesk::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using test::TempDir;
+
+/// Waits until what was just written can no longer be written again without a trace.
+void letAge(const fs::path& file) {
+    while (isRecent(fileStatus(file).value())) {}
+}
+
+std::optional<std::string> notesOf(const std::function<void()>& asks) {
+    startNotingQuestions();
+    asks();
+    return questionsNoted();
+}
+
+struct Case {
+    const char* name;
+    std::function<void()> asks;
+    std::function<void()> changes;
+};
+
+TEST(Questions, AChangedAnswerIsNoticed) {
+    const TempDir dir;
+    const fs::path file = dir / "a file ö";
+    const fs::path folder = dir / "folder";
+    const fs::path missing = dir / "missing";
+    std::error_code error;
+    const auto appears = [&] { test::write(missing, "x"); };
+    const auto grows = [&] { test::write(file, "longer"); };
+    const std::vector<Case> cases = {
+        {"status", [&] { fileStatus(file); }, grows},
+        {"status of none", [&] { fileStatus(missing); }, appears},
+        {"a file", [&] { isFile(missing); }, appears},
+        {"a folder", [&] { isFolder(folder); }, [&] { fs::remove(folder); }},
+        {"is there", [&] { platform::exists(missing, error); }, appears},
+        {"content", [&] { readWholeFile(file, error); }, grows},
+        {"no content", [&] { readWholeFile(missing, error); }, appears},
+        {"start", [&] { readStart(file, 1, error); }, grows},
+        {"pieces", [&] { readPieces(file, [](std::string_view) {}); }, grows},
+        {"nothing to remove", [&] { removeFile(missing, error); }, appears},
+        {"no folder to make", [&] { makeFolders(folder, error); }, [&] { fs::remove(folder); }},
+        {"entries", [&] { listFolder(dir.path(), error); }, appears},
+        {"kind of an entry", [&] { listFolder(dir.path(), error); },
+         [&] { fs::remove(folder), test::write(folder, "now a file"); }},
+        {"entries of none", [&] { listFolder(missing, error); },
+         [&] { fs::create_directory(missing); }},
+        {"variable", [] { environmentVariable("VESK_TEST_ASKED"); },
+         [] { setEnvironmentVariable("VESK_TEST_ASKED", ""); }},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.name);
+        fs::remove_all(folder);
+        fs::remove_all(missing);
+        fs::create_directory(folder);
+        test::write(file, "short");
+        letAge(file);
+        const auto notes = notesOf(one.asks);
+        ASSERT_TRUE(notes && !notes->empty());
+        EXPECT_TRUE(answersAreTheSame(*notes));
+        one.changes();
+        EXPECT_FALSE(answersAreTheSame(*notes));
+    }
+    removeEnvironmentVariable("VESK_TEST_ASKED");
+}
+
+TEST(Questions, ARunThatDidSomethingIsNotRepeatable) {
+    const TempDir dir;
+    const fs::path file = dir / "file";
+    const fs::path other = dir / "other";
+    std::error_code error;
+    const std::vector<std::pair<const char*, std::function<void()>>> deeds = {
+        {"write", [&] { writeWholeFile(file, "x", Append::no, error); }},
+        {"a recent file", [&] { test::write(file, "y"), fileStatus(file); }},
+        {"writer", [&] { FileWriter(file, Append::yes).close(); }},
+        {"copy", [&] { copyFile(file, other, error); }},
+        {"replace", [&] { replaceFile(other, file, error); }},
+        {"remove", [&] { removeFile(file, error); }},
+        {"folders", [&] { makeFolders(dir / "a/b", error); }},
+        {"tree", [&] { removeTree(dir / "a", error); }},
+        {"process",
+         [] {
+             runProcess(test::childRequest({"exit", "0"}));
+         }},
+        {"shell",
+         [] {
+             captureShellOutput(test::childCommand({"exit", "0"}));
+         }},
+        {"whole environment", [] { environmentEntries(); }},
+    };
+    for (const auto& [name, deed] : deeds) {
+        EXPECT_EQ(notesOf(deed), std::nullopt) << name;
+    }
+    EXPECT_EQ(notesOf([] {}), "");
+}
+
+TEST(Questions, WhatIsNoNotesIsNeverTheSame) {
+    const auto notes = notesOf([] { environmentVariable("VESK_TEST_ASKED"); });
+    ASSERT_TRUE(notes && answersAreTheSame(*notes));
+    for (std::size_t size = 1; size < notes->size(); ++size) {
+        EXPECT_FALSE(answersAreTheSame(std::string_view(*notes).substr(0, size))) << size;
+    }
+    EXPECT_FALSE(answersAreTheSame("?" + notes->substr(1)));
+}
+
+}  // namespace
+}  // namespace Vesk::platform
