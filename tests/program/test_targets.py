@@ -174,6 +174,23 @@ class ToolSelection(ProgramTest):
     def test_nothing_fits(self):
         self.unit('t: { TEXT = "x" FILENAME = "f" }')
         self.assertTrue(self.error().startswith("Error: No tool to build vesk::t\n"), self.error())
+        for name, meant in (("C_FILE", "C_FILES"), ("cmdlines", "cmdline"), ("ABCDEF", None)):
+            self.unit(f't: {{ {name} = "x" }}')
+            hint = f"no tool is chosen by '{name}' (did you mean '{meant}'?)"
+            self.assertEqual(hint in self.error(), meant is not None)
+
+    def test_variables_that_are_nearly_right(self):
+        warning = "[vesk::t] Variable 'cwdd' (vesk.txt:2) has no effect on the target (did you mean 'cwd'?).\n"
+        for body, err in (
+                ('cwdd = "src"', warning),
+                ('^cwdd = "src"', ""),
+                ('CWD = "."', ""),
+                ('abcd = "src"', ""),
+                ('cwdd = "src"\n OTHER = "${cwdd}"', ""),
+                ('cwdd = "src"\n if CWDD = "src" { x = 1 }', "")):
+            with self.subTest(body):
+                self.unit(f't: {{ cmdline = "child print x"\n {body} }}')
+                self.check(out=None, err=err)
 
     def test_contexts(self):
         self.unit("""

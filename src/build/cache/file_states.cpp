@@ -40,16 +40,17 @@ void FileStates::examine(Entry& entry, const std::string& path) {
     } else if (platform::isRecent(*status)) {
         // Its times will not tell of a change in this moment, so the content is taken down now.
         entry.kind = FileState::Kind::Recent;
-        read(entry, platform::pathFromUtf8(path));
+        read(entry, path);
     } else {
         entry.kind = FileState::Kind::File;
     }
 }
 
-void FileStates::read(Entry& entry, const std::filesystem::path& file) {
+void FileStates::read(Entry& entry, std::string_view path) {
     if (entry.hashed || entry.torn || !isFile(entry.kind)) {
         return;
     }
+    const std::filesystem::path file = platform::pathFromUtf8(path);
     const auto hash = hashFile(file);
     const auto status = platform::fileStatus(file);
     if (hash && status && sameStatus(*status, entry.status)) {
@@ -71,8 +72,8 @@ FileStates::Entry& FileStates::examined(std::string_view path) {
     return found->second;
 }
 
-FileState FileStates::stateOf(Entry& entry, const std::filesystem::path& file) {
-    read(entry, file);
+FileState FileStates::stateOf(Entry& entry, std::string_view path) {
+    read(entry, path);
     FileState state;
     state.kind = entry.torn ? FileState::Kind::Unknown : entry.kind;
     if (isFile(state.kind)) {
@@ -104,23 +105,24 @@ FileStates::Comparison FileStates::compare(std::string_view path, const FileStat
         }
         return entry.hash == stored.hash ? Comparison::Same : Comparison::Changed;
     }
-    read(entry, platform::pathFromUtf8(path));
+    read(entry, path);
     const bool same = entry.hashed && entry.hash == stored.hash;
     return same ? Comparison::SameContent : Comparison::Changed;
 }
 
 FileState FileStates::current(std::string_view path) {
     const std::lock_guard lock(mutex_);
-    return stateOf(examined(path), platform::pathFromUtf8(path));
+    return stateOf(examined(path), path);
 }
 
 /// Whether the file has changed since the build first looked at it, or while it was read by
 /// commands before anybody had looked.
-bool FileStates::changedMeanwhile(const Entry& entry, const std::filesystem::path& file,
+bool FileStates::changedMeanwhile(const Entry& entry, std::string_view path,
                                   std::int64_t startedAt) {
     if (entry.examinedAt > startedAt && !entry.made) {
         return isFile(entry.kind) && platform::lastChange(entry.status) >= startedAt;
     }
+    const std::filesystem::path file = platform::pathFromUtf8(path);
     const auto status = platform::fileStatus(file);
     if (!status || status->directory != entry.status.directory) {
         return true;
@@ -134,14 +136,13 @@ bool FileStates::changedMeanwhile(const Entry& entry, const std::filesystem::pat
 
 FileState FileStates::afterReading(std::string_view path, std::int64_t startedAt) {
     const std::lock_guard lock(mutex_);
-    const std::filesystem::path file = platform::pathFromUtf8(path);
     Entry& entry = examined(path);
     if (entry.kind == FileState::Kind::Missing) {
         examine(entry, std::string(path));  // one of the commands may have made it
-        return stateOf(entry, file);
+        return stateOf(entry, path);
     }
-    const bool changed = changedMeanwhile(entry, file, startedAt);
-    FileState state = stateOf(entry, file);
+    const bool changed = changedMeanwhile(entry, path, startedAt);
+    FileState state = stateOf(entry, path);
     if (changed) {
         state.kind = FileState::Kind::Unknown;
     }
@@ -194,7 +195,7 @@ void FileStates::readAhead(const std::vector<std::string>& paths, unsigned worke
             if (!entry.examined) {
                 examine(entry, path);
             }
-            read(entry, platform::pathFromUtf8(path));
+            read(entry, path);
         }
     };
     std::vector<std::future<void>> others;

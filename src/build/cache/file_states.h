@@ -62,10 +62,9 @@ class FileStates {
 
     Entry& examined(std::string_view path);
     static void examine(Entry& entry, const std::string& path);
-    static void read(Entry& entry, const std::filesystem::path& file);
-    static bool changedMeanwhile(const Entry& entry, const std::filesystem::path& file,
-                                 std::int64_t startedAt);
-    static FileState stateOf(Entry& entry, const std::filesystem::path& file);
+    static void read(Entry& entry, std::string_view path);
+    static bool changedMeanwhile(const Entry& entry, std::string_view path, std::int64_t startedAt);
+    static FileState stateOf(Entry& entry, std::string_view path);
 
     struct TextHash {
         using is_transparent = void;

@@ -87,15 +87,21 @@ class RecordMaker {
     /// Files of a step that did not run, as they have been found unchanged.
     std::vector<std::size_t> known(std::size_t part, std::string_view field) {
         const std::vector<RecordFile>& files = last_.lastFiles();
+        numbersOfLast_.resize(files.size());
         std::vector<std::size_t> numbers;
         for (const std::size_t number :
              fileNumbers(last_.lastParts()[*last_.lastPart(part)], field, files.size())) {
-            const std::string_view path = files[number].path;
-            numbers.push_back(table_.contains(path)
-                                  ? table_.numberOf(path)
-                                  : table_.add(path, states_.current(root_.absolute(path))));
+            if (!numbersOfLast_[number]) {
+                numbersOfLast_[number] = numberOfKnown(files[number].path);
+            }
+            numbers.push_back(*numbersOfLast_[number]);
         }
         return numbers;
+    }
+
+    std::size_t numberOfKnown(std::string_view path) {
+        return table_.contains(path) ? table_.numberOf(path)
+                                     : table_.add(path, states_.current(root_.absolute(path)));
     }
 
     std::vector<std::size_t> written(const std::vector<std::string>& paths) {
@@ -193,6 +199,7 @@ class RecordMaker {
     std::vector<Part> parts_;
     std::vector<std::size_t> numbers_;  ///< in the request, of the parts after the first two
     FileTable table_;
+    std::vector<std::optional<std::size_t>> numbersOfLast_;  ///< in table_, of the last record's
 };
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "build/driver/cache_request.h"
 #include "build/driver/cache_step.h"
 #include "build/driver/jobs.h"
+#include "build/driver/mistyped_names.h"
 #include "platform/files.h"
 #include "platform/interrupt.h"
 #include "types/context_value.h"
@@ -127,6 +128,7 @@ void TargetVisit::begin() {
         input_->assemble();
         reportToolChoice(choice_);
         claimVariables();
+        warnOfMistypedNames(*location_.target, input_->context(), choice_);
         input_->context().evaluateConditions();
         dependencies_ = createDependencyList(input_->context());
     } catch (...) {

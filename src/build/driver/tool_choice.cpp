@@ -4,6 +4,7 @@
 #include <array>
 
 #include "base/console.h"
+#include "build/driver/mistyped_names.h"
 #include "types/string_values.h"
 
 namespace Vesk {
@@ -41,6 +42,9 @@ bool hasSources(const Context& target) {
             "no toolchain that is registered fits it; vesk --find-compilers registers those of "
             "this machine");
         throw error;
+    }
+    if (const std::string mistyped = mistypedSource(target); !mistyped.empty()) {
+        error.addNote("no tool is chosen by " + mistyped);
     }
     error.addNote(
         "a target says what it is built with: 'cmdline' or 'pwsh' for commands, 'WRITE_FILE' with "
