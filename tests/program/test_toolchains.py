@@ -299,6 +299,12 @@ class Libraries(GnuTest):
         out = self.build()
         self.assertEqual(self.output_of("out/app"), "4 4\n")
         self.assertIn(" out/libleft.a out/libright.a out/libbase.a -lm\n", out)
+        # Libraries that only hand on what has changed have nothing to do.
+        self.remembers = True
+        self.write("base/base.c", "int base(void) { return 2; }\n")
+        out = self.build("-v", "1")
+        self.assertEqual(re.findall(r"Cache claimed for '\w+::(\w+)'", out), ["base", "app"])
+        self.assertEqual(self.output_of("out/app"), "6 9\n")
 
     def test_an_archive_forgets_what_is_gone(self):
         self.write("a.c", "int a(void) { return 1; }\n")

@@ -195,17 +195,24 @@ class RequestMaker {
     CacheRequest::Part surroundings() {
         CacheRequest::Part part;
         const std::unordered_set<std::string> reports = dependencyFiles();
+        // Recipes that stand alone know what they read and write.
+        const bool allStandAlone =
+            std::ranges::all_of(request_.parts.begin() + kFirstRecipePart, request_.parts.end(),
+                                &CacheRequest::Part::standsAlone);
         for (const Assignment& output : question_.outputs) {
-            collectPaths(output.value.get(), [&](std::string path) {
+            const auto takeUnlessReport = [&](std::string path) {
                 if (!reports.contains(path)) {
                     part.writes.push_back(std::move(path));
                 }
-            });
+            };
+            if (allStandAlone) {
+                collectMade(output, takeUnlessReport);
+            } else {
+                collectPaths(output.value.get(), takeUnlessReport);
+            }
         }
         sortUnique(part.writes);
-        // Recipes that stand alone know what they read.
-        if (!std::ranges::all_of(request_.parts.begin() + kFirstRecipePart, request_.parts.end(),
-                                 &CacheRequest::Part::standsAlone)) {
+        if (!allStandAlone) {
             part.reads = readByAll(part.writes);
         }
         appendNumber(part.inputs, question_.dependencies.size() + 2);
@@ -216,6 +223,30 @@ class RequestMaker {
         appendTextInput(part.inputs, requestField::kReads, storedLines(part.reads));
         appendTextInput(part.inputs, requestField::kWrites, storedLines(part.writes));
         return part;
+    }
+
+    /// The files of an output, without those that the target was given under the same name and only
+    /// hands on, as a library does with the libraries that it needs: others make them.
+    void collectMade(const Assignment& output, const PathSink& take) const {
+        const auto* list = valueAs<VeskList>(output.value.get());
+        const Assignment* own = question_.target.find(output.name);
+        const auto* given = own != nullptr ? valueAs<VeskList>(own->value.get()) : nullptr;
+        if (list == nullptr || given == nullptr) {
+            collectPaths(output.value.get(), take);
+            return;
+        }
+        std::unordered_set<std::string_view> texts;
+        for (const ValuePtr& item : given->items) {
+            if (const auto* path = valueAs<VeskPathString>(item.get())) {
+                texts.insert(path->text);
+            }
+        }
+        for (const ValuePtr& item : list->items) {
+            const auto* path = valueAs<VeskPathString>(item.get());
+            if (path == nullptr || !texts.contains(path->text)) {
+                collectPaths(item.get(), take);
+            }
+        }
     }
 
     /// Once the cache has read them nothing needs them any more.
