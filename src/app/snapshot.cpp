@@ -77,6 +77,11 @@ Snapshot::~Snapshot() {
 }
 
 void Snapshot::begin() {
+    // A pattern may look at this folder. The file is there before, so that it is no news after.
+    if (!platform::isFile(file_) && platform::isFile(cache_)) {
+        std::error_code ignored;
+        platform::writeWholeFile(file_, "", platform::Append::no, ignored);
+    }
     watches_ = true;
     platform::startNotingQuestions();
     platform::fileStatus(platform::executable());  // another build of vesk may find otherwise

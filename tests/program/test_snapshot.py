@@ -39,7 +39,10 @@ class SnapshotTest(ProgramTest):
         return result
 
     def stamp(self):
-        return self.file.stat().st_mtime_ns if self.file.exists() else None
+        """Changes with every kept run; None when none is kept."""
+        if not self.file.is_file() or self.file.stat().st_size == 0:
+            return None
+        return self.file.stat().st_mtime_ns
 
     def repeats(self, *arguments, **options):
         """Whether a run that finds nothing to do is a repeated one: else it would be kept anew."""

@@ -194,6 +194,19 @@ class Programs(GnuTest):
             self.assertEqual(len(re.findall(r"gcc\S* -o out/app| rcs ", out)), links, out)
             self.assertEqual(self.compiled(self.build()), [])
 
+    def test_a_new_source_is_seen_when_runs_are_repeated(self):
+        self.remembers = True
+        self.write("main.c", "int main(void) { return 0; }\n")
+        self.unit('app: { C_FILES = ["*.c"] }')
+        kept = self.dir / ".vesk_cache.snapshot"
+        self.build()
+        self.wait_for(lambda: self.build() and kept.exists() and kept.stat().st_size > 0)
+        written = kept.stat().st_mtime_ns
+        self.assertEqual(self.compiled(self.build()), [])
+        self.assertEqual(kept.stat().st_mtime_ns, written)
+        self.write("new.c", "int fresh(void) { return 1; }\n")
+        self.assertEqual(self.compiled(self.build()), ["new.c"])
+
     def test_compilation_database(self):
         self.remembers = True
         self.write("a.c", "int main(void) { return 0; }\n")
