@@ -76,7 +76,7 @@ function(vesk_add_room_test name)
     target_include_directories(vesk_test_${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
     set_target_properties(vesk_test_${name} PROPERTIES CROSSCOMPILING_EMULATOR "${VESK_EMULATOR}")
     add_test(NAME ${name} COMMAND vesk_test_${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 1200)
 endfunction()
 
 # Links manifest, version information and the stack reserve into a Windows program.
