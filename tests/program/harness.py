@@ -9,6 +9,7 @@ with slashes. In expected texts {*} stands for words that are the system's own.
 import os
 import re
 import shutil
+import signal
 import subprocess
 import tempfile
 import textwrap
@@ -149,6 +150,13 @@ class ProgramTest(unittest.TestCase):
             start_new_session=True,
             **{"stdin": subprocess.DEVNULL, **options},
         )
+
+    def kill(self, process):
+        """Kills a vesk that `start` gave, without waiting for those that it has started."""
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+        process.stdout.close()
+        process.stderr.close()
 
     def run_vesk(self, *arguments, env=None, cwd=None, colours=False, merged=False):
         """Runs vesk to its end. `merged`: one pipe for both streams, to see the order."""

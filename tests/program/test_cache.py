@@ -148,8 +148,7 @@ class Failures(Cached):
         process = self.start("all")
         while not (self.dir / "started").exists():
             time.sleep(0.01)
-        os.killpg(process.pid, signal.SIGKILL)
-        process.communicate()
+        self.kill(process)
         self.unit(UNIT)
         self.assertEqual(self.built(), ["all", "app", "gen", "lib"])
         self.fresh()

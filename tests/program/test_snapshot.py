@@ -2,7 +2,6 @@
 
 import os
 import random
-import signal
 import time
 
 from harness import ProgramTest, SETTINGS, on_system, posix_only
@@ -202,8 +201,7 @@ class Killed(SnapshotTest):
         process = self.start("all")
         while not (self.dir / "started").exists():
             time.sleep(0.01)
-        os.killpg(process.pid, signal.SIGKILL)
-        process.communicate()
+        self.kill(process)
         (self.dir / "started").unlink()
         (self.dir / "out/app").write_text("half of it")
         self.unit(UNIT)
