@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "build/cache/cache_file.h"
-#include "build/cache/cache_text.h"
-#include "build/cache/project_cache.h"
-#include "build/cache/record_writer.h"
+#include "cache/cache_file.h"
+#include "cache/cache_text.h"
+#include "cache/project_cache.h"
+#include "cache/record_writer.h"
 #include "platform/files.h"
 
 namespace Vesk {

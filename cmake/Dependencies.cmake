@@ -1,51 +1,59 @@
 # The libraries vesk calls, under one name on both systems:
 #
 #   vesk::antlr_runtime  runtime of the generated recognisers
-#   vesk::fmt            {fmt}, header-only
+#   vesk::fmt            {fmt}
 #   vesk::xxhash         XXH3, header-only
 #   vesk::json           nlohmann/json
 #   vesk::gtest_main     GoogleTest and GoogleMock with a main, built here from the packaged sources
 #
-# scripts/setup installs all of them. For Windows it also prepares a folder with the runtime,
-# cross-built, and with nothing but the needed headers: /usr/include is no place for that compiler.
+# scripts/setup installs all of them, and prepares directories of libraries that have no suitable
+# package: a static {fmt}; for Windows also the ANTLR runtime and nothing but the needed headers, as
+# /usr/include is no place for that compiler.
 
 set(VESK_GOOGLETEST_SOURCES
     /usr/src/googletest
     CACHE PATH "The sources of GoogleTest"
 )
 
-if(WIN32)
-    set(_cache "$ENV{XDG_CACHE_HOME}")
-    if(NOT _cache)
-        set(_cache "$ENV{HOME}/.cache")
+# The newest directory that scripts/setup has prepared for a system.
+function(_vesk_prepared_libraries variable pattern)
+    set(cache "$ENV{XDG_CACHE_HOME}")
+    if(NOT cache)
+        set(cache "$ENV{HOME}/.cache")
     endif()
-    file(GLOB _prepared "${_cache}/vesk-deps/antlr4-*-mingw")
-    list(SORT _prepared COMPARE NATURAL ORDER DESCENDING)
-    list(POP_FRONT _prepared _newest)
-    set(VESK_WINDOWS_DEPS
-        "${_newest}"
-        CACHE PATH "The folder with include/ and lib/ for Windows that scripts/setup prepares"
+    file(GLOB prepared "${cache}/vesk-deps/${pattern}")
+    list(SORT prepared COMPARE NATURAL ORDER DESCENDING)
+    list(POP_FRONT prepared newest)
+    set(${variable}
+        "${newest}"
+        CACHE PATH "The directory with include/ and lib/ that scripts/setup prepares"
     )
-    if(NOT EXISTS "${VESK_WINDOWS_DEPS}/lib/libantlr4-runtime.a")
-        message(FATAL_ERROR "The libraries for Windows are missing. Run scripts/setup.")
-    endif()
-    set(_search PATHS "${VESK_WINDOWS_DEPS}" NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
-else()
-    set(_search)
+endfunction()
+
+set(_search)
+set(_search_fmt)
+set(_antlr_names antlr4-runtime)
+set(_fmt_names fmt)
+if(WIN32)
+    _vesk_prepared_libraries(VESK_WINDOWS_LIBRARIES windows-fmt-*-antlr4-*)
+    set(_search PATHS "${VESK_WINDOWS_LIBRARIES}" NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+    set(_search_fmt ${_search})
+elseif(VESK_STATIC)
+    _vesk_prepared_libraries(VESK_LINUX_LIBRARIES linux-fmt-*)
+    set(_search_fmt PATHS "${VESK_LINUX_LIBRARIES}")
+    set(_antlr_names libantlr4-runtime.a)
+    set(_fmt_names libfmt.a)
 endif()
 
 find_path(VESK_ANTLR_INCLUDE antlr4-runtime.h ${_search} PATH_SUFFIXES include/antlr4-runtime antlr4-runtime)
-if(VESK_STATIC)
-    set(_antlr_names libantlr4-runtime.a)
-else()
-    set(_antlr_names antlr4-runtime)
-endif()
 find_library(VESK_ANTLR_LIBRARY NAMES ${_antlr_names} ${_search} PATH_SUFFIXES lib)
 find_path(VESK_FMT_INCLUDE fmt/format.h ${_search} PATH_SUFFIXES include)
+find_library(VESK_FMT_LIBRARY NAMES ${_fmt_names} ${_search_fmt} PATH_SUFFIXES lib)
 find_path(VESK_XXHASH_INCLUDE xxhash.h ${_search} PATH_SUFFIXES include)
 find_path(VESK_JSON_INCLUDE nlohmann/json.hpp ${_search} PATH_SUFFIXES include)
 
-foreach(_found VESK_ANTLR_INCLUDE VESK_ANTLR_LIBRARY VESK_FMT_INCLUDE VESK_XXHASH_INCLUDE VESK_JSON_INCLUDE)
+foreach(_found VESK_ANTLR_INCLUDE VESK_ANTLR_LIBRARY VESK_FMT_INCLUDE VESK_FMT_LIBRARY
+        VESK_XXHASH_INCLUDE VESK_JSON_INCLUDE)
     if(NOT ${_found})
         message(FATAL_ERROR "${_found} was not found. Run scripts/setup, or set it with -D${_found}=...")
     endif()
@@ -58,7 +66,8 @@ function(_vesk_header_library name include_dir)
     target_compile_definitions(vesk_dep_${name} INTERFACE ${ARGN})
 endfunction()
 
-_vesk_header_library(fmt "${VESK_FMT_INCLUDE}" FMT_HEADER_ONLY)
+_vesk_header_library(fmt "${VESK_FMT_INCLUDE}")
+target_link_libraries(vesk_dep_fmt INTERFACE "${VESK_FMT_LIBRARY}")
 # Without its hints to the compiler in debug builds: -Og does not inline what they insist on.
 _vesk_header_library(
     xxhash "${VESK_XXHASH_INCLUDE}" XXH_INLINE_ALL $<$<CONFIG:Debug>:XXH_NO_INLINE_HINTS=1>

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "build/run/recipe.h"
+#include "run/recipe.h"
 
 namespace Vesk {
 

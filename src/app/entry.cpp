@@ -6,7 +6,7 @@
 #include "app/vesk_application.h"
 #include "base/console.h"
 #include "base/exception.h"
-#include "build/driver/build_errors.h"
+#include "driver/build_errors.h"
 #include "platform/console.h"
 #include "platform/crash.h"
 #include "platform/interrupt.h"

@@ -11,7 +11,7 @@
 #include "base/ci_string.h"
 #include "base/console.h"
 #include "base/text.h"
-#include "build/driver/input_context.h"
+#include "driver/input_context.h"
 #include "types/errors.h"
 
 namespace Vesk {

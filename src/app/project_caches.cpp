@@ -6,7 +6,7 @@
 
 #include "base/console.h"
 #include "base/exception.h"
-#include "build/cache/cache_file.h"
+#include "cache/cache_file.h"
 #include "platform/environment.h"
 #include "platform/interrupt.h"
 

@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "build/cache/file_states.h"
-#include "build/cache/project_cache.h"
+#include "cache/file_states.h"
+#include "cache/project_cache.h"
 #include "platform/files.h"
 #include "project/project.h"
 

@@ -5,7 +5,7 @@
 #include "app/vesk_application.h"
 #include "base/exception.h"
 #include "platform/files.h"
-#include "tools/static_tools.h"
+#include "tools/static/static_tools.h"
 #include "tools/tool_registry.h"
 
 namespace Vesk {

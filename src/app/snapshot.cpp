@@ -4,9 +4,9 @@
 #include <system_error>
 
 #include "base/console.h"
-#include "build/cache/cache_file.h"
-#include "build/cache/cache_text.h"
-#include "build/cache/file_state.h"
+#include "cache/cache_file.h"
+#include "cache/cache_text.h"
+#include "cache/file_state.h"
 #include "platform/files.h"
 #include "platform/questions.h"
 #include "platform/system.h"

@@ -11,7 +11,7 @@
 #include "app/output_file.h"
 #include "app/snapshot.h"
 #include "base/console.h"
-#include "build/driver/driver.h"
+#include "driver/driver.h"
 #include "platform/files.h"
 #include "project/create_project.h"
 #include "tools/toolchain_detection.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "build/run/recipe.h"
+#include "run/recipe.h"
 #include "tools/match.h"
 #include "tools/variable_table.h"
 #include "types/target.h"

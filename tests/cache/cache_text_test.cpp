@@ -1,8 +1,8 @@
-#include "build/cache/cache_text.h"
+#include "cache/cache_text.h"
 
 #include <gtest/gtest.h>
 
-#include "build/cache/literal_text.h"
+#include "cache/literal_text.h"
 #include "types/list_value.h"
 #include "types/simple_values.h"
 #include "types/string_values.h"

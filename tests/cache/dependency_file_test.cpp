@@ -1,4 +1,4 @@
-#include "build/cache/dependency_file.h"
+#include "cache/dependency_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "build/cache/file_states.h"
+#include "cache/file_states.h"
 
 #include <gtest/gtest.h>
 
-#include "build/cache/tracked_path.h"
+#include "cache/tracked_path.h"
 #include "platform/support.h"
 
 namespace Vesk::test {

@@ -1,4 +1,4 @@
-#include "build/cache/project_cache.h"
+#include "cache/project_cache.h"
 
 #include <atomic>
 #include <cstdint>

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "build/cache/cache_text.h"
-#include "build/cache/project_cache.h"
-#include "build/cache/record_writer.h"
+#include "cache/cache_text.h"
+#include "cache/project_cache.h"
+#include "cache/record_writer.h"
 #include "platform/support.h"
 
 namespace Vesk::test {

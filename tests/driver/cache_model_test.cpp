@@ -7,8 +7,8 @@
 #include <random>
 #include <set>
 
-#include "build/driver/cache_request.h"
-#include "build/driver/cache_step.h"
+#include "driver/cache_request.h"
+#include "driver/cache_step.h"
 #include "platform/support.h"
 #include "support/console_capture.h"
 #include "types/string_values.h"

@@ -6,7 +6,7 @@
 #include "grammar/loaders.h"
 #include "platform/files.h"
 #include "support/console_capture.h"
-#include "tools/static_tools.h"
+#include "tools/static/static_tools.h"
 
 namespace Vesk::test {
 namespace {

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "build/cache/project_cache.h"
-#include "build/driver/driver.h"
+#include "cache/project_cache.h"
+#include "driver/driver.h"
 
 namespace Vesk::test {
 

@@ -1,10 +1,10 @@
 // The jobs of one stage.
 
-#include "build/driver/jobs.h"
+#include "driver/jobs.h"
 
 #include <gtest/gtest.h>
 
-#include "build/driver/cache_step.h"
+#include "driver/cache_step.h"
 #include "support/console_capture.h"
 
 namespace Vesk::test {

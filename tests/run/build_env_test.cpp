@@ -1,4 +1,4 @@
-#include "build/run/build_env.h"
+#include "run/build_env.h"
 
 #include <gtest/gtest.h>
 

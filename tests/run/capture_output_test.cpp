@@ -1,4 +1,4 @@
-#include "build/run/capture_output.h"
+#include "run/capture_output.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "build/run/run_command.h"
+#include "run/run_command.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

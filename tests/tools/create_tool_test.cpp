@@ -5,7 +5,7 @@
 
 #include "base/exception.h"
 #include "support/console_capture.h"
-#include "tools/static_tools.h"
+#include "tools/static/static_tools.h"
 #include "tools/tool_fixture.h"
 #include "tools/tool_registry.h"
 

@@ -7,8 +7,8 @@
 #include "platform/files.h"
 #include "platform/system.h"
 #include "tools/android/android_matcher.h"
-#include "tools/c_family/compiler_search.h"
-#include "tools/c_family/target_paths.h"
+#include "tools/discovery/compiler_search.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

@@ -4,9 +4,9 @@
 
 #include "base/exception.h"
 #include "tools/android/apk_builder.h"
-#include "tools/c_family/source_files.h"
-#include "tools/c_family/toolchain_match.h"
-#include "tools/c_family/value_lists.h"
+#include "tools/discovery/toolchain_match.h"
+#include "tools/support/source_files.h"
+#include "tools/support/value_lists.h"
 
 namespace Vesk {
 

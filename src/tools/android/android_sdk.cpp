@@ -12,8 +12,9 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/system.h"
-#include "tools/c_family/toolchain_programs.h"
-#include "tools/c_family/version.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/discovery/version.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

@@ -5,8 +5,8 @@
 
 #include "base/exception.h"
 #include "tools/android/apk_recipes.h"
-#include "tools/c_family/c_builder.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/support/c_builder.h"
 #include "types/simple_values.h"
 
 namespace Vesk {

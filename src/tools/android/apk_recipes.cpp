@@ -11,12 +11,12 @@
 #include "base/text.h"
 #include "platform/files.h"
 #include "tools/android/java_programs.h"
-#include "tools/c_family/file_patterns.h"
-#include "tools/c_family/libraries.h"
-#include "tools/c_family/output_type.h"
-#include "tools/c_family/toolchain_programs.h"
-#include "tools/c_family/value_lists.h"
-#include "tools/run_step.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/support/file_patterns.h"
+#include "tools/support/libraries.h"
+#include "tools/support/output_type.h"
+#include "tools/support/run_step.h"
+#include "tools/support/value_lists.h"
 #include "types/context_value.h"
 
 namespace Vesk {

@@ -11,13 +11,13 @@
 #include <string_view>
 #include <vector>
 
-#include "build/run/build_env.h"
+#include "run/build_env.h"
 #include "tools/android/android_sdk.h"
 #include "tools/android/apk_package.h"
 #include "tools/android/signing_key.h"
-#include "tools/c_family/command_text.h"
-#include "tools/c_family/recipe_parts.h"
-#include "tools/c_family/target_paths.h"
+#include "tools/support/command_text.h"
+#include "tools/support/recipe_parts.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

@@ -8,8 +8,8 @@
 #include "platform/files.h"
 #include "tools/android/apk_recipes.h"
 #include "tools/android/zip_file.h"
-#include "tools/c_family/value_lists.h"
-#include "tools/run_step.h"
+#include "tools/support/run_step.h"
+#include "tools/support/value_lists.h"
 
 namespace Vesk {
 

@@ -4,8 +4,8 @@
 
 #include "base/exception.h"
 #include "platform/environment.h"
-#include "tools/c_family/target_paths.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

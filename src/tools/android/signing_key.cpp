@@ -8,9 +8,9 @@
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/folders.h"
-#include "tools/c_family/toolchain_programs.h"
-#include "tools/c_family/value_lists.h"
-#include "tools/run_step.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/support/run_step.h"
+#include "tools/support/value_lists.h"
 
 namespace Vesk {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "tools/c_family/command_text.h"
-#include "tools/c_family/target_paths.h"
+#include "tools/support/command_text.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

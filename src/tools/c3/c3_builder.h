@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "tools/c_family/c_builder.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/support/c_builder.h"
 
 namespace Vesk {
 

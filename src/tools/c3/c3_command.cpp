@@ -6,9 +6,9 @@
 
 #include "base/exception.h"
 #include "base/text.h"
-#include "tools/c_family/libraries.h"
-#include "tools/c_family/triple.h"
-#include "tools/c_family/value_lists.h"
+#include "tools/discovery/triple.h"
+#include "tools/support/libraries.h"
+#include "tools/support/value_lists.h"
 
 namespace Vesk {
 

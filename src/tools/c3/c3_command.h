@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/c_family/command_text.h"
-#include "tools/c_family/output_type.h"
-#include "tools/c_family/target_paths.h"
+#include "tools/support/command_text.h"
+#include "tools/support/output_type.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

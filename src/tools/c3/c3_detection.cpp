@@ -8,11 +8,11 @@
 #include "platform/files.h"
 #include "platform/system.h"
 #include "tools/c3/c3_matcher.h"
-#include "tools/c_family/compiler_search.h"
-#include "tools/c_family/target_paths.h"
-#include "tools/c_family/toolchain_match.h"
-#include "tools/c_family/triple.h"
-#include "tools/c_family/version.h"
+#include "tools/discovery/compiler_search.h"
+#include "tools/discovery/toolchain_match.h"
+#include "tools/discovery/triple.h"
+#include "tools/discovery/version.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

@@ -2,7 +2,7 @@
 
 #include "base/exception.h"
 #include "tools/c3/c3_builder.h"
-#include "tools/c_family/toolchain_match.h"
+#include "tools/discovery/toolchain_match.h"
 
 namespace Vesk {
 

@@ -6,12 +6,12 @@
 #include "base/text.h"
 #include "platform/environment.h"
 #include "platform/system.h"
-#include "tools/c_family/compiler_search.h"
-#include "tools/c_family/target_paths.h"
-#include "tools/c_family/toolchain_match.h"
-#include "tools/c_family/triple.h"
-#include "tools/c_family/version.h"
+#include "tools/discovery/compiler_search.h"
+#include "tools/discovery/toolchain_match.h"
+#include "tools/discovery/triple.h"
+#include "tools/discovery/version.h"
 #include "tools/gnu/gnu_matcher.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

@@ -1,9 +1,9 @@
 #include "tools/gnu/gnu_matcher.h"
 
 #include "base/exception.h"
-#include "tools/c_family/gnu_style_choice.h"
-#include "tools/c_family/toolchain_match.h"
+#include "tools/discovery/toolchain_match.h"
 #include "tools/gnu/gnu_builders.h"
+#include "tools/gnu_style/gnu_style_choice.h"
 
 namespace Vesk {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tools/c_family/value_lists.h"
+#include "tools/support/value_lists.h"
 
 namespace Vesk {
 

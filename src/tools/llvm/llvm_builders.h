@@ -1,14 +1,14 @@
 // The builders of the LLVM toolchain. What a target is built of and how it is linked is shared by
-// all GCC-like compilers (tools/c_family/gnu_style.h); here stands what is LLVM's own.
+// all GCC-like compilers (tools/gnu_style/gnu_style.h); here stands what is LLVM's own.
 #pragma once
 
 #include <memory>
 #include <string>
 #include <utility>
 
-#include "tools/c_family/c_builder.h"
-#include "tools/c_family/gnu_style.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/gnu_style/gnu_style.h"
+#include "tools/support/c_builder.h"
 
 namespace Vesk {
 

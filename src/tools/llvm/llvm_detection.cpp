@@ -9,11 +9,11 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/system.h"
-#include "tools/c_family/compiler_search.h"
-#include "tools/c_family/target_paths.h"
-#include "tools/c_family/toolchain_match.h"
-#include "tools/c_family/version.h"
+#include "tools/discovery/compiler_search.h"
+#include "tools/discovery/toolchain_match.h"
+#include "tools/discovery/version.h"
 #include "tools/llvm/llvm_matcher.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

@@ -1,8 +1,8 @@
 #include "tools/llvm/llvm_matcher.h"
 
 #include "base/exception.h"
-#include "tools/c_family/gnu_style_choice.h"
-#include "tools/c_family/toolchain_match.h"
+#include "tools/discovery/toolchain_match.h"
+#include "tools/gnu_style/gnu_style_choice.h"
 #include "tools/llvm/llvm_builders.h"
 
 namespace Vesk {

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
 #include "tools/matcher.h"
 #include "tools/tool_registry.h"
 #include "tools/toolchain_detection.h"

@@ -4,7 +4,7 @@
 #include <fmt/format.h>
 
 #include "base/exception.h"
-#include "tools/c_family/triple.h"
+#include "tools/discovery/triple.h"
 
 namespace Vesk {
 

@@ -6,7 +6,7 @@
 
 #include "base/exception.h"
 #include "base/text.h"
-#include "tools/c_family/version.h"
+#include "tools/discovery/version.h"
 
 namespace Vesk {
 

@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "build/run/build_env.h"
-#include "tools/c_family/command_text.h"
-#include "tools/c_family/output_type.h"
-#include "tools/c_family/source_files.h"
-#include "tools/c_family/target_paths.h"
+#include "run/build_env.h"
 #include "tools/msvc/driver_settings.h"
 #include "tools/msvc/msvc_programs.h"
 #include "tools/msvc/signing.h"
+#include "tools/support/command_text.h"
+#include "tools/support/output_type.h"
+#include "tools/support/source_files.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

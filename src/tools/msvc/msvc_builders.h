@@ -6,9 +6,9 @@
 #include <string>
 #include <utility>
 
-#include "tools/c_family/c_builder.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/msvc_programs.h"
+#include "tools/support/c_builder.h"
 
 namespace Vesk {
 

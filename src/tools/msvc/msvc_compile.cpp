@@ -9,13 +9,13 @@
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/system.h"
-#include "tools/c_family/libraries.h"
-#include "tools/c_family/recipe_parts.h"
-#include "tools/c_family/value_lists.h"
-#include "tools/c_family/version.h"
+#include "tools/discovery/version.h"
 #include "tools/msvc/msvc_build.h"
 #include "tools/msvc/resource_script.h"
 #include "tools/msvc/version_folders.h"
+#include "tools/support/libraries.h"
+#include "tools/support/recipe_parts.h"
+#include "tools/support/value_lists.h"
 #include "types/context_value.h"
 
 namespace Vesk {

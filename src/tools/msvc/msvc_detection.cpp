@@ -6,16 +6,16 @@
 #include <tuple>
 
 #include "base/console.h"
-#include "build/run/capture_output.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "tools/c_family/compiler_search.h"
-#include "tools/c_family/target_paths.h"
-#include "tools/c_family/toolchain_match.h"
-#include "tools/c_family/version.h"
+#include "run/capture_output.h"
+#include "tools/discovery/compiler_search.h"
+#include "tools/discovery/toolchain_match.h"
+#include "tools/discovery/version.h"
 #include "tools/msvc/msvc_matcher.h"
 #include "tools/msvc/visual_studio.h"
 #include "tools/msvc/windows_kits.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

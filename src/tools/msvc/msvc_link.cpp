@@ -4,14 +4,14 @@
 #include <fmt/format.h>
 
 #include "base/exception.h"
-#include "build/run/command_line.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/system.h"
-#include "tools/c_family/libraries.h"
-#include "tools/c_family/recipe_parts.h"
-#include "tools/c_family/value_lists.h"
+#include "run/command_line.h"
 #include "tools/msvc/msvc_build.h"
+#include "tools/support/libraries.h"
+#include "tools/support/recipe_parts.h"
+#include "tools/support/value_lists.h"
 
 namespace Vesk {
 

@@ -2,12 +2,12 @@
 
 #include "base/exception.h"
 #include "base/text.h"
-#include "tools/c_family/source_files.h"
-#include "tools/c_family/toolchain_match.h"
-#include "tools/c_family/value_lists.h"
+#include "tools/discovery/toolchain_match.h"
 #include "tools/msvc/architecture.h"
 #include "tools/msvc/msvc_builders.h"
 #include "tools/msvc/msvc_programs.h"
+#include "tools/support/source_files.h"
+#include "tools/support/value_lists.h"
 
 namespace Vesk {
 

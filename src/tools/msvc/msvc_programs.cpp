@@ -4,8 +4,8 @@
 #include <fmt/format.h>
 
 #include "base/exception.h"
-#include "tools/c_family/target_paths.h"
 #include "tools/msvc/visual_studio.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

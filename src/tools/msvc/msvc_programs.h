@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/windows_kits.h"
 
 namespace Vesk {

@@ -7,8 +7,8 @@
 #include "base/ci_string.h"
 #include "base/text.h"
 #include "platform/files.h"
-#include "tools/c_family/target_paths.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

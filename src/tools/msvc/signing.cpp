@@ -6,9 +6,9 @@
 #include "base/exception.h"
 #include "base/text.h"
 #include "platform/system.h"
-#include "tools/c_family/command_text.h"
-#include "tools/c_family/recipe_parts.h"
-#include "tools/c_family/value_lists.h"
+#include "tools/support/command_text.h"
+#include "tools/support/recipe_parts.h"
+#include "tools/support/value_lists.h"
 
 namespace Vesk {
 

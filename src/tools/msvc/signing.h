@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "build/run/recipe.h"
-#include "tools/c_family/target_paths.h"
+#include "run/recipe.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

@@ -5,7 +5,7 @@
 
 #include "platform/files.h"
 #include "platform/folders.h"
-#include "tools/c_family/version.h"
+#include "tools/discovery/version.h"
 
 namespace Vesk {
 

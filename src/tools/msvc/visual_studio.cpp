@@ -6,9 +6,9 @@
 
 #include "base/ci_string.h"
 #include "platform/environment.h"
-#include "tools/c_family/target_paths.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/version_folders.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

@@ -7,10 +7,10 @@
 #include "base/text.h"
 #include "platform/environment.h"
 #include "platform/registry.h"
-#include "tools/c_family/target_paths.h"
-#include "tools/c_family/toolchain_programs.h"
-#include "tools/c_family/version.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/discovery/version.h"
 #include "tools/msvc/version_folders.h"
+#include "tools/support/target_paths.h"
 
 namespace Vesk {
 

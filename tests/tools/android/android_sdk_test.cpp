@@ -8,7 +8,7 @@
 #include "base/exception.h"
 #include "platform/system.h"
 #include "tools/android/apk_package.h"
-#include "tools/c_family/scratch_folder.h"
+#include "tools/scratch_folder.h"
 
 namespace Vesk::test {
 namespace {

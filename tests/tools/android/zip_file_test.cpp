@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "base/exception.h"
-#include "tools/c_family/scratch_folder.h"
+#include "tools/scratch_folder.h"
 
 namespace Vesk::test {
 namespace {

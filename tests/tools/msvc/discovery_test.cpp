@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "base/exception.h"
-#include "tools/c_family/scratch_folder.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/resource_script.h"
 #include "tools/msvc/visual_studio.h"
 #include "tools/msvc/windows_kits.h"
+#include "tools/scratch_folder.h"
 
 namespace Vesk::test {
 namespace {

@@ -4,9 +4,9 @@
 
 #include "base/exception.h"
 #include "tools/builder.h"
-#include "tools/c_family/scratch_folder.h"
-#include "tools/c_family/toolchain_programs.h"
+#include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/msvc_matcher.h"
+#include "tools/scratch_folder.h"
 #include "tools/tool_fixture.h"
 
 namespace Vesk::test {

@@ -1,0 +1,52 @@
+// The file in which a project's records are kept between builds.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "cache/cache_record.h"
+
+namespace Vesk {
+
+inline constexpr const char* kCacheFileName = ".vesk_cache";
+
+/// Takes one record off the file; the key is a piece of the same text.
+using RecordSink = std::function<void(std::string_view key, RecordText record)>;
+
+/// Reads the file and hands over its records, in its order. False after a fault, of which a warning
+/// tells: then all that was handed over is to be forgotten. A missing file has no records.
+bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take);
+
+/// Writes a file of records: into a new file beside it that replaces it at the end, so that at any
+/// moment there is a whole one.
+class CacheFileWriter {
+  public:
+    /// Creates the directory if it is missing.
+    CacheFileWriter(std::filesystem::path file, std::size_t recordCount);
+    ~CacheFileWriter();
+    CacheFileWriter(const CacheFileWriter&) = delete;
+    CacheFileWriter& operator=(const CacheFileWriter&) = delete;
+
+    void write(std::string_view key, const RecordText& record);
+
+    /// Whether the file is in place now. All failures have been told by then.
+    bool finish();
+
+  private:
+    struct Output;
+
+    bool open();
+    void flush();
+    void fail(const std::string& message);
+
+    std::filesystem::path file_;
+    std::filesystem::path temporary_;
+    std::unique_ptr<Output> output_;
+    std::string buffer_;
+    bool failed_ = false;
+};
+
+}  // namespace Vesk

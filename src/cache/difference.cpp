@@ -1,0 +1,184 @@
+#include "cache/difference.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <map>
+#include <vector>
+
+#include "cache/cache_text.h"
+#include "cache/record_fields.h"
+
+namespace Vesk {
+namespace {
+
+constexpr std::size_t kLongestShown = 160;
+constexpr std::size_t kShownBeforeDifference = 30;
+
+/// An input as it is compared: its name and the text of its value.
+struct Named {
+    std::string name;
+    std::string value;
+    std::string text;  ///< the value without quotes
+};
+
+Named named(const Assignment& assignment) {
+    return {assignment.name.str(), assignment.value ? assignment.value->toDisplayString() : "",
+            assignment.value ? assignment.value->toString() : ""};
+}
+
+/// What a part's inputs or an environment hold, in order.
+std::vector<Named> assignmentsIn(std::string_view text, bool hasIntermediates) {
+    std::vector<Named> result;
+    CacheReader reader(text);
+    std::uint64_t count = 0;
+    reader.number(count);
+    for (; count > 0; --count) {
+        const auto assignment = reader.assignment({});
+        std::string_view flag = "0";
+        if (!assignment || (hasIntermediates && !reader.line(flag))) {
+            break;
+        }
+        result.push_back(named(*assignment));
+        if (flag == "1") {
+            reader.stepOverAssignment();
+        }
+    }
+    return result;
+}
+
+/// Two long texts, cut to where they differ.
+void shorten(std::string& a, std::string& b) {
+    const auto difference = static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
+    for (std::string* text : {&a, &b}) {
+        if (text->size() > kLongestShown && difference > kShownBeforeDifference) {
+            text->replace(0, difference - kShownBeforeDifference, "...");
+        }
+        if (text->size() > kLongestShown) {
+            text->replace(kLongestShown, std::string::npos, "...");
+        }
+    }
+}
+
+std::string valueChanged(const std::string& name, std::string before, std::string now) {
+    shorten(before, now);
+    return fmt::format("{}: {} is now {}", name, before, now);
+}
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> result;
+    std::size_t start = 0;
+    for (std::size_t end = text.find('\n'); end != std::string::npos;
+         end = text.find('\n', start)) {
+        result.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return result;
+}
+
+/// Of two sorted lists of files, the first that only one has.
+std::string fileListChanged(const std::string& before, const std::string& now, bool written) {
+    const std::vector<std::string> old = lines(before);
+    for (const std::string& file : lines(now)) {
+        if (!std::ranges::binary_search(old, file)) {
+            return file + (written ? " is a new output" : " is a new input");
+        }
+    }
+    const std::vector<std::string> current = lines(now);
+    for (const std::string& file : old) {
+        if (!std::ranges::binary_search(current, file)) {
+            return file + (written ? " is no output any more" : " is no input any more");
+        }
+    }
+    return {};
+}
+
+std::string changed(const Named& before, const Named& now) {
+    if (now.name == requestField::kReads || now.name == requestField::kWrites) {
+        return fileListChanged(before.text, now.text, now.name == requestField::kWrites);
+    }
+    if (now.name.starts_with(requestField::kDependency)) {
+        return now.name + " has been built again";
+    }
+    return valueChanged(now.name, before.value, now.value);
+}
+
+std::string onlyOne(const Named& item, bool isNew) {
+    if (item.name.starts_with(requestField::kDependency)) {
+        return item.name + (isNew ? " is new" : " is gone");
+    }
+    std::string value = item.value;
+    std::string other;
+    shorten(value, other);
+    return fmt::format("{}: {} {}", item.name, value, isNew ? "is new" : "is gone");
+}
+
+const Named* findNamed(const std::map<std::string_view, const Named*>& items,
+                       const std::string& name) {
+    const auto found = items.find(name);
+    return found == items.end() ? nullptr : found->second;
+}
+
+/// What came or went says more than what changed along with it.
+std::string difference(const std::vector<Named>& before, const std::vector<Named>& now) {
+    std::map<std::string_view, const Named*> old;
+    std::map<std::string_view, const Named*> current;
+    for (const Named& item : before) {
+        old.emplace(item.name, &item);
+    }
+    for (const Named& item : now) {
+        current.emplace(item.name, &item);
+    }
+    for (const Named& item : now) {
+        if (findNamed(old, item.name) == nullptr) {
+            return onlyOne(item, true);
+        }
+    }
+    for (const Named& item : before) {
+        if (findNamed(current, item.name) == nullptr) {
+            return onlyOne(item, false);
+        }
+    }
+    for (const Named& item : now) {
+        const Named& earlier = *findNamed(old, item.name);
+        if (earlier.value != item.value) {
+            return changed(earlier, item);
+        }
+    }
+    return {};
+}
+
+std::string partDifference(const RecordText::Layout& last, const CacheRequest& now,
+                           std::size_t part) {
+    if (part >= last.parts.size() || last.parts[part].inputs == now.parts[part].inputs) {
+        return {};
+    }
+    return difference(assignmentsIn(last.parts[part].inputs, true),
+                      assignmentsIn(now.parts[part].inputs, true));
+}
+
+}  // namespace
+
+std::string firstDifference(const RecordText::Layout& last, const CacheRequest& now) {
+    if (last.parts.size() > kVariablesPart &&
+        last.parts[kVariablesPart].inputs == unfinishedInputs()) {
+        return "its last build did not finish";
+    }
+    std::string text = partDifference(last, now, kVariablesPart);
+    if (text.empty()) {
+        text = partDifference(last, now, kSurroundingsPart);
+    }
+    if (text.empty() && last.environment != now.environment) {
+        text = difference(assignmentsIn(last.environment, false),
+                          assignmentsIn(now.environment, false));
+    }
+    for (std::size_t i = kFirstRecipePart; text.empty() && i < now.parts.size(); ++i) {
+        text = partDifference(last, now, i);
+    }
+    if (text.empty() && last.parts.size() != now.parts.size()) {
+        text = last.parts.size() < now.parts.size() ? "it has more commands than before"
+                                                    : "it has fewer commands than before";
+    }
+    return text;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,208 @@
+#include "cache/file_states.h"
+
+#include <algorithm>
+#include <atomic>
+#include <future>
+
+namespace Vesk {
+namespace {
+
+bool isFile(FileState::Kind kind) {
+    return kind == FileState::Kind::File || kind == FileState::Kind::Recent;
+}
+
+bool sameTimes(const platform::FileStatus& status, const FileState& state) {
+    return status.size == state.size && status.modifiedNanoseconds == state.modified &&
+           status.changedNanoseconds == state.changed;
+}
+
+bool sameStatus(const platform::FileStatus& a, const platform::FileStatus& b) {
+    return a.directory == b.directory && a.size == b.size &&
+           a.modifiedNanoseconds == b.modifiedNanoseconds &&
+           a.changedNanoseconds == b.changedNanoseconds;
+}
+
+}  // namespace
+
+void FileStates::examine(Entry& entry, const std::string& path) {
+    const bool made = entry.made;
+    entry = Entry();
+    entry.made = made;
+    entry.examined = true;
+    entry.examinedAt = platform::fileClock();
+    const auto status = platform::fileStatus(path);
+    if (!status) {
+        return;
+    }
+    entry.status = *status;
+    if (status->directory) {
+        entry.kind = FileState::Kind::Directory;
+    } else if (platform::isRecent(*status)) {
+        // Its times will not tell of a change in this moment, so the content is taken down now.
+        entry.kind = FileState::Kind::Recent;
+        read(entry, path);
+    } else {
+        entry.kind = FileState::Kind::File;
+    }
+}
+
+void FileStates::read(Entry& entry, std::string_view path) {
+    if (entry.hashed || entry.torn || !isFile(entry.kind)) {
+        return;
+    }
+    const std::filesystem::path file = platform::pathFromUtf8(path);
+    const auto hash = hashFile(file);
+    const auto status = platform::fileStatus(file);
+    if (hash && status && sameStatus(*status, entry.status)) {
+        entry.hash = *hash;
+        entry.hashed = true;
+    } else {
+        entry.torn = true;
+    }
+}
+
+FileStates::Entry& FileStates::examined(std::string_view path) {
+    auto found = entries_.find(path);
+    if (found == entries_.end()) {
+        found = entries_.emplace(std::string(path), Entry()).first;
+    }
+    if (!found->second.examined) {
+        examine(found->second, found->first);
+    }
+    return found->second;
+}
+
+FileState FileStates::stateOf(Entry& entry, std::string_view path) {
+    read(entry, path);
+    FileState state;
+    state.kind = entry.torn ? FileState::Kind::Unknown : entry.kind;
+    if (isFile(state.kind)) {
+        state.size = entry.status.size;
+        state.modified = entry.status.modifiedNanoseconds;
+        state.changed = entry.status.changedNanoseconds;
+        state.hash = entry.hash;
+    }
+    return state;
+}
+
+FileStates::Comparison FileStates::compare(std::string_view path, const FileState& stored) {
+    const std::lock_guard lock(mutex_);
+    Entry& entry = examined(path);
+    if (entry.kind == FileState::Kind::Missing) {
+        return stored.kind == FileState::Kind::Missing ? Comparison::Same : Comparison::Missing;
+    }
+    if (!isFile(stored.kind) || !isFile(entry.kind)) {
+        return stored.kind == entry.kind ? Comparison::Same : Comparison::Changed;
+    }
+    if (entry.status.size != stored.size) {
+        return Comparison::Changed;
+    }
+    if (stored.kind == FileState::Kind::File && sameTimes(entry.status, stored)) {
+        if (!entry.hashed) {
+            entry.hash = stored.hash;
+            entry.hashed = true;
+            entry.kind = FileState::Kind::File;
+        }
+        return entry.hash == stored.hash ? Comparison::Same : Comparison::Changed;
+    }
+    read(entry, path);
+    const bool same = entry.hashed && entry.hash == stored.hash;
+    return same ? Comparison::SameContent : Comparison::Changed;
+}
+
+FileState FileStates::current(std::string_view path) {
+    const std::lock_guard lock(mutex_);
+    return stateOf(examined(path), path);
+}
+
+/// Whether the file has changed since the build first looked at it, or while it was read by
+/// commands before anybody had looked.
+bool FileStates::changedMeanwhile(const Entry& entry, std::string_view path,
+                                  std::int64_t startedAt) {
+    if (entry.examinedAt > startedAt && !entry.made) {
+        return isFile(entry.kind) && platform::lastChange(entry.status) >= startedAt;
+    }
+    const std::filesystem::path file = platform::pathFromUtf8(path);
+    const auto status = platform::fileStatus(file);
+    if (!status || status->directory != entry.status.directory) {
+        return true;
+    }
+    if (status->directory) {
+        return false;
+    }
+    return !sameStatus(*status, entry.status) ||
+           (entry.kind == FileState::Kind::Recent && hashFile(file) != entry.hash);
+}
+
+FileState FileStates::afterReading(std::string_view path, std::int64_t startedAt) {
+    const std::lock_guard lock(mutex_);
+    Entry& entry = examined(path);
+    if (entry.kind == FileState::Kind::Missing) {
+        examine(entry, std::string(path));  // one of the commands may have made it
+        return stateOf(entry, path);
+    }
+    const bool changed = changedMeanwhile(entry, path, startedAt);
+    FileState state = stateOf(entry, path);
+    if (changed) {
+        state.kind = FileState::Kind::Unknown;
+    }
+    return state;
+}
+
+void FileStates::look(const std::vector<std::string>& paths) {
+    const std::lock_guard lock(mutex_);
+    for (const std::string& path : paths) {
+        examined(path);
+    }
+}
+
+void FileStates::written(std::string_view path) {
+    const std::lock_guard lock(mutex_);
+    Entry& entry = entries_[std::string(path)];
+    entry = Entry();
+    entry.made = true;
+}
+
+bool FileStates::settle(std::string_view path, FileState& state) {
+    const std::filesystem::path file = platform::pathFromUtf8(path);
+    const auto status = platform::fileStatus(file);
+    if (state.kind != FileState::Kind::Recent || !status || !sameTimes(*status, state) ||
+        platform::isRecent(*status) || hashFile(file) != state.hash) {
+        return false;
+    }
+    state.kind = FileState::Kind::File;
+    return true;
+}
+
+void FileStates::readAhead(const std::vector<std::string>& paths, unsigned workers) {
+    std::vector<std::pair<Entry*, const std::string*>> unread;
+    const std::lock_guard lock(mutex_);  // held throughout: the entries belong to the workers now
+    for (const std::string& path : paths) {
+        Entry& entry = entries_[path];
+        if (!entry.hashed && !entry.torn) {
+            unread.emplace_back(&entry, &path);
+        }
+    }
+    std::ranges::sort(unread);
+    unread.erase(std::unique(unread.begin(), unread.end(),
+                             [](const auto& a, const auto& b) { return a.first == b.first; }),
+                 unread.end());
+    std::atomic<std::size_t> next{0};
+    const auto work = [&unread, &next] {
+        for (std::size_t i = next++; i < unread.size(); i = next++) {
+            Entry& entry = *unread[i].first;
+            const std::string& path = *unread[i].second;
+            if (!entry.examined) {
+                examine(entry, path);
+            }
+            read(entry, path);
+        }
+    };
+    std::vector<std::future<void>> others;
+    for (unsigned i = 1; i < workers && i < unread.size(); ++i) {
+        others.push_back(std::async(std::launch::async, work));
+    }
+    work();
+}
+
+}  // namespace Vesk

@@ -1,0 +1,80 @@
+// The files of a build, each examined once however many targets name it.
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "cache/file_state.h"
+#include "platform/files.h"
+
+namespace Vesk {
+
+/// Remembers what the files were like when the build first looked at them, which is before the
+/// commands that use them run, or after the command that made them. Paths are absolute, UTF-8, with
+/// forward slashes; one spelling is one file. All operations may be called from any thread.
+class FileStates {
+  public:
+    enum class Comparison {
+        Same,         ///< nothing was read
+        SameContent,  ///< touched: `current` tells the times to remember instead
+        Changed,
+        Missing,
+    };
+
+    /// Compares the file as the build found it with a stored state.
+    Comparison compare(std::string_view path, const FileState& stored);
+
+    /// The file as the build found it, with its content's hash.
+    FileState current(std::string_view path);
+
+    /// Examines files that commands are about to read.
+    void look(const std::vector<std::string>& paths);
+
+    /// The state to remember of a file that commands have just read, which began at `startedAt`
+    /// (of platform::fileClock): the one from before they began. Unknown when it has changed since.
+    FileState afterReading(std::string_view path, std::int64_t startedAt);
+
+    /// A command has written the file: it is looked at anew when it is next asked for.
+    void written(std::string_view path);
+
+    /// Whether a state of kind Recent can be trusted by now: enough time has passed and the file
+    /// is still the same. Makes it one of kind File then.
+    static bool settle(std::string_view path, FileState& state);
+
+    /// Reads what `current` would have to read, for all of these, on this many threads.
+    void readAhead(const std::vector<std::string>& paths, unsigned workers);
+
+  private:
+    struct Entry {
+        FileState::Kind kind = FileState::Kind::Missing;
+        platform::FileStatus status;
+        ContentHash hash;
+        std::int64_t examinedAt = 0;  ///< of platform::fileClock
+        bool examined = false;
+        bool hashed = false;
+        bool torn = false;  ///< changed between being examined and being read
+        bool made = false;  ///< by this build, so that a new time is no news
+    };
+
+    Entry& examined(std::string_view path);
+    static void examine(Entry& entry, const std::string& path);
+    static void read(Entry& entry, std::string_view path);
+    static bool changedMeanwhile(const Entry& entry, std::string_view path, std::int64_t startedAt);
+    static FileState stateOf(Entry& entry, std::string_view path);
+
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const noexcept {
+            return std::hash<std::string_view>{}(text);
+        }
+    };
+
+    std::mutex mutex_;
+    std::unordered_map<std::string, Entry, TextHash, std::equal_to<>> entries_;
+};
+
+}  // namespace Vesk

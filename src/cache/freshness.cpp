@@ -1,0 +1,124 @@
+#include "cache/freshness.h"
+
+#include <algorithm>
+
+#include "cache/difference.h"
+
+namespace Vesk {
+
+using Comparison = FileStates::Comparison;
+
+Freshness::Freshness(const CacheRequest& request, const RecordText* last, FileStates& states,
+                     const TrackingRoot& root)
+    : request_(request), last_(last), states_(states), root_(root) {
+    if (last_ != nullptr) {
+        layout_ = last_->layout();
+        files_ = filesOf(layout_.parts);
+    }
+}
+
+bool Freshness::unchanged(const RecordFile& file) {
+    const Comparison comparison = states_.compare(root_.absolute(file.path), file.state);
+    touched_ = touched_ || comparison == Comparison::SameContent;
+    return comparison == Comparison::Same || comparison == Comparison::SameContent;
+}
+
+bool Freshness::samePart(std::size_t part) const {
+    return part < layout_.parts.size() && part < request_.parts.size() &&
+           layout_.parts[part].inputs == request_.parts[part].inputs;
+}
+
+bool Freshness::sameText() const {
+    if (last_ == nullptr || request_.rebuild || layout_.parts.size() != request_.parts.size() ||
+        layout_.environment != request_.environment) {
+        return false;
+    }
+    for (std::size_t i = 0; i < layout_.parts.size(); ++i) {
+        if (!samePart(i)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Freshness::everything() {
+    return sameText() &&
+           std::ranges::all_of(files_, [this](const RecordFile& f) { return unchanged(f); });
+}
+
+RecordText Freshness::refreshed() const {
+    std::vector<RecordFile> files = files_;
+    for (RecordFile& file : files) {
+        file.state = states_.current(root_.absolute(file.path));
+    }
+    return withFiles(*last_, files);
+}
+
+std::optional<std::size_t> Freshness::lastPart(std::size_t part) const {
+    if (samePart(part)) {
+        return part;
+    }
+    if (partsByInputs_.empty()) {
+        for (std::size_t i = kFirstRecipePart; i < layout_.parts.size(); ++i) {
+            partsByInputs_.try_emplace(layout_.parts[i].inputs, i);
+        }
+    }
+    const auto found = partsByInputs_.find(request_.parts[part].inputs);
+    return found == partsByInputs_.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool Freshness::filesUnchanged(std::size_t lastPart, std::string_view field) {
+    const std::vector<std::size_t> numbers =
+        fileNumbers(layout_.parts[lastPart], field, files_.size());
+    return std::ranges::all_of(numbers,
+                               [this](std::size_t number) { return unchanged(files_[number]); });
+}
+
+bool Freshness::partUnchanged(std::size_t lastPart) {
+    return filesUnchanged(lastPart, recordField::kWrites) &&
+           filesUnchanged(lastPart, recordField::kReads);
+}
+
+bool Freshness::fresh(std::size_t part) {
+    if (last_ == nullptr || request_.rebuild || layout_.environment != request_.environment) {
+        return false;
+    }
+    const CacheRequest::Part& wanted = request_.parts[part];
+    if (!wanted.standsAlone) {
+        // Recipes that run together: nothing of the target may differ.
+        return sameText() && partUnchanged(kSurroundingsPart);
+    }
+    const auto counterpart = lastPart(part);
+    if (!counterpart || !partUnchanged(*counterpart)) {
+        return false;
+    }
+    // A compiler tells all that it has read. Other commands may depend on what dependencies have
+    // done without telling, and may make more of the target's outputs than their recipe says.
+    return wanted.tellsAll ||
+           (samePart(kSurroundingsPart) && filesUnchanged(kSurroundingsPart, recordField::kWrites));
+}
+
+std::string Freshness::reason() {
+    if (last_ == nullptr) {
+        return "it has not been built before";
+    }
+    if (request_.rebuild) {
+        return "everything is to be built anew";
+    }
+    std::string text = firstDifference(layout_, request_);
+    if (!text.empty()) {
+        return text;
+    }
+    for (const RecordFile& file : files_) {
+        const Comparison comparison = states_.compare(root_.absolute(file.path), file.state);
+        if (comparison == Comparison::Missing) {
+            return std::string(file.path) + " is missing";
+        }
+        if (comparison == Comparison::Changed) {
+            return std::string(file.path) + " has changed";
+        }
+    }
+    return {};
+}
+
+}  // namespace Vesk

@@ -1,0 +1,63 @@
+// Whether what an earlier build made still stands, and if not, why.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "cache/cache_record.h"
+#include "cache/file_states.h"
+#include "cache/record_files.h"
+#include "cache/tracked_path.h"
+
+namespace Vesk {
+
+/// A request held against the record of the last build, if there is one. All that is referred to
+/// outlives it.
+class Freshness {
+  public:
+    Freshness(const CacheRequest& request, const RecordText* last, FileStates& states,
+              const TrackingRoot& root);
+
+    /// Whether all of the request equals the record and no file has changed.
+    bool everything();
+
+    /// After `everything` said yes: whether files were touched; the record then remembers outdated
+    /// times, `refreshed` is the one to keep.
+    bool touched() const noexcept { return touched_; }
+    RecordText refreshed() const;
+
+    /// Whether the result of a recipe's part still stands. Looks at the files anew: steps of the
+    /// build that have run meanwhile may have changed them.
+    bool fresh(std::size_t part);
+
+    /// The number of the record's part that stands for the request's; nothing without one.
+    std::optional<std::size_t> lastPart(std::size_t part) const;
+    const std::vector<RecordText::Part>& lastParts() const noexcept { return layout_.parts; }
+    const std::vector<RecordFile>& lastFiles() const noexcept { return files_; }
+
+    /// The first thing that differs: `C_FLAGS: "-O0" is now "-O2"`, `src/a.h has changed`. Empty
+    /// when nothing does.
+    std::string reason();
+
+  private:
+    bool sameText() const;
+    bool samePart(std::size_t part) const;
+    bool filesUnchanged(std::size_t lastPart, std::string_view field);
+    bool partUnchanged(std::size_t lastPart);
+    bool unchanged(const RecordFile& file);
+
+    const CacheRequest& request_;
+    const RecordText* last_;  ///< null: there is none
+    FileStates& states_;
+    const TrackingRoot& root_;
+    RecordText::Layout layout_;
+    std::vector<RecordFile> files_;
+    mutable std::unordered_map<std::string_view, std::size_t> partsByInputs_;
+    bool touched_ = false;
+};
+
+}  // namespace Vesk

@@ -1,0 +1,309 @@
+#include "cache/project_cache.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "base/console.h"
+#include "cache/cache_file.h"
+#include "cache/freshness.h"
+#include "cache/record_files.h"
+
+namespace Vesk {
+
+namespace {
+
+std::uint64_t newToken() noexcept {
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
+
+/// Longer limits are cut to this: some systems' waiting overflows on points of time far away.
+constexpr std::chrono::hours kLongestWait(24 * 365 * 50);
+
+std::chrono::steady_clock::time_point deadlineAfter(std::uint64_t milliseconds) {
+    constexpr std::chrono::milliseconds longest = kLongestWait;
+    const auto limit = std::min(milliseconds, static_cast<std::uint64_t>(longest.count()));
+    return std::chrono::steady_clock::now() + std::chrono::milliseconds(limit);
+}
+
+}  // namespace
+
+ProjectCache::ProjectCache(const std::filesystem::path& directory, FileStates& states)
+    : root_(directory),
+      states_(states),
+      journal_(directory / kCacheFileName),
+      file_(directory / kCacheFileName) {}
+
+ProjectCache::Entry& ProjectCache::create(std::string_view key) {
+    Entry& entry = storage_.emplace_back();
+    entry.key = key;
+    entries_.emplace(key, &entry);
+    return entry;
+}
+
+ProjectCache::Entry* ProjectCache::find(std::string_view key) {
+    const std::lock_guard lock(mutex_);
+    const auto found = entries_.find(key);
+    return found == entries_.end() ? nullptr : found->second;
+}
+
+ProjectCache::Entry* ProjectCache::findOrCreate(const std::string& key) {
+    const std::lock_guard lock(mutex_);
+    if (closed_) {
+        return nullptr;
+    }
+    const auto found = entries_.find(key);
+    return found == entries_.end() ? &create(ownKeys_.emplace_back(key)) : found->second;
+}
+
+void ProjectCache::addLoaded(std::string_view key, RecordText record) {
+    const auto found = entries_.find(key);
+    Entry& entry = found == entries_.end() ? create(key) : *found->second;
+    textOfKeys_ = record.storage();
+    entry.record = std::move(record);
+    entry.valid = true;
+    entry.stored = true;
+}
+
+void ProjectCache::forgetEverything() {
+    entries_.clear();
+    storage_.clear();
+}
+
+void ProjectCache::load() {
+    const bool whole = loadCacheFile(file_, [this](std::string_view key, RecordText record) {
+        addLoaded(key, std::move(record));
+    });
+    if (!whole) {
+        forgetEverything();
+        changed_ = true;  // a bad file is replaced even when nothing else is new
+    }
+    for (const std::string& key : journal_.read()) {
+        changed_ = true;
+        if (Entry* entry = find(key)) {
+            entry->overtake();
+        }
+    }
+}
+
+ObtainResult ProjectCache::check(Entry& entry, const CacheRequest& request) {
+    if (entry.closed) {
+        return {CacheAnswer::Refused, std::nullopt, 0};
+    }
+    bool hit = false;
+    if (entry.valid) {
+        Freshness freshness(request, &*entry.record, states_, root_);
+        hit = freshness.everything();
+        if (hit && freshness.touched()) {
+            entry.record = freshness.refreshed();
+            changed_ = true;
+        }
+    }
+    return {hit ? CacheAnswer::Hit : CacheAnswer::Miss, entry.record, 0};
+}
+
+void ProjectCache::beginClaim(Entry& entry, ObtainResult& result) {
+    if (entry.stored && !journal_.note(entry.key)) {
+        // What cannot be noted must not be there to be noted.
+        std::error_code ignored;
+        platform::removeFile(file_, ignored);
+    }
+    entry.stored = false;
+    entry.overtake();
+    entry.claimed = true;
+    entry.token = newToken();
+    changed_ = true;
+    result.answer = CacheAnswer::Claimed;
+    result.token = entry.token;
+}
+
+ObtainResult ProjectCache::obtain(const std::string& key, const CacheRequest& request, Claim claim,
+                                  std::uint64_t waitMilliseconds) {
+    Entry* entry = findOrCreate(key);
+    if (entry == nullptr) {
+        return {CacheAnswer::Refused, std::nullopt, 0};
+    }
+    std::unique_lock lock(entry->mutex);
+    ObtainResult result = check(*entry, request);
+    if (result.answer != CacheAnswer::Miss) {
+        return result;
+    }
+    if (entry->claimed) {
+        return obtainAfterWaiting(*entry, request, lock, waitMilliseconds);
+    }
+    if (claim == Claim::yes) {
+        beginClaim(*entry, result);
+    }
+    return result;
+}
+
+ObtainResult ProjectCache::obtainAfterWaiting(Entry& entry, const CacheRequest& request,
+                                              std::unique_lock<std::mutex>& lock,
+                                              std::uint64_t waitMilliseconds) {
+    const auto isReleased = [&entry] { return !entry.claimed || entry.closed; };
+    if (waitMilliseconds == 0) {
+        entry.released.wait(lock, isReleased);
+    } else {
+        entry.released.wait_until(lock, deadlineAfter(waitMilliseconds), isReleased);
+    }
+    ObtainResult result = check(entry, request);
+    if (result.answer == CacheAnswer::Miss && !entry.valid) {
+        console::message(console::level::kClaim, console::colour::kTrace,
+                         "Cache record for '{}' was claimed but resulted in invalid recipes upon "
+                         "completion.",
+                         entry.key);
+    }
+    return result;
+}
+
+bool ProjectCache::insert(const std::string& key, const RecordText& record) {
+    const std::lock_guard lock(mutex_);
+    if (closed_ || entries_.contains(key)) {
+        return false;
+    }
+    Entry& entry = create(ownKeys_.emplace_back(key));
+    entry.record = record;
+    entry.valid = true;
+    changed_ = true;
+    return true;
+}
+
+bool ProjectCache::upsert(const std::string& key, RecordText record, std::uint64_t token) {
+    if (insert(key, record)) {
+        console::trace("Inserted new cache record for '{}'.", key);
+        return true;
+    }
+    Entry* entry = find(key);
+    if (entry == nullptr) {
+        return false;
+    }
+    {
+        const std::lock_guard lock(entry->mutex);
+        if (entry->closed) {
+            return false;
+        }
+        if (token == 0 || token != entry->token) {
+            console::error("Cache upsert rejected for '{}': claim token mismatch.", key);
+            return false;
+        }
+        entry->record = std::move(record);
+        entry->valid = true;
+        entry->endClaim();
+        changed_ = true;
+    }
+    saveWhenDue();
+    return true;
+}
+
+void ProjectCache::checkpoint(const std::string& key, RecordText record, std::uint64_t token) {
+    Entry* entry = find(key);
+    if (entry == nullptr) {
+        return;
+    }
+    {
+        const std::lock_guard lock(entry->mutex);
+        if (token == 0 || token != entry->token) {
+            return;
+        }
+        entry->record = std::move(record);
+        changed_ = true;
+    }
+    saveWhenDue();
+}
+
+void ProjectCache::saveWhenDue() {
+    if (std::chrono::steady_clock::now() - savedAt_ >= kSaveInterval) {
+        save();
+    }
+}
+
+void ProjectCache::release(const std::string& key, std::uint64_t token) noexcept {
+    Entry* entry = find(key);
+    if (entry == nullptr) {
+        return;
+    }
+    const std::lock_guard lock(entry->mutex);
+    if (token != 0 && token == entry->token) {
+        entry->endClaim();
+    }
+}
+
+void ProjectCache::close() noexcept {
+    {
+        const std::lock_guard lock(mutex_);
+        closed_ = true;
+    }
+    // Nothing is added to a closed cache, so the entries can be walked without its lock.
+    for (Entry& entry : storage_) {
+        const std::lock_guard lock(entry.mutex);
+        entry.closed = true;
+        entry.released.notify_all();
+    }
+}
+
+/// Files that had changed a moment before they were looked at: by now their times may tell.
+void ProjectCache::settle(Entry& entry) {
+    std::vector<RecordFile> files = filesOf(entry.record->layout(kFirstRecipePart).parts);
+    bool settled = false;
+    for (RecordFile& file : files) {
+        if (file.state.kind == FileState::Kind::Recent) {
+            settled |= FileStates::settle(root_.absolute(file.path), file.state);
+        }
+    }
+    if (settled) {
+        entry.record = withFiles(*entry.record, files);
+    }
+}
+
+bool ProjectCache::save() {
+    const std::lock_guard saving(saving_);
+    if (!changed_.exchange(false)) {
+        return true;
+    }
+    savedAt_ = std::chrono::steady_clock::now();
+    std::vector<Entry*> entries;
+    {
+        const std::lock_guard lock(mutex_);
+        for (Entry& entry : storage_) {
+            entries.push_back(&entry);
+        }
+    }
+    std::vector<std::pair<std::string_view, RecordText>> records;
+    for (Entry* entry : entries) {
+        const std::lock_guard lock(entry->mutex);
+        if (entry->record) {
+            if (entry->valid && !entry->stored) {
+                settle(*entry);
+            }
+            records.emplace_back(entry->key, *entry->record);
+            entry->stored = entry->valid;
+        }
+    }
+    CacheFileWriter writer(file_, records.size());
+    for (const auto& [key, record] : records) {
+        writer.write(key, record);
+    }
+    const bool saved = writer.finish();
+    if (saved) {
+        journal_.clear();
+    } else {
+        changed_ = true;
+    }
+    return saved;
+}
+
+void ProjectCache::Entry::overtake() {
+    valid = false;
+    if (record) {
+        record = unfinished(*record);
+    }
+}
+
+void ProjectCache::Entry::endClaim() noexcept {
+    claimed = false;
+    token = 0;
+    released.notify_all();
+}
+
+}  // namespace Vesk

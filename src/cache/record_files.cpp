@@ -1,0 +1,155 @@
+#include "cache/record_files.h"
+
+#include <charconv>
+
+#include "cache/cache_text.h"
+
+namespace Vesk {
+namespace {
+
+/// Steps over an assignment; its name and text when it is one of the cache's own fields.
+bool takeField(CacheReader& reader, std::string_view& name, std::string_view& text) {
+    CacheReader ahead = reader;
+    std::string_view head;
+    if (!ahead.line(head)) {
+        return false;
+    }
+    name = {};
+    if (head == "S 1 0" && ahead.text(name) && ahead.text(text)) {
+        reader = ahead;
+        return true;
+    }
+    return reader.stepOverAssignment();
+}
+
+}  // namespace
+
+std::string_view fieldOf(const RecordText::Part& part, std::string_view field) {
+    CacheReader reader(part.outputs);
+    std::uint64_t count = 0;
+    reader.number(count);
+    for (; count > 0; --count) {
+        std::string_view name;
+        std::string_view text;
+        if (!takeField(reader, name, text)) {
+            return {};
+        }
+        if (name == field) {
+            return text;
+        }
+    }
+    return {};
+}
+
+std::vector<RecordFile> filesOf(const std::vector<RecordText::Part>& parts) {
+    std::vector<RecordFile> files;
+    std::string_view table =
+        parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kFiles);
+    constexpr std::size_t kShortLine = 80;
+    files.reserve(table.size() / kShortLine);
+    while (!table.empty()) {
+        RecordFile file;
+        if (!takeStateLine(table, file.state, file.path)) {
+            return {};
+        }
+        files.push_back(file);
+    }
+    return files;
+}
+
+std::vector<std::size_t> fileNumbers(const RecordText::Part& part, std::string_view field,
+                                     std::size_t limit) {
+    std::vector<std::size_t> numbers;
+    const std::string_view text = fieldOf(part, field);
+    const char* const end = text.data() + text.size();
+    for (const char* at = text.data(); at != end;) {
+        std::size_t number = 0;
+        const auto [stop, error] = std::from_chars(at, end, number);
+        if (error == std::errc() && number < limit) {
+            numbers.push_back(number);
+        }
+        at = stop == end ? end : stop + 1;
+    }
+    return numbers;
+}
+
+RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files) {
+    const std::string_view text = record.text();
+    const auto parts = record.layout(kFirstRecipePart).parts;
+    const std::string_view old =
+        parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kFiles);
+    if (old.empty()) {
+        return record;
+    }
+    std::string table;
+    for (const RecordFile& file : files) {
+        appendStateLine(table, file.state, file.path);
+    }
+    // In the text the line of the old table's length stands before it.
+    const auto start = static_cast<std::size_t>(old.data() - text.data());
+    const std::size_t lengthLine = text.rfind('\n', start - 2) + 1;
+    std::string changed(text.substr(0, lengthLine));
+    appendText(changed, table);
+    changed += text.substr(start + old.size() + 1);
+    return RecordText(std::move(changed));
+}
+
+const std::string& unfinishedInputs() {
+    static const std::string inputs = [] {
+        std::string text;
+        appendInputs(text, {{textAssignment("build: unfinished", ""), std::nullopt}});
+        return text;
+    }();
+    return inputs;
+}
+
+RecordText unfinished(const RecordText& record) {
+    const auto parts = record.layout(kFirstRecipePart).parts;
+    if (parts.size() <= kVariablesPart) {
+        return record;
+    }
+    const std::string_view text = record.text();
+    const std::string_view inputs = parts[kVariablesPart].inputs;
+    const auto start = static_cast<std::size_t>(inputs.data() - text.data());
+    std::string changed(text.substr(0, start));
+    changed += unfinishedInputs();
+    changed += text.substr(start + inputs.size());
+    return RecordText(std::move(changed));
+}
+
+std::vector<Assignment> outputsOf(const RecordText& record, const std::filesystem::path& base) {
+    const auto parts = record.layout(kFirstRecipePart).parts;
+    std::vector<Assignment> outputs;
+    if (parts.size() <= kVariablesPart) {
+        return outputs;
+    }
+    CacheReader reader(parts[kVariablesPart].outputs);
+    std::uint64_t count = 0;
+    reader.number(count);
+    for (; count > 0; --count) {
+        auto output = reader.assignment(base);
+        if (!output) {
+            break;
+        }
+        if (output->name.str() != recordField::kReads &&
+            output->name.str() != recordField::kWrites) {
+            outputs.push_back(std::move(*output));
+        }
+    }
+    return outputs;
+}
+
+std::string stampOf(const RecordText& record) {
+    const auto parts = record.layout(kFirstRecipePart).parts;
+    return parts.empty() ? std::string() : std::string(fieldOf(parts.front(), recordField::kStamp));
+}
+
+std::size_t FileTable::add(std::string_view stored, const FileState& state) {
+    const auto [position, isNew] = numbers_.try_emplace(std::string(stored), numbers_.size());
+    if (isNew) {
+        appendStateLine(text_, state, stored);
+    }
+    return position->second;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,226 @@
+#include "cache/record_writer.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "cache/cache_text.h"
+#include "cache/dependency_file.h"
+#include "cache/record_fields.h"
+
+namespace Vesk {
+namespace {
+
+class RecordMaker {
+  public:
+    RecordMaker(const CacheRequest& request, const BuildResults& results, const Freshness& last,
+                FileStates& states, const TrackingRoot& root, std::vector<std::string>* missing)
+        : request_(request),
+          results_(results),
+          last_(last),
+          states_(states),
+          root_(root),
+          missing_(missing) {}
+
+    std::optional<RecordText> make() {
+        collectParts();
+        std::string text;
+        appendNumber(text, parts_.size());
+        for (const Part& part : parts_) {
+            text += *part.inputs;
+            if (!appendOutputs(text, part)) {
+                return std::nullopt;
+            }
+        }
+        text += request_.environment;
+        return RecordText(std::move(text));
+    }
+
+  private:
+    struct Part {
+        const std::string* inputs = nullptr;
+        std::vector<std::size_t> reads;
+        std::vector<std::size_t> writes;
+    };
+
+    /// What is written comes first: a file that one step makes and another reads is remembered as
+    /// it was made.
+    void collectParts() {
+        parts_.resize(2);
+        for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
+            if (results_.outcomes[i] != StepOutcome::Pending) {
+                parts_.push_back({&request_.parts[i].inputs, {}, writesOf(i)});
+                numbers_.push_back(i);
+            }
+        }
+        for (std::size_t i = 0; i < numbers_.size(); ++i) {
+            parts_[kFirstRecipePart + i].reads = readsOf(numbers_[i]);
+        }
+        Part& surroundings = parts_[kSurroundingsPart];
+        surroundings.writes = written(request_.parts[kSurroundingsPart].writes);
+        surroundings.reads = read(request_.parts[kSurroundingsPart].reads);
+        surroundings.inputs = &request_.parts[kSurroundingsPart].inputs;
+        parts_[kVariablesPart].inputs =
+            results_.finished ? &request_.parts[kVariablesPart].inputs : &unfinishedInputs();
+    }
+
+    std::vector<std::size_t> writesOf(std::size_t part) {
+        return kept(part) ? known(part, recordField::kWrites)
+                          : written(request_.parts[part].writes);
+    }
+
+    std::vector<std::size_t> readsOf(std::size_t part) {
+        if (kept(part)) {
+            return known(part, recordField::kReads);
+        }
+        std::vector<std::size_t> numbers = read(request_.parts[part].reads);
+        const std::filesystem::path& file = request_.parts[part].dependencyFile;
+        if (!file.empty()) {
+            addDiscovered(request_.parts[part], numbers);
+        }
+        return numbers;
+    }
+
+    bool kept(std::size_t part) const {
+        return results_.outcomes[part] == StepOutcome::Kept && last_.lastPart(part);
+    }
+
+    /// Files of a step that did not run, as they have been found unchanged.
+    std::vector<std::size_t> known(std::size_t part, std::string_view field) {
+        const std::vector<RecordFile>& files = last_.lastFiles();
+        numbersOfLast_.resize(files.size());
+        std::vector<std::size_t> numbers;
+        for (const std::size_t number :
+             fileNumbers(last_.lastParts()[*last_.lastPart(part)], field, files.size())) {
+            if (!numbersOfLast_[number]) {
+                numbersOfLast_[number] = numberOfKnown(files[number].path);
+            }
+            numbers.push_back(*numbersOfLast_[number]);
+        }
+        return numbers;
+    }
+
+    std::size_t numberOfKnown(std::string_view path) {
+        return table_.contains(path) ? table_.numberOf(path)
+                                     : table_.add(path, states_.current(root_.absolute(path)));
+    }
+
+    std::vector<std::size_t> written(const std::vector<std::string>& paths) {
+        std::vector<std::size_t> numbers;
+        for (const std::string& path : paths) {
+            const std::string_view stored = root_.stored(path);
+            if (!table_.contains(stored)) {
+                FileState state = states_.current(path);
+                if (state.kind == FileState::Kind::Missing) {
+                    state.kind = FileState::Kind::Unknown;  // to be made again, if it can be
+                    noteMissing(path);
+                }
+                table_.add(stored, state);
+            }
+            numbers.push_back(table_.numberOf(stored));
+        }
+        return numbers;
+    }
+
+    void noteMissing(const std::string& path) {
+        if (missing_ != nullptr) {
+            missing_->push_back(path);
+        }
+    }
+
+    std::vector<std::size_t> read(const std::vector<std::string>& paths) {
+        std::vector<std::size_t> numbers;
+        for (const std::string& path : paths) {
+            numbers.push_back(numberOfRead(path));
+        }
+        return numbers;
+    }
+
+    std::size_t numberOfRead(const std::string& path) {
+        const std::string_view stored = root_.stored(path);
+        return table_.contains(stored)
+                   ? table_.numberOf(stored)
+                   : table_.add(stored, states_.afterReading(path, results_.startedAt));
+    }
+
+    void addDiscovered(const CacheRequest::Part& part, std::vector<std::size_t>& numbers) {
+        const auto names = readDependencyFile(part.dependencyFile);
+        if (!names) {
+            // The compiler told nothing: whether this step is fresh cannot be known.
+            FileState unknown;
+            unknown.kind = FileState::Kind::Unknown;
+            numbers.push_back(table_.add(root_.stored(trackedPath(part.dependencyFile)), unknown));
+            return;
+        }
+        for (const std::string& name : *names) {
+            const std::string path = trackedPath(part.directory / platform::pathFromUtf8(name));
+            if (part.surroundings && isBelowAny(path, part.surroundings->systemFolders)) {
+                continue;
+            }
+            const std::size_t number = numberOfRead(path);
+            if (std::ranges::find(numbers, number) == numbers.end()) {
+                numbers.push_back(number);
+            }
+        }
+    }
+
+    bool appendOutputs(std::string& text, const Part& part) {
+        const bool first = &part == parts_.data();
+        std::string fields;
+        std::size_t count = 0;
+        const auto addField = [&](std::string_view name, const std::string& content) {
+            if (!content.empty()) {
+                appendTextAssignment(fields, name, content);
+                ++count;
+            }
+        };
+        addField(recordField::kFiles, first ? table_.text() : "");
+        addField(recordField::kReads, fmt::format("{}", fmt::join(part.reads, " ")));
+        addField(recordField::kWrites, fmt::format("{}", fmt::join(part.writes, " ")));
+        addField(recordField::kStamp, first ? results_.stamp : "");
+        if (&part == &parts_[kVariablesPart]) {
+            for (const Assignment& output : results_.outputs) {
+                if (!appendAssignment(fields, output)) {
+                    return false;
+                }
+                ++count;
+            }
+        }
+        appendNumber(text, count);
+        text += fields;
+        return true;
+    }
+
+    const CacheRequest& request_;
+    const BuildResults& results_;
+    const Freshness& last_;
+    FileStates& states_;
+    const TrackingRoot& root_;
+    std::vector<std::string>* missing_;
+    std::vector<Part> parts_;
+    std::vector<std::size_t> numbers_;  ///< in the request, of the parts after the first two
+    FileTable table_;
+    std::vector<std::optional<std::size_t>> numbersOfLast_;  ///< in table_, of the last record's
+};
+
+}  // namespace
+
+std::optional<RecordText> makeRecord(const CacheRequest& request, const BuildResults& results,
+                                     const Freshness& last, FileStates& states,
+                                     const TrackingRoot& root, std::vector<std::string>* missing) {
+    return RecordMaker(request, results, last, states, root, missing).make();
+}
+
+std::vector<std::string> filesToRead(const CacheRequest& request,
+                                     const std::vector<StepOutcome>& outcomes) {
+    std::vector<std::string> files;
+    for (std::size_t i = 0; i < request.parts.size(); ++i) {
+        if (i < kFirstRecipePart || outcomes[i] == StepOutcome::Ran) {
+            const CacheRequest::Part& part = request.parts[i];
+            files.insert(files.end(), part.reads.begin(), part.reads.end());
+            files.insert(files.end(), part.writes.begin(), part.writes.end());
+        }
+    }
+    return files;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,64 @@
+#include "cache/tracked_path.h"
+
+#include <algorithm>
+
+#include "base/ci_string.h"
+#include "platform/files.h"
+#include "platform/system.h"
+
+namespace Vesk {
+
+std::string trackedPath(const std::filesystem::path& path) {
+    const std::filesystem::path absolute =
+        path.is_absolute() ? path : std::filesystem::absolute(path);
+    std::u8string generic = absolute.generic_u8string();
+    return {generic.begin(), generic.end()};
+}
+
+std::string trackedPath(const std::string& path, const std::filesystem::path& base) {
+    if (!platform::isAbsolutePath(path)) {
+        return trackedPath(base / platform::pathFromUtf8(path));
+    }
+    std::string tracked = path;  // the usual case, and there are many of them
+    if (platform::kWindows) {
+        std::ranges::replace(tracked, '\\', '/');
+    }
+    return tracked;
+}
+
+namespace {
+
+/// Some compilers of Windows report all names in lower case.
+bool beginsWith(std::string_view path, std::string_view start) noexcept {
+    const std::string_view head = path.substr(0, start.size());
+    return platform::kWindows ? equalsIgnoringCase(head, start) : head == start;
+}
+
+}  // namespace
+
+bool isBelowAny(std::string_view path, const std::vector<std::string>& folders) noexcept {
+    return std::ranges::any_of(folders, [path](const std::string& folder) {
+        return path.size() > folder.size() && path[folder.size()] == '/' &&
+               beginsWith(path, folder);
+    });
+}
+
+TrackingRoot::TrackingRoot(const std::filesystem::path& directory)
+    : directory_(directory), prefix_(trackedPath(directory)) {
+    if (!prefix_.ends_with('/')) {
+        prefix_ += '/';
+    }
+}
+
+std::string_view TrackingRoot::stored(std::string_view path) const {
+    return beginsWith(path, prefix_) ? path.substr(prefix_.size()) : path;
+}
+
+std::string TrackingRoot::absolute(std::string_view stored) const {
+    if (platform::isAbsolutePath(stored)) {
+        return std::string(stored);
+    }
+    return prefix_ + std::string(stored);
+}
+
+}  // namespace Vesk

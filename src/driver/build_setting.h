@@ -1,0 +1,31 @@
+// What all visits of one build share.
+#pragma once
+
+#include <functional>
+
+#include "cache/project_cache.h"
+#include "project/project_catalog.h"
+#include "tools/toolbox.h"
+
+namespace Vesk {
+
+struct DriverOptions {
+    int jobCount = 1;        ///< -j; 0 and 1: one at a time of what can be spread
+    bool rebuild = false;    ///< take nothing from the cache
+    bool dryRun = false;     ///< show the commands, run and write nothing
+    bool keepGoing = false;  ///< after a failure go on with what does not need the failed target
+};
+
+/// All that is referred to outlives the build.
+struct BuildSetting {
+    const ProjectCatalog& catalog;
+    const Toolbox& staticTools;
+    std::function<const Toolbox&(const Project&)> declaredTools;  ///< of a project
+    std::function<ProjectCache&(const Project&)> cacheOf;
+    DriverOptions options;
+
+    /// Told of the recipes of every target that is visited, whether they run or not; or empty.
+    std::function<void(const std::vector<Recipe>&)> onRecipes = {};
+};
+
+}  // namespace Vesk

@@ -1,0 +1,146 @@
+#include "driver/cache_step.h"
+
+#include <algorithm>
+#include <limits>
+#include <thread>
+#include <unordered_set>
+#include <utility>
+
+#include "base/console.h"
+#include "base/exception.h"
+#include "cache/record_files.h"
+#include "platform/files.h"
+
+namespace Vesk {
+
+unsigned workerCount(int jobCount, std::size_t limit, std::size_t pieces) {
+    if (jobCount == 0 || jobCount == 1) {
+        return 1;
+    }
+    const std::size_t jobs =
+        jobCount < 0 ? std::numeric_limits<unsigned>::max() : static_cast<unsigned>(jobCount);
+    return static_cast<unsigned>(std::max<std::size_t>(std::min({jobs, limit, pieces}), 1));
+}
+
+CacheStep::CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
+                     const DriverOptions& options, const std::string& displayName)
+    : cache_(cache),
+      options_(options),
+      key_(std::move(key)),
+      request_(std::move(request)),
+      displayName_(displayName),
+      obtained_(cache.obtain(key_, request_, options.dryRun ? Claim::no : Claim::yes, 0)),
+      outcomes_(request_.parts.size(), StepOutcome::Pending) {
+    if (mustBuild()) {
+        freshness_.emplace(request_, obtained_.record ? &*obtained_.record : nullptr,
+                           cache.states(), cache.root());
+        cache_.states().look(request_.parts[kSurroundingsPart].reads);
+    }
+    startedAt_ = platform::fileClock();
+    report();
+}
+
+void CacheStep::report() {
+    switch (obtained_.answer) {
+        case CacheAnswer::Hit:
+            console::trace("Cache hit for '{}'.", displayName_);
+            return;
+        case CacheAnswer::Claimed:
+            console::trace("Cache claimed for '{}'.", displayName_);
+            break;
+        case CacheAnswer::Miss:
+            console::trace("Cache miss for '{}'. Building...", displayName_);
+            break;
+        case CacheAnswer::Refused:
+            throw VeskException("Unable to obtain cache record for " + displayName_);
+    }
+    if (console::enabled(console::level::kDetail)) {
+        console::message(console::level::kDetail, console::colour::kTrace, "Out of date: {}.",
+                         freshness_->reason());
+    }
+}
+
+CacheStep::~CacheStep() {
+    if (obtained_.token != 0) {
+        cache_.release(key_, obtained_.token);
+    }
+}
+
+std::vector<Assignment> CacheStep::storedOutputs() const {
+    return outputsOf(*obtained_.record, cache_.root().directory());
+}
+
+std::string CacheStep::stamp() const {
+    return stampOf(*obtained_.record);
+}
+
+bool CacheStep::stale(std::size_t recipe) {
+    const std::size_t part = kFirstRecipePart + recipe;
+    if (!freshness_->fresh(part)) {
+        cache_.states().look(request_.parts[part].reads);
+        return true;
+    }
+    outcomes_[part] = StepOutcome::Kept;
+    return false;
+}
+
+void CacheStep::ran(std::size_t recipe) {
+    const std::size_t part = kFirstRecipePart + recipe;
+    outcomes_[part] = StepOutcome::Ran;
+    for (const std::string& file : request_.parts[part].writes) {
+        cache_.states().written(file);
+    }
+}
+
+/// Outputs of the target as a whole, which no recipe has told of.
+void CacheStep::lookAnewAtOutputs() {
+    std::unordered_set<std::string_view> known;
+    for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
+        known.insert(request_.parts[i].writes.begin(), request_.parts[i].writes.end());
+    }
+    for (const std::string& file : request_.parts[kSurroundingsPart].writes) {
+        if (!known.contains(file)) {
+            cache_.states().written(file);
+        }
+    }
+}
+
+bool CacheStep::makesFiles() const {
+    return std::ranges::any_of(request_.parts,
+                               [](const auto& part) { return !part.writes.empty(); });
+}
+
+void CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp) {
+    FileStates& states = cache_.states();
+    lookAnewAtOutputs();
+    const std::vector<std::string> files = filesToRead(request_, outcomes_);
+    states.readAhead(files, workerCount(options_.jobCount, std::thread::hardware_concurrency(),
+                                        files.size() / 2));
+    BuildResults results{outcomes_, std::move(outputs), stamp, startedAt_, true};
+    std::vector<std::string> missing;
+    auto record = makeRecord(request_, results, *freshness_, states, cache_.root(), &missing);
+    for (const std::string& file : missing) {
+        console::message(console::level::kDetail, console::colour::kWarning,
+                         "The output '{}' is not there after the build.", file);
+    }
+    if (!record || obtained_.answer != CacheAnswer::Claimed) {
+        return;
+    }
+    const std::uint64_t token = std::exchange(obtained_.token, 0);
+    if (!cache_.upsert(key_, std::move(*record), token)) {
+        throw VeskException("Unable to update cache record for " + displayName_);
+    }
+}
+
+void CacheStep::keepProgress() {
+    if (obtained_.token == 0 || std::ranges::find(outcomes_, StepOutcome::Ran) == outcomes_.end()) {
+        return;
+    }
+    BuildResults results{outcomes_, {}, {}, startedAt_, false};
+    auto record = makeRecord(request_, results, *freshness_, cache_.states(), cache_.root());
+    if (record) {
+        cache_.checkpoint(key_, std::move(*record), obtained_.token);
+    }
+}
+
+}  // namespace Vesk

@@ -1,0 +1,70 @@
+// Asking the cache whether a target must be built, and telling it what came of it.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cache/freshness.h"
+#include "cache/project_cache.h"
+#include "cache/record_writer.h"
+#include "driver/build_setting.h"
+
+namespace Vesk {
+
+/// A target's place in its project's cache, for one visit. A claim that is not recorded is given
+/// back when the step goes out of scope.
+class CacheStep {
+  public:
+    /// Asks for the record, to claim it when it does not answer the request, and reports the
+    /// answer and, at the detail level, why. Throws VeskException when the cache gives none.
+    CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
+              const DriverOptions& options, const std::string& displayName);
+    ~CacheStep();
+    CacheStep(const CacheStep&) = delete;
+    CacheStep& operator=(const CacheStep&) = delete;
+
+    bool mustBuild() const noexcept { return obtained_.answer != CacheAnswer::Hit; }
+
+    /// For a hit only: what the earlier build's completion gave, and its stamp.
+    std::vector<Assignment> storedOutputs() const;
+    std::string stamp() const;
+
+    /// Whether a recipe, by its number among the target's, has to run. Asked stage by stage: what
+    /// earlier stages have made counts. One that does not is taken over from the earlier build.
+    bool stale(std::size_t recipe);
+
+    /// A recipe has run and succeeded: from now on the build sees its outputs as they are.
+    void ran(std::size_t recipe);
+
+    /// Whether the target makes files that tell whether it was built.
+    bool makesFiles() const;
+
+    /// Records a finished build, when there is a claim, with the outputs that only its completion
+    /// gave. Tells of outputs that are not there. Throws VeskException when the cache refuses.
+    void record(std::vector<Assignment> outputs, const std::string& stamp);
+
+    /// Keeps what has run so far; in the middle of a build that goes on, or after a failure.
+    void keepProgress();
+
+  private:
+    void report();
+    void lookAnewAtOutputs();
+
+    ProjectCache& cache_;
+    const DriverOptions& options_;
+    std::string key_;
+    CacheRequest request_;
+    std::string displayName_;
+    ObtainResult obtained_;
+    std::optional<Freshness> freshness_;  ///< nothing for a hit
+    std::vector<StepOutcome> outcomes_;
+    std::int64_t startedAt_ = 0;  ///< before the first command
+};
+
+/// On how many threads work of so many pieces is done: the smallest of the job count, the limit and
+/// the number of pieces; 1 when the job count is 0 or 1. A negative job count means many.
+unsigned workerCount(int jobCount, std::size_t limit, std::size_t pieces);
+
+}  // namespace Vesk

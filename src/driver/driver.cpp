@@ -1,0 +1,163 @@
+#include "driver/driver.h"
+
+#include <fmt/format.h>
+
+#include "base/console.h"
+#include "driver/build_errors.h"
+#include "driver/target_visit.h"
+#include "types/context_value.h"
+
+namespace Vesk {
+namespace {
+
+/// Takes the target's name off the messages when the build ends, whichever way.
+struct PrefixEnd {
+    PrefixEnd() = default;
+    PrefixEnd(const PrefixEnd&) = delete;
+    PrefixEnd& operator=(const PrefixEnd&) = delete;
+    ~PrefixEnd() { console::setPrefix({}); }
+};
+
+std::string argumentText(const ValuePtr& argument) {
+    const auto* context = valueAs<VeskContext>(argument.get());
+    if (context != nullptr && !context->owns()) {
+        // The dependant's own context, which is not resolved yet: its identity tells it.
+        return fmt::format("{}", static_cast<const void*>(context->context().get()));
+    }
+    return argument->toDisplayString();
+}
+
+std::vector<std::shared_ptr<Context>> referredContexts(const std::vector<ValuePtr>& arguments) {
+    std::vector<std::shared_ptr<Context>> contexts;
+    for (const ValuePtr& argument : arguments) {
+        const auto* context = valueAs<VeskContext>(argument.get());
+        if (context != nullptr && !context->owns()) {
+            contexts.push_back(context->context());
+        }
+    }
+    return contexts;
+}
+
+std::string visitKey(const TargetLocation& location, const std::vector<ValuePtr>& arguments) {
+    std::string key = fmt::format("{}", static_cast<const void*>(location.target.get()));
+    for (const ValuePtr& argument : arguments) {
+        key += "(" + argumentText(argument) + ")";
+    }
+    return key;
+}
+
+}  // namespace
+
+Driver::Driver(BuildSetting setting) : setting_(std::move(setting)) {}
+
+Driver::~Driver() = default;
+
+void Driver::throwCycle(const std::string& key) const {
+    std::vector<std::string> chain;
+    for (const auto& visit : stack_) {
+        if (!chain.empty() || visit->key() == key) {
+            chain.push_back(visit->displayName());
+        }
+    }
+    chain.push_back(chain.front());
+    throw LoopFoundException(chain.front(), chain);
+}
+
+Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<ValuePtr> arguments) {
+    const std::string key = visitKey(location, arguments);
+    const auto [position, isNew] = visited_.try_emplace(key);
+    if (isNew) {
+        position->second.arguments = referredContexts(arguments);
+        stack_.push_back(
+            std::make_unique<TargetVisit>(setting_, location, std::move(arguments), key));
+        stack_.back()->begin();
+    } else if (!position->second.finished) {
+        throwCycle(key);
+    }
+    return position->second;
+}
+
+void Driver::visitNextDependency(TargetVisit& visit) {
+    const TargetLocation location = visit.locateNext();
+    std::vector<ValuePtr> arguments = visit.argumentsForNext();
+    try {
+        const Visited& visited = enter(location, std::move(arguments));
+        if (visited.failed) {
+            visit.skipDependency();
+        } else if (visited.finished) {
+            visit.addOutputs(location, visited.result);
+        }  // else it is on top of the stack now, and hands its outputs over when it is finished
+    } catch (...) {
+        rethrowWithNote(visit.neededByNote());
+    }
+}
+
+void Driver::finishTop() {
+    TargetVisit& visit = *stack_.back();
+    if (visit.hasFailedDependency()) {
+        throw BuildFailed();
+    }
+    Visited& visited = visited_.at(visit.key());
+    visited.result = visit.finish();
+    visited.finished = true;
+    const TargetLocation location = visit.location();
+    stack_.pop_back();
+    if (!stack_.empty()) {
+        stack_.back()->announce();
+        stack_.back()->addOutputs(location, visited.result);
+    }
+}
+
+/// After a failure that has been reported: the target is left unbuilt, its dependants will be too.
+void Driver::failTop() {
+    Visited& visited = visited_.at(stack_.back()->key());
+    visited.finished = true;
+    visited.failed = true;
+    stack_.pop_back();
+    if (!stack_.empty()) {
+        stack_.back()->announce();
+        stack_.back()->skipDependency();
+    }
+}
+
+void Driver::step(TargetVisit& visit) {
+    if (visit.nextDependency() != nullptr) {
+        visitNextDependency(visit);
+    } else {
+        finishTop();
+    }
+}
+
+std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
+    const PrefixEnd prefixEnd;
+    stack_.clear();
+    const std::string root = visitKey(location, {});
+    enter(location, {});
+    while (!stack_.empty()) {
+        try {
+            step(*stack_.back());
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const LoopFoundException&) {
+            throw;
+        } catch (const BuildFailed&) {
+            if (!setting_.options.keepGoing) {
+                throw;
+            }
+            failTop();
+        } catch (const VeskException& exception) {
+            if (!setting_.options.keepGoing) {
+                throw;
+            }
+            console::error("Error: {}", exception.report());
+            failTop();
+        }
+    }
+    const Visited& visited = visited_.at(root);
+    if (visited.failed) {
+        throw BuildFailed();
+    }
+    return visited.result.outputs;
+}
+
+}  // namespace Vesk

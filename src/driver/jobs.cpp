@@ -1,0 +1,212 @@
+#include "driver/jobs.h"
+
+#include <chrono>
+#include <exception>
+#include <future>
+#include <system_error>
+#include <unordered_set>
+
+#include "base/console.h"
+#include "base/exception.h"
+#include "driver/build_errors.h"
+#include "driver/cache_request.h"
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "platform/interrupt.h"
+#include "run/run_command.h"
+
+namespace Vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// How long a stage runs before what it has done is worth keeping.
+constexpr std::chrono::seconds kInterval{30};
+
+/// Nothing may leave the thread of a job but the status and the reason.
+std::int32_t runAction(const Recipe& step, std::string& failure) {
+    try {
+        step.action();
+        return 0;
+    } catch (const VeskException& exception) {
+        failure = exception.report();
+    } catch (const std::exception& exception) {
+        failure = exception.what();
+    }
+    return 1;
+}
+
+/// The body of a job's task. Writes to its own job only.
+void runJob(Job& job) {
+    for (const Recipe& command : job.commands) {
+        if (platform::interruptSignal() != 0) {
+            return;
+        }
+        const std::int32_t status = command.action ? runAction(command, job.startFailure)
+                                                   : runCommand(command, &job.startFailure);
+        if (status != 0) {
+            job.failedCommand = command.command;
+            job.result = status;
+            return;
+        }
+    }
+    // A command that the interruption ended may not say so.
+    job.succeeded = platform::interruptSignal() == 0;
+}
+
+std::future<void> start(const std::function<void()>& work) {
+    try {
+        return std::async(std::launch::async, work);
+    } catch (const std::system_error&) {
+        // The system has no more threads: this one does the work when it is joined.
+        return std::async(std::launch::deferred, work);
+    }
+}
+
+void join(std::future<void>& task, const std::function<void()>& onInterval) {
+    while (task.wait_for(kInterval) == std::future_status::timeout) {
+        if (onInterval) {
+            onInterval();
+        }
+    }
+    task.get();
+}
+
+/// Makes room for what commands write.
+class Preparation {
+  public:
+    void prepare(const Recipe& recipe) {
+        for (const Assignment& output : recipe.outputs) {
+            for (const std::string& file : pathsIn(output)) {
+                prepareOutput(platform::pathFromUtf8(file), recipe.replacesOutputs);
+            }
+        }
+        if (!recipe.dependencyFile.empty()) {
+            // One from an earlier run would be believed if the command wrote none.
+            prepareOutput(recipe.dependencyFile, true);
+        }
+        for (const SupportFile& file : recipe.supportFiles) {
+            makeFolder(file.path.parent_path());
+            std::error_code error;
+            if (!platform::writeWholeFile(file.path, file.content, platform::Append::no, error)) {
+                throw VeskException("Unable to write '" + platform::pathToUtf8(file.path) +
+                                    "': " + error.message());
+            }
+        }
+    }
+
+  private:
+    void prepareOutput(const fs::path& file, bool remove) {
+        makeFolder(file.parent_path());
+        std::error_code error;
+        if (remove && !platform::isFolder(file) && !platform::removeFile(file, error) && error) {
+            throw VeskException("Unable to remove '" + platform::pathToUtf8(file) +
+                                "', which is to be made anew: " + error.message());
+        }
+    }
+
+    void makeFolder(const fs::path& folder) {
+        if (folder.empty() || !made_.insert(folder.native()).second) {
+            return;
+        }
+        std::error_code error;
+        platform::makeFolders(folder, error);
+        if (error) {
+            throw VeskException("Unable to create the folder '" + platform::pathToUtf8(folder) +
+                                "': " + error.message());
+        }
+    }
+
+    std::unordered_set<fs::path::string_type> made_;
+};
+
+void reportFailure(const Job& job) {
+    if (!job.startFailure.empty()) {
+        console::error("{}", job.startFailure);
+    } else {
+        console::error("Command ended with status {}: {}", job.result, job.failedCommand);
+    }
+}
+
+}  // namespace
+
+void stopIfInterrupted() {
+    if (const int signal = platform::interruptSignal(); signal != 0) {
+        throw Interrupted(signal);
+    }
+}
+
+Stage::Stage(const Builder& builder, const std::vector<const Recipe*>& recipes,
+             const BuildEnv& environment) {
+    Preparation preparation;
+    for (const Recipe* recipe : recipes) {
+        preparation.prepare(*recipe);
+        auto job = std::make_unique<Job>();
+        job->recipe = std::make_shared<const Recipe>(*recipe);
+        job->commands = builder.commandsOf(*job->recipe, environment);
+        jobs_.push_back(std::move(job));
+    }
+}
+
+void Stage::run(const StageOptions& options) {
+    std::vector<Job*> pooled;
+    std::vector<std::function<void()>> tasks;
+    for (const auto& job : jobs_) {
+        if (job->recipe->pooled) {
+            pooled.push_back(job.get());
+        } else {
+            tasks.emplace_back([&job] { runJob(*job); });
+        }
+    }
+    std::atomic<std::size_t> next{0};
+    std::atomic<bool> failed{false};
+    const auto workOff = [&] {
+        for (std::size_t i = next++; i < pooled.size(); i = next++) {
+            if (failed && !options.keepGoing) {
+                return;
+            }
+            runJob(*pooled[i]);
+            failed = failed || pooled[i]->result != 0;
+        }
+    };
+    for (unsigned i = 0; i < options.workers && i < pooled.size(); ++i) {
+        tasks.emplace_back(workOff);
+    }
+    for (std::size_t i = 0; i < tasks.size(); ++i) {
+        console::normal("Starting build job");
+    }
+    if (tasks.size() == 1 && pooled.empty()) {
+        tasks.front()();
+        return;
+    }
+    std::vector<std::future<void>> running;
+    running.reserve(tasks.size());
+    for (const auto& task : tasks) {
+        running.push_back(start(task));
+    }
+    for (std::future<void>& task : running) {
+        join(task, options.onInterval);
+    }
+}
+
+bool Stage::reportFailures() const {
+    bool failed = false;
+    for (const auto& job : jobs_) {
+        if (job->result != 0) {
+            reportFailure(*job);
+            failed = true;
+        }
+    }
+    return failed;
+}
+
+void showCommands(const Builder& builder, const std::vector<const Recipe*>& recipes,
+                  const BuildEnv& environment) {
+    for (const Recipe* recipe : recipes) {
+        for (const Recipe& command : builder.commandsOf(*recipe, environment)) {
+            console::normal("{}", command.command);
+        }
+    }
+}
+
+}  // namespace Vesk

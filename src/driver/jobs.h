@@ -1,0 +1,62 @@
+// Running the recipes of one stage of a target.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "run/build_env.h"
+#include "run/recipe.h"
+#include "tools/builder.h"
+
+namespace Vesk {
+
+/// One recipe, the commands that the builder made of it, and how they ended.
+struct Job {
+    std::shared_ptr<const Recipe> recipe;
+    std::vector<Recipe> commands;
+    std::int32_t result = 0;    ///< 0: success; else the status of the command that failed
+    std::string failedCommand;  ///< set with a result other than 0
+    std::string startFailure;   ///< why it could not be started, or why an action failed
+
+    /// All commands have run and succeeded. May be read while others of the stage still run.
+    std::atomic<bool> succeeded = false;
+};
+
+/// How the jobs of a stage share the machine.
+struct StageOptions {
+    unsigned workers = 1;              ///< pooled recipes run on this many tasks
+    bool keepGoing = false;            ///< pooled recipes go on after one has failed
+    std::function<void()> onInterval;  ///< called now and then while the stage runs
+};
+
+/// Each recipe is a job. All that are not pooled are started at once, each as a task of its own;
+/// the pooled ones are worked off by as many tasks as there are workers, which take the next one
+/// when they are done with one. All tasks are waited for, whatever happens.
+class Stage {
+  public:
+    /// Writes the files and makes the folders that the commands need, and removes what is in their
+    /// way. Throws VeskException when that fails.
+    Stage(const Builder& builder, const std::vector<const Recipe*>& recipes,
+          const BuildEnv& environment);
+
+    void run(const StageOptions& options);
+
+    /// In the order of the recipes.
+    const std::vector<std::unique_ptr<Job>>& jobs() const noexcept { return jobs_; }
+
+    /// Says what has failed, if anything has.
+    bool reportFailures() const;
+
+  private:
+    std::vector<std::unique_ptr<Job>> jobs_;
+};
+
+/// Shows the commands that the recipes would run.
+void showCommands(const Builder& builder, const std::vector<const Recipe*>& recipes,
+                  const BuildEnv& environment);
+
+}  // namespace Vesk

@@ -1,0 +1,95 @@
+// One visit of one target: from its text to its output context.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "driver/build_setting.h"
+#include "driver/cache_request.h"
+#include "driver/dependency_outputs.h"
+#include "driver/input_context.h"
+#include "driver/jobs.h"
+#include "driver/tool_choice.h"
+#include "run/build_env.h"
+
+namespace Vesk {
+
+class CacheStep;
+
+/// What a visit leaves to the dependants.
+struct TargetResult {
+    std::shared_ptr<Context> outputs;
+    std::string stamp;  ///< see DependencyStamp
+};
+
+/// The driver calls `begin`, then for each dependency in turn visits it and hands its outputs over,
+/// then `finish`.
+class TargetVisit {
+  public:
+    /// `key` tells this visit from all others of the build.
+    TargetVisit(const BuildSetting& setting, TargetLocation location,
+                std::vector<ValuePtr> arguments, std::string key);
+
+    const TargetLocation& location() const noexcept { return location_; }
+    const std::string& displayName() const noexcept { return displayName_; }  ///< unit::target
+    const std::string& key() const noexcept { return key_; }
+
+    /// Puts this target's name in front of messages.
+    void announce() const;
+
+    /// Chooses the tool, assembles the input context, evaluates the conditions and lists the
+    /// dependencies. Throws with a note that names the target.
+    void begin();
+
+    /// The dependency whose turn it is; null after the last one.
+    const DependencyRecord* nextDependency() const;
+
+    /// Where that dependency is, and the values that it gets for its parameters.
+    TargetLocation locateNext() const;
+    std::vector<ValuePtr> argumentsForNext();
+
+    /// Takes its outputs and goes on to the one after it.
+    void addOutputs(const TargetLocation& dependency, const TargetResult& result);
+
+    /// Goes on to the next one without outputs, after a failure; this target cannot be built then.
+    void skipDependency();
+    bool hasFailedDependency() const noexcept { return failedDependency_; }
+
+    /// Resolves the context and builds the target, or what of it the cache does not have.
+    TargetResult finish();
+
+    /// "in target main::app (/p/vesk.txt:3)", for messages.
+    std::string note() const;
+
+    /// The same for what this target asked for.
+    std::string neededByNote() const;
+
+  private:
+    ContextLayers layers() const;
+    std::vector<Assignment> boundParameters() const;
+    void claimVariables();
+    TargetResult buildOrReuse();
+    std::string newStamp(const CacheStep& cache, bool doesNothing) const;
+    void runRecipes(const std::vector<Recipe>& recipes, CacheStep& cache);
+    void runStage(Stage stage, const std::vector<std::size_t>& numbers, CacheStep& cache);
+    BuildEnvSettings environmentSettings() const;
+    void setEnvironment(BuildEnv& environment) const;
+    std::string cacheKey() const;
+
+    const BuildSetting& setting_;
+    TargetLocation location_;
+    std::vector<ValuePtr> arguments_;
+    std::string key_;
+    std::string displayName_;
+    ToolChoice choice_;
+    std::optional<InputContext> input_;
+    std::optional<DependencyOutputs> outputs_;
+    std::vector<DependencyRecord> dependencies_;
+    std::vector<DependencyStamp> stamps_;
+    std::size_t next_ = 0;
+    bool failedDependency_ = false;
+};
+
+}  // namespace Vesk

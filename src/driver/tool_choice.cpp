@@ -1,0 +1,101 @@
+#include "driver/tool_choice.h"
+
+#include <algorithm>
+#include <array>
+
+#include "base/console.h"
+#include "driver/mistyped_names.h"
+#include "types/string_values.h"
+
+namespace Vesk {
+namespace {
+
+/// Gives the compared variables their final values. One that does not resolve yet is replaced by
+/// its own text, which no tool's value equals by accident.
+void resolveCompared(Context& trial, const Toolbox& toolbox) {
+    for (const CiString& name : toolbox.comparedNames()) {
+        Assignment* assignment = trial.find(name);
+        if (assignment == nullptr || !assignment->value) {
+            continue;
+        }
+        try {
+            assignment->value = trial.valueOfVariable(name);
+        } catch (const VeskException&) {
+            assignment->value = std::make_shared<VeskRawString>(assignment->value->toString());
+        } catch (const std::exception&) {
+            assignment->value = std::make_shared<VeskRawString>(assignment->value->toString());
+        }
+        assignment->state = ResolveState::Resolved;
+    }
+}
+
+bool hasSources(const Context& target) {
+    return std::ranges::any_of(
+        std::array{"C_FILES", "CPP_FILES", "ASM_FILES", "OBJ_FILES"},
+        [&target](const char* name) { return target.find(name) != nullptr; });
+}
+
+[[noreturn]] void throwNoTool(const std::string& displayName, const Context& target) {
+    VeskException error("No tool to build " + displayName);
+    if (hasSources(target)) {
+        error.addNote(
+            "no toolchain that is registered fits it; vesk --find-compilers registers those of "
+            "this machine");
+        throw error;
+    }
+    if (const std::string mistyped = mistypedSource(target); !mistyped.empty()) {
+        error.addNote("no tool is chosen by " + mistyped);
+    }
+    error.addNote(
+        "a target says what it is built with: 'cmdline' or 'pwsh' for commands, 'WRITE_FILE' with "
+        "'FILENAME' and 'TEXT' for a file, 'NO_TOOL' for nothing, or the variables that a declared "
+        "tool needs");
+    throw error;
+}
+
+template <class... Args>
+void reportLine(fmt::format_string<Args...> format, Args&&... args) {
+    console::message(console::level::kDetail, console::colour::kReport, format,
+                     std::forward<Args>(args)...);
+}
+
+}  // namespace
+
+ToolChoice chooseTool(Context& trial, const std::string& displayName, const Toolbox& staticTools,
+                      const Toolbox& declaredTools) {
+    resolveCompared(trial, staticTools);
+    resolveCompared(trial, declaredTools);
+    const Selection fromStatic = staticTools.select(trial);
+    const Selection fromDeclared = declaredTools.select(trial);
+    const Selection& best = betterOf(fromStatic, fromDeclared);
+    if (best.matcher == nullptr) {
+        throwNoTool(displayName, trial);
+    }
+    console::message(console::level::kDetail, console::colour::kNormal,
+                     "Best registered tool: {}, score: {}", best.matcher->name(), best.score);
+    return {best.matcher, best.score, best.result, best.matcher->createBuilder(trial)};
+}
+
+void reportToolChoice(const ToolChoice& choice) {
+    if (!console::enabled(console::level::kDetail)) {
+        return;
+    }
+    reportLine("Tool selection");
+    reportLine("--------------");
+    reportLine("Registered : {}", choice.tool->name());
+    reportLine("Tool       : {}", choice.tool->description());
+    reportLine("Reason     :");
+    bool anyMatch = false;
+    for (const auto& [name, kind] : choice.report.matches) {
+        if (kind != MatchKind::NoMatch) {
+            reportLine("  - {} {}", name,
+                       kind == MatchKind::ExactMatch ? "full match" : "partial match");
+            anyMatch = true;
+        }
+    }
+    if (!anyMatch) {
+        reportLine("  - no matched variables");
+    }
+}
+
+}  // namespace Vesk

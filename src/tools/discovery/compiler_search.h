@@ -1,0 +1,54 @@
+// Looking for installed compilers by their names.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/toolchain_detection.h"
+
+namespace Vesk {
+
+struct FoundCompiler {
+    std::string path;
+    ToolchainPlace place;
+};
+
+/// The file or folder behind all links; the path itself where that cannot be told.
+std::string realPath(const std::string& path);
+
+/// The prefix and suffix in a program's name, "x86_64-w64-mingw32-gcc-12-posix" for the word "gcc".
+/// False for programs that only begin or end alike, as "gcc-ar" and "c99-gcc" do.
+bool splitCompilerName(std::string_view name, std::string_view word, ToolchainPlace& place);
+
+/// The compilers in the folders, each file once, whatever names and links lead to it: first the
+/// folder's plain name, then newer versions before older ones. What runs other compilers, ccache
+/// and its like, is none.
+std::vector<FoundCompiler> findCompilers(std::string_view word,
+                                         const std::vector<std::string>& folders);
+
+/// What the compiler answers; empty when it fails.
+std::string askCompiler(const FoundCompiler& compiler, std::string_view arguments);
+
+/// The text as the name of a tool: a dash for what names may not hold.
+std::string identifierOf(std::string text);
+
+/// A compiler that has told about itself.
+struct Toolchain {
+    std::string toolType;
+    std::string family;  ///< "GCC"
+    std::string version;
+    std::string triple;
+    ToolchainPlace place;
+    const char* isDefault;  ///< a value of toolchain_default
+};
+
+/// As the registry holds it.
+DetectedTool detectedTool(const Toolchain& toolchain, std::string_view word);
+
+/// Warns about a program that belongs to a toolchain and is not there.
+void warnIfMissing(const Toolchain& toolchain, std::initializer_list<std::string_view> programs,
+                   const char* use);
+
+}  // namespace Vesk

@@ -1,0 +1,203 @@
+#include "tools/discovery/toolchain_match.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include "base/console.h"
+#include "tools/discovery/triple.h"
+#include "tools/discovery/version.h"
+#include "tools/support/target_paths.h"
+
+namespace Vesk {
+
+namespace {
+
+constexpr const char* kDefault = "toolchain_default";
+
+std::string textIn(const AssignmentMap& declared, std::string_view name) {
+    const auto found = declared.find(name);
+    return found == declared.end() || !found->second.value ? std::string()
+                                                           : found->second.value->toString();
+}
+
+bool beginsWithWord(std::string_view text, std::string_view word) noexcept {
+    return equalsIgnoringCase(text.substr(0, word.size()), word) &&
+           (text.size() == word.size() || text[word.size()] == ' ');
+}
+
+bool isTrivial(const Assignment* assignment) {
+    return assignment == nullptr || !assignment->value;
+}
+
+/// One target's demands, compared with one toolchain.
+class Comparison {
+  public:
+    Comparison(const ToolchainMatch& toolchain, const Context& target)
+        : toolchain_(toolchain), target_(target) {}
+
+    MatchResult result() {
+        noteSubjects();
+        if (result_.matches.empty() || spellsOutCommands(target_)) {
+            return {};
+        }
+        compareSettings();
+        if (!refused_ && !isNativeTriple(triple()) && !askedForTarget_) {
+            refused_ = true;
+        }
+        if (refused_) {
+            return {};
+        }
+        preferDefault();
+        result_.note = MatchNote::BuildPossible;
+        return std::move(result_);
+    }
+
+  private:
+    std::string own(std::string_view name) const { return textIn(toolchain_.declared, name); }
+
+    std::string triple() const { return declaredTriple(toolchain_.declared); }
+
+    void noteSubjects() {
+        for (const char* subject : toolchain_.subjects) {
+            const Assignment* assignment = target_.find(subject);
+            if (assignment != nullptr && assignment->modifier != AssignModifier::Output) {
+                result_.matches.emplace(subject, MatchKind::ExactMatch);
+            }
+        }
+    }
+
+    /// Records a setting that the target asks for: true when the toolchain has it.
+    template <class F>
+    bool compare(const char* name, F fits) {
+        const Assignment* asked = target_.find(name);
+        if (isTrivial(asked)) {
+            return false;
+        }
+        const std::string text = asked->value->toString();
+        if (fits(text)) {
+            result_.matches.insert_or_assign(name, MatchKind::ExactMatch);
+            return true;
+        }
+        if (asked->modifier == AssignModifier::Hint) {
+            preferenceMissed_ = true;
+        } else {
+            refused_ = true;
+        }
+        return false;
+    }
+
+    bool compareEqual(const char* name) {
+        return compare(name, [&](const std::string& asked) { return asked == own(name); });
+    }
+
+    void compareVersion() {
+        const std::string version = own("toolchain_version");
+        if (version.empty()) {
+            // Nobody can know; a toolchain of which it is known goes first.
+            preferenceMissed_ |= !isTrivial(target_.find("toolchain_version")) ||
+                                 !isTrivial(target_.find("toolchain_min_version"));
+            return;
+        }
+        compare("toolchain_version",
+                [&](const std::string& asked) { return versionFits(version, asked); });
+        compare("toolchain_min_version",
+                [&](const std::string& asked) { return compareVersions(version, asked) >= 0; });
+    }
+
+    void compareSettings() {
+        compareVersion();
+        compare("tool_type", [&](const std::string& asked) {
+            return equalsIgnoringCase(asked, toolchain_.toolType);
+        });
+        const std::string name = own("toolchain_name");
+        askedForFamily_ = compare("toolchain_name", [&](const std::string& asked) {
+            return beginsWithWord(name, asked);
+        });
+        askedForTarget_ |= askedForFamily_ &&
+                           equalsIgnoringCase(name, target_.textOf("toolchain_name").value_or(""));
+        compareEqual("toolchain_suffix");
+        askedForTarget_ |= compareEqual("toolchain_prefix");
+        askedForTarget_ |= compare("toolchain_path", [&](const std::string& asked) {
+            return normalPath(asked) == normalPath(own("toolchain_path"));
+        });
+        const auto fitsTriple = [&](const std::string& asked) {
+            return tripleFits(triple(), asked);
+        };
+        askedForTarget_ |= compare("toolchain_target", fitsTriple);
+        if (!toolchain_.anyTarget) {
+            askedForTarget_ |= compare("TARGET_TRIPLE", fitsTriple);
+        }
+    }
+
+    /// A system alone can be that of several machines, of which this one's runs what is built.
+    bool askedForSystem() const {
+        const std::string asked = target_.textOf("toolchain_target").value_or("native");
+        const std::string own = triple();
+        return asked.find('-') == std::string::npos && !equalsIgnoringCase(asked, "native") &&
+               !tripleFits(std::string_view(own).substr(0, own.find('-')), asked);
+    }
+
+    /// An unmet wish costs more than any default gains.
+    void preferDefault() {
+        const MatchKind full = preferenceMissed_ ? MatchKind::PartialMatch : MatchKind::ExactMatch;
+        if (preferenceMissed_) {
+            for (const char* subject : toolchain_.subjects) {
+                if (const auto match = result_.matches.find(CiString(subject));
+                    match != result_.matches.end()) {
+                    match->second = full;
+                }
+            }
+        }
+        if (askedForSystem() && isNativeMachine(triple())) {
+            result_.matches.emplace("toolchain_machine", MatchKind::PartialMatch);
+        }
+        const std::string word = own(kDefault);
+        if (word.empty()) {
+            result_.matches.emplace(kDefault, full);
+        } else if (word == kMachineDefault || (word == kFamilyDefault && askedForFamily_)) {
+            result_.matches.emplace(kDefault, MatchKind::PartialMatch);
+        }
+    }
+
+    const ToolchainMatch& toolchain_;
+    const Context& target_;
+    MatchResult result_;
+    bool refused_ = false;
+    bool preferenceMissed_ = false;
+    bool askedForTarget_ = false;
+    bool askedForFamily_ = false;
+};
+
+}  // namespace
+
+std::vector<CiString> toolchainSettings() {
+    return {"toolchain_version", "toolchain_min_version", "toolchain_name", "toolchain_target",
+            "toolchain_prefix",  "toolchain_suffix",      "toolchain_path", "tool_type",
+            "TARGET_TRIPLE"};
+}
+
+std::vector<CiString> withToolchainSettings(std::vector<CiString> names) {
+    for (CiString& name : toolchainSettings()) {
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
+bool spellsOutCommands(const Context& target) {
+    constexpr const char* kOthers[] = {"cmdline", "pwsh", "NO_TOOL", "WRITE_FILE", "FILE_WRITER"};
+    return std::ranges::any_of(
+        kOthers, [&target](const char* name) { return target.find(name) != nullptr; });
+}
+
+std::string declaredTriple(const AssignmentMap& declared) {
+    std::string triple = textIn(declared, "toolchain_target");
+    return triple.empty() ? std::string(tripleOfPrefix(textIn(declared, "toolchain_prefix")))
+                          : triple;
+}
+
+MatchResult matchToolchain(const ToolchainMatch& toolchain, const Context& target) {
+    return Comparison(toolchain, target).result();
+}
+
+}  // namespace Vesk

@@ -1,0 +1,175 @@
+#include "tools/discovery/toolchain_programs.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "base/exception.h"
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/system.h"
+#include "tools/discovery/triple.h"
+#include "tools/support/target_paths.h"
+
+namespace Vesk {
+
+namespace {
+
+std::string programPath(const ToolchainPlace& place, std::string_view name) {
+    return fmt::format("{}/{}{}{}{}", place.folder, place.prefix, name, place.suffix,
+                       programEnding());
+}
+
+std::string findInPath(const std::string& name) {
+    for (const std::string& folder : searchPath()) {
+        if (std::string path = folder + "/" + name; isFile(path)) {
+            return path;
+        }
+    }
+    return {};
+}
+
+std::string findProgram(const ToolchainPlace& place,
+                        std::initializer_list<std::string_view> names) {
+    const ToolchainPlace plain = {place.folder, place.prefix, {}};
+    for (const std::string_view name : names) {
+        for (const ToolchainPlace* each : {&place, &plain}) {
+            if (std::string path = programPath(*each, name); isFile(path)) {
+                return path;
+            }
+        }
+        if (std::string path =
+                findInPath(fmt::format("{}{}{}", place.prefix, name, programEnding()));
+            !path.empty()) {
+            return path;
+        }
+    }
+    return {};
+}
+
+ValuePtr valueIn(const Context::Map& declared, std::string_view name) {
+    const auto found = declared.find(name);
+    return found == declared.end() ? nullptr : found->second.value;
+}
+
+std::string textIn(const Context::Map& declared, std::string_view name) {
+    const ValuePtr value = valueIn(declared, name);
+    return value ? value->toString() : std::string();
+}
+
+}  // namespace
+
+std::string resolvedText(const ValuePtr& value, Context& target) {
+    const ValuePtr copy = value ? deepCopy(*value) : nullptr;
+    if (Resolvable* resolvable = resolvableOf(copy)) {
+        resolvable->setResolver(&target);
+        return resolvable->resolve()->toString();
+    }
+    return copy ? copy->toString() : std::string();
+}
+
+DeclaredPlace declaredPlace(const Context::Map& declared) {
+    DeclaredPlace place = {
+        valueIn(declared, "toolchain_path"), textIn(declared, "toolchain_prefix"),
+        textIn(declared, "toolchain_suffix"), textIn(declared, "toolchain_target")};
+    if (place.triple.empty()) {
+        place.triple = place.prefix.empty() ? nativeTriple() : tripleOfPrefix(place.prefix);
+    }
+    return place;
+}
+
+std::string pathFor(const DeclaredPlace& declared, Context& target) {
+    return normalPath(resolvedText(declared.path, target),
+                      normalPath(target.textOf("PROJECT_ROOT").value_or("")));
+}
+
+std::vector<std::filesystem::path> runFolders(const ToolchainPlace& place) {
+    if (!platform::kWindows) {
+        return {};
+    }
+    return {platform::pathFromUtf8(place.folder).make_preferred()};
+}
+
+std::string_view programEnding() noexcept {
+    return platform::kWindows ? ".exe" : "";
+}
+
+std::vector<std::string> searchPath() {
+    std::vector<std::string> folders;
+    const std::string path = platform::environmentVariable("PATH").value_or("");
+    for (std::size_t start = 0; start <= path.size();) {
+        const std::size_t end =
+            std::min(path.find(platform::kPathListSeparator, start), path.size());
+        std::string_view folder = std::string_view(path).substr(start, end - start);
+        if (folder.size() > 1 && folder.front() == '"' && folder.back() == '"') {
+            folder = folder.substr(1, folder.size() - 2);
+        }
+        // A relative folder would give another toolchain in every directory.
+        if (platform::isAbsolutePath(folder)) {
+            folders.push_back(normalPath(folder));
+        }
+        start = end + 1;
+    }
+    return folders;
+}
+
+ToolchainPlace ToolchainPrograms::locate(const std::string& path, ToolchainPlace given) const {
+    given.folder = path;
+    if (isFile(programPath(given, compiler_))) {
+        return given;
+    }
+    given.folder = path + "/bin";
+    if (isFile(programPath(given, compiler_))) {
+        return given;
+    }
+    const std::size_t nameStart = path.rfind('/') + 1;
+    const std::size_t word = path.rfind(compiler_);
+    if (word != std::string::npos && word >= nameStart && isFile(path)) {
+        std::string suffix = path.substr(word + compiler_.size());
+        if (suffix.ends_with(programEnding())) {
+            suffix.resize(suffix.size() - programEnding().size());
+        }
+        return {path.substr(0, nameStart - 1), path.substr(nameStart, word - nameStart), suffix};
+    }
+    given.folder = path;
+    throw VeskException(fmt::format(
+        "There is no compiler '{0}' in '{1}' or its folder 'bin', and '{1}' is none either. "
+        "Correct "
+        "toolchain_path, toolchain_prefix or toolchain_suffix of the tool, or look for compilers "
+        "anew with vesk --find-compilers.",
+        programPath({{}, given.prefix, given.suffix}, compiler_).substr(1), path));
+}
+
+const ToolchainPlace& ToolchainPrograms::place(const DeclaredPlace& declared, Context& target) {
+    const std::string path = pathFor(declared, target);
+    const std::string key = fmt::format("{}\n{}\n{}", path, declared.prefix, declared.suffix);
+    const auto found = places_.find(key);
+    if (found != places_.end()) {
+        return found->second;
+    }
+    ToolchainPlace place = locate(path, {{}, declared.prefix, declared.suffix});
+    return places_.emplace(key, std::move(place)).first->second;
+}
+
+std::string ToolchainPrograms::find(const ToolchainPlace& place,
+                                    std::initializer_list<std::string_view> names) {
+    const std::string key = programPath(place, *names.begin());
+    const auto found = programs_.find(key);
+    if (found != programs_.end()) {
+        return found->second;
+    }
+    return programs_.emplace(key, findProgram(place, names)).first->second;
+}
+
+std::string ToolchainPrograms::require(const ToolchainPlace& place,
+                                       std::initializer_list<std::string_view> names) {
+    std::string program = find(place, names);
+    if (program.empty()) {
+        throw VeskException(
+            fmt::format("The toolchain in '{}' has no '{}', which this target needs, and PATH has "
+                        "none either. Install it, or choose another toolchain.",
+                        place.folder, place.prefix + std::string(*names.begin())));
+    }
+    return program;
+}
+
+}  // namespace Vesk

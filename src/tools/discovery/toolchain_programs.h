@@ -1,0 +1,77 @@
+// The programs of a toolchain that is installed in one folder.
+#pragma once
+
+#include <filesystem>
+#include <initializer_list>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "types/context.h"
+
+namespace Vesk {
+
+/// What the programs of one toolchain are called: "x86_64-w64-mingw32-" "gcc" "-posix".
+struct ToolchainPlace {
+    std::string folder;
+    std::string prefix;
+    std::string suffix;
+};
+
+/// Where a tool's declaration says that its programs are, references and all.
+struct DeclaredPlace {
+    ValuePtr path;  ///< toolchain_path
+    std::string prefix;
+    std::string suffix;
+    std::string triple;  ///< the machine's own where the declaration tells none
+};
+
+DeclaredPlace declaredPlace(const Context::Map& declared);
+
+/// The text of a declared value; references in it are those of the target.
+std::string resolvedText(const ValuePtr& value, Context& target);
+
+/// The declared path as it is for one target: its references are those of the target, and a
+/// relative one belongs to the project's root.
+std::string pathFor(const DeclaredPlace& declared, Context& target);
+
+/// Finds programs, and remembers for the whole run where they are. Shared by the copies of a
+/// matcher; used on the driver's thread only.
+class ToolchainPrograms {
+  public:
+    /// `compiler`: the word in the compiler's name, "gcc".
+    explicit ToolchainPrograms(std::string compiler) : compiler_(std::move(compiler)) {}
+
+    /// The place of the compiler. The declared path is its folder, one whose `bin` has it, or the
+    /// compiler itself; references in it are those of the target. Throws VeskException when there
+    /// is no compiler.
+    const ToolchainPlace& place(const DeclaredPlace& declared, Context& target);
+
+    /// The first of these programs that is there: with the suffix, without it, then, with the
+    /// prefix, anywhere in PATH. Empty when there is none.
+    std::string find(const ToolchainPlace& place, std::initializer_list<std::string_view> names);
+
+    /// The same for a program without which nothing goes. Throws VeskException.
+    std::string require(const ToolchainPlace& place, std::initializer_list<std::string_view> names);
+
+  private:
+    ToolchainPlace locate(const std::string& path, ToolchainPlace given) const;
+
+    std::string compiler_;
+    std::map<std::string, ToolchainPlace> places_;
+    std::map<std::string, std::string> programs_;
+};
+
+/// The folders in which a toolchain's programs find what they need to run: on Windows their own
+/// libraries lie beside them.
+std::vector<std::filesystem::path> runFolders(const ToolchainPlace& place);
+
+/// The system's ending for programs: ".exe" or nothing.
+std::string_view programEnding() noexcept;
+
+/// The folders of PATH, as text.
+std::vector<std::string> searchPath();
+
+}  // namespace Vesk

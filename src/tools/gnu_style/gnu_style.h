@@ -1,0 +1,116 @@
+// Compilers whose command lines look like GCC's.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "run/build_env.h"
+#include "tools/discovery/toolchain_programs.h"
+#include "tools/support/command_text.h"
+#include "tools/support/output_type.h"
+#include "tools/support/source_files.h"
+#include "tools/support/target_paths.h"
+
+namespace Vesk {
+
+/// The steps that need a program of their own.
+enum class GnuProgram { CCompiler, CppCompiler, Archiver, Linker, ObjectCopier };
+
+/// What differs between toolchains of this kind, for one target.
+class GnuStyle {
+  public:
+    virtual ~GnuStyle() = default;
+
+    /// Its path. Throws VeskException when it is not there.
+    virtual std::string program(GnuProgram program) const = 0;
+
+    /// Says what the products are called.
+    virtual std::string triple() const = 0;
+
+    /// Added to every call of a compiler, also when it links.
+    virtual std::vector<std::string> compilerOptions() const { return {}; }
+
+    /// Added when a compiler links.
+    virtual std::vector<std::string> linkerOptions() const { return {}; }
+
+    /// Where the programs find what they need to run; empty where they know by themselves.
+    virtual std::vector<std::filesystem::path> searchDirectories() const { return {}; }
+};
+
+/// What toolchains have in common that are found by a declared place. All that is referred to
+/// outlives it.
+class PlacedGnuStyle : public GnuStyle {
+  public:
+    PlacedGnuStyle(TargetContext& target, const DeclaredPlace& declared,
+                   ToolchainPrograms& programs);
+
+    std::string triple() const override { return declared_.triple; }
+    std::vector<std::string> compilerOptions() const override;  ///< for SYSROOT
+    std::vector<std::filesystem::path> searchDirectories() const override;
+
+  protected:
+    const TargetContext& target_;
+    const DeclaredPlace& declared_;
+    ToolchainPrograms& programs_;
+    const ToolchainPlace& place_;
+};
+
+/// The recipes of one target and the outputs that come of them.
+class GnuStyleBuild {
+  public:
+    /// All that is referred to outlives the build.
+    GnuStyleBuild(const TargetContext& target, const BuildEnv& environment, const GnuStyle& style);
+
+    /// Compiles the sources and makes what OUTPUT_TYPE says. `driver` links when the objects alone
+    /// do not tell that they need C++.
+    void make(Language driver);
+
+    /// Copies and changes OBJCOPY_INPUT.
+    void copyObject();
+
+    std::vector<Recipe> recipes;
+    std::vector<Assignment> outputs;
+
+  private:
+    struct Product {
+        std::string path;
+        std::string name;  ///< as commands name it
+        std::string importLibrary;
+    };
+
+    /// What the commands for all sources of a language have in common.
+    struct Compiler {
+        CommandText command;  ///< their beginning
+        Assignment program;
+    };
+
+    void compile();
+    Compiler compilerFor(Language language) const;
+    Recipe compileRecipe(const SourceFile& source, const Compiler& compiler) const;
+
+    void link();
+    void linkByHand();
+    void archive();
+    void addSharedOptions(CommandText& command, const Product& product) const;
+    void addRunPaths(CommandText& command, const Product& product) const;
+    void addLibraries(CommandText& command) const;
+    void addScript(CommandText& command, Recipe& recipe) const;
+    Recipe productRecipe(const Product& product, const std::string& program) const;
+    void finishProduct(Recipe recipe, const CommandText& command, const Product& product);
+    bool linksCpp() const;
+
+    Product productOf() const;
+    void addCommonOutputs();
+    void addLibraryOutputs(const Product& product);
+
+    const TargetContext& target_;
+    const GnuStyle& style_;
+    TargetPaths paths_;
+    OutputType type_;
+    Language driver_ = Language::C;
+    std::vector<SourceFile> sources_;
+    std::vector<std::string> objects_;    ///< of the sources, then OBJ_FILES
+    std::vector<std::string> libraries_;  ///< LIB_FILES, in the order in which they are linked
+};
+
+}  // namespace Vesk

@@ -1,0 +1,17 @@
+// Which program of a GCC-like toolchain a target is for.
+#pragma once
+
+#include <vector>
+
+#include "tools/gnu_style/gnu_style.h"
+
+namespace Vesk {
+
+/// The variables of which a target must have one.
+const std::vector<const char*>& gnuStyleSubjects();
+
+/// The program that makes the target's product. Objects alone are linked by the C++ compiler, since
+/// nothing tells their language.
+GnuProgram gnuStyleStep(const Context& target);
+
+}  // namespace Vesk

@@ -1,0 +1,299 @@
+// Making products of objects.
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "base/exception.h"
+#include "platform/files.h"
+#include "tools/discovery/triple.h"
+#include "tools/gnu_style/gnu_style.h"
+#include "tools/support/libraries.h"
+#include "tools/support/recipe_parts.h"
+#include "tools/support/value_lists.h"
+#include "types/string_values.h"
+
+namespace Vesk {
+
+namespace {
+
+constexpr const char* kCpp = "c++";
+
+std::string folderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/'));
+}
+
+/// The entries of LIBS as the linker's options; one may be an option or a file already.
+std::vector<std::string> libraryOptions(const std::vector<std::string>& names) {
+    std::vector<std::string> options;
+    for (const std::string& name : names) {
+        const bool asItIs = name.front() == '-' || name.find('/') != std::string::npos;
+        options.push_back(asItIs ? name : "-l" + name);
+    }
+    return options;
+}
+
+/// What files of an object copier's format are called.
+const char* endingOf(std::string_view format) noexcept {
+    if (format == "binary") {
+        return ".bin";
+    }
+    if (format == "ihex") {
+        return ".hex";
+    }
+    return format == "srec" ? ".srec" : "";
+}
+
+}  // namespace
+
+GnuStyleBuild::Product GnuStyleBuild::productOf() const {
+    const std::string name = outputNameOf(target_);
+    const bool windows = isWindowsTriple(style_.triple());
+    Product product;
+    std::string file = name;
+    if (!hasEnding(name)) {
+        const char* shared = isAppleTriple(style_.triple()) ? ".dylib" : ".so";
+        switch (type_) {
+            case OutputType::Static:
+                file = decorated(name, "lib", ".a");
+                break;
+            case OutputType::Shared:
+                file = windows ? decorated(name, "", ".dll") : decorated(name, "lib", shared);
+                break;
+            case OutputType::Relocatable:
+                file = decorated(name, "", ".o");
+                break;
+            default:
+                file = decorated(name, "", windows ? ".exe" : "");
+        }
+    }
+    product.path = paths_.inOutputDirectory(file);
+    product.name = paths_.inCommand(product.path);
+    if (type_ == OutputType::Shared && windows) {
+        const std::string stem = name.substr(0, hasEnding(name) ? name.rfind('.') : name.size());
+        product.importLibrary = paths_.inOutputDirectory(decorated(stem, "lib", ".dll.a"));
+    }
+    return product;
+}
+
+Recipe GnuStyleBuild::productRecipe(const Product& product, const std::string& program) const {
+    if (objects_.empty() && type_ != OutputType::Static) {
+        throw VeskException(fmt::format(
+            "There is nothing to make '{}' of: C_FILES, CPP_FILES, ASM_FILES and OBJ_FILES name no "
+            "file.",
+            product.name));
+    }
+    Recipe recipe;
+    recipe.stage = 1;
+    recipe.searchDirectories = style_.searchDirectories();
+    addInputs(recipe, "OBJECTS", objects_);
+    addInput(recipe, "program", program);
+    return recipe;
+}
+
+void GnuStyleBuild::finishProduct(Recipe recipe, const CommandText& command,
+                                  const Product& product) {
+    const std::string stem =
+        paths_.objectDirectory() + product.path.substr(product.path.rfind('/'));
+    command.finish(recipe, platform::pathFromUtf8(stem), paths_.inCommand(stem));
+    const Assignment output =
+        resolvedAssignment("OUTPUT", pathValue(product.path), AssignModifier::Output);
+    recipe.outputs.push_back(output);
+    outputs.push_back(output);
+    if (!product.importLibrary.empty()) {
+        recipe.outputs.push_back(resolvedAssignment("LIBRARY", pathValue(product.importLibrary),
+                                                    AssignModifier::Output));
+    }
+    recipes.push_back(std::move(recipe));
+}
+
+bool GnuStyleBuild::linksCpp() const {
+    const bool asked = equalsIgnoringCase(target_.textOf("LINK_LANGUAGE").value_or(""), kCpp);
+    return asked || driver_ == Language::Cpp ||
+           std::ranges::any_of(
+               sources_, [](const SourceFile& source) { return source.language == Language::Cpp; });
+}
+
+void GnuStyleBuild::link() {
+    const Product product = productOf();
+    const std::string program =
+        style_.program(linksCpp() ? GnuProgram::CppCompiler : GnuProgram::CCompiler);
+    Recipe recipe = productRecipe(product, program);
+
+    CommandText command;
+    command.add(nativePath(program));
+    command.add({}, style_.compilerOptions());
+    command.add({}, style_.linkerOptions());
+    if (hasEntries(target_, "LINKER")) {
+        command.add("-fuse-ld=", *target_.textOf("LINKER"));
+    }
+    addFlags(command, target_, "FLAGS");
+    addSharedOptions(command, product);
+    command.add("-o");
+    command.add(product.name);
+    command.allowResponseFile();
+    command.add({}, paths_.inCommand(objects_));
+    addScript(command, recipe);
+    addRunPaths(command, product);
+    addLibraries(command);
+
+    addInputs(recipe, "LIB_FILES", libraries_);
+    addInputs(
+        recipe, "LIBS",
+        librariesIn(paths_.absolute(entriesOf(target_, "LIB_DIRS")), entriesOf(target_, "LIBS")));
+    finishProduct(std::move(recipe), command, product);
+    if (type_ == OutputType::Shared) {
+        addLibraryOutputs(product);
+    }
+}
+
+/// With the linker itself, for scripts and for objects that are linked again later.
+void GnuStyleBuild::linkByHand() {
+    const Product product = productOf();
+    const std::string program = style_.program(GnuProgram::Linker);
+    Recipe recipe = productRecipe(product, program);
+    CommandText command;
+    command.add(nativePath(program));
+    if (type_ == OutputType::Relocatable) {
+        command.add("-r");
+    } else if (type_ == OutputType::Shared) {
+        command.add("-shared");
+    }
+    command.add("-o");
+    command.add(product.name);
+    command.allowResponseFile();
+    addScript(command, recipe);
+    command.add({}, paths_.inCommand(objects_));
+    addLibraries(command);
+    addInputs(recipe, "LIB_FILES", libraries_);
+    finishProduct(std::move(recipe), command, product);
+    if (type_ == OutputType::Relocatable) {
+        passOn(outputs, "OBJ_FILES", pathValues({product.path}));
+    }
+}
+
+void GnuStyleBuild::archive() {
+    const Product product = productOf();
+    const std::string program = style_.program(GnuProgram::Archiver);
+    Recipe recipe = productRecipe(product, program);
+    // An archiver adds to an archive that is there; members whose sources are gone would stay.
+    recipe.replacesOutputs = true;
+    recipe.tellsAll = true;  // libraries that the target uses are not put into its own
+    CommandText command;
+    command.add(nativePath(program));
+    command.add("rcs");
+    addFlags(command, target_, "AR_FLAGS");
+    command.add(product.name);
+    command.allowResponseFile();
+    command.add({}, paths_.inCommand(objects_));
+    finishProduct(std::move(recipe), command, product);
+    addLibraryOutputs(product);
+}
+
+void GnuStyleBuild::copyObject() {
+    const std::vector<std::string> inputs = paths_.files("OBJCOPY_INPUT");
+    if (inputs.size() != 1) {
+        throw VeskException(
+            fmt::format("OBJCOPY_INPUT must name one file; it names {}.", inputs.size()));
+    }
+    const std::string format = target_.textOf("OBJCOPY_FORMAT").value_or("");
+    const std::string name = outputNameOf(target_);
+    const std::string ending = hasEnding(name) ? "" : endingOf(format);
+    Product product;
+    product.path = paths_.inOutputDirectory(name + ending);
+    product.name = paths_.inCommand(product.path);
+    if (product.path == inputs.front()) {
+        throw VeskException(fmt::format(
+            "'{}' would be overwritten by what is made of it. Give OUTPUT_NAME another name.",
+            product.name));
+    }
+    const std::string program = style_.program(GnuProgram::ObjectCopier);
+    CommandText command;
+    command.add(nativePath(program));
+    if (!format.empty()) {
+        command.add("-O");
+        command.add(format);
+    }
+    for (const std::string& section : entriesOf(target_, "OBJCOPY_SECTIONS")) {
+        command.add("-j");
+        command.add(section);
+    }
+    addFlags(command, target_, "OBJCOPY_FLAGS");
+    command.add(paths_.inCommand(inputs.front()));
+    command.add(product.name);
+    objects_ = inputs;
+    finishProduct(productRecipe(product, program), command, product);
+}
+
+/// Named by its file alone: a program that was linked with it by a path would look for that path.
+void GnuStyleBuild::addSharedOptions(CommandText& command, const Product& product) const {
+    if (type_ != OutputType::Shared) {
+        return;
+    }
+    command.add("-shared");
+    const std::string file = product.path.substr(product.path.rfind('/') + 1);
+    if (!product.importLibrary.empty()) {
+        command.add("-Wl,--out-implib,", paths_.inCommand(product.importLibrary));
+    } else if (isAppleTriple(style_.triple())) {
+        command.add("-Wl,-install_name,@rpath/", file);
+    } else {
+        command.add("-Wl,-soname,", file);
+    }
+}
+
+/// So that what was built runs where it was built, and anywhere else with the same folders.
+void GnuStyleBuild::addRunPaths(CommandText& command, const Product& product) const {
+    if (isWindowsTriple(style_.triple())) {
+        return;
+    }
+    const char* origin = isAppleTriple(style_.triple()) ? "@loader_path" : "$ORIGIN";
+    command.add("-Wl,-rpath,", runPaths(libraries_, folderOf(product.path), origin, paths_));
+}
+
+void GnuStyleBuild::addLibraries(CommandText& command) const {
+    command.add({}, paths_.inCommand(libraries_));
+    addFlags(command, target_, "LINK_FLAGS");
+    command.add("-L", paths_.inCommand(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
+    command.add({}, libraryOptions(atLastPlace(entriesOf(target_, "LIBS"))));
+}
+
+void GnuStyleBuild::addScript(CommandText& command, Recipe& recipe) const {
+    for (const std::string& script : paths_.files("LINKER_SCRIPT")) {
+        command.add("-T");
+        command.add(paths_.inCommand(script));
+        addInput(recipe, "LINKER_SCRIPT", script);
+    }
+    for (const std::string& definitions : paths_.files("DEF_FILE")) {
+        command.add(paths_.inCommand(definitions));
+        addInput(recipe, "DEF_FILE", definitions);
+    }
+}
+
+/// What dependants need to link with this target: the library in front of those that it needs.
+void GnuStyleBuild::addLibraryOutputs(const Product& product) {
+    std::vector<std::string> files;
+    const std::string& library =
+        product.importLibrary.empty() ? product.path : product.importLibrary;
+    if (!library.empty()) {
+        files.push_back(library);
+        outputs.push_back(
+            resolvedAssignment("LIBRARY", pathValue(library), AssignModifier::Output));
+    }
+    const bool linked = type_ == OutputType::Shared;
+    for (const std::string& each : libraries_) {
+        if (!linked || isSharedLibrary(each)) {
+            files.push_back(each);
+        }
+    }
+    passOn(outputs, "LIB_FILES", pathValues(files));
+    if (linked) {
+        return;
+    }
+    passOn(outputs, "LIBS", textValues(atLastPlace(entriesOf(target_, "LIBS"))));
+    passOn(outputs, "LIB_DIRS", pathValues(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
+    if (linksCpp()) {
+        outputs.push_back(resolvedAssignment("LINK_LANGUAGE", std::make_shared<VeskRawString>(kCpp),
+                                             AssignModifier::Output));
+    }
+}
+
+}  // namespace Vesk

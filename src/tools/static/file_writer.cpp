@@ -1,0 +1,165 @@
+#include "tools/static/file_writer.h"
+
+#include <fmt/format.h>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "base/exception.h"
+#include "platform/files.h"
+#include "tools/support/parent_directory.h"
+#include "types/context_value.h"
+#include "types/list_value.h"
+#include "types/string_values.h"
+
+namespace Vesk {
+
+namespace {
+
+constexpr const char* kFileName = "FILENAME";
+constexpr const char* kText = "TEXT";
+constexpr const char* kSeparator = "SEPARATOR";
+constexpr const char* kMode = "MODE";
+
+const AssignmentMap& wantsTable() {
+    static const AssignmentMap table = makeTable({{kSeparator, "\n"}, {kMode, "create"}});
+    return table;
+}
+
+const AssignmentMap& needsTable() {
+    static const AssignmentMap table = makeTable({{kFileName}, {kText}});
+    return table;
+}
+
+std::string serializedItem(const ValuePtr& item) {
+    if (!item) {
+        throw VeskException("File writer cannot serialize an empty list item.");
+    }
+    const bool isContext = valueAs<VeskContext>(item.get()) != nullptr;
+    return isContext ? item->toDisplayString() : item->toString();
+}
+
+std::string serialized(const ValuePtr& value, std::string_view separator) {
+    if (const auto* list = valueAs<VeskList>(value.get())) {
+        std::string text;
+        for (std::size_t i = 0; i < list->items.size(); ++i) {
+            text += i == 0 ? std::string_view() : separator;
+            text += serializedItem(list->items[i]);
+        }
+        return text;
+    }
+    const bool isString = valueAs<VeskBaseString>(value.get()) != nullptr;
+    const bool isContext = valueAs<VeskContext>(value.get()) != nullptr;
+    if (!isString && !isContext) {
+        throw VeskException("File writer variable 'TEXT' must be a string, list, or context.");
+    }
+    return serializedItem(value);
+}
+
+/// The path as the target gives it: absolute when it is a path value, else relative to the current
+/// directory.
+std::filesystem::path fileOf(const Context& target) {
+    const Assignment* assignment = target.find(kFileName);
+    const auto* name =
+        assignment == nullptr ? nullptr : valueAs<VeskBaseString>(assignment->value.get());
+    if (name == nullptr) {
+        throw VeskException(
+            fmt::format("File writer variable '{}' must be a string or path.", kFileName));
+    }
+    return platform::pathFromUtf8(name->toString());
+}
+
+void requireParentDirectory(const std::filesystem::path& file) {
+    const std::filesystem::path parent = parentDirectory(file);
+    if (!parent.empty() && !platform::isFolder(parent)) {
+        throw VeskException(fmt::format("File writer parent directory does not exist: '{}'.",
+                                        platform::pathToUtf8(parent)));
+    }
+}
+
+// In two steps, because the two failures have messages of their own.
+void writeFile(const std::filesystem::path& file, std::string_view text, bool append) {
+    platform::FileWriter writer(file, append ? platform::Append::yes : platform::Append::no);
+    if (!writer.isOpen()) {
+        throw VeskException(fmt::format("File writer could not open '{}' for writing. {}.",
+                                        platform::pathToUtf8(file), writer.error().message()));
+    }
+    if (!writer.write(text) || !writer.close()) {
+        throw VeskException(fmt::format("File writer could not write to '{}'. {}.",
+                                        platform::pathToUtf8(file), writer.error().message()));
+    }
+}
+
+}  // namespace
+
+const ToolTypeRegistration RegisterFileWriterMatcher("file_writer",
+                                                     matcherFactory<FileWriterMatcher>());
+
+FileWriterMatcher::FileWriterMatcher(const CiString& name, const AssignmentMap& must,
+                                     const AssignmentMap& others)
+    : Matcher(name, "file_writer", wantsTable(), needsTable(), must, others) {}
+
+std::unique_ptr<Matcher> FileWriterMatcher::clone() const {
+    return std::make_unique<FileWriterMatcher>(*this);
+}
+
+std::shared_ptr<Builder> FileWriterMatcher::createBuilder(const Context&) const {
+    return std::make_shared<FileWriterBuilder>(wants());
+}
+
+MatchResult FileWriterMatcher::matchTool(const Context& target) const {
+    const bool asked =
+        target.find("FILE_WRITER") != nullptr || target.find("WRITE_FILE") != nullptr;
+    return {{{kFileName, MatchKind::ExactMatch}, {kText, MatchKind::ExactMatch}},
+            asked ? MatchNote::BuildPossible : MatchNote::BuildImpossible};
+}
+
+FileWriterBuilder::FileWriterBuilder(const AssignmentMap& settings)
+    : Builder(needsTable(), settings) {}
+
+std::shared_ptr<Context> FileWriterBuilder::complete(TargetContext& target, int) {
+    const std::string text = textOf(target);
+    const bool append = appends(target);
+    const std::filesystem::path file = fileOf(target);
+    requireParentDirectory(file);
+    writeFile(file, text, append);
+    return std::make_shared<Context>();
+}
+
+RecipeSet FileWriterBuilder::createRecipes(TargetContext& target) {
+    RecipeSet set;
+    set.assignments.push_back(resolvedAssignment(
+        kText, std::make_shared<VeskRawString>(textOf(target)), AssignModifier::Output));
+
+    const std::filesystem::path file = fileOf(target);
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(file, error);
+    const std::string path = platform::pathToUtf8(error ? file : absolute);
+    set.assignments.push_back(
+        resolvedAssignment("FILE", std::make_shared<VeskPathString>(path, std::filesystem::path()),
+                           AssignModifier::Output));
+    set.ok = true;
+    return set;
+}
+
+std::string FileWriterBuilder::textOf(const Context& target) const {
+    const ValuePtr separator = settingOr(target, kSeparator);
+    const Assignment* text = target.find(kText);
+    return serialized(text == nullptr ? nullptr : text->value,
+                      separator ? separator->toString() : std::string("\n"));
+}
+
+bool FileWriterBuilder::appends(const Context& target) const {
+    const ValuePtr value = settingOr(target, kMode);
+    const std::string mode = value ? value->toString() : std::string("create");
+    if (equalsIgnoringCase(mode, "append")) {
+        return true;
+    }
+    if (!equalsIgnoringCase(mode, "create")) {
+        throw VeskException(fmt::format(
+            "File writer variable 'MODE' must be either 'create' or 'append', got '{}'.", mode));
+    }
+    return false;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,48 @@
+#include "tools/static/no_tool.h"
+
+namespace Vesk {
+
+namespace {
+
+constexpr const char* kVariable = "NO_TOOL";
+
+const AssignmentMap& needsTable() {
+    static const AssignmentMap table = makeTable({{kVariable}});
+    return table;
+}
+
+}  // namespace
+
+const ToolTypeRegistration RegisterNoToolMatcher("no_tool", matcherFactory<NoToolMatcher>());
+
+NoToolMatcher::NoToolMatcher(const CiString& name, const AssignmentMap& must,
+                             const AssignmentMap& others)
+    : Matcher(name, "no_tool", {}, needsTable(), must, others) {}
+
+std::unique_ptr<Matcher> NoToolMatcher::clone() const {
+    return std::make_unique<NoToolMatcher>(*this);
+}
+
+std::shared_ptr<Builder> NoToolMatcher::createBuilder(const Context&) const {
+    return std::make_shared<NoToolBuilder>();
+}
+
+// A declaration may satisfy the need for NO_TOOL; the target must say it all the same.
+MatchResult NoToolMatcher::matchTool(const Context& target) const {
+    if (target.find(kVariable) == nullptr) {
+        return {};
+    }
+    return {{{kVariable, MatchKind::ExactMatch}}, MatchNote::BuildPossible};
+}
+
+NoToolBuilder::NoToolBuilder() : Builder(needsTable()) {}
+
+std::shared_ptr<Context> NoToolBuilder::complete(TargetContext&, int) {
+    return std::make_shared<Context>();
+}
+
+RecipeSet NoToolBuilder::createRecipes(TargetContext&) {
+    return {{}, {}, true};
+}
+
+}  // namespace Vesk

@@ -1,0 +1,39 @@
+#include "tools/static/powershell_tool.h"
+
+#include "tools/static/basic_tool.h"
+
+namespace Vesk {
+
+namespace {
+
+const AssignmentMap& wantsTable() {
+    static const AssignmentMap table = makeTable({{"cwd"}});
+    return table;
+}
+
+const AssignmentMap& needsTable() {
+    static const AssignmentMap table = makeTable({{"pwsh"}});
+    return table;
+}
+
+}  // namespace
+
+const ToolTypeRegistration RegisterPowerShellMatcher("pwsh", matcherFactory<PowerShellMatcher>());
+
+PowerShellMatcher::PowerShellMatcher(const CiString& name, const AssignmentMap& must,
+                                     const AssignmentMap& others)
+    : Matcher(name, "pwsh", wantsTable(), needsTable(), must, others) {}
+
+std::unique_ptr<Matcher> PowerShellMatcher::clone() const {
+    return std::make_unique<PowerShellMatcher>(*this);
+}
+
+std::shared_ptr<Builder> PowerShellMatcher::createBuilder(const Context&) const {
+    return std::make_shared<BasicBuilder>("pwsh", shell::kPowershell);
+}
+
+MatchResult PowerShellMatcher::matchTool(const Context&) const {
+    return {{}, MatchNote::BuildPossible};
+}
+
+}  // namespace Vesk

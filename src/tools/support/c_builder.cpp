@@ -1,0 +1,113 @@
+#include "tools/support/c_builder.h"
+
+#include <set>
+
+#include "platform/files.h"
+#include "types/simple_values.h"
+
+namespace Vesk {
+
+namespace {
+
+/// What says how to link with a target: only its builder knows whether that reaches dependants. An
+/// executable that links a library is nothing that a dependant links.
+const std::set<CiString, CiLess>& builderOutputs() {
+    static const std::set<CiString, CiLess> names = {
+        "OBJECTS",  "DEPFILES",      "OUTPUT",   "LIBRARY",   "LIB_FILES", "OBJ_FILES",
+        "PDB_FILE", "LINK_LANGUAGE", "CAT_FILE", "RES_FILES", "MC_HEADERS"};
+    return names;
+}
+
+}  // namespace
+
+void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& outputs) {
+    std::set<CiString, CiLess> given;
+    for (const Assignment& output : outputs) {
+        given.insert(output.name);
+    }
+    for (const auto& [name, assignment] : target.assignments()) {
+        if (assignment.modifier == AssignModifier::Output && given.count(name) == 0 &&
+            builderOutputs().count(name) == 0) {
+            outputs.push_back(assignment);
+        }
+    }
+}
+
+BuildEnvSettings environmentSettings(const TargetContext& target) {
+    BuildEnvSettings settings;
+    settings.projectRoot = platform::pathFromUtf8(target.textOf("PROJECT_ROOT").value_or(""));
+    settings.outputName = target.textOf("OUTPUT_NAME").value_or("");
+    settings.outputDir = target.textOf("OUTPUT_DIR").value_or("");
+    settings.outputDefDir = target.textOf("OUTPUT_DEF_DIR").value_or("");
+    settings.profile = target.textOf("PROFILE").value_or("");
+    return settings;
+}
+
+CBuilder::CBuilder(std::string name, AssignmentMap subjects)
+    : Builder(std::move(subjects)), name_(std::move(name)) {}
+
+RecipeSet CBuilder::createRecipes(TargetContext& target) {
+    const BuildEnv environment(environmentSettings(target));
+    RecipeSet set;
+    std::tie(set.recipes, set.assignments) = doCreateRecipes(target, environment);
+    for (Recipe& recipe : set.recipes) {
+        recipe.workingDirectory = environment.settings().projectRoot;
+    }
+    addDeclaredOutputs(target, set.assignments);
+    set.ok = true;
+    postProcess(target, environment, set);
+    return set;
+}
+
+void CBuilder::postProcess(TargetContext&, const BuildEnv&, RecipeSet&) const {}
+
+std::shared_ptr<Context> CBuilder::complete(TargetContext&, int exitCode) {
+    auto results = std::make_shared<Context>();
+    results->addAssignment(
+        resolvedAssignment("result", std::make_shared<VeskInt>(exitCode), AssignModifier::Output),
+        ModifierMode::Copy);
+    return results;
+}
+
+AssignmentMap cFamilySubjects() {
+    static const AssignmentMap table = makeTable({
+        {"C_FILES"},
+        {"CPP_FILES"},
+        {"ASM_FILES"},
+        {"EXCLUDE_FILES"},
+        {"OBJ_FILES"},
+        {"LIB_FILES"},
+        {"C_FLAGS"},
+        {"CPP_FLAGS"},
+        {"ASM_FLAGS"},
+        {"FLAGS"},
+        {"DEFINES"},
+        {"INCLUDE_DIRS"},
+        {"SYSTEM_INCLUDE_DIRS"},
+        {"LIB_DIRS"},
+        {"LIBS"},
+        {"LINK_FLAGS"},
+        {"AR_FLAGS"},
+        {"OUTPUT_NAME"},
+        {"OUTPUT_TYPE"},
+        {"LAUNCHER"},
+        {"LINKER"},
+        {"LINKER_SCRIPT"},
+        {"LINK_LANGUAGE"},
+        {"DEF_FILE"},
+        {"SYSROOT"},
+        {"TARGET_TRIPLE"},
+    });
+    return table;
+}
+
+AssignmentMap objectCopySubjects() {
+    static const AssignmentMap table = makeTable({{"OBJCOPY_INPUT"},
+                                                  {"OBJCOPY_FORMAT"},
+                                                  {"OBJCOPY_SECTIONS"},
+                                                  {"OBJCOPY_FLAGS"},
+                                                  {"OUTPUT_NAME"}});
+    return table;
+}
+
+}  // namespace Vesk

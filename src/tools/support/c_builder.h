@@ -1,0 +1,56 @@
+// What all builders of the C family have in common.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "run/build_env.h"
+#include "tools/builder.h"
+
+namespace Vesk {
+
+/// Sources become objects in a first stage, a recipe for each, and objects a product in a second.
+/// Commands run in the project's root and name files from there.
+class CBuilder : public Builder {
+  public:
+    std::string name() const override { return name_; }
+
+    /// `doCreateRecipes`, then the variables that say where commands run and outputs go, then
+    /// `postProcess`. Starts no process, reads no file but resource scripts, and looks into folders
+    /// for patterns only.
+    RecipeSet createRecipes(TargetContext& target) final;
+
+    /// The exit code as the output "result".
+    std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
+
+  protected:
+    using Created = std::pair<std::vector<Recipe>, std::vector<Assignment>>;
+
+    CBuilder(std::string name, AssignmentMap subjects);
+
+    /// The recipes, and the outputs of the builder's own making; those that the target declares
+    /// are added. Throws VeskException for a target that cannot be built as it is written.
+    virtual Created doCreateRecipes(TargetContext& target, const BuildEnv& environment) const = 0;
+
+    /// A last change, for the tools that need one.
+    virtual void postProcess(TargetContext& target, const BuildEnv& environment,
+                             RecipeSet& set) const;
+
+  private:
+    std::string name_;
+};
+
+/// What a target's context says about where its results go.
+BuildEnvSettings environmentSettings(const TargetContext& target);
+
+/// Adds the outputs that the target declares itself to those of its builder's making.
+void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& outputs);
+
+/// The variables that every builder of compiled programs consumes.
+AssignmentMap cFamilySubjects();
+
+/// Those of a builder that copies an object.
+AssignmentMap objectCopySubjects();
+
+}  // namespace Vesk

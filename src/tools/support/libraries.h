@@ -1,0 +1,30 @@
+// The libraries that a program is linked with.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/support/target_paths.h"
+
+namespace Vesk {
+
+/// Each name once, at its last place: a library must follow all that need it, and lists in which
+/// that is so can then be strung together.
+std::vector<std::string> atLastPlace(std::vector<std::string> names);
+
+bool isSharedLibrary(std::string_view file) noexcept;
+
+/// The libraries of the names in LIBS that lie in one of the folders: what the linker will take
+/// there, so that a change of it is noticed. Others belong to the system.
+std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
+                                     const std::vector<std::string>& names);
+
+/// Where a product in `folder` looks for the shared libraries among `libraries` when it runs: as
+/// seen from the product, `origin`, for those of the project, by their paths for others. Without
+/// the folders of the system.
+std::vector<std::string> runPaths(const std::vector<std::string>& libraries,
+                                  const std::string& folder, const std::string& origin,
+                                  const TargetPaths& paths);
+
+}  // namespace Vesk

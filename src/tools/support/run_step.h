@@ -1,0 +1,21 @@
+// Steps of a recipe that does its work in vesk's own process.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "run/recipe.h"
+
+namespace Vesk {
+
+/// Runs the command of the recipe, and nothing else of it. Throws VeskException when it fails.
+void runOrThrow(const Recipe& recipe);
+
+/// Makes an empty folder, whatever was there. Throws VeskException.
+void renewFolder(const std::filesystem::path& folder);
+
+/// Writes a file with arguments for a command. Throws VeskException.
+void writeArguments(const std::string& file, std::string_view text);
+
+}  // namespace Vesk
