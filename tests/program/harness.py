@@ -13,11 +13,13 @@ import signal
 import subprocess
 import tempfile
 import textwrap
+import time
 import unittest
 from dataclasses import dataclass, field
 from pathlib import Path
 
-TIMEOUT = 120
+# Seconds. What takes longer hangs: no test depends on what is quicker.
+HANGS = 600
 ESCAPE = re.compile(r"\x1b\[[0-9;]*m")
 # The emulator sets these itself when it starts a program.
 EMULATORS_OWN = {"APPDATA", "LOCALAPPDATA", "USERPROFILE", "COMSPEC", "PATH", "TEMP", "HOME",
@@ -69,6 +71,14 @@ def dedented(text):
 def on_system(path):
     """A path as the tested program names it."""
     return "Z:" + str(path).replace("/", "\\") if SETTINGS.windows else str(path)
+
+
+def wait_until(condition):
+    limit = time.monotonic() + HANGS
+    while not condition():
+        if time.monotonic() > limit:
+            raise AssertionError(f"it did not happen within {HANGS} seconds")
+        time.sleep(0.005)
 
 
 def pattern_of(expected):
@@ -163,11 +173,11 @@ class ProgramTest(unittest.TestCase):
         stderr = subprocess.STDOUT if merged else subprocess.PIPE
         process = self.start(*arguments, env=env, cwd=cwd, stderr=stderr)
         try:
-            out, err = process.communicate(timeout=TIMEOUT)
+            out, err = process.communicate(timeout=HANGS)
         except subprocess.TimeoutExpired:
             process.kill()
             process.communicate()
-            self.fail(f"vesk {' '.join(arguments)} did not end within {TIMEOUT} seconds")
+            self.fail(f"vesk {' '.join(arguments)} did not end within {HANGS} seconds")
         return Result(process.returncode, self.plain(out, colours), self.plain(err, colours))
 
     def plain(self, output, colours=False):

@@ -1,16 +1,19 @@
 #!/usr/bin/env python3
 """Tests the finished vesk.
 
-    run_program_tests.py --vesk PROGRAM --children DIRECTORY [--wine SCRIPT PREFIX] [PATTERN...]
+    run_program_tests.py --vesk PROGRAM --children DIRECTORY [--wine SCRIPT PREFIX] [--jobs NUMBER]
+                         [PATTERN...]
 
 --children names the directory with the programs that the tests' commands run, as the build made
 them; --wine runs a Windows program with scripts/run-in-wine. A pattern selects the tests that have
-it in their name. The last line reads "N passed, N failed, N skipped".
+it in their name. The slowest tests are named; the last line reads "N passed, N failed, N skipped".
 """
 
 import argparse
+import os
 import signal
 import sys
+import time
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
@@ -26,7 +29,8 @@ def parse_arguments():
     parser.add_argument("--vesk", type=Path, required=True)
     parser.add_argument("--children", type=Path, required=True)
     parser.add_argument("--wine", nargs=2, metavar=("SCRIPT", "PREFIX"))
-    parser.add_argument("--jobs", type=int, default=2)
+    # Tests wait for processes much of the time.
+    parser.add_argument("--jobs", type=int, default=2 * os.cpu_count())
     parser.add_argument("patterns", nargs="*")
     return parser.parse_args()
 
@@ -44,23 +48,35 @@ def selected(patterns):
     return [test for test in tests if not patterns or any(p in test.id() for p in patterns)]
 
 
+SLOWEST = 30  # tests that are named
+
 # Now and then, on a busy machine, the emulator fails to start a process and says this; Windows
 # itself has no such failure. A fault of vesk's own shows again in the second run.
 EMULATOR_FAULT = "Internal error (code 1359)"
 
 
 def run_one(test):
+    """The result of a test, and the seconds it took."""
+    started = time.monotonic()
     result = unittest.TestResult()
     test.run(result)
     if SETTINGS.wine and any(EMULATOR_FAULT in trace for _, trace in result.failures):
         print(f"again {test.id()}: the emulator could not start a process", flush=True)
         result = unittest.TestResult()
         test.run(result)
-    return result
+    return result, time.monotonic() - started
 
 
 def runs_alone(test):
     return hasattr(getattr(test, test._testMethodName, None), "alone")
+
+
+def run_all(tests, jobs):
+    together = [test for test in tests if not runs_alone(test)]
+    with ThreadPoolExecutor(jobs) as pool:
+        yield from zip(together, pool.map(run_one, together))
+    for test in filter(runs_alone, tests):
+        yield test, run_one(test)
 
 
 def report(test, result):
@@ -86,12 +102,12 @@ def main():
     signal.signal(signal.SIGHUP, signal.SIG_DFL)
     tests = selected(arguments.patterns)
     counts = {"passed": 0, "failed": 0, "skipped": 0}
-    together = [test for test in tests if not runs_alone(test)]
-    with ThreadPoolExecutor(arguments.jobs) as pool:
-        for test, result in zip(together, pool.map(run_one, together)):
-            counts[report(test, result)] += 1
-    for test in filter(runs_alone, tests):
-        counts[report(test, run_one(test))] += 1
+    times = []
+    for test, (result, seconds) in run_all(tests, arguments.jobs):
+        counts[report(test, result)] += 1
+        times.append((seconds, test.id()))
+    for seconds, name in sorted(times, reverse=True)[:SLOWEST]:
+        print(f"{seconds:6.1f} s  {name}")
     print(", ".join(f"{count} {what}" for what, count in counts.items()))
     return 0 if counts["failed"] == 0 and counts["passed"] > 0 else 1
 

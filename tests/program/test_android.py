@@ -10,7 +10,7 @@ import threading
 import zipfile
 from pathlib import Path
 
-from harness import SETTINGS, on_system, posix_only
+from harness import HANGS, SETTINGS, on_system, posix_only
 from test_toolchains import EXAMPLES, ToolchainTest, needs
 
 DEBIAN = Path("/usr/lib/android-sdk/build-tools/debian")
@@ -56,14 +56,14 @@ def android_jar():
         for command in (["compile", "--dir", "res", "-o", "res.zip"],
                         ["link", "-x", "--manifest", "AndroidManifest.xml", "-o", "android.jar",
                          "res.zip"]):
-            subprocess.run(["aapt2", *command], cwd=base, check=True, timeout=60)
+            subprocess.run(["aapt2", *command], cwd=base, check=True, timeout=HANGS)
         return (base / "android.jar").read_bytes()
 
 
 @once
 def d8_jar():
     with tempfile.TemporaryDirectory() as name:
-        subprocess.run(["javac", "-d", name, CHILDREN / "D8.java"], check=True, timeout=100)
+        subprocess.run(["javac", "-d", name, CHILDREN / "D8.java"], check=True, timeout=HANGS)
         archive = Path(name) / "d8.jar"
         with zipfile.ZipFile(archive, "w") as jar:
             for file in Path(name).rglob("*.class"):
@@ -136,7 +136,7 @@ class AndroidTest(ToolchainTest):
 
     def asked(self, *command):
         return subprocess.run(command, cwd=self.dir, capture_output=True, text=True, check=True,
-                              timeout=100).stdout
+                              timeout=HANGS).stdout
 
     def signer(self, package="out/app.apk"):
         """The certificate's owner, after the signer's own check."""
@@ -297,7 +297,7 @@ class Keys(AndroidTest):
         subprocess.run(["keytool", "-genkeypair", "-keystore", self.dir / store, "-storepass",
                         passwords[0], "-keypass", passwords[0], "-alias", "release", "-keyalg",
                         "RSA", "-dname", f"CN={owner}"], check=True, capture_output=True,
-                       timeout=100)
+                       timeout=HANGS)
 
     def test_release_key(self):
         self.remembers = True
@@ -346,7 +346,7 @@ class Keys(AndroidTest):
         builds = [self.start(env=self.env, cwd=folder, stderr=subprocess.STDOUT)
                   for folder in folders]
         for build in builds:
-            out, _ = build.communicate(timeout=100)
+            out, _ = build.communicate(timeout=HANGS)
             self.assertEqual(build.returncode, 0, out)
         told = {self.asked("apksigner", "verify", "--print-certs", str(folder / "out/app.apk"))
                 for folder in folders}

@@ -5,7 +5,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from harness import SETTINGS, on_system
+from harness import HANGS, SETTINGS, on_system
 from test_toolchains import EXAMPLES, NATIVE, ToolchainTest
 
 STAND_IN = Path(__file__).parent / "children/c3c.py"
@@ -43,7 +43,7 @@ class C3(ToolchainTest):
 
     def status_of(self, program):
         program = f"{program}.exe" if SETTINGS.windows else program
-        return subprocess.run([*SETTINGS.wine, self.dir / program], timeout=100).returncode
+        return subprocess.run([*SETTINGS.wine, self.dir / program], timeout=HANGS).returncode
 
     def commands(self, out):
         return [line.split("c3c", 1)[1].replace(".exe", "").lstrip('"\' ')

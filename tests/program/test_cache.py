@@ -6,7 +6,7 @@ import shutil
 import signal
 import time
 
-from harness import ProgramTest, SETTINGS, on_system, posix_only
+from harness import HANGS, ProgramTest, SETTINGS, on_system, posix_only
 
 UNIT = """
     unit main
@@ -220,7 +220,7 @@ class TwoAtOnce(Cached):
             waiting += line
         (self.dir / "go").write_text("")
         self.assertEqual(first.communicate()[1], b"")
-        out = self.plain(second.communicate(timeout=60)[0])
+        out = self.plain(second.communicate(timeout=HANGS)[0])
         self.assertIn("Cache hit for 'main::slow'.", out)
         self.assertIn("Cache claimed for 'main::next'.", out)
 

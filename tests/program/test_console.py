@@ -1,6 +1,6 @@
 """What is written where, in which order and colour."""
 
-from harness import ProgramTest, SETTINGS, dedented
+from harness import HANGS, ProgramTest, SETTINGS, dedented
 
 HELLO = """
     hello: { cmdline = "child print hello" }
@@ -111,7 +111,7 @@ class ClosedStreams(ProgramTest):
         process = self.start("-v", "0")
         process.stdout.close()
         process.stderr.read()
-        process.wait(60)
+        process.wait(HANGS)
         self.assertEqual(self.files(), ["one", "two", "vesk.txt"])
         self.assertEqual(process.returncode, 0)
         process.stderr.close()

@@ -3,7 +3,7 @@
 import os
 import shutil
 
-from harness import ProgramTest, SETTINGS, TIMEOUT, posix_only
+from harness import HANGS, ProgramTest, SETTINGS, posix_only
 
 
 class Names(ProgramTest):
@@ -122,6 +122,6 @@ directory with --create-project
             options = {"executable": program, "user": "nobody", "group": "nogroup",
                        "extra_groups": []}
         process = self.start("-v", "6", **options)
-        out, err = process.communicate(timeout=TIMEOUT)
+        out, err = process.communicate(timeout=HANGS)
         self.assertEqual((process.returncode, out), (1, b""))
         self.assertRegex(err.decode(), r"Unable to open file! '.*vesk\.txt': Permission denied\.")

@@ -8,18 +8,11 @@ import subprocess
 import termios
 import time
 
-from harness import SETTINGS, ProgramTest, dedented, on_system, posix_only, windows_only
+from harness import (HANGS, SETTINGS, ProgramTest, dedented, on_system, posix_only, wait_until,
+                     windows_only)
 
 CTRL_C = b"\x03"
 ENDED_BY_CTRL_C = 0xC000013A  # the exit code of a Windows process
-
-
-def wait_until(condition):
-    limit = time.monotonic() + 60
-    while not condition():
-        if time.monotonic() > limit:
-            raise AssertionError("it did not happen within a minute")
-        time.sleep(0.005)
 
 
 class Parallel(ProgramTest):
@@ -73,7 +66,7 @@ class InterruptedBuild(ProgramTest):
         return found.stdout.split()
 
     def expect_interrupted(self, process, status):
-        output = self.plain(process.communicate(timeout=60)[0])
+        output = self.plain(process.communicate(timeout=HANGS)[0])
         self.assertEqual(process.returncode, status, output)
         self.assertTrue(output.endswith("Interrupted.\n"), output)
         self.assertNotIn("never", self.files())

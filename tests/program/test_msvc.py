@@ -8,7 +8,7 @@ import subprocess
 import sys
 
 import test_toolchains
-from harness import SETTINGS, alone, on_system, windows_only
+from harness import HANGS, SETTINGS, alone, on_system, windows_only
 from test_toolchains import EXAMPLES, needs
 
 STAND_IN = EXAMPLES.parent / "tests/program/children/msvc/standin.py"
@@ -104,7 +104,7 @@ class MsvcTest(test_toolchains.ToolchainTest):
         """A program is one, and where it can be run gives its status."""
         self.assertEqual((self.dir / name).read_bytes()[:2], b"MZ")
         if SETTINGS.windows:
-            ended = subprocess.run([*SETTINGS.wine, self.dir / name], timeout=100)
+            ended = subprocess.run([*SETTINGS.wine, self.dir / name], timeout=HANGS)
             self.assertEqual(ended.returncode, status)
 
 

@@ -2,7 +2,7 @@
 
 import re
 
-from harness import ProgramTest, TIMEOUT, on_system, posix_only
+from harness import HANGS, ProgramTest, on_system, posix_only
 
 
 class DemoProject(ProgramTest):
@@ -233,7 +233,7 @@ class Registry(SeveralProjects):
             self.project(name, name)
         processes = [self.start("-r", cwd=self.dir / name, env=self.env) for name in names]
         for process in processes:
-            process.communicate(timeout=TIMEOUT)
+            process.communicate(timeout=HANGS)
         self.assertEqual([process.returncode for process in processes], [0] * len(names))
         lines = "".join(f'  {name} "{{DIR}}/{name}"\n' for name in names)
         self.assertEqual(self.registered(), "projects {\n" + lines + "}\n")

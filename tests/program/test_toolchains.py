@@ -7,11 +7,10 @@ import shutil
 import socket
 import subprocess
 import tempfile
-import time
 import unittest
 from pathlib import Path
 
-from harness import ProgramTest, SETTINGS, on_system, posix_only, windows_only
+from harness import HANGS, ProgramTest, SETTINGS, on_system, posix_only, wait_until, windows_only
 
 EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
 CROSS = "x86_64-w64-mingw32"
@@ -75,13 +74,7 @@ class ToolchainTest(ProgramTest):
     def output_of(self, program, *arguments):
         command = [*SETTINGS.wine, self.dir / (program + EXE), *arguments]
         return subprocess.run(command, cwd="/", capture_output=True, text=True, check=True,
-                              timeout=100).stdout
-
-    def wait_for(self, condition):
-        limit = time.monotonic() + 60
-        while not condition():
-            self.assertLess(time.monotonic(), limit)
-            time.sleep(0.02)
+                              timeout=HANGS).stdout
 
     def compiled(self, out):
         """The sources that a run compiled."""
@@ -200,7 +193,7 @@ class Programs(GnuTest):
         self.unit('app: { C_FILES = ["*.c"] }')
         kept = self.dir / ".vesk_cache.snapshot"
         self.build()
-        self.wait_for(lambda: self.build() and kept.exists() and kept.stat().st_size > 0)
+        wait_until(lambda: self.build() and kept.exists() and kept.stat().st_size > 0)
         written = kept.stat().st_mtime_ns
         self.assertEqual(self.compiled(self.build()), [])
         self.assertEqual(kept.stat().st_mtime_ns, written)
@@ -241,7 +234,7 @@ class Programs(GnuTest):
                 ["clangd", f"--check={self.dir / 'ä b/a.c'}", "--log=error",
                  f"--compile-commands-dir={database.parent}"],
                 env={**os.environ, "XDG_CONFIG_HOME": str(self.base), "HOME": str(self.base)},
-                stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=100)
+                stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=HANGS)
             self.assertEqual(clangd.returncode == 0, clangd.stderr == "", clangd.stderr)
             return clangd.stderr
 
@@ -442,6 +435,111 @@ class Choice(ToolchainTest):
         self.assertIn("There is no compiler 'gcc' in '/no/where'", result.err)
 
 
+@posix_only("it names compilers of the system itself")
+class DryRuns(ToolchainTest):
+    """Commands with everything that a target can say, and what it hands on."""
+
+    def told(self, text, *arguments):
+        """What a dry run tells of the target named, programs without their folder."""
+        self.unit(text)
+        out = self.run_vesk("-n", *arguments).out
+        for folder in ("/usr/bin/", "{DIR}/", f"{self.dir}/"):
+            out = out.replace(folder, "")
+        return [line.split("] ", 1)[1] for line in out.splitlines()
+                if line.startswith("[") and not line.endswith(("Visiting target", "Build done"))]
+
+    def test_commands(self):
+        sources = "-Iinclude -I/far -isystem vendor"
+        self.assertEqual(self.told("""
+            all: app so dll lib rel script cpp obj image strip llvm elf { NO_TOOL }
+            app: {
+                C_FILES = ["src/a.c", "b.inc"] CPP_FILES = "x.cpp" ASM_FILES = "s.s t.S"
+                FLAGS = "-g -O2" C_FLAGS = ["-std=c11"] CPP_FLAGS = "-fno-rtti" DEFINES = ["A", "B=1"]
+                INCLUDE_DIRS = ["include", P"(/far)"] SYSTEM_INCLUDE_DIRS = "vendor"
+                LAUNCHER = "ccache" LINK_FLAGS = "-Wl,-s" LIB_DIRS = "lib"
+                LIBS = ["m", "z", "m", "-pthread"] OBJ_FILES = "y.o"
+                LIB_FILES = ["x/liba.a", "x/libb.a", "x/liba.a"]
+            }
+            so: { C_FILES = "a.c" OUTPUT_TYPE = "shared" LIB_FILES = ["out/sub/libx.so", "liby.a"] }
+            dll: {
+                C_FILES = "a.c" OUTPUT_TYPE = "shared" LIB_FILES = ["out/sub/libx.so", "liby.a"]
+                toolchain_target = "windows"
+            }
+            lib: { OBJ_FILES = ["a.o", "b.o"] OUTPUT_TYPE = "static" AR_FLAGS = "D" }
+            rel: { OBJ_FILES = ["a.o", "b.o"] OUTPUT_TYPE = "relocatable" }
+            script: { OBJ_FILES = "a.o" LINKER_SCRIPT = "x.ld" LINK_FLAGS = "-N" }
+            cpp: { C_FILES = "a.c" LINK_LANGUAGE = "c++" SYSROOT = P"(/sys)" LINKER = "gold" }
+            obj: { C_FILES = "a.c" CPP_FILES = [] OUTPUT_TYPE = "Object" }
+            image: { OBJCOPY_INPUT = "a.o" OBJCOPY_FORMAT = "binary" OBJCOPY_SECTIONS = ".text .data" }
+            strip: { OBJCOPY_INPUT = "out/x" OBJCOPY_FLAGS = ["--strip-debug"] }
+            llvm: { C_FILES = "a.c" TARGET_TRIPLE = "x86_64-w64-mingw32" toolchain_name = "clang" }
+            elf: { OBJ_FILES = "a.o" OUTPUT_NAME = "app.elf" }
+            """), [
+            f"ccache gcc -g -O2 -std=c11 -DA -DB=1 {sources} -MMD -MF out/.obj/vesk/app/src/a.c.d"
+            " -c src/a.c -o out/.obj/vesk/app/src/a.c.o",
+            f"ccache gcc -g -O2 -std=c11 -DA -DB=1 {sources} -x c -MMD -MF out/.obj/vesk/app/b.inc.d"
+            " -c b.inc -o out/.obj/vesk/app/b.inc.o",
+            f"ccache g++ -g -O2 -fno-rtti -DA -DB=1 {sources} -MMD -MF out/.obj/vesk/app/x.cpp.d"
+            " -c x.cpp -o out/.obj/vesk/app/x.cpp.o",
+            f"ccache gcc -g -O2 -DA -DB=1 {sources} -c s.s -o out/.obj/vesk/app/s.s.o",
+            f"ccache gcc -g -O2 -DA -DB=1 {sources} -MMD -MF out/.obj/vesk/app/t.S.d"
+            " -c t.S -o out/.obj/vesk/app/t.S.o",
+            "g++ -g -O2 -o out/app out/.obj/vesk/app/src/a.c.o out/.obj/vesk/app/b.inc.o"
+            " out/.obj/vesk/app/x.cpp.o out/.obj/vesk/app/s.s.o out/.obj/vesk/app/t.S.o y.o x/libb.a"
+            " x/liba.a -Wl,-s -Llib -lz -lm -pthread",
+            "gcc -fPIC -MMD -MF out/.obj/vesk/so/a.c.d -c a.c -o out/.obj/vesk/so/a.c.o",
+            "gcc -shared -Wl,-soname,libso.so -o out/libso.so out/.obj/vesk/so/a.c.o"
+            " '-Wl,-rpath,$ORIGIN/sub' out/sub/libx.so liby.a",
+            f"{CROSS}-gcc -MMD -MF out/.obj/vesk/dll/a.c.d -c a.c -o out/.obj/vesk/dll/a.c.o",
+            f"{CROSS}-gcc -shared -Wl,--out-implib,out/libdll.dll.a -o out/dll.dll"
+            " out/.obj/vesk/dll/a.c.o out/sub/libx.so liby.a",
+            "ar rcs D out/liblib.a a.o b.o",
+            "ld -r -o out/rel.o a.o b.o",
+            "ld -o out/script -T x.ld a.o -N",
+            "gcc --sysroot=/sys -MMD -MF out/.obj/vesk/cpp/a.c.d -c a.c -o out/.obj/vesk/cpp/a.c.o",
+            "g++ --sysroot=/sys -fuse-ld=gold -o out/cpp out/.obj/vesk/cpp/a.c.o",
+            "gcc -MMD -MF out/.obj/vesk/obj/a.c.d -c a.c -o out/.obj/vesk/obj/a.c.o",
+            "objcopy -O binary -j .text -j .data a.o out/image.bin",
+            "objcopy --strip-debug out/x out/strip",
+            f"clang --target={CROSS} -MMD -MF out/.obj/vesk/llvm/a.c.d -c a.c"
+            " -o out/.obj/vesk/llvm/a.c.o",
+            f"clang --target={CROSS} -fuse-ld=lld -o out/llvm.exe out/.obj/vesk/llvm/a.c.o",
+            "g++ -o out/app.elf a.o"])
+
+    def test_outputs(self):
+        for body, outputs in (
+                ('CPP_FILES = "a.cpp" OUTPUT_TYPE = "static" LIB_FILES = ["libb.a", "libb.a"]'
+                 ' LIBS = "m" OUTPUT_NAME = "sub/util"',
+                 ['LIB_FILES += [ P"out/sub/libutil.a", P"libb.a" ]', 'LIBRARY = P"out/sub/libutil.a"',
+                  'LIBS += [ "m" ]', 'LINK_LANGUAGE = "c++"', 'OUTPUT = P"out/sub/libutil.a"']),
+                ('C_FILES = "a.c" OUTPUT_TYPE = "shared" LIB_FILES = ["x.so", "y.a"] LIBS = "m"',
+                 ['LIB_FILES += [ P"out/libt.so", P"x.so" ]', 'LIBRARY = P"out/libt.so"',
+                  'OUTPUT = P"out/libt.so"']),
+                ('C_FILES = "a.c" OUTPUT_TYPE = "shared" toolchain_target = "windows"',
+                 ['LIB_FILES += [ P"out/libt.dll.a" ]', 'LIBRARY = P"out/libt.dll.a"',
+                  'OUTPUT = P"out/t.dll"']),
+                ('C_FILES = "a.c" OUTPUT_TYPE = "object" OBJ_FILES = "b.o"',
+                 ['OBJ_FILES += [ P"out/.obj/vesk/t/a.c.o", P"b.o" ]'])):
+            with self.subTest(body):
+                told = self.told("t: { " + body + " }", "-v", "3")
+                told = told[told.index("Output context:") + 2:-2]
+                self.assertEqual([line for line in told
+                                  if not line.startswith(("DEPFILES", "OBJECTS"))], outputs)
+
+    def test_what_cannot_be_built(self):
+        for body, fault in (
+                ("C_FILES = []", "There is nothing to make 'out/t' of: C_FILES, CPP_FILES, ASM_FILES "
+                                 "and OBJ_FILES name no file."),
+                ('C_FILES = "a.c" OUTPUT_TYPE = "statik"', "OUTPUT_TYPE 'statik' is none of executable,"
+                 " static, shared, object, relocatable. (did you mean 'static'?)"),
+                ('OBJCOPY_INPUT = "a b"', "OBJCOPY_INPUT must name one file; it names 2."),
+                ('OBJCOPY_INPUT = "out/t"', "'out/t' would be overwritten by what is made of it. Give "
+                                            "OUTPUT_NAME another name.")):
+            with self.subTest(body):
+                self.unit("t: { " + body + " }")
+                self.assertIn(f"Error: {fault}\n", self.error())
+
+
 @posix_only("it needs compilers of the system itself")
 class Detection(ToolchainTest):
     tools = 'mine { tool_type = "gnu-gcc" toolchain_path = P"(/opt/mine)" }'
@@ -563,7 +661,7 @@ class Launchers(GnuTest):
                 env={**os.environ, "TMPDIR": str(folder)}, stderr=subprocess.DEVNULL)
             self.addCleanup(daemon.wait)
             self.addCleanup(daemon.kill)
-            self.wait_for(lambda: daemon.poll() is not None or listens(port))
+            wait_until(lambda: daemon.poll() is not None or listens(port))
             if daemon.poll() is None:
                 return port, folder / "log", lambda: (daemon.kill(), daemon.wait())
             self.assertIn("Address already in use", (folder / "log").read_text())
@@ -583,7 +681,7 @@ class Launchers(GnuTest):
         (self.base / "distcc").mkdir()
         self.build(env=env)
         self.assertEqual(self.output_of("out/app"), "")
-        self.wait_for(lambda: log.read_text().count("COMPILE_OK") == 2)
+        wait_until(lambda: log.read_text().count("COMPILE_OK") == 2)
         end()
         self.assertEqual(self.run_vesk(env=env).status, 1, "nothing compiles without the daemon")
 

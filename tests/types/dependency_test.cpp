@@ -1,11 +1,10 @@
-// Targets: how they are found, and how the texts that name them are read.
+// How the texts that name targets are read.
 
 #include "types/dependency.h"
 
 #include <gtest/gtest.h>
 
 #include "types/support.h"
-#include "types/target.h"
 
 namespace Vesk {
 namespace {
@@ -72,29 +71,6 @@ TEST(Dependencies, SplitsAndParsesDynamicValues) {
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(parsed(text), expected);
     }
-}
-
-std::shared_ptr<Target> targetAt(const char* name, std::uint32_t line,
-                                 std::shared_ptr<const std::filesystem::path> file = nullptr) {
-    auto target = std::make_shared<Target>();
-    target->name = name;
-    target->line = line;
-    target->file = std::move(file);
-    return target;
-}
-
-TEST(Target, UnitsFindTheirTargetsByExactName) {
-    const auto file = std::make_shared<const std::filesystem::path>("vesk.txt");
-    Unit unit;
-    unit.addTarget(targetAt("b", 3, file));
-    unit.addTarget(targetAt("a", 5, file));
-    unit.addTarget(targetAt("B", 7));
-    EXPECT_EQ(unit.findTarget("B")->line, 7U);
-    EXPECT_EQ(unit.findTarget("b")->place(), "vesk.txt:3");
-    EXPECT_EQ(unit.findTarget("B")->place(), "line 7");
-    EXPECT_EQ(unit.findTarget("c"), nullptr);
-    EXPECT_EQ(outcomeOf([&] { unit.addTarget(targetAt("a", 9, file)); }),
-              "VeskException: Target 'a' is defined twice: vesk.txt:5 and vesk.txt:9.");
 }
 
 }  // namespace

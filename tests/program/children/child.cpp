@@ -85,7 +85,7 @@ int copy(const Arguments& arguments) {
 /// False when it takes so long that it hangs; longer than the tests wait for a child to be gone.
 template <class Condition>
 bool waitFor(const Condition& holds) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(150);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(15);
     while (!holds()) {
         if (std::chrono::steady_clock::now() > limit) {
             return false;

@@ -20,7 +20,7 @@ namespace Vesk::test {
 namespace {
 
 constexpr auto kPoll = std::chrono::milliseconds(5);
-constexpr auto kPatience = std::chrono::seconds(100);
+constexpr auto kPatience = std::chrono::minutes(9);
 
 std::string nativeProgram() {
     std::wstring text(MAX_PATH, L'\0');

@@ -1,14 +1,11 @@
-// Which versions of an SDK's parts are chosen.
+// The order of versions, and the machines of libraries.
 
 #include "tools/android/android_sdk.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "base/exception.h"
-#include "platform/system.h"
 #include "tools/android/apk_package.h"
-#include "tools/scratch_folder.h"
 
 namespace Vesk::test {
 namespace {
@@ -22,71 +19,6 @@ TEST(AndroidSdk, NewestFirst) {
         return isNewerSdkVersion(a, b);
     });
     EXPECT_EQ(versions, expected);
-}
-
-class InstalledSdk : public testing::Test {
-  protected:
-    InstalledSdk() {
-        for (const char* version : {"9.0.0", "34.0.0", "34.1.0-rc1", "debian"}) {
-            const std::string folder = std::string("build-tools/") + version;
-            folder_.write(folder + "/aapt2" + (platform::kWindows ? ".exe" : ""), "");
-            folder_.write(folder + "/lib/apksigner.jar", "");
-        }
-        folder_.write("build-tools/99.0.0/zipalign", "half removed");
-        for (const char* version : {"android-9", "android-34", "android-34-ext8", "sources"}) {
-            folder_.write(std::string("platforms/") + version + "/android.jar", "");
-        }
-    }
-
-    std::string buildTools(std::string_view asked) const {
-        const AndroidSdk sdk = installed();
-        const SdkPart* part = sdk.findBuildTools(asked);
-        return part == nullptr ? "none" : part->version;
-    }
-    std::string platform(std::string_view asked) const {
-        const AndroidSdk sdk = installed();
-        const SdkPart* part = sdk.findPlatform(asked);
-        return part == nullptr ? "none" : part->version;
-    }
-    AndroidSdk installed() const { return AndroidSdk(folder_.path()); }
-
-    ScratchFolder folder_;
-};
-
-TEST_F(InstalledSdk, VersionsByWhatIsAsked) {
-    EXPECT_EQ(buildTools(""), "34.1.0-rc1");
-    EXPECT_EQ(buildTools("34"), "34.1.0-rc1");
-    EXPECT_EQ(buildTools("34.0"), "34.0.0");
-    EXPECT_EQ(buildTools("9.0.0"), "9.0.0");
-    EXPECT_EQ(buildTools("debian"), "debian");
-    EXPECT_EQ(buildTools("3"), "none");
-    EXPECT_EQ(buildTools("99.0.0"), "none");
-    EXPECT_EQ(buildTools("bookworm"), "none");
-    EXPECT_EQ(platform(""), "34");
-    EXPECT_EQ(platform("android-9"), "9");
-    EXPECT_EQ(platform("34-ext8"), "34-ext8");
-    EXPECT_EQ(platform("3"), "none");
-}
-
-TEST_F(InstalledSdk, TellsWhatThereIs) {
-    const auto failure = [](const auto& act) -> std::string {
-        try {
-            act();
-        } catch (const VeskException& error) {
-            return error.message();
-        }
-        return "none";
-    };
-    EXPECT_EQ(failure([this] { installed().requirePlatform("10"); }),
-              "The Android SDK in '" + folder_.path() +
-                  "' has no platform that fits platform_version '10'. There are: 34, 34-ext8, 9. "
-                  "Choose one of them, or install what is asked for.");
-    EXPECT_EQ(
-        failure([this] { AndroidSdk(folder_.path() + "/x").requireBuildTools(""); }),
-        "The Android SDK in '" + folder_.path() +
-            "/x' has no usable build tools in its folder 'build-tools'. Install them, for "
-            "example with sdkmanager \"build-tools;34.0.0\", or correct toolchain_path of the "
-            "tool.");
 }
 
 TEST(NativeLibraries, AbiOfElfHeaders) {

@@ -30,16 +30,6 @@ TEST(C3Command, MachinesOfTriples) {
     }
 }
 
-TEST(C3Command, Optimisation) {
-    for (const char* level : {"2", "O2", "-O2"}) {
-        EXPECT_EQ(c3OptimisationOption(level), "-O2");
-    }
-    EXPECT_EQ(c3OptimisationOption("z"), "-Oz");
-    for (const char* level : {"6", "O", "-O22", "fast"}) {
-        EXPECT_THROW(c3OptimisationOption(level), VeskException) << level;
-    }
-}
-
 // The compiler adds the ending by itself, and no prefix.
 TEST(C3Command, Products) {
     struct Case {

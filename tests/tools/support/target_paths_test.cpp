@@ -7,6 +7,7 @@
 #include "tools/scratch_folder.h"
 #include "tools/support/libraries.h"
 #include "tools/support/output_type.h"
+#include "tools/support/parent_directory.h"
 #include "tools/support/source_files.h"
 #include "tools/tool_fixture.h"
 
@@ -137,6 +138,15 @@ TEST(LinkOrder, EachLibraryFollowsAllThatNeedIt) {
     EXPECT_EQ(atLastPlace({"base", "mid", "base"}), (Names{"mid", "base"}));
     EXPECT_EQ(atLastPlace({"a", "base", "b", "base", "a", "base"}), (Names{"b", "a", "base"}));
     EXPECT_EQ(atLastPlace({}), Names{});
+}
+
+TEST(ParentDirectory, IgnoresTrailingSeparators) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"a", ""}, {"a/b", "a"}, {"a/b//", "a"}, {"a/b\\/", "a"}, {"/a", "/"}, {"", ""}, {"/", ""},
+    };
+    for (const auto& [whole, parent] : cases) {
+        EXPECT_EQ(platform::pathToUtf8(parentDirectory(whole)), parent) << whole;
+    }
 }
 
 TEST(OutputName, Endings) {
