@@ -10,6 +10,34 @@ if(WIN32 AND CMAKE_CROSSCOMPILING)
     set(VESK_EMULATOR "${PROJECT_SOURCE_DIR}/scripts/run-in-wine" "${CMAKE_BINARY_DIR}/wine")
 endif()
 
+# What nearly every file of the rooms includes, and {fmt}, compiled once: it halves the time of a
+# whole build. Files include what they use all the same: `vesk` in units/ is built without this, and
+# -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON does without it here too.
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/precompiled.cpp" CONTENT "")
+add_library(vesk_precompiled OBJECT EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/precompiled.cpp")
+target_link_libraries(vesk_precompiled PRIVATE vesk_settings vesk_warnings vesk::fmt)
+target_precompile_headers(
+    vesk_precompiled
+    PRIVATE <algorithm>
+            <chrono>
+            <filesystem>
+            <fmt/format.h>
+            <functional>
+            <future>
+            <map>
+            <memory>
+            <optional>
+            <ranges>
+            <set>
+            <string>
+            <string_view>
+            <unordered_map>
+            <unordered_set>
+            <utility>
+            <variant>
+            <vector>
+)
+
 # vesk_add_room(<name> SOURCES <file>... [POSIX_SOURCES <file>...] [WINDOWS_SOURCES <file>...]
 #               [DEPENDS <target>...])
 #
@@ -32,6 +60,7 @@ function(vesk_add_room name)
             PUBLIC vesk_settings ${room_DEPENDS}
             PRIVATE vesk_warnings
         )
+        target_precompile_headers(vesk_${name} REUSE_FROM vesk_precompiled)
     else()
         add_library(vesk_${name} INTERFACE)
         target_link_libraries(vesk_${name} INTERFACE vesk_settings ${room_DEPENDS})
