@@ -70,7 +70,10 @@ struct CacheRequest {
         std::string inputs;              ///< as in RecordText
         std::vector<std::string> reads;  ///< files, absolute, as FileStates takes them
         std::vector<std::string> writes;
+        std::string source;  ///< the one that a compiler is given, among the reads
         std::filesystem::path dependencyFile;
+        std::shared_ptr<const HeaderSearch> headerSearch;      ///< see Recipe
+        std::filesystem::path outputDirectory;                 ///< see Recipe
         std::filesystem::path directory;                       ///< of the relative paths in it
         std::shared_ptr<const ToolSurroundings> surroundings;  ///< see Recipe
         bool standsAlone = false;                              ///< see Recipe

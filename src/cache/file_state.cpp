@@ -29,7 +29,7 @@ bool takeNumber(std::string_view& text, Number& number, int base = 10) {
 }
 
 bool isKind(char letter) {
-    return std::string_view("-dfr?").find(letter) != std::string_view::npos;
+    return std::string_view("-dnfr?").find(letter) != std::string_view::npos;
 }
 
 }  // namespace

@@ -26,6 +26,7 @@ struct FileState {
     enum class Kind : char {
         Missing = '-',
         Directory = 'd',  ///< that it is there is all that counts
+        Names = 'n',      ///< of a directory, which names are in it (see namesPath)
         File = 'f',
         Recent = 'r',   ///< a file that changed too recently for its times to tell: content decides
         Unknown = '?',  ///< it changed while it was being used: equal to no file

@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <future>
+#include <string>
+
+#include "cache/tracked_path.h"
+#include "platform/folders.h"
 
 namespace Vesk {
 namespace {
@@ -15,6 +19,9 @@ bool sameTimes(const platform::FileStatus& status, const FileState& state) {
     return status.size == state.size && status.modifiedNanoseconds == state.modified &&
            status.changedNanoseconds == state.changed;
 }
+
+/// Our own files beside a project come and go with every build.
+constexpr std::string_view kOwnFiles = ".vesk_cache";
 
 bool sameStatus(const platform::FileStatus& a, const platform::FileStatus& b) {
     return a.directory == b.directory && a.size == b.size &&
@@ -30,12 +37,15 @@ void FileStates::examine(Entry& entry, const std::string& path) {
     entry.made = made;
     entry.examined = true;
     entry.examinedAt = platform::fileClock();
-    const auto status = platform::fileStatus(path);
-    if (!status) {
+    const bool names = isNamesPath(path);
+    const auto status = platform::fileStatus(names ? std::string(directoryOf(path)) : path);
+    if (!status || (names && !status->directory)) {
         return;
     }
     entry.status = *status;
-    if (status->directory) {
+    if (names) {
+        entry.kind = FileState::Kind::Names;
+    } else if (status->directory) {
         entry.kind = FileState::Kind::Directory;
     } else if (platform::isRecent(*status)) {
         // Its times will not tell of a change in this moment, so the content is taken down now.
@@ -46,7 +56,30 @@ void FileStates::examine(Entry& entry, const std::string& path) {
     }
 }
 
+void FileStates::readNames(Entry& entry, std::string_view path) {
+    const std::filesystem::path directory = platform::pathFromUtf8(directoryOf(path));
+    std::error_code error;
+    std::vector<std::string> names;
+    for (platform::FolderEntry& each : platform::listFolder(directory, error)) {
+        if (!each.name.starts_with(kOwnFiles)) {
+            names.push_back(std::move(each.name));
+        }
+    }
+    std::ranges::sort(names);
+    std::string text;
+    for (const std::string& name : names) {
+        text.append(name).append(1, '\0');
+    }
+    entry.hash = hashText(text);
+    entry.hashed = !error;
+    entry.torn = static_cast<bool>(error);
+}
+
 void FileStates::read(Entry& entry, std::string_view path) {
+    if (entry.kind == FileState::Kind::Names && !entry.hashed && !entry.torn) {
+        readNames(entry, path);
+        return;
+    }
     if (entry.hashed || entry.torn || !isFile(entry.kind)) {
         return;
     }
@@ -81,13 +114,39 @@ FileState FileStates::stateOf(Entry& entry, std::string_view path) {
         state.modified = entry.status.modifiedNanoseconds;
         state.changed = entry.status.changedNanoseconds;
         state.hash = entry.hash;
+    } else if (state.kind == FileState::Kind::Names) {
+        // Times of this moment will not tell of a further name; those of no directory never do.
+        const bool recent = platform::isRecent(entry.status);
+        state.modified = recent ? 0 : entry.status.modifiedNanoseconds;
+        state.changed = recent ? 0 : entry.status.changedNanoseconds;
+        state.hash = entry.hash;
     }
     return state;
+}
+
+/// The times suffice while they are the same. In a directory that other files come to and go from,
+/// as the cache's own do, the names are compared.
+FileStates::Comparison FileStates::compareNames(Entry& entry, std::string_view path,
+                                                const FileState& stored) {
+    if (entry.kind != FileState::Kind::Names) {
+        return Comparison::Changed;
+    }
+    if (!entry.hashed && entry.status.modifiedNanoseconds == stored.modified &&
+        entry.status.changedNanoseconds == stored.changed) {
+        platform::noteTimes(std::string(directoryOf(path)), entry.status);
+        entry.hash = stored.hash;
+        entry.hashed = true;
+    }
+    read(entry, path);
+    return entry.hashed && entry.hash == stored.hash ? Comparison::Same : Comparison::Changed;
 }
 
 FileStates::Comparison FileStates::compare(std::string_view path, const FileState& stored) {
     const std::lock_guard lock(mutex_);
     Entry& entry = examined(path);
+    if (stored.kind == FileState::Kind::Names) {
+        return compareNames(entry, path, stored);
+    }
     if (entry.kind == FileState::Kind::Missing) {
         return stored.kind == FileState::Kind::Missing ? Comparison::Same : Comparison::Missing;
     }
@@ -113,6 +172,11 @@ FileStates::Comparison FileStates::compare(std::string_view path, const FileStat
 FileState FileStates::current(std::string_view path) {
     const std::lock_guard lock(mutex_);
     return stateOf(examined(path), path);
+}
+
+FileState::Kind FileStates::kindOf(std::string_view path) {
+    const std::lock_guard lock(mutex_);
+    return examined(path).kind;
 }
 
 /// Whether the file has changed since the build first looked at it, or while it was read by
@@ -161,6 +225,19 @@ void FileStates::written(std::string_view path) {
     Entry& entry = entries_[std::string(path)];
     entry = Entry();
     entry.made = true;
+    if (const auto names = entries_.find(namesPath(directoryOf(path))); names != entries_.end()) {
+        names->second = Entry();
+    }
+}
+
+void FileStates::writtenBelow(std::string_view directory) {
+    const std::lock_guard lock(mutex_);
+    for (auto& [path, entry] : entries_) {
+        if (isBelow(path, directory)) {
+            entry = Entry();
+            entry.made = true;
+        }
+    }
 }
 
 bool FileStates::settle(std::string_view path, FileState& state) {

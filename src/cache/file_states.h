@@ -15,7 +15,8 @@ namespace Vesk {
 
 /// Remembers what the files were like when the build first looked at them, which is before the
 /// commands that use them run, or after the command that made them. Paths are absolute, UTF-8, with
-/// forward slashes; one spelling is one file. All operations may be called from any thread.
+/// forward slashes; one spelling is one file. A namesPath stands for the names in a directory. All
+/// operations may be called from any thread.
 class FileStates {
   public:
     enum class Comparison {
@@ -31,6 +32,9 @@ class FileStates {
     /// The file as the build found it, with its content's hash.
     FileState current(std::string_view path);
 
+    /// What is there, if anything; nothing is read.
+    FileState::Kind kindOf(std::string_view path);
+
     /// Examines files that commands are about to read.
     void look(const std::vector<std::string>& paths);
 
@@ -40,6 +44,9 @@ class FileStates {
 
     /// A command has written the file: it is looked at anew when it is next asked for.
     void written(std::string_view path);
+
+    /// The same for all that is or was below a directory.
+    void writtenBelow(std::string_view directory);
 
     /// Whether a state of kind Recent can be trusted by now: enough time has passed and the file
     /// is still the same. Makes it one of kind File then.
@@ -63,6 +70,8 @@ class FileStates {
     Entry& examined(std::string_view path);
     static void examine(Entry& entry, const std::string& path);
     static void read(Entry& entry, std::string_view path);
+    static void readNames(Entry& entry, std::string_view path);
+    static Comparison compareNames(Entry& entry, std::string_view path, const FileState& stored);
     static bool changedMeanwhile(const Entry& entry, std::string_view path, std::int64_t startedAt);
     static FileState stateOf(Entry& entry, std::string_view path);
 

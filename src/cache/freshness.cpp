@@ -17,8 +17,13 @@ Freshness::Freshness(const CacheRequest& request, const RecordText* last, FileSt
     }
 }
 
+/// Names that come and go do not matter by themselves: see headersStand.
 bool Freshness::unchanged(const RecordFile& file) {
     const Comparison comparison = states_.compare(root_.absolute(file.path), file.state);
+    if (isNamesPath(file.path)) {
+        namesChanged_ = namesChanged_ || comparison != Comparison::Same;
+        return true;
+    }
     touched_ = touched_ || comparison == Comparison::SameContent;
     return comparison == Comparison::Same || comparison == Comparison::SameContent;
 }
@@ -42,13 +47,28 @@ bool Freshness::sameText() const {
 }
 
 bool Freshness::everything() {
-    return sameText() &&
-           std::ranges::all_of(files_, [this](const RecordFile& f) { return unchanged(f); });
+    if (!sameText() ||
+        !std::ranges::all_of(files_, [this](const RecordFile& f) { return unchanged(f); })) {
+        return false;
+    }
+    if (!namesChanged_) {
+        return true;
+    }
+    for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
+        if (!headersStand(i, i)) {
+            return false;
+        }
+    }
+    touched_ = touched_ || !watchIsOutdated_;
+    return true;
 }
 
 RecordText Freshness::refreshed() const {
     std::vector<RecordFile> files = files_;
     for (RecordFile& file : files) {
+        if (watchIsOutdated_ && isNamesPath(file.path)) {
+            continue;  // looks different the next time too, and is then looked through again
+        }
         file.state = states_.current(root_.absolute(file.path));
     }
     return withFiles(*last_, files);
@@ -74,6 +94,68 @@ bool Freshness::filesUnchanged(std::size_t lastPart, std::string_view field) {
                                [this](std::size_t number) { return unchanged(files_[number]); });
 }
 
+HeadersRead Freshness::headersRead(std::size_t part, std::size_t lastPart) const {
+    const CacheRequest::Part& wanted = request_.parts[part];
+    HeadersRead read{wanted.headerSearch.get(), wanted.source, {}};
+    for (const std::size_t number :
+         fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size())) {
+        std::string path = root_.absolute(files_[number].path);
+        if (!isNamesPath(path) && !std::ranges::binary_search(wanted.reads, path)) {
+            read.headers.push_back(std::move(path));
+        }
+    }
+    return read;
+}
+
+bool Freshness::sameNames(std::size_t lastPart) {
+    const std::vector<std::size_t> numbers =
+        fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size());
+    return std::ranges::all_of(numbers, [this](std::size_t number) {
+        const RecordFile& file = files_[number];
+        return !isNamesPath(file.path) ||
+               states_.compare(root_.absolute(file.path), file.state) == Comparison::Same;
+    });
+}
+
+bool Freshness::isWatched(const std::string& names) {
+    if (watched_.empty()) {
+        for (const RecordFile& file : files_) {
+            if (isNamesPath(file.path)) {
+                watched_.insert(root_.absolute(file.path));
+            }
+        }
+    }
+    return watched_.contains(names);
+}
+
+/// Whether the compiler would find the same headers again. Looks for names only where a directory
+/// holds others than it did.
+bool Freshness::headersStand(std::size_t part, std::size_t lastPart) {
+    if (!request_.parts[part].headerSearch || sameNames(lastPart)) {
+        return true;
+    }
+    const HeadersRead read = headersRead(part, lastPart);
+    bool stand = true;
+    eachEarlierPlace(read, [&](const std::string& place) {
+        if (free_.contains(place)) {
+            return true;
+        }
+        const FileState::Kind kind = states_.kindOf(place);
+        if (kind == FileState::Kind::Missing || kind == FileState::Kind::Directory) {
+            watchIsOutdated_ = watchIsOutdated_ || !isWatched(watchedNames(place, states_));
+            free_.insert(place);
+            return true;
+        }
+        // One that was there already was passed over, and is remembered as read.
+        if (std::ranges::find(read.headers, place) == read.headers.end()) {
+            shadow_ = root_.stored(place);
+            stand = false;
+        }
+        return stand;
+    });
+    return stand;
+}
+
 bool Freshness::partUnchanged(std::size_t lastPart) {
     return filesUnchanged(lastPart, recordField::kWrites) &&
            filesUnchanged(lastPart, recordField::kReads);
@@ -89,7 +171,7 @@ bool Freshness::fresh(std::size_t part) {
         return sameText() && partUnchanged(kSurroundingsPart);
     }
     const auto counterpart = lastPart(part);
-    if (!counterpart || !partUnchanged(*counterpart)) {
+    if (!counterpart || !partUnchanged(*counterpart) || !headersStand(part, *counterpart)) {
         return false;
     }
     // A compiler tells all that it has read. Other commands may depend on what dependencies have
@@ -110,12 +192,20 @@ std::string Freshness::reason() {
         return text;
     }
     for (const RecordFile& file : files_) {
+        if (isNamesPath(file.path)) {
+            continue;
+        }
         const Comparison comparison = states_.compare(root_.absolute(file.path), file.state);
         if (comparison == Comparison::Missing) {
             return std::string(file.path) + " is missing";
         }
         if (comparison == Comparison::Changed) {
             return std::string(file.path) + " has changed";
+        }
+    }
+    for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
+        if (const auto last = lastPart(i); last && !headersStand(i, *last)) {
+            return shadow_ + " has appeared where headers are looked for";
         }
     }
     return {};

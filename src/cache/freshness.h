@@ -6,11 +6,13 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "cache/cache_record.h"
 #include "cache/file_states.h"
 #include "cache/record_files.h"
+#include "cache/shadowing.h"
 #include "cache/tracked_path.h"
 
 namespace Vesk {
@@ -24,6 +26,14 @@ class Freshness {
 
     /// Whether all of the request equals the record and no file has changed.
     bool everything();
+
+    /// Whether a directory where compilers look for headers has got or lost names. The parts that
+    /// are fresh all the same have to be watched anew.
+    bool namesChanged() const noexcept { return namesChanged_; }
+
+    /// What a compiler has read by the record: without the source, and without what its recipe
+    /// declares. For a part of the request with its counterpart in the record.
+    HeadersRead headersRead(std::size_t part, std::size_t lastPart) const;
 
     /// After `everything` said yes: whether files were touched; the record then remembers outdated
     /// times, `refreshed` is the one to keep.
@@ -49,6 +59,9 @@ class Freshness {
     bool filesUnchanged(std::size_t lastPart, std::string_view field);
     bool partUnchanged(std::size_t lastPart);
     bool unchanged(const RecordFile& file);
+    bool headersStand(std::size_t part, std::size_t lastPart);
+    bool sameNames(std::size_t lastPart);
+    bool isWatched(const std::string& names);
 
     const CacheRequest& request_;
     const RecordText* last_;  ///< null: there is none
@@ -58,6 +71,11 @@ class Freshness {
     std::vector<RecordFile> files_;
     mutable std::unordered_map<std::string_view, std::size_t> partsByInputs_;
     bool touched_ = false;
+    bool namesChanged_ = false;
+    std::unordered_set<std::string> watched_;  ///< every namesPath of the record
+    std::unordered_set<std::string> free_;     ///< places where there is no header
+    bool watchIsOutdated_ = false;  ///< directories have appeared of which the record knows nothing
+    std::string shadow_;            ///< the place of a header that takes the place of another
 };
 
 }  // namespace Vesk

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "cache/cache_text.h"
 #include "cache/dependency_file.h"
@@ -9,6 +11,14 @@
 
 namespace Vesk {
 namespace {
+
+/// A file as a compiler names it, which may put "./" in front of what it was given.
+std::string reportedPath(const std::filesystem::path& directory, std::string_view name) {
+    while (name.starts_with("./")) {
+        name.remove_prefix(2);
+    }
+    return trackedPath(directory / platform::pathFromUtf8(name));
+}
 
 class RecordMaker {
   public:
@@ -69,15 +79,50 @@ class RecordMaker {
     }
 
     std::vector<std::size_t> readsOf(std::size_t part) {
+        const CacheRequest::Part& wanted = request_.parts[part];
         if (kept(part)) {
-            return known(part, recordField::kReads);
+            std::vector<std::size_t> numbers = known(part, recordField::kReads);
+            if (wanted.headerSearch && last_.namesChanged()) {
+                watch(last_.headersRead(part, *last_.lastPart(part)), numbers);
+            }
+            return numbers;
         }
-        std::vector<std::size_t> numbers = read(request_.parts[part].reads);
-        const std::filesystem::path& file = request_.parts[part].dependencyFile;
-        if (!file.empty()) {
-            addDiscovered(request_.parts[part], numbers);
+        std::vector<std::size_t> numbers = read(wanted.reads);
+        if (!wanted.dependencyFile.empty()) {
+            addDiscovered(wanted, numbers);
         }
         return numbers;
+    }
+
+    /// Remembers where the headers might have been found before they were, so that a file that
+    /// appears there is noticed. One that is there already was passed over.
+    void watch(const HeadersRead& headers, std::vector<std::size_t>& numbers) {
+        std::unordered_set<std::size_t> known(numbers.begin(), numbers.end());
+        const auto add = [&](std::size_t number) {
+            if (known.insert(number).second) {
+                numbers.push_back(number);
+            }
+        };
+        eachEarlierPlace(headers, [&](const std::string& place) {
+            add(numberOfNames(place));
+            const FileState::Kind kind = states_.kindOf(place);
+            if (kind != FileState::Kind::Missing && kind != FileState::Kind::Directory) {
+                add(numberOfRead(place));
+            }
+            return true;
+        });
+    }
+
+    /// The state of the directory is taken before anybody asks whether the file is there.
+    std::size_t numberOfNames(const std::string& place) {
+        const auto [entry, isNew] = watched_.try_emplace(std::string(directoryOf(place)), 0);
+        if (isNew) {
+            const std::string names = watchedNames(place, states_);
+            const std::string_view stored = root_.stored(names);
+            entry->second = table_.contains(stored) ? table_.numberOf(stored)
+                                                    : table_.add(stored, states_.current(names));
+        }
+        return entry->second;
     }
 
     bool kept(std::size_t part) const {
@@ -151,15 +196,20 @@ class RecordMaker {
             numbers.push_back(table_.add(root_.stored(trackedPath(part.dependencyFile)), unknown));
             return;
         }
+        HeadersRead headers{part.headerSearch.get(), part.source, {}};
         for (const std::string& name : *names) {
-            const std::string path = trackedPath(part.directory / platform::pathFromUtf8(name));
+            const std::string path = reportedPath(part.directory, name);
             if (part.surroundings && isBelowAny(path, part.surroundings->systemFolders)) {
                 continue;
             }
             const std::size_t number = numberOfRead(path);
             if (std::ranges::find(numbers, number) == numbers.end()) {
                 numbers.push_back(number);
+                headers.headers.push_back(path);
             }
+        }
+        if (part.headerSearch) {
+            watch(headers, numbers);
         }
     }
 
@@ -199,6 +249,7 @@ class RecordMaker {
     std::vector<Part> parts_;
     std::vector<std::size_t> numbers_;  ///< in the request, of the parts after the first two
     FileTable table_;
+    std::unordered_map<std::string, std::size_t> watched_;   ///< by directory, in table_
     std::vector<std::optional<std::size_t>> numbersOfLast_;  ///< in table_, of the last record's
 };
 

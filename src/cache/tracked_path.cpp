@@ -26,6 +26,19 @@ std::string trackedPath(const std::string& path, const std::filesystem::path& ba
     return tracked;
 }
 
+std::string namesPath(std::string_view directory) {
+    return std::string(directory).append("/*");
+}
+
+bool isNamesPath(std::string_view path) noexcept {
+    return path == "*" || path.ends_with("/*");
+}
+
+std::string_view directoryOf(std::string_view path) noexcept {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
+}
+
 namespace {
 
 /// Some compilers of Windows report all names in lower case.
@@ -36,11 +49,14 @@ bool beginsWith(std::string_view path, std::string_view start) noexcept {
 
 }  // namespace
 
+bool isBelow(std::string_view path, std::string_view directory) noexcept {
+    return path.size() > directory.size() && path[directory.size()] == '/' &&
+           beginsWith(path, directory);
+}
+
 bool isBelowAny(std::string_view path, const std::vector<std::string>& folders) noexcept {
-    return std::ranges::any_of(folders, [path](const std::string& folder) {
-        return path.size() > folder.size() && path[folder.size()] == '/' &&
-               beginsWith(path, folder);
-    });
+    return std::ranges::any_of(folders,
+                               [path](const std::string& folder) { return isBelow(path, folder); });
 }
 
 TrackingRoot::TrackingRoot(const std::filesystem::path& directory)

@@ -14,6 +14,17 @@ std::string trackedPath(const std::filesystem::path& path);
 /// The same for a path in UTF-8, which starts from `base` when it is relative.
 std::string trackedPath(const std::string& path, const std::filesystem::path& base);
 
+/// The path that stands for the names in a directory, "include/*". No file that is tracked has such
+/// a name: a star makes a pattern.
+std::string namesPath(std::string_view directory);
+bool isNamesPath(std::string_view path) noexcept;
+
+/// The directory that holds a file, and the one of a namesPath. Empty where there is none.
+std::string_view directoryOf(std::string_view path) noexcept;
+
+/// Whether a tracked path lies in a directory that is written in the same way.
+bool isBelow(std::string_view path, std::string_view directory) noexcept;
+
 /// Whether a tracked path lies in one of the folders, which are written in the same way.
 bool isBelowAny(std::string_view path, const std::vector<std::string>& folders) noexcept;
 

@@ -82,6 +82,15 @@ std::string storedDirectory(const std::filesystem::path& directory, const Tracki
     return stored.empty() ? "." : std::string(stored);
 }
 
+/// Where commands run that no directory is given for. Nothing in here changes it.
+const std::filesystem::path& currentDirectory() {
+    static const std::filesystem::path directory = [] {
+        std::error_code gone;
+        return std::filesystem::current_path(gone);
+    }();
+    return directory;
+}
+
 class RequestMaker {
   public:
     RequestMaker(const CacheQuestion& question, const TrackingRoot& root)
@@ -118,11 +127,9 @@ class RequestMaker {
         CacheRequest::Part part;
         std::vector<RecipeInput> inputs = {
             {textAssignment("command", recipe.command), std::nullopt}};
-        if (!recipe.workingDirectory.empty()) {
-            inputs.push_back(
-                {textAssignment("cwd", storedDirectory(recipe.workingDirectory, root_)),
-                 std::nullopt});
-        }
+        const std::filesystem::path& directory =
+            recipe.workingDirectory.empty() ? currentDirectory() : recipe.workingDirectory;
+        inputs.push_back({textAssignment("cwd", storedDirectory(directory, root_)), std::nullopt});
         for (const std::string& command : recipe.furtherCommands) {
             inputs.push_back({textAssignment("command", command), std::nullopt});
         }
@@ -137,6 +144,8 @@ class RequestMaker {
                 RecipeInput{relativeAssignment(input.assignment, root_), std::nullopt});
             if (input.intermediate) {
                 copy.intermediate = relativeAssignment(*input.intermediate, root_);
+                collectPaths(input.assignment.value.get(),
+                             [&part](const std::string& path) { part.source = path; });
             }
             collectPaths(input.assignment.value.get(),
                          [&part](std::string path) { part.reads.push_back(std::move(path)); });
@@ -153,6 +162,8 @@ class RequestMaker {
         sortUnique(part.reads);
         appendInputs(part.inputs, inputs);
         part.dependencyFile = recipe.dependencyFile;
+        part.headerSearch = recipe.headerSearch;
+        part.outputDirectory = recipe.outputDirectory;
         part.directory = recipe.workingDirectory;
         part.surroundings = recipe.surroundings;
         return part;
@@ -296,10 +307,8 @@ class RequestMaker {
 
     std::string variables() const {
         std::vector<RecipeInput> inputs;
-        for (const auto& [name, subject] : question_.builder.subjects()) {
-            if (const Assignment* assignment = question_.target.find(name)) {
-                inputs.push_back({relativeAssignment(*assignment, root_), std::nullopt});
-            }
+        for (const Assignment& variable : question_.builder.variablesRead(question_.target)) {
+            inputs.push_back({relativeAssignment(variable, root_), std::nullopt});
         }
         std::string text;
         appendInputs(text, inputs);

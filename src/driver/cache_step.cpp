@@ -10,6 +10,7 @@
 #include "base/exception.h"
 #include "cache/record_files.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 
 namespace Vesk {
 
@@ -87,8 +88,31 @@ bool CacheStep::stale(std::size_t recipe) {
 void CacheStep::ran(std::size_t recipe) {
     const std::size_t part = kFirstRecipePart + recipe;
     outcomes_[part] = StepOutcome::Ran;
+    takeOutputDirectory(request_.parts[part]);
     for (const std::string& file : request_.parts[part].writes) {
         cache_.states().written(file);
+    }
+}
+
+/// What is in there now is what the step has made; what was there before is gone.
+void CacheStep::takeOutputDirectory(CacheRequest::Part& part) {
+    if (part.outputDirectory.empty()) {
+        return;
+    }
+    cache_.states().writtenBelow(trackedPath(part.outputDirectory));
+    std::vector<std::filesystem::path> directories = {part.outputDirectory};
+    while (!directories.empty()) {
+        const std::filesystem::path directory = std::move(directories.back());
+        directories.pop_back();
+        std::error_code unreadable;
+        for (const platform::FolderEntry& entry : platform::listFolder(directory, unreadable)) {
+            const std::filesystem::path path = directory / platform::pathFromUtf8(entry.name);
+            if (!entry.folder) {
+                part.writes.push_back(trackedPath(path));
+            } else if (!entry.link) {
+                directories.push_back(path);
+            }
+        }
     }
 }
 
@@ -120,8 +144,7 @@ void CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp
     std::vector<std::string> missing;
     auto record = makeRecord(request_, results, *freshness_, states, cache_.root(), &missing);
     for (const std::string& file : missing) {
-        console::message(console::level::kDetail, console::colour::kWarning,
-                         "The output '{}' is not there after the build.", file);
+        console::warning("'{}' has not made its output '{}'.", displayName_, file);
     }
     if (!record || obtained_.answer != CacheAnswer::Claimed) {
         return;

@@ -51,6 +51,7 @@ class CacheStep {
   private:
     void report();
     void lookAnewAtOutputs();
+    void takeOutputDirectory(CacheRequest::Part& part);
 
     ProjectCache& cache_;
     const DriverOptions& options_;

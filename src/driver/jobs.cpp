@@ -81,6 +81,9 @@ class Preparation {
                 prepareOutput(platform::pathFromUtf8(file), recipe.replacesOutputs);
             }
         }
+        if (recipe.replacesOutputs && !recipe.outputDirectory.empty()) {
+            renew(recipe.outputDirectory);
+        }
         if (!recipe.dependencyFile.empty()) {
             // One from an earlier run would be believed if the command wrote none.
             prepareOutput(recipe.dependencyFile, true);
@@ -102,6 +105,18 @@ class Preparation {
         if (remove && !platform::isFolder(file) && !platform::removeFile(file, error) && error) {
             throw VeskException("Unable to remove '" + platform::pathToUtf8(file) +
                                 "', which is to be made anew: " + error.message());
+        }
+    }
+
+    static void renew(const fs::path& directory) {
+        std::error_code error;
+        platform::removeTree(directory, error);
+        if (!error) {
+            platform::makeFolders(directory, error);
+        }
+        if (error) {
+            throw VeskException("Unable to empty the directory '" +
+                                platform::pathToUtf8(directory) + "': " + error.message());
         }
     }
 
@@ -198,6 +213,15 @@ bool Stage::reportFailures() const {
         }
     }
     return failed;
+}
+
+void makeOutputDirectories(const std::vector<Assignment>& outputs) {
+    for (const Assignment& output : outputs) {
+        for (const std::string& file : pathsIn(output)) {
+            std::error_code ignored;
+            platform::makeFolders(platform::pathFromUtf8(file).parent_path(), ignored);
+        }
+    }
 }
 
 void showCommands(const Builder& builder, const std::vector<const Recipe*>& recipes,

@@ -55,6 +55,10 @@ class Stage {
     std::vector<std::unique_ptr<Job>> jobs_;
 };
 
+/// Makes the directories of files that a target says it makes, as far as they can be made: where
+/// one cannot, the command that writes there says why.
+void makeOutputDirectories(const std::vector<Assignment>& outputs);
+
 /// Shows the commands that the recipes would run.
 void showCommands(const Builder& builder, const std::vector<const Recipe*>& recipes,
                   const BuildEnv& environment);

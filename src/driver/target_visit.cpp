@@ -228,7 +228,7 @@ TargetResult TargetVisit::buildOrReuse() {
         result.stamp = cache.stamp();
         return result;
     }
-    runRecipes(set.recipes, cache);
+    runRecipes(set, cache);
     if (setting_.options.dryRun) {
         return result;
     }
@@ -265,7 +265,8 @@ std::string TargetVisit::newStamp(const CacheStep& cache, bool doesNothing) cons
     return fmt::format("{:x}{:x}", hash.high, hash.low);
 }
 
-void TargetVisit::runRecipes(const std::vector<Recipe>& recipes, CacheStep& cache) {
+void TargetVisit::runRecipes(const RecipeSet& set, CacheStep& cache) {
+    const std::vector<Recipe>& recipes = set.recipes;
     std::map<std::uint32_t, std::vector<std::size_t>> stages;
     for (std::size_t i = 0; i < recipes.size(); ++i) {
         stages[recipes[i].stage].push_back(i);
@@ -291,6 +292,7 @@ void TargetVisit::runRecipes(const std::vector<Recipe>& recipes, CacheStep& cach
         }
         if (!environment.prepared()) {
             environment.prepare(stale.size());
+            makeOutputDirectories(set.assignments);
             setEnvironment(environment);
             choice_.builder->prepare(*staleRecipes.front(), environment);
         }

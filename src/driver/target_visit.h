@@ -72,7 +72,7 @@ class TargetVisit {
     void claimVariables();
     TargetResult buildOrReuse();
     std::string newStamp(const CacheStep& cache, bool doesNothing) const;
-    void runRecipes(const std::vector<Recipe>& recipes, CacheStep& cache);
+    void runRecipes(const RecipeSet& set, CacheStep& cache);
     void runStage(Stage stage, const std::vector<std::size_t>& numbers, CacheStep& cache);
     BuildEnvSettings environmentSettings() const;
     void setEnvironment(BuildEnv& environment) const;

@@ -7,6 +7,8 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/files.h"
+
 namespace Vesk::platform {
 
 /// What a folder holds. Of a link, what it leads to.
@@ -25,6 +27,10 @@ std::vector<FolderEntry> listFolder(const std::filesystem::path& folder, std::er
 /// A number that another outcome of `listFolder` would not have.
 std::uint64_t digestOfEntries(const std::vector<FolderEntry>& entries,
                               const std::error_code& error);
+
+/// The caller has seen by the times of a directory that it holds what it held before: a run can be
+/// repeated for as long as they stay the same.
+void noteTimes(const std::string& directory, const FileStatus& status);
 
 /// Makes the folder and those above it. One that is there is no error.
 void makeFolders(const std::filesystem::path& folder, std::error_code& error);

@@ -15,6 +15,7 @@ namespace Vesk::platform {
 
 enum class Question : char {
     Status = 's',     ///< of a file or folder
+    Times = 't',      ///< of a directory: when its entries last changed
     Entries = 'e',    ///< of a folder
     Canonical = 'c',  ///< where a path leads to
     Variable = 'v',   ///< of the environment

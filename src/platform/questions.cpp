@@ -40,6 +40,16 @@ std::uint64_t digestOfStatus(const std::optional<FileStatus>& status) noexcept {
     return XXH3_64bits(parts.data(), sizeof parts);
 }
 
+std::uint64_t digestOfTimes(const std::optional<FileStatus>& status) noexcept {
+    if (!status || !status->directory) {
+        return 0;
+    }
+    const std::array<std::uint64_t, 2> parts = {
+        static_cast<std::uint64_t>(status->modifiedNanoseconds),
+        static_cast<std::uint64_t>(status->changedNanoseconds)};
+    return XXH3_64bits(parts.data(), sizeof parts);
+}
+
 std::uint64_t registryAnswer(std::string_view subject) {
     const std::size_t end = subject.find(kRegistrySeparator);
     if (end == std::string_view::npos || end == 0) {
@@ -56,6 +66,8 @@ std::optional<std::uint64_t> answerTo(Question question, const char* subject) {
     switch (question) {
         case Question::Status:
             return digestOfStatus(statusAt(subject));
+        case Question::Times:
+            return digestOfTimes(statusAt(subject));
         case Question::Entries:
             return digestOfEntries(listFolder(pathFromUtf8(subject), error), error);
         case Question::Canonical:
@@ -109,6 +121,16 @@ void noteStatus(const std::string& path, const std::optional<FileStatus>& status
         noteDeed();
     }
     note(Question::Status, path, digestOfStatus(status));
+}
+
+void noteTimes(const std::string& directory, const FileStatus& status) {
+    if (!notesAreTaken()) {
+        return;
+    }
+    if (isRecent(status)) {
+        noteDeed();
+    }
+    note(Question::Times, directory, digestOfTimes(status));
 }
 
 std::uint64_t digestOf(std::string_view text) noexcept {

@@ -41,6 +41,12 @@ struct ToolSurroundings {
     std::vector<std::string> systemFolders;
 };
 
+/// Where a compiler looks for headers, besides the directory of the file that includes them: in the
+/// order in which it looks. Absolute, with forward slashes.
+struct HeaderSearch {
+    std::vector<std::string> directories;
+};
+
 /// Made by a builder, run by the driver, kept in the cache.
 ///
 /// A recipe with outputs of its own stands or falls alone: it runs again when its command, one of
@@ -48,10 +54,11 @@ struct ToolSurroundings {
 /// Recipes without outputs run again together, when anything of their target changed.
 struct Recipe {
     std::string command;  ///< the command text, UTF-8, exactly as the builder composed it
-    std::vector<std::string> furtherCommands;  ///< run after it, in order, as long as all succeed
-    std::filesystem::path workingDirectory;    ///< empty: the child inherits ours
+    std::filesystem::path workingDirectory;  ///< empty: the child inherits ours
     std::uint32_t shell = shell::kInterpreter;
     std::vector<std::filesystem::path> searchDirectories;  ///< before PATH, for this child only
+
+    std::vector<std::string> furtherCommands;  ///< run after it, in order, as long as all succeed
     std::shared_ptr<const ToolSurroundings> surroundings;  ///< null: nothing special
 
     /// Environment variables that the command text refers to, so that what they hold is shown and
@@ -59,8 +66,14 @@ struct Recipe {
     std::vector<std::string> secretVariables;
 
     std::vector<RecipeInput> inputs;
-    std::vector<Assignment> outputs;        ///< their folders are made before the command runs
-    std::filesystem::path dependencyFile;   ///< written by the command: files it has read; or empty
+    std::vector<Assignment> outputs;       ///< their folders are made before the command runs
+    std::filesystem::path dependencyFile;  ///< written by the command: files it has read; or empty
+    std::shared_ptr<const HeaderSearch> headerSearch;  ///< of the headers among them; null: unknown
+
+    /// A directory of which everything is the command's: the files that are in it afterwards are
+    /// outputs too, whatever they are called. Empty: there is none.
+    std::filesystem::path outputDirectory;
+
     std::vector<SupportFile> supportFiles;  ///< written before the command runs
 
     /// Work that vesk does itself in place of the command, whose text is then what users see of it

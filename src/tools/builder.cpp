@@ -49,6 +49,26 @@ std::vector<Recipe> Builder::commandsOf(const Recipe& recipe, const BuildEnv&) c
     return commands;
 }
 
+std::vector<Assignment> Builder::variablesRead(const Context& target) const {
+    AssignmentMap read;
+    for (const auto& [name, setting] : settings_) {
+        const Assignment* own = target.find(name);
+        read.insert_or_assign(name, own != nullptr && own->value ? *own : setting);
+    }
+    for (const auto& [name, subject] : subjects_) {
+        if (const Assignment* own = target.find(name)) {
+            read.insert_or_assign(name, *own);
+        }
+    }
+    std::vector<Assignment> variables;
+    for (auto& [name, assignment] : read) {
+        if (assignment.value) {
+            variables.push_back(std::move(assignment));
+        }
+    }
+    return variables;
+}
+
 ValuePtr Builder::settingOr(const Context& target, std::string_view name) const {
     const Assignment* assignment = target.find(name);
     if (assignment != nullptr && assignment->value) {

@@ -52,13 +52,17 @@ class Builder {
     /// The variables that the builder consumes from a target.
     const AssignmentMap& subjects() const noexcept { return subjects_; }
 
+    /// What decides what the builder makes of a target: its subjects and its settings, each with
+    /// the value that counts. Of others a builder may only read what its recipes show.
+    std::vector<Assignment> variablesRead(const Context& target) const;
+
   protected:
     /// `settings` are the tool's own values, used where a target gives none.
     explicit Builder(AssignmentMap subjects, AssignmentMap settings = {});
     Builder(const Builder&) = delete;
     Builder& operator=(const Builder&) = delete;
 
-    /// The value of a variable in the target, else among the settings; null when neither has one.
+    /// The value of a setting in the target, else the tool's own; null when neither has one.
     ValuePtr settingOr(const Context& target, std::string_view name) const;
 
   private:

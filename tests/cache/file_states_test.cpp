@@ -112,6 +112,25 @@ TEST_F(FileStatesTest, AFileIsExaminedOnceUntilItIsWritten) {
     EXPECT_EQ(states.current(file).size, 5u);
 }
 
+TEST_F(FileStatesTest, TheNamesInADirectory) {
+    fs::create_directory(directory / "d");
+    write(directory / "d/a", "one");
+    const std::string names = namesPath(path("d"));
+    const FileState before = stateOf(names);
+    EXPECT_EQ(before.kind, FileState::Kind::Names);
+    write(directory / "d/a", "two");
+    write(directory / "d/.vesk_cache.tmp", "");
+    EXPECT_EQ(FileStates().compare(names, before), Comparison::Same);
+    FileStates states;
+    EXPECT_EQ(states.compare(names, before), Comparison::Same);
+    write(directory / "d/b", "");
+    states.written(path("d/b"));
+    EXPECT_EQ(states.compare(names, before), Comparison::Changed);
+    fs::remove_all(directory / "d");
+    EXPECT_EQ(FileStates().compare(names, before), Comparison::Changed);
+    EXPECT_EQ(stateOf(names).kind, FileState::Kind::Missing);
+}
+
 TEST_F(FileStatesTest, ReadingAheadOnSeveralThreadsGivesTheSameStates) {
     std::vector<std::string> files;
     for (int i = 0; i < 60; ++i) {

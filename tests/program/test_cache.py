@@ -80,7 +80,11 @@ class Rebuilds(Cached):
             (lambda: self.unit(UNIT.replace("app: lib gen", "app: lib")), ["app"],
              "dependency: main::gen is gone."),
             (lambda: self.unit(UNIT.replace("tool: {", 'tool: { cwd = "src"')),
-             ["all", "tool"], 'cwd: "src/" is new.'),
+             ["all", "tool"], 'cwd: "." is now "src/".'),
+            (lambda: self.unit(UNIT.replace("WRITE_FILE", 'SEPARATOR = "-" WRITE_FILE')), ["gen"],
+             'SEPARATOR: "\\n" is now "-".'),
+            (lambda: self.unit(UNIT.replace("WRITE_FILE", 'MODE = "append" WRITE_FILE')),
+             ["app", "gen"], 'MODE: "create" is now "append".'),
         ]
         for change, expected, reason in changes:
             self.unit(UNIT)
@@ -89,6 +93,31 @@ class Rebuilds(Cached):
             self.assertEqual(self.built(), expected, self.said)
             self.assertIn(reason, self.reasons())
             self.assertEqual(self.built(), [], self.said)
+
+    def test_a_mode_that_there_is_not(self):
+        self.built()
+        self.unit(UNIT.replace("WRITE_FILE", 'MODE = "overwrite" WRITE_FILE'))
+        for _ in range(2):
+            self.assertIn("must be either 'create' or 'append', got 'overwrite'.",
+                          self.error("gen"))
+
+    def test_the_directory_that_commands_run_in(self):
+        self.write(".vesk_project.txt", 'name demo\nunits { main { "vesk.txt" } }')
+        self.assertEqual(self.built(target="tool"), ["tool"])
+        self.assertEqual(self.built(target="tool", cwd=self.dir / "src"), ["tool"])
+        self.assertEqual(self.reasons(), ['cwd: "." is now "src/".'])
+        self.assertEqual(self.built(target="tool", cwd=self.dir / "src"), [])
+
+    def test_outputs_are_made_and_are_missed(self):
+        self.unit('t: { cmdline = ["child copy src/app.txt new/dir/x"] ^X = P"(new/dir/x)" }\n'
+                  'bad: { cmdline = ["child print bad"] ^X = P"(none)" }\n')
+        self.assertEqual(self.built(target="t"), ["t"])
+        self.assertEqual(self.built(target="t"), [])
+        for _ in range(2):
+            result = self.run_vesk("-v", "6", "bad")
+            self.assertEqual((result.out, result.status), ("bad\n", 0))
+            self.assertEqual(result.err, "[vesk::bad] 'vesk::bad' has not made its output "
+                                         "'{DIR}/none'.\n")
 
     def test_nothing_for_what_does_not_matter(self):
         self.built()
