@@ -23,6 +23,12 @@ class Matcher {
     /// A new matcher of the same class, copied member by member.
     virtual std::unique_ptr<Matcher> clone() const = 0;
 
+  protected:
+    /// What the concrete tool adds to a match whose needs are satisfied: a verdict, and kinds that
+    /// take precedence over the comparison of wants.
+    virtual MatchResult matchTool(const Context& target) const;
+
+  public:
     /// The builder of this tool that suits the target. Throws VeskException when there is none.
     virtual std::shared_ptr<Builder> createBuilder(const Context& target) const = 0;
 
@@ -58,10 +64,6 @@ class Matcher {
             const AssignmentMap& needs, const AssignmentMap& must, const AssignmentMap& others);
     Matcher(const Matcher&) = default;
     Matcher& operator=(const Matcher&) = delete;
-
-    /// What the concrete tool adds to a match whose needs are satisfied: a verdict, and kinds that
-    /// take precedence over the comparison of wants.
-    virtual MatchResult matchTool(const Context& target) const;
 
   private:
     bool needsSatisfied(const Context& target) const;

@@ -13,7 +13,12 @@ namespace Vesk {
 
 namespace {
 
-using Detectors = std::map<CiString, ToolchainDetector, CiLess>;
+struct Detector {
+    CiString toolType;
+    ToolchainDetector detect;
+};
+
+using Detectors = std::multimap<int, Detector>;
 
 /// Made on first use: registration objects of other files may run before this file's own.
 Detectors& detectors() {
@@ -36,16 +41,16 @@ std::vector<DetectedTool> detect(const CiString& toolType, const ToolchainDetect
 
 }  // namespace
 
-ToolchainDetectorRegistration::ToolchainDetectorRegistration(std::string toolType,
+ToolchainDetectorRegistration::ToolchainDetectorRegistration(std::string toolType, int rank,
                                                              const ToolchainDetector& detector)
     : toolType_(std::move(toolType)) {
-    detectors().try_emplace(CiString(toolType_), detector);
+    detectors().emplace(rank, Detector{CiString(toolType_), detector});
 }
 
 std::vector<DetectedTool> detectToolchains() {
     std::vector<DetectedTool> all;
-    for (const auto& [toolType, detector] : detectors()) {
-        std::vector<DetectedTool> found = detect(toolType, detector);
+    for (const auto& [rank, detector] : detectors()) {
+        std::vector<DetectedTool> found = detect(detector.toolType, detector.detect);
         all.insert(all.end(), std::make_move_iterator(found.begin()),
                    std::make_move_iterator(found.end()));
     }

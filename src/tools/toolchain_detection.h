@@ -24,8 +24,10 @@ using ToolchainDetector = std::function<std::vector<DetectedTool>()>;
 
 class ToolchainDetectorRegistration {
   public:
-    /// `toolType` as in ToolTypeRegistration.
-    ToolchainDetectorRegistration(std::string toolType, const ToolchainDetector& detector);
+    /// `toolType` as in ToolTypeRegistration. Detectors are asked in the order of `rank`, the
+    /// lowest first.
+    ToolchainDetectorRegistration(std::string toolType, int rank,
+                                  const ToolchainDetector& detector);
 
     const std::string& toolType() const noexcept { return toolType_; }
 
@@ -33,7 +35,7 @@ class ToolchainDetectorRegistration {
     std::string toolType_;
 };
 
-/// What all detectors find, in the order of their tool types. One that throws is warned about; the
+/// What all detectors find, in their order. One that throws is warned about; the
 /// others are still asked.
 std::vector<DetectedTool> detectToolchains();
 

@@ -107,6 +107,12 @@ class C3(ToolchainTest):
         self.build()
         self.assertEqual(self.status_of("out/app"), 5)
         self.assertEqual(self.commands(self.build()), [])
+        object_, = (self.dir / "out/.obj/vesk/objs/objects").glob("first.*")
+        for change in (object_.unlink, lambda: object_.write_bytes(b"edited")):
+            change()
+            self.build()
+            self.assertEqual(self.status_of("out/app"), 5)
+            self.assertNotIn("c3c", self.build())
         # Objects are named after modules; that of a module which is gone is not linked.
         self.write("a.c3", "module second;\nfn int a() { return 2; }\n")
         self.build()

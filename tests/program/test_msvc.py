@@ -245,6 +245,8 @@ class Rebuilding(MsvcTest):
             (lambda: None, ([], 0, 0)),
             (lambda: self.write("in c/a.h", '#include "all.h"\nint b;\n'), (["a.c"], 0, 1)),
             (lambda: self.write("in c/all.h", "#define N 2\n"), (["a.c", "main.c"], 0, 1)),
+            # Beside the source it is found before the directories are looked through.
+            (lambda: self.write("a.h", '#include "all.h"\nint c;\n'), (["a.c"], 0, 1)),
             (lambda: self.write("x.bin", b"2"), ([], 1, 1)),
             (lambda: self.write("app.h", "#define X 2\n"), ([], 1, 0)),
             (lambda: self.place(f"{KITS}/Include/{KIT}/um/windows.h", "#define SDK 3\n"), ([], 0, 0)),
@@ -275,6 +277,24 @@ class Rebuilding(MsvcTest):
                     shutil.copy(bin_folder / (role + ending), bin_folder / (name + ending))
         self.declare(folder, 'toolchain_compiler = "clang-cl"')
         self.check_edits()
+
+    def test_libraries_and_files_of_flags(self):
+        self.sources()
+        self.declare(self.tool_set("14.38.33130"))
+        unit = self.read("vesk.txt")
+        for flags in ('LIBS = ["lib/f.lib"]', 'LIB_DIRS = ["lib"] LIBS = ["f"]',
+                      'LIBS = ["/defaultlib:f"] LIB_DIRS = ["lib"]',
+                      'AR_FLAGS = "@lib/list" OUTPUT_TYPE = "static"'):
+            with self.subTest(flags):
+                self.unit(unit.replace("SUBSYSTEM", f"{flags} SUBSYSTEM"))
+                for number in (1, 2):
+                    self.library(self.dir / "lib", "f",
+                                 code=f"int f(void) {{ return {number}; }}\n")
+                    self.write("lib/list", "\n" * number)
+                    self.built()
+                    self.assertEqual(len(self.calls("link", "lib")), 1, number)
+                    self.built()
+                    self.assertEqual(self.calls(), [])
 
     def read_commands(self):
         return (self.dir / ".vesk_cache").read_bytes().decode(errors="replace")

@@ -187,6 +187,56 @@ class Programs(GnuTest):
             self.assertEqual(len(re.findall(r"gcc\S* -o out/app| rcs ", out)), links, out)
             self.assertEqual(self.compiled(self.build()), [])
 
+    def test_a_header_that_is_found_earlier(self):
+        self.remembers = True
+        unit = '''
+            app: {
+                C_FILES = ["src/main.c"]
+                C_FLAGS = "-iquote quoted"
+                INCLUDE_DIRS = ["one", "two"]
+                toolchain_name ?= "HERE"
+            }
+            '''
+        for compiler in self.compilers:
+            for earlier in ("src/sub/n.h", "quoted/sub/n.h", "one/sub/n.h"):
+                with self.subTest(compiler, earlier=earlier):
+                    for folder in ("src", "quoted", "one", "two", "out"):
+                        shutil.rmtree(self.dir / folder, ignore_errors=True)
+                    self.write("src/main.c", '#include "sub/n.h"\nint main(void) { return N; }\n')
+                    self.write("two/sub/n.h", "#define N 2\n")
+                    self.write("one/other.h", "")
+                    self.unit(unit.replace("HERE", compiler))
+                    self.build()
+                    self.assertEqual(self.compiled(self.build()), [])
+                    # Other names there do not matter.
+                    self.write(Path(earlier).parent / "m.h", "#define N 0\n")
+                    self.write("vesk.txt.bak", "")
+                    self.assertEqual(self.compiled(self.build()), [])
+                    self.assertEqual(self.compiled(self.build()), [])
+                    self.write(earlier, "#define N 1\n")
+                    self.assertEqual(self.compiled(self.build()), ["src/main.c"])
+                    self.assertEqual(self.compiled(self.build()), [])
+                    (self.dir / earlier).unlink()
+                    self.assertEqual(self.compiled(self.build()), ["src/main.c"])
+
+    def test_names_that_look_like_options(self):
+        for name in ("-x", "@y"):
+            self.write(f"{name}.c", f"int f{name[1]}(void) {{ return 1; }}\n")
+        self.write("main.c", "int fx(void);\nint fy(void);\n"
+                             "int main(void) { return fx() + fy() - 2; }\n")
+        self.write("obj.c", "int obj;\n")
+        self.unit('''
+            app: +lib {
+                C_FILES = ["main.c"] OUTPUT_DIR = "." OUTPUT_NAME = "-app" OBJ_FILES = ["-o.o"]
+                LIB_FILES = ["@lib.a"]
+            }
+            lib: object { C_FILES = ["@y.c"] OUTPUT_TYPE = "static" OUTPUT_DIR = "." OUTPUT_NAME = "@lib.a" }
+            object: { C_FILES = ["-x.c"] OUTPUT_TYPE = "relocatable" OUTPUT_DIR = "." OUTPUT_NAME = "-o" }
+            '''.replace("object { C_FILES = [\"@", "+object { C_FILES = [\"@"))
+        for compiler in self.compilers:
+            self.build(f'toolchain_name="{compiler}"')
+        self.output_of("-app")
+
     def test_a_new_source_is_seen_when_runs_are_repeated(self):
         self.remembers = True
         self.write("main.c", "int main(void) { return 0; }\n")
@@ -326,6 +376,34 @@ class Libraries(GnuTest):
         (self.dir / "b.c").unlink()
         self.build()
         self.assertEqual(members(), ["a.c.o"])
+
+    def test_libraries_and_files_of_flags_are_noticed(self):
+        self.remembers = True
+        self.write("f.c", "int f(void) { return N; }\n")
+        self.write("main.c", "int f(void);\nint main(void) { return f(); }\n")
+        made = 'f: { C_FILES = ["f.c"] DEFINES = ["N=HERE"] OUTPUT_DIR = "lib" OUTPUT_TYPE = "static" }'
+        users = (
+            'C_FILES = ["main.c"] LIB_DIRS = ["lib"] LIBS = ["f"]',
+            'C_FILES = ["main.c"] LIB_DIRS = ["lib"] LIBS = [":libf.a"]',
+            'C_FILES = ["main.c"] LIBS = ["lib/libf.a"]',
+            'C_FILES = ["main.c"] LINK_FLAGS = "lib/libf.a"',
+            'OBJ_FILES = objs.OBJECTS OUTPUT_TYPE = "relocatable" LIB_DIRS = ["lib"] LIBS = ["f"]',
+            'OBJ_FILES = objs.OBJECTS OUTPUT_TYPE = "static" AR_FLAGS = "@lib/list"',
+        )
+        self.write("lib/list", "")
+        for body in users:
+            with self.subTest(body):
+                for number in (1, 2):
+                    self.unit(made.replace("HERE", str(number)) +
+                              "\nobjs: { C_FILES = [\"main.c\"] OUTPUT_TYPE = \"object\" }")
+                    self.build("f")
+                    self.write("lib/list", "\n" * number)
+                    self.unit(f'app: {"objs" if "objs" in body else ""} {{ {body} }}\n'
+                              'objs: { C_FILES = ["main.c"] OUTPUT_TYPE = "object" }')
+                    self.assertIn("out/app" if "static" not in body else "out/libapp",
+                                  "\n".join(line for line in self.build().splitlines()
+                                            if "Starting" not in line))
+                    self.assertNotIn("Starting build job", self.build())
 
     def test_shared_libraries_are_found_at_run_time(self):
         self.write("inner.c", "int inner(void) { return 6; }\n")
@@ -591,6 +669,7 @@ class Detection(ToolchainTest):
             found = [line for line in out.splitlines() if line.startswith("Registered")]
             # LLVM of this machine itself may be found in its own place, besides.
             self.assertEqual([line for line in found if "gcc" in line], expected[:2])
+            self.assertEqual(found[:2], expected[:2], "GCC comes first")
             registries.append((self.base / "data/vesk/.vesk_registry.txt").read_text())
         self.assertEqual(registries[0], registries[1])
         self.assertIn('toolchain_path = P"(/opt/mine)"', registries[0])

@@ -39,7 +39,7 @@ bool isGiven(const Assignment* assignment) {
 
 const ToolTypeRegistration RegisterAndroidSdkMatcher(kToolType,
                                                      matcherFactory<AndroidSdkMatcher>());
-const ToolchainDetectorRegistration RegisterAndroidSdkDetector(kToolType, detectAndroidSdks);
+const ToolchainDetectorRegistration RegisterAndroidSdkDetector(kToolType, 5, detectAndroidSdks);
 
 AndroidSdkMatcher::AndroidSdkMatcher(const CiString& name, const AssignmentMap& must,
                                      const AssignmentMap& others)

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/exception.h"
+#include "platform/system.h"
 #include "tools/android/apk_recipes.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/support/c_builder.h"
@@ -28,6 +29,7 @@ ApkTools toolsFor(const TargetContext& target, const TargetPaths& paths, const A
     const auto text = [&target](const char* name) { return target.textOf(name).value_or(""); };
     ApkTools tools;
     tools.buildTools = sdk.requireBuildTools(text("build_tools_version"));
+    tools.stagesFiles = platform::kWindows;
     tools.javaPath = pathSetting(target, "java_path", paths);
     tools.platformJar = pathSetting(target, "ANDROID_JAR", paths);
     if (tools.platformJar.empty()) {
@@ -36,6 +38,13 @@ ApkTools toolsFor(const TargetContext& target, const TargetPaths& paths, const A
         tools.platformVersion = apiLevel(platform.version);
     }
     return tools;
+}
+
+/// Variables that say what is built with.
+const AssignmentMap& toolSettings() {
+    static const AssignmentMap table =
+        makeTable({{"build_tools_version"}, {"platform_version"}, {"java_path"}});
+    return table;
 }
 
 }  // namespace
@@ -59,7 +68,9 @@ std::string sdkFolder(const ValuePtr& declared, Context& target) {
 }
 
 AndroidApkBuilder::AndroidApkBuilder(ValuePtr sdkPath, std::shared_ptr<AndroidSdks> sdks)
-    : Builder(androidApkSubjects()), sdkPath_(std::move(sdkPath)), sdks_(std::move(sdks)) {}
+    : Builder(androidApkSubjects(), toolSettings()),
+      sdkPath_(std::move(sdkPath)),
+      sdks_(std::move(sdks)) {}
 
 RecipeSet AndroidApkBuilder::createRecipes(TargetContext& target) {
     const BuildEnv environment(environmentSettings(target));

@@ -38,8 +38,10 @@ bool sameMachine(std::string_view told, std::string_view asked) noexcept {
 }
 
 /// The folder of the package in which Android looks for the library.
-std::string abiFolder(const NativeLibrary& library, const std::vector<std::string>& allowed) {
-    const std::string_view told = abiOf(firstBytes(library.path, kElfHeaderStart));
+std::string abiFolder(const NativeLibrary& library, const PackageContents& contents) {
+    const std::vector<std::string>& allowed = contents.abis;
+    const std::string_view told =
+        abiOf(firstBytes(contents.packedFile(library.path), kElfHeaderStart));
     if (told.empty()) {
         throw VeskException(fmt::format(
             "'{}' is no shared library for Android, as the target's native libraries have to be.",
@@ -80,15 +82,21 @@ void addDexFiles(ZipWriter& package, const PackageContents& contents) {
         }
     }
     for (const std::string& file : contents.dexFiles) {
-        if (firstBytes(file, kDexMark.size()) != kDexMark) {
+        const std::string& packed = contents.packedFile(file);
+        if (firstBytes(packed, kDexMark.size()) != kDexMark) {
             throw VeskException(fmt::format(
                 "'{}' in DEX_FILES is no DEX file. Class files belong into CLASS_FILES.", file));
         }
-        package.add(dexName(++number), platform::pathFromUtf8(file));
+        package.add(dexName(++number), platform::pathFromUtf8(packed));
     }
 }
 
 }  // namespace
+
+const std::string& PackageContents::packedFile(const std::string& path) const {
+    const auto copy = staged.find(path);
+    return copy == staged.end() ? path : copy->second;
+}
 
 std::string_view abiOf(std::string_view bytes) noexcept {
     constexpr std::string_view kMark =
@@ -128,11 +136,11 @@ void writePackage(const PackageContents& contents, const std::filesystem::path& 
     }
     addDexFiles(writer, contents);
     for (const NativeLibrary& library : contents.libraries) {
-        writer.add("lib/" + abiFolder(library, contents.abis) + "/" + fileName(library.path),
-                   platform::pathFromUtf8(library.path));
+        writer.add("lib/" + abiFolder(library, contents) + "/" + fileName(library.path),
+                   platform::pathFromUtf8(contents.packedFile(library.path)));
     }
     for (const ExtraFile& file : contents.extraFiles) {
-        writer.add(file.name, platform::pathFromUtf8(file.path));
+        writer.add(file.name, platform::pathFromUtf8(contents.packedFile(file.path)));
     }
     writer.finish();
 }

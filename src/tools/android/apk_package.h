@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,11 @@ struct PackageContents {
     std::vector<NativeLibrary> libraries;
     std::vector<std::string> abis;  ///< the only ones that are allowed; empty: all
     std::vector<ExtraFile> extraFiles;
+
+    /// Copies that are packed in place of the files that are told of, by these.
+    std::map<std::string, std::string> staged;
+
+    const std::string& packedFile(const std::string& path) const;
 };
 
 /// Writes the package, unsigned; everything in it is aligned as Android wants it. Nothing is packed

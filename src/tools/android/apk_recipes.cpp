@@ -15,6 +15,7 @@
 #include "tools/support/file_patterns.h"
 #include "tools/support/libraries.h"
 #include "tools/support/output_type.h"
+#include "tools/support/powershell_staging.h"
 #include "tools/support/run_step.h"
 #include "tools/support/value_lists.h"
 #include "types/context_value.h"
@@ -113,9 +114,7 @@ CommandText ApkRecipes::javaTool(Recipe& recipe, std::string_view name,
     return command;
 }
 
-/// In-process, since no program that is always there adds files to an archive and keeps them as
-/// they are; so the alignment of data can be chosen too, whatever the version of the build tools.
-void ApkRecipes::pack() {
+PackageContents ApkRecipes::packageContents() const {
     PackageContents contents;
     contents.base = base_;
     contents.dexArchive = dexArchive_;
@@ -123,24 +122,74 @@ void ApkRecipes::pack() {
     contents.libraries = nativeLibraries();
     contents.abis = entriesOf(target_, "ABI");
     contents.extraFiles = extraFiles();
+    return contents;
+}
 
+/// Copies what comes from elsewhere into a directory of this target. The directory is emptied when
+/// other files belong into it than before; then all are copied, else those that have changed.
+void ApkRecipes::stageFiles(PackageContents& contents) {
+    const std::string directory = inObjects("stage");
+    std::vector<StagedFile> files;
+    std::string names;
+    const auto take = [&](const std::string& path) {
+        const std::string name =
+            fmt::format("{}/{}", contents.staged.size(), path.substr(path.rfind('/') + 1));
+        if (contents.staged.try_emplace(path, directory + "/" + name).second) {
+            files.push_back({platform::pathFromUtf8(nativePath(path)),
+                             platform::pathFromUtf8(nativePath(name))});
+            names.append(name).append(1, '\n');
+        }
+    };
+    std::ranges::for_each(contents.dexFiles, take);
+    std::ranges::for_each(contents.libraries, take, &NativeLibrary::path);
+    std::ranges::for_each(contents.extraFiles, take, &ExtraFile::path);
+    if (files.empty()) {
+        return;
+    }
+    std::vector<Recipe> staging =
+        stagingRecipes(platform::pathFromUtf8(nativePath(directory)), files, Empty);
+    for (std::size_t i = 0; i < staging.size(); ++i) {
+        Recipe& recipe = staging[i];
+        recipe.workingDirectory = platform::pathFromUtf8(paths_.root());
+        recipe.tellsAll = true;
+        if (i == 0) {
+            recipe.inputs.push_back({textAssignment("staged", names), std::nullopt});
+            recipe.outputDirectory = platform::pathFromUtf8(directory);
+            addOutput(recipe, "stage", directory);
+        } else {
+            const std::string source = normalPath(platform::pathToUtf8(files[i - 1].source));
+            recipe.pooled = true;
+            addInput(recipe, "source", source);
+            addOutput(recipe, "staged", contents.staged.at(source));
+        }
+        recipes.push_back(std::move(recipe));
+    }
+}
+
+/// In-process, since no program that is always there adds files to an archive and keeps them as
+/// they are; so the alignment of data can be chosen too, whatever the version of the build tools.
+void ApkRecipes::pack() {
+    PackageContents contents = packageContents();
+    if (tools_.stagesFiles) {
+        stageFiles(contents);
+    }
     Recipe recipe = newRecipe(Pack);
     addInput(recipe, "base", contents.base);
     if (!dexArchive_.empty()) {
         addInput(recipe, "dex", dexArchive_);
     }
-    addInputs(recipe, "DEX_FILES", contents.dexFiles);
     std::vector<std::string> names;
     for (const std::string& file : contents.dexFiles) {
+        addInput(recipe, "DEX_FILES", contents.packedFile(file));
         names.push_back(paths_.inCommand(file));
     }
     for (const NativeLibrary& library : contents.libraries) {
-        addInput(recipe, "NATIVE_LIBS", library.path);
+        addInput(recipe, "NATIVE_LIBS", contents.packedFile(library.path));
         names.push_back(paths_.inCommand(library.path) +
                         (library.abi.empty() ? "" : " for " + library.abi));
     }
     for (const ExtraFile& file : contents.extraFiles) {
-        addInput(recipe, "EXTRA_FILES", file.path);
+        addInput(recipe, "EXTRA_FILES", contents.packedFile(file.path));
         names.push_back(paths_.inCommand(file.path) + " as " + file.name);
     }
     addOutput(recipe, "unsigned", unsigned_);

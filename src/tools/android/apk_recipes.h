@@ -27,6 +27,7 @@ struct ApkTools {
     std::string platformJar;      ///< android.jar
     std::string platformVersion;  ///< empty when only the archive is known
     std::string javaPath;         ///< the setting java_path
+    bool stagesFiles = false;     ///< with PowerShell: what is packed is copied to one place first
 };
 
 class ApkRecipes {
@@ -42,7 +43,7 @@ class ApkRecipes {
 
   private:
     // Stages that run one after another.
-    enum Stage : std::uint32_t { Compile, Bundle, Link, Java, Dex, Pack, Sign };
+    enum Stage : std::uint32_t { Compile, Bundle, Link, Java, Dex, Empty, Copy, Pack, Sign };
 
     void compileResources();
     void compileFolder(const std::string& folder);
@@ -59,6 +60,8 @@ class ApkRecipes {
     std::vector<std::string> classFiles() const;
 
     void pack();
+    PackageContents packageContents() const;
+    void stageFiles(PackageContents& contents);
     std::vector<NativeLibrary> nativeLibraries() const;
     std::vector<ExtraFile> extraFiles() const;
 

@@ -172,12 +172,9 @@ void ApkRecipes::link() {
     addInputs(recipe, "resources", resources_);
     addOutput(recipe, "base", base_);
     addOutput(recipe, "symbols", symbols_);
-    Recipe run = recipe;
-    // The package's name is that of a folder there; under an old name nothing may stay.
-    recipe.action = [run = std::move(run), folder = javaFolder_] {
-        renewFolder(platform::pathFromUtf8(folder));
-        runOrThrow(run);
-    };
+    // The package's name is that of a directory there; under an old name nothing may stay.
+    recipe.outputDirectory = platform::pathFromUtf8(javaFolder_);
+    recipe.replacesOutputs = true;
     recipes.push_back(std::move(recipe));
 }
 

@@ -9,8 +9,8 @@
 #include "tools/c3/c3_command.h"
 #include "tools/discovery/triple.h"
 #include "tools/support/file_patterns.h"
+#include "tools/support/flag_files.h"
 #include "tools/support/libraries.h"
-#include "tools/support/run_step.h"
 #include "tools/support/source_files.h"
 #include "tools/support/value_lists.h"
 #include "types/list_value.h"
@@ -151,12 +151,8 @@ class C3Recipe {
         command_.objectFolder = objectFolderOf(paths_);
         Recipe recipe = newRecipe();
         recipe.outputs.push_back(output("objects", pathValue(command_.objectFolder)));
-        Recipe run = recipe;
-        // The objects of modules that are gone would stay.
-        recipe.action = [run = std::move(run), folder = command_.objectFolder] {
-            renewFolder(platform::pathFromUtf8(folder));
-            runOrThrow(run);
-        };
+        recipe.outputDirectory = platform::pathFromUtf8(command_.objectFolder);
+        recipe.replacesOutputs = true;  // the objects of modules that are gone would stay
         recipes.push_back(std::move(recipe));
     }
 
@@ -172,7 +168,8 @@ class C3Recipe {
         addInputs(recipe, "LIB_FILES", command_.libraries);
         addInputs(recipe, "LIBS",
                   librariesIn(paths_.absolute(entriesOf(target_, "LIB_DIRS")),
-                              entriesOf(target_, "LIBS")));
+                              entriesOf(target_, "LIBS"), paths_.root()));
+        addInputs(recipe, "LINK_FLAGS", flagFiles(target_, paths_, {"LINK_FLAGS"}));
         const Assignment product = output("OUTPUT", pathValue(command_.product.file));
         recipe.outputs.push_back(product);
         outputs.push_back(product);

@@ -31,7 +31,7 @@ const std::vector<const char*>& subjects() {
 }  // namespace
 
 const ToolTypeRegistration RegisterC3Matcher(kToolType, matcherFactory<C3Matcher>());
-const ToolchainDetectorRegistration RegisterC3Detector(kToolType, detectC3);
+const ToolchainDetectorRegistration RegisterC3Detector(kToolType, 4, detectC3);
 
 C3Matcher::C3Matcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others)
     : Matcher(name, kToolType, wantsTable(), needsTable(), must, others),

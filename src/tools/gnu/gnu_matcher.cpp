@@ -20,7 +20,7 @@ const AssignmentMap& wantsTable() {
 }  // namespace
 
 const ToolTypeRegistration RegisterGNUMatcher(kToolType, matcherFactory<GNUMatcher>());
-const ToolchainDetectorRegistration RegisterGNUDetector(kToolType, detectGNU);
+const ToolchainDetectorRegistration RegisterGNUDetector(kToolType, 1, detectGNU);
 
 GNUMatcher::GNUMatcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others)
     : Matcher(name, kToolType, wantsTable(), {}, must, others),

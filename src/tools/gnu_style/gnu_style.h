@@ -1,6 +1,7 @@
 // Compilers whose command lines look like GCC's.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -82,6 +83,8 @@ class GnuStyleBuild {
     struct Compiler {
         CommandText command;  ///< their beginning
         Assignment program;
+        std::shared_ptr<const HeaderSearch> headerSearch;
+        std::vector<std::string> flagFiles;
     };
 
     void compile();
@@ -93,7 +96,7 @@ class GnuStyleBuild {
     void archive();
     void addSharedOptions(CommandText& command, const Product& product) const;
     void addRunPaths(CommandText& command, const Product& product) const;
-    void addLibraries(CommandText& command) const;
+    void addLibraries(CommandText& command, Recipe& recipe) const;
     void addScript(CommandText& command, Recipe& recipe) const;
     Recipe productRecipe(const Product& product, const std::string& program) const;
     void finishProduct(Recipe recipe, const CommandText& command, const Product& product);

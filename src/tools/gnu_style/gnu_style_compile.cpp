@@ -7,6 +7,8 @@
 #include "platform/files.h"
 #include "tools/discovery/triple.h"
 #include "tools/gnu_style/gnu_style.h"
+#include "tools/support/flag_files.h"
+#include "tools/support/header_search.h"
 #include "tools/support/libraries.h"
 #include "tools/support/recipe_parts.h"
 #include "tools/support/value_lists.h"
@@ -113,7 +115,9 @@ GnuStyleBuild::Compiler GnuStyleBuild::compilerFor(Language language) const {
         command.add("-isystem");
         command.add(folder);
     }
-    return {std::move(command), resolvedAssignment("program", pathValue(program))};
+    return {std::move(command), resolvedAssignment("program", pathValue(program)),
+            headerSearch(target_, paths_, {"FLAGS", flagsVariable(language)}),
+            flagFiles(target_, paths_, {"FLAGS", flagsVariable(language)})};
 }
 
 Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, const Compiler& compiler) const {
@@ -129,6 +133,7 @@ Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, const Compiler& co
         command.add("-MF");
         command.add(paths_.inCommand(source.dependencyFile));
         recipe.dependencyFile = platform::pathFromUtf8(source.dependencyFile);
+        recipe.headerSearch = compiler.headerSearch;
     }
     command.add("-c");
     command.add(paths_.inCommand(source.path));
@@ -142,6 +147,7 @@ Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, const Compiler& co
         {resolvedAssignment(filesVariable(source.language), pathValue(source.path)),
          resolvedAssignment("OBJECTS", object)});
     recipe.inputs.push_back({compiler.program, std::nullopt});
+    addInputs(recipe, "FLAGS", compiler.flagFiles);
     recipe.outputs.push_back(resolvedAssignment("OBJECTS", object, AssignModifier::Output));
     recipe.searchDirectories = style_.searchDirectories();
     recipe.pooled = true;

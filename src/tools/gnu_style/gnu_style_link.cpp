@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "tools/discovery/triple.h"
 #include "tools/gnu_style/gnu_style.h"
+#include "tools/support/flag_files.h"
 #include "tools/support/libraries.h"
 #include "tools/support/recipe_parts.h"
 #include "tools/support/value_lists.h"
@@ -134,12 +135,8 @@ void GnuStyleBuild::link() {
     command.add({}, paths_.inCommand(objects_));
     addScript(command, recipe);
     addRunPaths(command, product);
-    addLibraries(command);
-
-    addInputs(recipe, "LIB_FILES", libraries_);
-    addInputs(
-        recipe, "LIBS",
-        librariesIn(paths_.absolute(entriesOf(target_, "LIB_DIRS")), entriesOf(target_, "LIBS")));
+    addLibraries(command, recipe);
+    addInputs(recipe, "FLAGS", flagFiles(target_, paths_, {"FLAGS"}));
     finishProduct(std::move(recipe), command, product);
     if (type_ == OutputType::Shared) {
         addLibraryOutputs(product);
@@ -163,8 +160,7 @@ void GnuStyleBuild::linkByHand() {
     command.allowResponseFile();
     addScript(command, recipe);
     command.add({}, paths_.inCommand(objects_));
-    addLibraries(command);
-    addInputs(recipe, "LIB_FILES", libraries_);
+    addLibraries(command, recipe);
     finishProduct(std::move(recipe), command, product);
     if (type_ == OutputType::Relocatable) {
         passOn(outputs, "OBJ_FILES", pathValues({product.path}));
@@ -185,6 +181,7 @@ void GnuStyleBuild::archive() {
     command.add(product.name);
     command.allowResponseFile();
     command.add({}, paths_.inCommand(objects_));
+    addInputs(recipe, "AR_FLAGS", flagFiles(target_, paths_, {"AR_FLAGS"}));
     finishProduct(std::move(recipe), command, product);
     addLibraryOutputs(product);
 }
@@ -221,7 +218,9 @@ void GnuStyleBuild::copyObject() {
     command.add(paths_.inCommand(inputs.front()));
     command.add(product.name);
     objects_ = inputs;
-    finishProduct(productRecipe(product, program), command, product);
+    Recipe recipe = productRecipe(product, program);
+    addInputs(recipe, "OBJCOPY_FLAGS", flagFiles(target_, paths_, {"OBJCOPY_FLAGS"}));
+    finishProduct(std::move(recipe), command, product);
 }
 
 /// Named by its file alone: a program that was linked with it by a path would look for that path.
@@ -249,11 +248,16 @@ void GnuStyleBuild::addRunPaths(CommandText& command, const Product& product) co
     command.add("-Wl,-rpath,", runPaths(libraries_, folderOf(product.path), origin, paths_));
 }
 
-void GnuStyleBuild::addLibraries(CommandText& command) const {
+void GnuStyleBuild::addLibraries(CommandText& command, Recipe& recipe) const {
+    const std::vector<std::string> folders = paths_.absolute(entriesOf(target_, "LIB_DIRS"));
+    const std::vector<std::string> names = atLastPlace(entriesOf(target_, "LIBS"));
     command.add({}, paths_.inCommand(libraries_));
     addFlags(command, target_, "LINK_FLAGS");
-    command.add("-L", paths_.inCommand(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
-    command.add({}, libraryOptions(atLastPlace(entriesOf(target_, "LIBS"))));
+    command.add("-L", paths_.inCommand(folders));
+    command.add({}, libraryOptions(names));
+    addInputs(recipe, "LIB_FILES", libraries_);
+    addInputs(recipe, "LIBS", librariesIn(folders, names, paths_.root()));
+    addInputs(recipe, "LINK_FLAGS", flagFiles(target_, paths_, {"LINK_FLAGS"}));
 }
 
 void GnuStyleBuild::addScript(CommandText& command, Recipe& recipe) const {

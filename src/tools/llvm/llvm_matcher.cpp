@@ -20,7 +20,7 @@ const AssignmentMap& wantsTable() {
 }  // namespace
 
 const ToolTypeRegistration RegisterLLVMMatcher(kToolType, matcherFactory<LLVMMatcher>());
-const ToolchainDetectorRegistration RegisterLLVMDetector(kToolType, detectLLVM);
+const ToolchainDetectorRegistration RegisterLLVMDetector(kToolType, 2, detectLLVM);
 
 LLVMMatcher::LLVMMatcher(const CiString& name, const AssignmentMap& must,
                          const AssignmentMap& others)

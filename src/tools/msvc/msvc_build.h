@@ -43,6 +43,8 @@ class MsvcBuild {
     struct Compiler {
         CommandText command;  ///< their beginning
         std::string program;
+        std::shared_ptr<const HeaderSearch> headerSearch;
+        std::vector<std::string> flagFiles;
     };
 
     // Compiling

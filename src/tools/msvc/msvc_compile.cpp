@@ -13,6 +13,8 @@
 #include "tools/msvc/msvc_build.h"
 #include "tools/msvc/resource_script.h"
 #include "tools/msvc/version_folders.h"
+#include "tools/support/flag_files.h"
+#include "tools/support/header_search.h"
 #include "tools/support/libraries.h"
 #include "tools/support/recipe_parts.h"
 #include "tools/support/value_lists.h"
@@ -297,7 +299,9 @@ void MsvcBuild::compile() {
 }
 
 MsvcBuild::Compiler MsvcBuild::compilerFor(Language language) const {
-    Compiler compiler = {CommandText(ResponseFiles::Windows), program(MsvcProgram::Compiler)};
+    Compiler compiler = {CommandText(ResponseFiles::Windows), program(MsvcProgram::Compiler),
+                         headerSearch(target_, paths_, {"FLAGS", flagsVariable(language)}),
+                         flagFiles(target_, paths_, {"FLAGS", flagsVariable(language)})};
     CommandText& command = compiler.command;
     addFlags(command, target_, "LAUNCHER");
     command.add(nativePath(compiler.program));
@@ -358,7 +362,9 @@ Recipe MsvcBuild::compileRecipe(const SourceFile& source, const Compiler& compil
          resolvedAssignment("OBJECTS", object)});
     // Until the first report nobody knows which sources read them.
     addInputs(recipe, "MC_HEADERS", headers_);
+    addInputs(recipe, "FLAGS", compiler.flagFiles);
     addOptionVariables(recipe, {"CL", "_CL_"});
+    recipe.headerSearch = compiler.headerSearch;
     recipe.outputs.push_back(resolvedAssignment("OBJECTS", object, AssignModifier::Output));
     recipe.pooled = true;
     return recipe;

@@ -9,6 +9,7 @@
 #include "platform/system.h"
 #include "run/command_line.h"
 #include "tools/msvc/msvc_build.h"
+#include "tools/support/flag_files.h"
 #include "tools/support/libraries.h"
 #include "tools/support/recipe_parts.h"
 #include "tools/support/value_lists.h"
@@ -32,13 +33,20 @@ std::vector<std::string> libraryFiles(const std::vector<std::string>& names) {
     return files;
 }
 
-/// Those that lie in one of the folders, so that a change of them is noticed.
-std::vector<std::string> filesIn(const std::vector<std::string>& folders,
-                                 const std::vector<std::string>& names) {
+/// Those that lie in one of the folders, so that a change of them is noticed. The linker looks into
+/// the directory where it runs first; a name may be a path from there.
+std::vector<std::string> filesIn(std::vector<std::string> folders,
+                                 const std::vector<std::string>& names, const std::string& root) {
+    constexpr std::string_view kOption = "defaultlib:";
+    folders.insert(folders.begin(), root);
     std::vector<std::string> found;
-    for (const std::string& name : names) {
+    for (std::string name : names) {
+        if (equalsIgnoringCase(std::string_view(name).substr(1, kOption.size()), kOption)) {
+            name.erase(0, 1 + kOption.size());
+            name += hasEnding(name) ? "" : ".lib";
+        }
         for (const std::string& folder : folders) {
-            if (std::string path = folder + "/" + name; isFile(path)) {
+            if (std::string path = normalPath(name, folder); isFile(path)) {
                 found.push_back(std::move(path));
                 break;
             }
@@ -128,6 +136,7 @@ void MsvcBuild::archive() {
     command.add("/MACHINE:", folders_.architecture->machine);
     addFlags(command, target_, "AR_FLAGS");
     command.add({}, inCommand(objects_));
+    addInputs(recipe, "AR_FLAGS", flagFiles(target_, paths_, {"AR_FLAGS"}));
     finishProduct(std::move(recipe), command, product);
     // A library holds no resources; who links it links them.
     passOn(outputs, "OBJ_FILES", pathValues(resources_));
@@ -216,7 +225,8 @@ void MsvcBuild::addLibraries(CommandText& command, Recipe& recipe) const {
     addInputs(recipe, "OBJECTS", objects_);
     addInputs(recipe, "RES_FILES", resources_);
     addInputs(recipe, "LIB_FILES", libraries_);
-    addInputs(recipe, "LIBS", filesIn(folders, names));
+    addInputs(recipe, "LIBS", filesIn(folders, names, paths_.root()));
+    addInputs(recipe, "LINK_FLAGS", flagFiles(target_, paths_, {"LINK_FLAGS"}));
 }
 
 void MsvcBuild::finishProduct(Recipe recipe, const CommandText& command, const Product& product) {

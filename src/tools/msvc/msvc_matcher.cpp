@@ -40,7 +40,7 @@ AssignmentMap withTarget(const AssignmentMap& must, AssignmentMap others) {
 }  // namespace
 
 const ToolTypeRegistration RegisterMSVCMatcher(kToolType, matcherFactory<MSVCMatcher>());
-const ToolchainDetectorRegistration RegisterMSVCDetector(kToolType, detectMSVC);
+const ToolchainDetectorRegistration RegisterMSVCDetector(kToolType, 3, detectMSVC);
 
 MSVCMatcher::MSVCMatcher(const CiString& name, const AssignmentMap& must,
                          const AssignmentMap& others)

@@ -12,6 +12,19 @@ bool isSystemFolder(std::string_view folder) noexcept {
     return folder.starts_with("/lib") || folder.starts_with("/usr/lib");
 }
 
+/// Which of a library's forms the linker takes depends on its flags. Whether it is content with
+/// this folder: it may want a static one, which is elsewhere.
+bool takeForms(const std::string& stem, std::vector<std::string>& found) {
+    bool isStatic = false;
+    for (const std::string_view ending : {".so", ".dylib", ".dll.a", ".a"}) {
+        if (std::string path = stem + std::string(ending); isFile(path)) {
+            found.push_back(std::move(path));
+            isStatic = isStatic || ending.ends_with(".a");
+        }
+    }
+    return isStatic;
+}
+
 }  // namespace
 
 std::vector<std::string> atLastPlace(std::vector<std::string> names) {
@@ -34,17 +47,31 @@ bool isSharedLibrary(std::string_view file) noexcept {
 }
 
 std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
-                                     const std::vector<std::string>& names) {
-    constexpr std::string_view kEndings[] = {".so", ".dll.a", ".a", ".dylib"};
+                                     const std::vector<std::string>& names,
+                                     const std::string& root) {
     std::vector<std::string> found;
-    for (const std::string& name : names) {
+    const auto takeFile = [&found](std::string path) {
+        const bool there = isFile(path);
+        if (there) {
+            found.push_back(std::move(path));
+        }
+        return there;
+    };
+    for (const std::string& entry : names) {
+        if (entry.front() != '-' && entry.find_first_of("/\\") != std::string::npos) {
+            takeFile(normalPath(entry, root));
+            continue;
+        }
+        std::string_view name = entry;
+        if (name.starts_with("-l")) {
+            name.remove_prefix(2);
+        }
+        if (name.empty() || name.front() == '-') {
+            continue;  // another option of the linker
+        }
         for (const std::string& folder : folders) {
-            const std::string stem = folder + "/lib" + name;
-            const auto ending = std::ranges::find_if(kEndings, [&stem](std::string_view each) {
-                return isFile(stem + std::string(each));
-            });
-            if (ending != std::end(kEndings)) {
-                found.push_back(stem + std::string(*ending));
+            if (name.front() == ':' ? takeFile(folder + "/" + std::string(name.substr(1)))
+                                    : takeForms(folder + "/lib" + std::string(name), found)) {
                 break;
             }
         }

@@ -15,10 +15,13 @@ std::vector<std::string> atLastPlace(std::vector<std::string> names);
 
 bool isSharedLibrary(std::string_view file) noexcept;
 
-/// The libraries of the names in LIBS that lie in one of the folders: what the linker will take
-/// there, so that a change of it is noticed. Others belong to the system.
+/// The libraries of the names in LIBS that are a part of the project or lie in one of the folders:
+/// what the linker will take, so that a change of it is noticed. "f" and "-lf" are libf.a and its
+/// like, ":libf.a" and "-l:libf.a" that file, and a name with a slash a path from the root. Others
+/// belong to the system.
 std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
-                                     const std::vector<std::string>& names);
+                                     const std::vector<std::string>& names,
+                                     const std::string& root);
 
 /// Where a product in `folder` looks for the shared libraries among `libraries` when it runs: as
 /// seen from the product, `origin`, for those of the project, by their paths for others. Without

@@ -159,7 +159,8 @@ std::vector<std::string> TargetPaths::files(std::string_view variable) const {
 std::string TargetPaths::inCommand(const std::string& path) const {
     const std::string_view inside = below(root_, path);
     if (!inside.empty()) {
-        return std::string(inside);
+        const bool special = inside.front() == '-' || inside.front() == '@';
+        return (special ? "./" : "") + std::string(inside);
     }
     return path == root_ ? "." : path;
 }

@@ -35,7 +35,8 @@ class TargetPaths {
     std::vector<std::string> files(std::string_view variable) const;
 
     /// The path as commands name it: relative to the root if it lies below it, so that a project
-    /// can be moved and command lines stay short.
+    /// can be moved and command lines stay short. Never what programs take for an option or a
+    /// response file: "./-x.c".
     std::string inCommand(const std::string& path) const;
     std::vector<std::string> inCommand(const std::vector<std::string>& paths) const;
 

@@ -129,8 +129,23 @@ TEST_F(Sources, LibrariesInFolders) {
     folder_.write("l1/libboth.so", "");
     folder_.write("l2/libonly.a", "");
     const std::string root = folder_.path();
-    EXPECT_EQ(librariesIn({root + "/l1", root + "/l2"}, {"only", "both", "m"}),
-              (std::vector<std::string>{root + "/l2/libonly.a", root + "/l1/libboth.so"}));
+    const std::vector<std::pair<const char*, const char*>> cases = {
+        {"only", "l2/libonly.a "},
+        {"both", "l1/libboth.so l1/libboth.a "},
+        {"-lonly", "l2/libonly.a "},
+        {":libonly.a", "l2/libonly.a "},
+        {"-l:libboth.a", "l1/libboth.a "},
+        {"l2/libonly.a", "l2/libonly.a "},
+        {"-static", ""},
+        {"m", ""},
+    };
+    for (const auto& [name, expected] : cases) {
+        std::string found;
+        for (const std::string& file : librariesIn({root + "/l1", root + "/l2"}, {name}, root)) {
+            found += file.substr(root.size() + 1) + " ";
+        }
+        EXPECT_EQ(found, expected) << name;
+    }
 }
 
 TEST(LinkOrder, EachLibraryFollowsAllThatNeedIt) {
@@ -141,7 +156,7 @@ TEST(LinkOrder, EachLibraryFollowsAllThatNeedIt) {
 }
 
 TEST(ParentDirectory, IgnoresTrailingSeparators) {
-    const std::pair<const char*, const char*> cases[] = {
+    const std::vector<std::pair<const char*, const char*>> cases = {
         {"a", ""}, {"a/b", "a"}, {"a/b//", "a"}, {"a/b\\/", "a"}, {"/a", "/"}, {"", ""}, {"/", ""},
     };
     for (const auto& [whole, parent] : cases) {

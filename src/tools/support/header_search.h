@@ -1,0 +1,18 @@
+// Where a compiler will look for headers.
+#pragma once
+
+#include <initializer_list>
+#include <memory>
+
+#include "run/recipe.h"
+#include "tools/support/target_paths.h"
+
+namespace Vesk {
+
+/// By the options among the flags, in the forms of all compilers, and by INCLUDE_DIRS and
+/// SYSTEM_INCLUDE_DIRS, which commands give after them. Null without any directory.
+std::shared_ptr<const HeaderSearch> headerSearch(const TargetContext& target,
+                                                 const TargetPaths& paths,
+                                                 std::initializer_list<const char*> flagVariables);
+
+}  // namespace Vesk
