@@ -18,7 +18,7 @@ UNIT = """
         ENV = { LEVEL = "1" }
     }
     lib: { SRC = P"(src/lib.txt)" ^LIB = P"(out/lib)" cmdline = "child copy src/lib.txt out/lib" }
-    gen: { FILENAME = "out/gen.txt" TEXT = "generated" WRITE_FILE = 1 }
+    gen: { FILENAME = "out/gen.txt" TEXT = "generated" SEPARATOR = "+" WRITE_FILE = 1 }
     tool: { cmdline = "child print tool" }
 """
 EVERYTHING = ["app", "gen", "lib", "tool"]
@@ -81,8 +81,7 @@ class Rebuilds(Cached):
              "dependency: main::gen is gone."),
             (lambda: self.unit(UNIT.replace("tool: {", 'tool: { cwd = "src"')),
              ["all", "tool"], 'cwd: "." is now "src/".'),
-            (lambda: self.unit(UNIT.replace("WRITE_FILE", 'SEPARATOR = "-" WRITE_FILE')), ["gen"],
-             'SEPARATOR: "\\n" is now "-".'),
+            (lambda: self.unit(UNIT.replace('"+"', '"-"')), ["gen"], 'SEPARATOR: "+" is now "-".'),
             (lambda: self.unit(UNIT.replace("WRITE_FILE", 'MODE = "append" WRITE_FILE')),
              ["app", "gen"], 'MODE: "create" is now "append".'),
         ]

@@ -74,7 +74,7 @@ class MsvcTest(test_toolchains.ToolchainTest):
         subprocess.run([LLVM + "clang-cl", "/c", "made.c"], cwd=source.parent, check=True)
         for name in names:
             (self.base / folder).mkdir(parents=True, exist_ok=True)
-            subprocess.run([LLVM + "llvm-lib", f"/out:{self.base}/{folder}/{name}.lib", "made.obj"],
+            subprocess.run([LLVM + "llvm-lib", f"/out:{self.base / folder}/{name}.lib", "made.obj"],
                            cwd=source.parent, check=True)
 
     def declare(self, folder, more=""):
