@@ -71,6 +71,16 @@ def d8_jar():
         return archive.read_bytes()
 
 
+@once
+def debug_key():
+    """As vesk makes one, which takes a second or more."""
+    with tempfile.TemporaryDirectory() as name:
+        subprocess.run(["keytool", "-genkeypair", "-keystore", Path(name) / "key", "-storepass",
+                        "android", "-keypass", "android", "-alias", "androiddebugkey", "-keyalg",
+                        "RSA", "-dname", "CN=Test"], check=True, capture_output=True, timeout=HANGS)
+        return (Path(name) / "key").read_bytes()
+
+
 def library(abi):
     """The beginning of a shared library, as far as it tells its machine."""
     size, machine = MACHINES[abi]
@@ -96,6 +106,10 @@ class AndroidTest(ToolchainTest):
 
     def named(self):
         return on_system(self.sdk)
+
+    def take_debug_key(self):
+        (self.base / "user").mkdir()
+        (self.base / "user/debug.keystore").write_bytes(debug_key())
 
     def program(self, folder, name):
         """A program of the system: a link, or what runs it from a Windows program."""
@@ -229,6 +243,7 @@ class Packages(AndroidTest):
             "res/layout/main.xml", "resources.arsc"])
 
     def test_many_resources_take_few_processes(self):
+        self.take_debug_key()
         self.remembers = True
         for number in range(150):
             self.write(f"res/layout/l{number}.xml", "<View/>")
@@ -242,12 +257,13 @@ class Packages(AndroidTest):
         self.assertLessEqual(self.steps(self.build()).count("compile"), 2)
 
     def test_java_becomes_dex(self):
+        self.take_debug_key()
         self.remembers = True
         self.write("AndroidManifest.xml", MANIFEST.replace(' android:hasCode="false"', "").strip())
         self.write("src/org/demo/Main.java",
                    "package org.demo; class Main { int title = R.string.title; }")
         self.unit(APP + ' JAVA_FILES = ["src/**/*.java"] MIN_SDK = 21 }')
-        everything = ["Bundling", "Packing", "compile", "javac", "keytool", "link", "r8.D8", "sign"]
+        everything = ["Bundling", "Packing", "compile", "javac", "link", "r8.D8", "sign"]
         self.assertEqual(self.steps(self.build()), everything)
         self.assertEqual(self.names()[-1], "classes.dex")
         with zipfile.ZipFile(self.dir / "out/app.apk") as archive:
@@ -262,6 +278,7 @@ class Packages(AndroidTest):
         self.assertEqual(self.steps(self.build()), ["Packing", "javac", "r8.D8", "sign"])
 
     def test_libraries_of_dependencies(self):
+        self.take_debug_key()
         self.write("libdemo.so", library("arm64-v8a"))
         self.unit("app: +lib " + APP[5:] + '}\nlib: { cmdline = [] ^LIB_FILES += [P"(libdemo.so)"] }')
         self.build()
@@ -378,6 +395,7 @@ class Installations(AndroidTest):
                 self.assertEqual(self.used(asked), used)
 
     def test_found_where_the_environment_says(self):
+        self.take_debug_key()
         self.registry("")
         other = {"LOCALAPPDATA": on_system(self.base / "local"), "HOME": str(self.base / "home")}
         standard = self.base / ("local/Android/Sdk" if SETTINGS.windows else "home/Android/Sdk")
@@ -397,6 +415,7 @@ class Installations(AndroidTest):
     @posix_only("it needs a compiler of the system itself")
     @needs("clang", "ld.lld")
     def test_example(self):
+        self.take_debug_key()
         shutil.copytree(EXAMPLES / "android_app", self.dir, dirs_exist_ok=True)
         self.registry(self.tools +
                       f'sdk {{ tool_type = "android-sdk" toolchain_path = P"({self.named()})" }}')
