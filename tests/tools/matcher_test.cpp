@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tools/builder.h"
 #include "tools/tool_fixture.h"
 
 namespace Vesk::test {
@@ -50,6 +51,19 @@ TEST(Matcher, NeedsAreSatisfiedByTargetOrDeclaration) {
     EXPECT_EQ(tool.match(*contextOf({})).note, MatchNote::BuildImpossible);
 }
 
+TEST(Matcher, DeclarationsOverwriteAndExtendWants) {
+    const TableMatcher tool("t", mapOf({var("A", str("1")), var("B")}), {},
+                            mapOf({must("C", str("3"))}), mapOf({var("a", str("2"))}));
+    const auto target = contextOf({var("A", str("2")), var("B"), var("C", str("3"))});
+    const MatchResult result = tool.match(*target);
+    EXPECT_EQ(result.matches.at("A"), MatchKind::ExactMatch);
+    EXPECT_EQ(result.matches.at("B"), MatchKind::PartialMatch);
+    EXPECT_EQ(result.matches.at("C"), MatchKind::ExactMatch);
+
+    EXPECT_EQ(tool.comparedNames(), (std::vector<CiString>{"A", "C"}));
+    EXPECT_EQ(tool.declaredSettings().find("tool_type")->second.value->toString(), "table");
+}
+
 TEST(Matcher, TheToolsOwnVerdictTakesPrecedence) {
     TableMatcher tool("t", mapOf({var("A", str("x")), var("B", str("x"))}), mapOf({var("A")}));
     tool.verdict = {{{"A", MatchKind::ExactMatch}, {"B", MatchKind::NoMatch}},
@@ -64,6 +78,24 @@ TEST(Matcher, TheToolsOwnVerdictTakesPrecedence) {
     const MatchResult unasked = tool.match(*contextOf({var("B", str("y"))}));
     EXPECT_EQ(unasked.matches.size(), 1u);
     EXPECT_EQ(unasked.matches.at("B"), MatchKind::PartialMatch);
+}
+
+class SubjectBuilder : public Builder {
+  public:
+    SubjectBuilder() : Builder(mapOf({var("A"), var("B", str("x")), var("C", str("x"))})) {}
+    std::shared_ptr<Context> complete(TargetContext&, int) override { return nullptr; }
+    RecipeSet createRecipes(TargetContext&) override { return {}; }
+};
+
+TEST(Builder, SubjectsMustNotBeOutputs) {
+    const SubjectBuilder builder;
+    const MatchResult fits =
+        builder.match(*contextOf({var("A", str("1")), var("B", str("x")), var("C", str("y"))}));
+    EXPECT_EQ(fits.note, MatchNote::BuildPossible);
+    EXPECT_EQ(fits.matches.at("A"), MatchKind::PartialMatch);
+    EXPECT_EQ(fits.matches.at("B"), MatchKind::ExactMatch);
+    EXPECT_EQ(fits.matches.at("C"), MatchKind::PartialMatch);
+    EXPECT_EQ(builder.match(*contextOf({out("b")})).note, MatchNote::BuildImpossible);
 }
 
 }  // namespace

@@ -20,7 +20,8 @@ namespace Vesk::test {
 namespace {
 
 constexpr auto kPoll = std::chrono::milliseconds(5);
-constexpr auto kPatience = std::chrono::minutes(9);
+constexpr auto kPatience = std::chrono::minutes(5);
+constexpr int kTries = 100;
 
 std::string nativeProgram() {
     std::wstring text(MAX_PATH, L'\0');
@@ -51,13 +52,24 @@ std::string content(const std::string& file) {
     return platform::readWholeFile(platform::pathFromUtf8("Z:" + file), error).value_or("");
 }
 
-void start(const std::string& script) {
+/// On a busy machine Wine fails to now and then.
+bool tryToStart(const std::string& script) {
     std::wstring commandLine = platform::toWide("sh " + script);
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    ::CreateProcessW(L"Z:\\bin\\sh", commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                     nullptr, &startup, &process);
+    return ::CreateProcessW(L"Z:\\bin\\sh", commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                            nullptr, &startup, &process) != FALSE;
+}
+
+bool start(const std::string& script) {
+    for (int tries = 0; tries < kTries; ++tries) {
+        if (tryToStart(script)) {
+            return true;
+        }
+        std::this_thread::sleep_for(kPoll);
+    }
+    return false;
 }
 
 }  // namespace
@@ -74,7 +86,9 @@ int run(const Arguments& arguments) {
     std::error_code error;
     platform::writeWholeFile(platform::pathFromUtf8("Z:" + base), script, platform::Append::no,
                              error);
-    start(base);
+    if (!start(base)) {
+        return 125;
+    }
     const auto started = std::chrono::steady_clock::now();
     while (content(base + ".rc").empty()) {
         if (std::chrono::steady_clock::now() - started > kPatience) {
