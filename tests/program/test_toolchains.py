@@ -513,6 +513,28 @@ class Choice(ToolchainTest):
         self.assertIn("There is no compiler 'gcc' in '/no/where'", result.err)
 
 
+@posix_only("it needs compilers of the system itself")
+class OwnTools(ToolchainTest):
+    def test_programs_and_scripts_decide(self):
+        self.remembers = True
+        programs = {name: f'#!/bin/sh\nexec {name} "$@"\n' for name in ("gcc", "ld")}
+        for name, text in programs.items():
+            self.write(f"bin/{name}", text).chmod(0o755)
+        self.registry(f'own {{ tool_type = "gnu-gcc" toolchain_path = P"({self.dir}/bin)" }}')
+        script = "SECTIONS { .text : { *(.text) } }\n"
+        self.write("app.ld", script)
+        self.write("a.c", "int a(void) { return 1; }\n")
+        self.unit("""
+            image: objects { OBJ_FILES = objects.OBJECTS LINKER_SCRIPT = "app.ld" }
+            objects: { C_FILES = ["a.c"] OUTPUT_TYPE = "object" }
+            """)
+        for name, text, ran in (("app.ld", script, ["gcc", "ld"]), ("app.ld", script + "\n", ["ld"]),
+                                ("bin/ld", programs["ld"] + "\n", ["ld"]),
+                                ("bin/gcc", programs["gcc"] + "\n", ["gcc"]), ("app.ld", script, ["ld"])):
+            self.write(name, text)
+            self.assertEqual(re.findall(r"/bin/(\w+)'? -", self.build()), ran, name)
+
+
 @posix_only("it names compilers of the system itself")
 class DryRuns(ToolchainTest):
     """Commands with everything that a target can say, and what it hands on."""
