@@ -1,7 +1,9 @@
 #include "tools/discovery/compiler_search.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 
+#include "platform/system.h"
 #include "tools/scratch_folder.h"
 
 namespace Vesk::test {
@@ -67,6 +69,40 @@ TEST_F(CompilerSearch, PlainNameThenNewestThenCross) {
     folder_.write("b/gcc-11/readme", "");
     EXPECT_EQ(found({"ccache", "b", "missing", "b", "a", "distcc"}),
               "b/gcc b/gcc-12 b/gcc-9 b/arm-none-eabi-gcc a/gcc-13");
+}
+
+TEST_F(CompilerSearch, LinksToOneCompilerAreOne) {
+    if (platform::kWindows) {
+        GTEST_SKIP() << "links need privileges";
+    }
+    put("bin/gcc-12");
+    put("bin/ccache");
+    const auto link = [this](const char* target, const char* name) {
+        std::filesystem::create_directories(
+            std::filesystem::path(folder_.path() + "/" + name).parent_path());
+        std::filesystem::create_symlink(folder_.path() + "/" + target, folder_.path() + "/" + name);
+    };
+    link("bin/gcc-12", "bin/gcc");
+    link("bin/gcc-12", "bin/x86_64-linux-gnu-gcc-12");
+    link("bin/ccache", "local/gcc");
+    link("bin", "usr");
+    EXPECT_EQ(found({"local", "usr", "bin"}), "usr/gcc");
+}
+
+TEST(DetectedToolchain, AsTheRegistryHoldsIt) {
+    const Toolchain toolchain = {
+        "gnu-gcc", "GCC", "12.2.0", "arm-none-eabi", {"/opt/a b/bin", "arm-none-eabi-", "-12"},
+        "no"};
+    const DetectedTool tool = detectedTool(toolchain, "gcc");
+    EXPECT_EQ(tool.name, "gcc-12-2-0-arm-none-eabi");
+    EXPECT_EQ(tool.context->textOf("toolchain_name"), "GCC 12.2.0 for arm-none-eabi");
+    EXPECT_EQ(tool.context->textOf("tool_type"), "gnu-gcc");
+    EXPECT_EQ(tool.context->textOf("toolchain_version"), "12.2.0");
+    EXPECT_EQ(tool.context->textOf("toolchain_prefix"), "arm-none-eabi-");
+    EXPECT_EQ(tool.context->textOf("toolchain_suffix"), "-12");
+    const std::string path = platform::kWindows ? R"(\opt\a b\bin)" : "/opt/a b/bin";
+    EXPECT_EQ(tool.context->find("toolchain_path")->toSourceString(),
+              "toolchain_path = P\"(" + path + ")\"");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/resource_script.h"
 #include "tools/msvc/visual_studio.h"
+#include "tools/msvc/windows_kits.h"
 #include "tools/scratch_folder.h"
 
 namespace Vesk::test {
@@ -17,8 +18,34 @@ class Discovery : public testing::Test {
         folder_.write(name + std::string(programEnding()), "");
     }
 
+    std::string chosen(const KitWish& wish) {
+        try {
+            return chooseKit(wish, {}).version;
+        } catch (const VeskException& error) {
+            return error.message();
+        }
+    }
+
     ScratchFolder folder_;
 };
+
+TEST_F(Discovery, KitsByVersionAndPurpose) {
+    const std::string kits = folder_.path() + "/kits";
+    for (const char* file : {"Include/10.0.9.0/um/Windows.h", "Include/10.0.9.0/km/wdm.h",
+                             "Lib/10.0.9.0/km/arm64/hal.lib", "Include/10.0.10.0/um/windows.h",
+                             "Include/10.0.11.0/km/wdm.h", "Include/10.0.30.0/ucrt/stdio.h",
+                             "Include/wdf/kmdf/1.9/wdf.h", "Include/wdf/kmdf/1.31/wdf.h"}) {
+        folder_.write(std::string("kits/") + file, "");
+    }
+    EXPECT_EQ(chosen({kits, "", false}), "10.0.10.0");
+    EXPECT_EQ(chosen({kits, "", true}), "10.0.9.0");
+    EXPECT_EQ(chosen({kits, "10.0.9", false}), "10.0.9.0");
+    const std::string missing = chosen({kits, "10.0.30", false});
+    EXPECT_NE(missing.find("There are: 10.0.10.0, 10.0.9.0 (with WDK)."), std::string::npos)
+        << missing;
+    EXPECT_NE(chosen({kits + "/none", "", true}).find("There are: none."), std::string::npos);
+    EXPECT_EQ(frameworkVersions(kits, "kmdf"), (std::vector<std::string>{"1.31", "1.9"}));
+}
 
 TEST_F(Discovery, ToolSetsAndTheirPrograms) {
     const std::string studio = folder_.path() + "/Microsoft Visual Studio/2022/Community";

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/exception.h"
 #include "tools/builder.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/msvc_matcher.h"
@@ -110,6 +111,24 @@ TEST_F(MsvcTargets, Drivers) {
               std::string::npos);
     EXPECT_TRUE(options(umdf.recipes[1]).starts_with("/OUT:out/app.dll /MACHINE:X64 /DLL "));
     EXPECT_TRUE(variable(umdf.recipes[0], 1).ends_with(";kits/Lib/wdf/umdf/x64/2.33"));
+}
+
+TEST_F(MsvcTargets, BuilderByWhatATargetNames) {
+    const auto type = [](const char* word) { return var("OUTPUT_TYPE", str(word)); };
+    const std::pair<std::vector<Assignment>, const char*> cases[] = {
+        {{var("CPP_FILES", str("a")), var("RC_FILES", str("b"))}, "cl++"},
+        {{var("C_FILES", str("a")), type("static")}, "cl"},
+        {{var("OBJ_FILES", str("a")), type("static")}, "lib"},
+        {{var("OBJ_FILES", str("a"))}, "link"},
+        {{var("RC_FILES", str("a")), type("shared")}, "link"},
+        {{var("RC_FILES", str("a"))}, "rc"},
+        {{var("MC_FILES", str("a")), var("RC_FILES", str("b"))}, "mc"},
+    };
+    const MSVCMatcher matcher("tool", {}, mapOf({var("toolchain_path", str("/x"))}));
+    for (const auto& [target, name] : cases) {
+        EXPECT_EQ(matcher.createBuilder(*contextOf(target))->name(), name);
+    }
+    EXPECT_THROW(MSVCMatcher("tool", {}, {}), VeskException);
 }
 
 }  // namespace

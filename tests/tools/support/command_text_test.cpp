@@ -37,6 +37,23 @@ TEST(Quoting, OfBothSystemsAndOfResponseFiles) {
     }
 }
 
+TEST(CommandText, ResponseFilesOfWindowsPrograms) {
+    const auto file = [](const char* last) {
+        CommandText command(ResponseFiles::Windows);
+        command.add("cl");
+        command.allowResponseFile();
+        command.add(std::string(7000, 'x'));
+        command.add("/DX=\"a\\b\"");
+        command.add(last);
+        Recipe recipe;
+        command.finish(recipe, "/p/out/x", "out/x");
+        return recipe.supportFiles.at(0).content.substr(7001);
+    };
+    EXPECT_EQ(file("c:\\d e.c"), "\"/DX=\\\"a\\b\\\"\"\n\"c:\\d e.c\"\n");
+    const std::string wide = file("ä");
+    EXPECT_TRUE(wide.ends_with(std::string("\xE4\0\n\0", 4)));
+}
+
 TEST(CommandText, LongCommandsGoThroughAFileNamedByItsContent) {
     const auto finished = [](std::size_t length, const char* last) {
         CommandText command;
