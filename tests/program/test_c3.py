@@ -165,7 +165,11 @@ class C3(ToolchainTest):
         # A folder of its own in the path on Linux, told by a variable on Windows.
         env = {"C3C_HOME": on_system(self.bin.parent), "ANDROID_HOME": None}
         result = self.run_vesk("--find-compilers", env=env)
-        self.assertIn(f"Registered toolchain 'c3c-0-7-9-{self.triple}'.", result.out)
+        found = [line for line in result.out.splitlines() if line.startswith("Registered")]
+        self.assertIn(f"Registered toolchain 'c3c-0-7-9-{self.triple}'.", found)
+        order = ("gcc", "clang", "msvc", "c3c", "android")
+        kinds = [next(kind for kind in order if f"'{kind}" in line) for line in found]
+        self.assertEqual(kinds, sorted(kinds, key=order.index))
         told = (self.base / "data/vesk/.vesk_registry.txt").read_text(encoding="utf-8")
         self.assertIn(f'toolchain_path = P"({on_system(self.bin)})"', told)
         self.assertIn('toolchain_name = R"(C3 0.7.9)"', told)

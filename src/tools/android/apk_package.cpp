@@ -87,7 +87,7 @@ void addDexFiles(ZipWriter& package, const PackageContents& contents) {
             throw VeskException(fmt::format(
                 "'{}' in DEX_FILES is no DEX file. Class files belong into CLASS_FILES.", file));
         }
-        package.add(dexName(++number), platform::pathFromUtf8(packed));
+        package.add(dexName(++number), platform::pathFromUtf8(packed), file);
     }
 }
 
@@ -137,10 +137,10 @@ void writePackage(const PackageContents& contents, const std::filesystem::path& 
     addDexFiles(writer, contents);
     for (const NativeLibrary& library : contents.libraries) {
         writer.add("lib/" + abiFolder(library, contents) + "/" + fileName(library.path),
-                   platform::pathFromUtf8(contents.packedFile(library.path)));
+                   platform::pathFromUtf8(contents.packedFile(library.path)), library.path);
     }
     for (const ExtraFile& file : contents.extraFiles) {
-        writer.add(file.name, platform::pathFromUtf8(contents.packedFile(file.path)));
+        writer.add(file.name, platform::pathFromUtf8(contents.packedFile(file.path)), file.path);
     }
     writer.finish();
 }

@@ -193,7 +193,11 @@ void ZipWriter::copy(const ZipFile& from, const ZipEntry& entry, std::string nam
 }
 
 void ZipWriter::add(std::string name, const std::filesystem::path& file) {
-    const std::string origin = platform::pathToUtf8(file);
+    add(std::move(name), file, platform::pathToUtf8(file));
+}
+
+void ZipWriter::add(std::string name, const std::filesystem::path& file,
+                    const std::string& origin) {
     std::error_code error;
     const auto bytes =
         platform::readWholeFile(file, error, std::numeric_limits<std::uint32_t>::max());

@@ -59,6 +59,9 @@ class ZipWriter {
     /// Stores a file. Throws when it cannot be read and when `name` is taken.
     void add(std::string name, const std::filesystem::path& file);
 
+    /// The same for a copy of the file that messages name.
+    void add(std::string name, const std::filesystem::path& file, const std::string& origin);
+
     /// Writes the directory. Without it the file is no archive.
     void finish();
 
