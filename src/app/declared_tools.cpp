@@ -2,11 +2,13 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "base/console.h"
 #include "base/exception.h"
+#include "driver/input_context.h"
 #include "project/project_paths.h"
 #include "tools/create_tool.h"
 
@@ -15,27 +17,54 @@ namespace {
 
 constexpr const char* kRegistryOrigin = "Registry";
 
+/// What the conditions of declarations can read in one project; assembled when the first one asks.
+class Surroundings {
+  public:
+    Surroundings(const Project& project, const DeclaredTools::LayersOf& layersOf)
+        : project_(project), layersOf_(layersOf) {}
+
+    Context& context() {
+        if (!context_) {
+            const auto nothing = std::make_shared<Target>();
+            nothing->setBody({});
+            context_ =
+                InputContext::trial(nothing, project_.name, {nullptr, layersOf_(project_), {}});
+        }
+        return *context_;
+    }
+
+  private:
+    const Project& project_;
+    const DeclaredTools::LayersOf& layersOf_;
+    std::shared_ptr<Context> context_;
+};
+
+bool isConditional(const ToolEntry& entry) {
+    return !entry.context->conditions().empty();
+}
+
 /// The tool's assignments with those of the conditional blocks that apply.
-std::shared_ptr<const Context> evaluated(const ToolEntry& entry, Context& builtins) {
-    if (entry.context->conditions().empty()) {
+std::shared_ptr<const Context> evaluated(const ToolEntry& entry, Surroundings& surroundings) {
+    if (!isConditional(entry)) {
         return entry.context;
     }
     std::shared_ptr<Context> context = entry.context->deepCopy();
-    context->setEnclosing(&builtins);
+    context->setEnclosing(&surroundings.context());
     context->evaluateConditions();
     context->setEnclosing(nullptr);
     return context;
 }
 
-ToolDeclaration declaration(const std::string& origin, const ToolEntry& entry, Context& builtins) {
-    return {origin, entry.name, evaluated(entry, builtins), entry.source};
+ToolDeclaration declaration(const std::string& origin, const ToolEntry& entry,
+                            Surroundings& surroundings) {
+    return {origin, entry.name, evaluated(entry, surroundings), entry.source};
 }
 
 /// One tool of a user's registry must not keep all of the user's projects from being built.
-std::unique_ptr<Matcher> createRegistryTool(const ToolEntry& entry, Context& builtins) {
+std::unique_ptr<Matcher> createRegistryTool(const ToolEntry& entry, Surroundings& surroundings) {
     std::string reason;
     try {
-        return createTool(declaration(kRegistryOrigin, entry, builtins));
+        return createTool(declaration(kRegistryOrigin, entry, surroundings));
     } catch (const VeskException& error) {
         reason = error.report();
     } catch (const std::exception& error) {
@@ -45,22 +74,28 @@ std::unique_ptr<Matcher> createRegistryTool(const ToolEntry& entry, Context& bui
     return nullptr;
 }
 
+/// The tools of the registry that have conditions, or those that have none and are the same for
+/// every project.
 std::vector<std::unique_ptr<Matcher>> createRegistryTools(const Registry& registry,
-                                                          Context& builtins) {
+                                                          bool conditional,
+                                                          Surroundings& surroundings) {
     std::vector<std::unique_ptr<Matcher>> tools;
     for (const auto& [name, entry] : registry.tools) {
-        if (auto tool = createRegistryTool(entry, builtins)) {
+        if (isConditional(entry) != conditional) {
+            continue;
+        }
+        if (auto tool = createRegistryTool(entry, surroundings)) {
             tools.push_back(std::move(tool));
         }
     }
     return tools;
 }
 
-void addOwnTools(Toolbox& toolbox, const Project& project, Context& builtins) {
+void addOwnTools(Toolbox& toolbox, const Project& project, Surroundings& surroundings) {
     const std::string origin = "Project '" + project.name + "'";
     for (const ToolEntry& entry : project.tools) {
         try {
-            addTool(toolbox, declaration(origin, entry, builtins));
+            addTool(toolbox, declaration(origin, entry, surroundings));
         } catch (...) {
             rethrowWithNote("in tool '" + entry.name + "' in " + placeOf(project.file, entry.line));
         }
@@ -70,14 +105,21 @@ void addOwnTools(Toolbox& toolbox, const Project& project, Context& builtins) {
 }  // namespace
 
 DeclaredTools::DeclaredTools(const Registry& registry, const std::vector<const Project*>& projects,
-                             Context& builtins) {
-    const auto registryTools = createRegistryTools(registry, builtins);
+                             const LayersOf& layersOf) {
+    std::optional<std::vector<std::unique_ptr<Matcher>>> unconditional;
     for (const Project* project : projects) {
+        Surroundings surroundings(*project, layersOf);
+        if (!unconditional) {
+            unconditional = createRegistryTools(registry, false, surroundings);
+        }
         Toolbox& toolbox = toolboxes_[project];
-        for (const auto& tool : registryTools) {
+        for (const auto& tool : *unconditional) {
             toolbox.add(tool->clone());
         }
-        addOwnTools(toolbox, *project, builtins);
+        for (auto& tool : createRegistryTools(registry, true, surroundings)) {
+            toolbox.add(std::move(tool));
+        }
+        addOwnTools(toolbox, *project, surroundings);
     }
 }
 

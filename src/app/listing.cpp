@@ -30,7 +30,8 @@ std::string textAsWritten(const Target& target) {
 }
 
 /// The target's own words about itself, if it has any.
-std::string descriptionOf(const std::shared_ptr<const Target>& target, const Context& implicit) {
+std::string descriptionOf(const std::shared_ptr<const Target>& target,
+                          const ImplicitLayers& implicit) {
     std::string text = textAsWritten(*target);
     if (text.empty() && target->body.conditions.empty()) {
         return text;
@@ -59,7 +60,8 @@ std::string dependenciesOf(const Target& target) {
 }
 
 /// What stands beside a target's name: its description, else what it needs.
-std::string secondColumnOf(const std::shared_ptr<const Target>& target, const Context& implicit) {
+std::string secondColumnOf(const std::shared_ptr<const Target>& target,
+                           const ImplicitLayers& implicit) {
     const std::string description = descriptionOf(target, implicit);
     return description.empty() ? dependenciesOf(*target) : description;
 }
@@ -78,7 +80,8 @@ void listUnits(const Project& project) {
     }
 }
 
-void listTargets(const Project& project, const std::string& unitName, const Context& implicit) {
+void listTargets(const Project& project, const std::string& unitName,
+                 const ImplicitLayers& implicit) {
     const auto unit = project.findUnit(unitName);
     if (!unit) {
         throw NotFoundException("Unit", unitName, didYouMean(unitName, project.unitNames()));

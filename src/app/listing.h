@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "project/implicit_layers.h"
 #include "project/project.h"
-#include "types/context.h"
 
 namespace Vesk {
 
@@ -17,6 +17,7 @@ void listUnits(const Project& project);
 /// The unit's targets in the order of its files, each with the value of its DESCRIPTION, else with
 /// what it needs. `implicit` is what every target of the project sees; references to what only a
 /// build can tell are left out. "1" is the main unit. Throws NotFoundException of kind "Unit".
-void listTargets(const Project& project, const std::string& unitName, const Context& implicit);
+void listTargets(const Project& project, const std::string& unitName,
+                 const ImplicitLayers& implicit);
 
 }  // namespace Vesk

@@ -13,12 +13,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// For the target that the command line describes: what is appended to it is among its own
-/// assignments and must not reach it a second time.
+/// For the target that the command line describes: what is appended is among its own assignments
+/// and must not reach it a second time.
 std::shared_ptr<Context> withoutAppends(const Context& context) {
     auto assigned = std::make_shared<Context>();
     for (const auto& [name, assignment] : context.assignments()) {
-        if (assignment.op != AssignOperator::Append) {
+        if (assignment.op != AssignOperator::Append && assignment.written.empty()) {
             assigned->addAssignment(deepCopy(assignment), ModifierMode::Copy);
         }
     }
@@ -126,19 +126,26 @@ void VeskApplication::loadImports() {
 }
 
 void VeskApplication::takeAssignments() {
+    ContextTemplate written;
     for (const std::string& word : positionals_.assignments) {
-        const Assignment assignment = parsePositionalAssignment(word, *project_);
-        if (commandLineTarget_) {
-            commandLineTarget_->body.assignments.push_back(deepCopy(assignment));
+        written.assignments.push_back(parsePositionalAssignment(word, *project_));
+        try {
+            fill(*commandLine_, written.assignments.back());
+        } catch (...) {
+            rethrowWithNote("in '" + word + "' on the command line");
         }
-        commandLine_->mergeAssignment(assignment);
+    }
+    if (commandLineTarget_) {
+        commandLineTarget_->setBody(std::move(written));
     }
 }
 
 void VeskApplication::registerTools() {
     staticTools_ = Toolbox();
     createStaticTools(staticTools_);
-    declaredTools_.emplace(*registry_, store_.projects(), *builtins_);
+    declaredTools_.emplace(*registry_, store_.projects(), [this](const Project& project) {
+        return implicitLayers(project, *builtins_, *commandLine_);
+    });
 }
 
 void VeskApplication::createCatalog() {

@@ -122,7 +122,7 @@ std::shared_ptr<Context> VeskApplication::buildTarget() {
 void VeskApplication::printImplicitContexts() const {
     for (const Project* project : catalog_->projects()) {
         console::normal("Implicit context for project '{}':", project->name);
-        catalog_->implicitContext(*project).print(console::level::kNormal);
+        catalog_->implicitContext(*project)->print(console::level::kNormal);
     }
 }
 
@@ -151,8 +151,8 @@ int VeskApplication::listTargets() {
     takeAssignments();
     project_->profile = positionals_.profile;
     addBuiltinVariables(*builtins_, root_.directory);
-    const auto implicit = buildImplicitContext(*project_, *builtins_, *commandLine_);
-    Vesk::listTargets(*project_, settings_.unitToList, *implicit);
+    Vesk::listTargets(*project_, settings_.unitToList,
+                      implicitLayers(*project_, *builtins_, *commandLine_));
     return 0;
 }
 

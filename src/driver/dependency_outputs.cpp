@@ -17,11 +17,34 @@ std::shared_ptr<Context> nestedContext(const Context& context, const std::string
     return value != nullptr ? value->context() : nullptr;
 }
 
+bool looksEqual(const ValuePtr& a, const ValuePtr& b) {
+    return a && b && a->kind() == b->kind() && a->toDisplayString() == b->toDisplayString();
+}
+
 void addNested(Context& context, const std::string& name, std::shared_ptr<Context> nested) {
     context.addAssignment(
         resolvedAssignment(name, std::make_shared<VeskContext>(std::move(nested))),
         ModifierMode::Keep);
     context.find(name)->state = ResolveState::Resolved;
+}
+
+void warnOfSecondOutput(const std::string& dependency, const std::string& variable) {
+    console::warning("Dependency output '{}::{}' collides with an existing dependency output. {}",
+                     dependency, variable, kAmbiguous);
+}
+
+/// Adds outputs to lists of the same names.
+void collect(const Context& outputs, Context& lists) {
+    for (const auto& [name, assignment] : outputs.assignments()) {
+        if (lists.find(name) == nullptr) {
+            lists.addAssignment(
+                resolvedAssignment(name, std::make_shared<VeskList>(), assignment.modifier),
+                ModifierMode::Keep);
+        }
+        if (assignment.value) {
+            lists.find(name)->value->append(*assignment.value);
+        }
+    }
 }
 
 /// Outputs of a second dependency of the same name, over those of the first.
@@ -30,9 +53,7 @@ std::shared_ptr<Context> combined(const Context& first, const Context& second,
     const std::shared_ptr<Context> both = first.deepCopy();
     for (const auto& [variable, assignment] : second.assignments()) {
         if (first.find(variable) != nullptr) {
-            console::warning(
-                "Dependency output '{}::{}' collides with an existing dependency output. {}", name,
-                variable, kAmbiguous);
+            warnOfSecondOutput(name, variable.str());
         }
         both->addAssignment(
             resolvedAssignment(variable, assignment.value ? deepCopy(*assignment.value) : nullptr,
@@ -50,38 +71,35 @@ void DependencyOutputs::store(const std::string& name, const std::shared_ptr<Con
     placed_.insert(name);
 }
 
-void DependencyOutputs::addUnderAlias(const DependencyOutput& dependency) {
-    const std::string& alias = dependency.record.alias;
+void DependencyOutputs::warnOfAlias(const std::string& alias) const {
     if (input_.context().find(alias) != nullptr) {
         console::warning(
             "Dependency output alias '{}' collides with an existing context variable. {}", alias,
             kAmbiguous);
     }
+}
+
+void DependencyOutputs::addUnderAlias(const DependencyOutput& dependency) {
+    const std::string& alias = dependency.record.alias;
+    warnOfAlias(alias);
     store(alias, dependency.outputs);
+    shared_.erase(alias);
 }
 
 /// Several dependencies under one name: each variable is the list of their outputs of that name.
 void DependencyOutputs::addToSharedAlias(const DependencyOutput& dependency) {
     const std::string& alias = dependency.record.alias;
-    if (placed_.count(alias) == 0) {
-        if (input_.context().find(alias) != nullptr) {
-            console::warning(
-                "Dependency output alias '{}' collides with an existing context variable. {}",
-                alias, kAmbiguous);
-        }
+    if (shared_.count(alias) == 0) {
+        warnOfAlias(alias);
+        const auto earlier =
+            placed_.count(alias) != 0 ? nestedContext(input_.context(), alias) : nullptr;
         store(alias, std::make_shared<Context>());
-    }
-    const std::shared_ptr<Context> shared = nestedContext(input_.context(), alias);
-    for (const auto& [name, assignment] : dependency.outputs->assignments()) {
-        if (shared->find(name) == nullptr) {
-            shared->addAssignment(
-                resolvedAssignment(name, std::make_shared<VeskList>(), assignment.modifier),
-                ModifierMode::Keep);
-        }
-        if (assignment.value) {
-            shared->find(name)->value->append(*assignment.value);
+        shared_.insert(alias);
+        if (earlier) {
+            collect(*earlier, *nestedContext(input_.context(), alias));
         }
     }
+    collect(*dependency.outputs, *nestedContext(input_.context(), alias));
 }
 
 /// The nested context of another unit, made by the first dependency in it.
@@ -109,6 +127,9 @@ void DependencyOutputs::addUnderOwnName(const DependencyOutput& dependency) {
     }
     const std::shared_ptr<Context> unit = unitContext(dependency);
     const auto existing = nestedContext(*unit, dependency.target);
+    if (!existing && unit->find(dependency.target) != nullptr) {
+        warnOfSecondOutput(dependency.unit, dependency.target);
+    }
     addNested(*unit, dependency.target,
               existing ? combined(*existing, *dependency.outputs, dependency.target)
                        : dependency.outputs);
@@ -123,21 +144,42 @@ void DependencyOutputs::mergeOutputs(const DependencyOutput& dependency) {
         Assignment moved = resolvedAssignment(
             name, deepCopy(assignment.exported ? *assignment.exported : *assignment.value),
             AssignModifier::Output);
+        moved.line = assignment.line;
         if (isAppend) {
+            if (input_.context().find(name) == nullptr) {
+                placed_.insert(name);
+            }
             moved.op = AssignOperator::Append;
             input_.appendOutput(std::move(moved));
-        } else if (input_.context().find(name) == nullptr) {
-            input_.context().addAssignment(moved, ModifierMode::Copy);
-            placed_.insert(name);
-        } else if (placed_.count(name) == 0) {
-            console::warning(
-                "Dependency output '{}' collides with an existing context variable. {}", name,
-                kAmbiguous);
+        } else {
+            assignOutput(moved);
         }
     }
 }
 
-void DependencyOutputs::add(const DependencyOutput& dependency) {
+/// An output with "=": the last one stands. What tools make is no statement about the dependant, so
+/// it is added in silence and yields to the dependant's own variables.
+void DependencyOutputs::assignOutput(const Assignment& moved) {
+    Context& own = input_.context();
+    const Assignment* stored = own.find(moved.name);
+    const bool isOwn = stored != nullptr && placed_.count(moved.name) == 0;
+    const bool madeByTool = moved.line == 0;
+    if (isOwn && madeByTool) {
+        return;
+    }
+    if (stored != nullptr && !madeByTool && (isOwn || !looksEqual(stored->value, moved.value))) {
+        console::warning("Dependency output '{}' collides with an existing context variable. {}",
+                         moved.name, kAmbiguous);
+    }
+    own.mergeAssignment(moved, ModifierMode::Copy);
+    own.find(moved.name)->state = ResolveState::Resolved;
+    placed_.insert(moved.name);
+}
+
+void DependencyOutputs::add(const DependencyOutput& visited) {
+    // Copies: what happens to them here must not reach another dependant.
+    const DependencyOutput dependency{visited.record, visited.unit, visited.target,
+                                      visited.sameUnit, visited.outputs->deepCopy()};
     switch (dependency.record.aliasKind) {
         case AliasKind::Single:
             addUnderAlias(dependency);

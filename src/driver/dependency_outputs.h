@@ -28,18 +28,21 @@ class DependencyOutputs {
 
     /// Adds the outputs as a nested context, under the alias or the dependency's own name, and for
     /// a dependency with "+" into the dependant's own variables too. Collisions are warned about.
-    void add(const DependencyOutput& dependency);
+    void add(const DependencyOutput& visited);
 
   private:
+    void warnOfAlias(const std::string& alias) const;
     void addUnderAlias(const DependencyOutput& dependency);
     void addToSharedAlias(const DependencyOutput& dependency);
     void addUnderOwnName(const DependencyOutput& dependency);
     std::shared_ptr<Context> unitContext(const DependencyOutput& dependency);
     void mergeOutputs(const DependencyOutput& dependency);
+    void assignOutput(const Assignment& moved);
     void store(const std::string& name, const std::shared_ptr<Context>& outputs);
 
     InputContext& input_;
-    std::set<CiString, CiLess> placed_;
+    std::set<CiString, CiLess> placed_;  ///< names that dependencies brought
+    std::set<CiString, CiLess> shared_;  ///< aliases under which outputs are collected
 };
 
 }  // namespace Vesk

@@ -1,8 +1,9 @@
 // Assembling the context that a target is built from.
 //
-// Three layers: under the target lies what its tool declares and what its project holds for every
-// target, as far as assigned; then come the target's own assignments; over it come the appends of
-// tool and project. What refers to the outputs of dependencies waits until those are there.
+// Its layers, lowest first: what its tool declares; the builtin variables, the profiles and the
+// command line, as far as they assign; the parameters; the target's own assignments; and over it
+// the appends of tool and project. A condition's assignments belong to the layer in which it is
+// written. What refers to the outputs of dependencies waits until those are there.
 #pragma once
 
 #include <map>
@@ -11,15 +12,17 @@
 #include <vector>
 
 #include "driver/moved_items.h"
+#include "project/implicit_layers.h"
 #include "tools/variable_table.h"
 #include "types/target.h"
 
 namespace Vesk {
 
-/// Where the layers come from. All outlives the InputContext.
+/// Where the layers come from. All outlives the InputContext, and nothing in it is changed: what
+/// is merged are copies.
 struct ContextLayers {
     const AssignmentMap* toolSettings = nullptr;  ///< null while no tool is chosen
-    const Context& implicit;
+    const ImplicitLayers& project;
     std::vector<Assignment> parameters;  ///< bound to the values that the dependant passes
 };
 
@@ -33,6 +36,10 @@ class InputContext {
 
     /// Puts the layers together. Throws what merging throws, with notes.
     void assemble();
+
+    /// Evaluates the conditions of the project and of the target, in this order, each seeing what
+    /// those before it brought. Throws what resolving and merging throw, with notes.
+    void evaluateConditions();
 
     /// Appends an output of a merged dependency; it waits when what is stored does not resolve yet.
     void appendOutput(Assignment output);
@@ -49,16 +56,37 @@ class InputContext {
   private:
     enum class Waiting { allowed, no };
 
-    void assembleLayers(Waiting waiting);
-    void placeUnder(const Assignment& assignment, Waiting waiting);
-    void placeOver(const Assignment& assignment, Waiting waiting);
+    /// A text's assignments, and what its conditions have made of them.
+    struct Layer {
+        std::shared_ptr<const Context> written;
+        std::shared_ptr<Context> changed = nullptr;  ///< the variables that conditions brought
+
+        const Assignment* find(std::string_view name) const;
+
+        /// All that is written, or the variable of that name.
+        template <class Use>
+        void forEach(const CiString* only, Use use) const;
+    };
+
+    void place(const CiString* only);
+    void placeUnder(const Assignment& assignment);
+    void placeOver(const Assignment& assignment);
+    void placeParameters(const CiString* only);
+    void placeAgain(const CiString& name);
+    bool isOver(const CiString& name) const;
+    void evaluateConditions(Layer& layer, Context::Unresolvable unresolvable);
+    void evaluateConditions(Context::Unresolvable unresolvable);
+    void mergeBody(const Context& body, Layer& layer);
     bool refersToOutput(const Assignment& assignment) const;
     bool mergesOutputs() const;
     void mergeOutput(Assignment output);
     void addWaitingAssignment(const Assignment& assignment);
 
     ContextLayers layers_;
+    Waiting waiting_ = Waiting::allowed;
     std::shared_ptr<TargetContext> context_;
+    std::vector<Layer> project_;  ///< lowest first
+    Layer own_;
     std::vector<Assignment> waitingAssignments_;
     std::vector<Assignment> waitingAppends_;
     std::vector<Assignment> waitingOutputs_;

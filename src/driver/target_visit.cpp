@@ -19,9 +19,16 @@
 namespace Vesk {
 namespace {
 
-/// The path without its last segment.
-IdentifierPath enclosingPath(const IdentifierPath& path) {
-    return IdentifierPath({path.segments.begin(), path.segments.end() - 1});
+/// Takes the last index or, where there is none, the last segment off a path; false when nothing
+/// is left.
+bool shorten(IdentifierPath& path) {
+    std::vector<PathIndex>& keys = path.segments.back().keys;
+    if (!keys.empty()) {
+        keys.pop_back();
+    } else {
+        path.segments.pop_back();
+    }
+    return !path.segments.empty();
 }
 
 std::string countOf(std::size_t count, const char* what) {
@@ -99,7 +106,7 @@ std::vector<Assignment> TargetVisit::boundParameters() const {
 
 ContextLayers TargetVisit::layers() const {
     return {choice_.tool != nullptr ? &choice_.tool->declaredSettings() : nullptr,
-            setting_.catalog.implicitContext(*location_.project), boundParameters()};
+            setting_.catalog.implicitLayers(*location_.project), boundParameters()};
 }
 
 void TargetVisit::claimVariables() {
@@ -129,7 +136,7 @@ void TargetVisit::begin() {
         reportToolChoice(choice_);
         claimVariables();
         warnOfMistypedNames(*location_.target, input_->context(), choice_);
-        input_->context().evaluateConditions();
+        input_->evaluateConditions();
         dependencies_ = createDependencyList(input_->context());
     } catch (...) {
         rethrowWithNote(note());
@@ -149,15 +156,24 @@ TargetLocation TargetVisit::locateNext() const {
     }
 }
 
+/// The context in which a macro's list is found: the innermost one on its path, else this target's
+/// own.
+ValuePtr TargetVisit::sourceOf(const IdentifierPath& macro) {
+    for (IdentifierPath path = macro; shorten(path);) {
+        const ValuePtr value = input_->context().resolveIdentifier(path);
+        if (valueAs<VeskContext>(value.get()) != nullptr) {
+            return deepCopy(*value);
+        }
+    }
+    return VeskContext::referringTo(input_->shared());
+}
+
 std::vector<ValuePtr> TargetVisit::argumentsForNext() {
     const DependencyRecord& record = dependencies_[next_];
     std::vector<ValuePtr> arguments;
     try {
         if (record.sourceParameter) {
-            const bool ownMacro = record.macro.segments.size() < 2;
-            arguments.push_back(
-                ownMacro ? VeskContext::referringTo(input_->shared())
-                         : input_->context().resolveIdentifier(enclosingPath(record.macro)));
+            arguments.push_back(sourceOf(record.macro));
         }
         for (const IdentifierPath& parameter : record.parameters) {
             arguments.push_back(deepCopy(*input_->context().resolveIdentifier(parameter)));

@@ -68,6 +68,7 @@ class TargetVisit {
 
   private:
     ContextLayers layers() const;
+    ValuePtr sourceOf(const IdentifierPath& macro);
     std::vector<Assignment> boundParameters() const;
     void claimVariables();
     TargetResult buildOrReuse();

@@ -1,4 +1,5 @@
 // Unit files: targets and their dependencies.
+#include "base/exception.h"
 #include "grammar/visitor.h"
 #include "types/target.h"
 
@@ -23,14 +24,30 @@ antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
     target->file = file_;
     target->line = lineOf(tree);
     for (auto* parameter : tree->parameter_name()) {
-        target->parameters.push_back(parameter->getText());
+        addParameter(*target, parameter->getText(), lineOf(parameter));
     }
     for (auto* dependency : tree->dependency()) {
         target->dependencies.push_back(taken<DependencyRecord>(visitDependency(dependency)));
     }
-    target->body = *taken<TemplatePtr>(visitContext(tree->context()));
+    const auto body = taken<TemplatePtr>(visitContext(tree->context()));
+    try {
+        target->setBody(*body);
+    } catch (...) {
+        rethrowWithNote(note(target->line));
+    }
     targetName_.clear();
     return TargetPtr(std::move(target));
+}
+
+/// Parameters are variables, so their names compare without regard to case.
+void VeskVisitorImpl::addParameter(Target& target, std::string name, std::size_t line) const {
+    for (const std::string& other : target.parameters) {
+        if (equalsIgnoringCase(other, name)) {
+            fail(line,
+                 "Target '" + target.name + "' has two parameters of the name '" + other + "'.");
+        }
+    }
+    target.parameters.push_back(std::move(name));
 }
 
 antlrcpp::Any VeskVisitorImpl::visitDependency(Parser::DependencyContext* tree) {

@@ -93,6 +93,7 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     Any visitPath(Parser::PathContext* tree) override;
 
   private:
+    void addParameter(Target& target, std::string name, std::size_t line) const;
     void setSourceParameter(DependencyRecord& record, std::size_t line) const;
     ValuePtr integerValue(Parser::ValueNodeContext* tree) const;
     ValuePtr nestedContext(Parser::ContextContext* tree);

@@ -1,7 +1,6 @@
 #include "project/project_catalog.h"
 
 #include "base/text.h"
-#include "platform/files.h"
 #include "types/errors.h"
 
 namespace Vesk {
@@ -38,24 +37,18 @@ std::string hintFor(const Project& from, const std::string& name) {
                           : " (it is imported with profile " + joined(needed, " or ") + " only)";
 }
 
-void mergeProfile(Context& context, const Project& project, std::string_view name) {
-    if (const ProfileEntry* entry = project.findProfile(name)) {
-        context.mergeContext(*entry->context, ModifierMode::Keep);
-    }
-}
-
 }  // namespace
 
 ProjectCatalog::ProjectCatalog(ProjectStore store, const Context& base, const Context& overrides)
     : store_(std::move(store)), projects_(store_.projects()) {
-    implicitContexts_.reserve(projects_.size());
+    layers_.reserve(projects_.size());
     for (const Project* project : projects_) {
-        implicitContexts_.emplace(project, buildImplicitContext(*project, base, overrides));
+        layers_.emplace(project, Vesk::implicitLayers(*project, base, overrides));
     }
 }
 
 void ProjectCatalog::setActive(const Project& project) {
-    implicitContext(project);  // throws for one that is not ours
+    implicitLayers(project);  // throws for one that is not ours
     active_ = &project;
 }
 
@@ -99,27 +92,16 @@ TargetLocation ProjectCatalog::locate(const DependencyReference& reference) cons
     return {&from, mainUnit, mainUnit->targets.front()};
 }
 
-const Context& ProjectCatalog::implicitContext(const Project& project) const {
-    const auto found = implicitContexts_.find(&project);
-    if (found == implicitContexts_.end()) {
+const ImplicitLayers& ProjectCatalog::implicitLayers(const Project& project) const {
+    const auto found = layers_.find(&project);
+    if (found == layers_.end()) {
         throw NotFoundException("Project", project.name);
     }
-    return *found->second;
+    return found->second;
 }
 
-std::shared_ptr<Context> buildImplicitContext(const Project& project, const Context& base,
-                                              const Context& overrides) {
-    auto context = std::make_shared<Context>();
-    context->mergeContext(base, ModifierMode::Keep);
-    context->addAssignment(textAssignment("PROJECT_ROOT", platform::pathToUtf8(project.root)),
-                           ModifierMode::Keep);
-    mergeProfile(*context, project, kDefaultProfile);
-    if (!project.profile.empty() && !equalsIgnoringCase(project.profile, kDefaultProfile)) {
-        mergeProfile(*context, project, project.profile);
-    }
-    context->addAssignment(textAssignment("PROFILE", project.profile), ModifierMode::Keep);
-    context->mergeContext(overrides, ModifierMode::Keep);
-    return context;
+std::shared_ptr<Context> ProjectCatalog::implicitContext(const Project& project) const {
+    return mergedLayers(implicitLayers(project));
 }
 
 }  // namespace Vesk

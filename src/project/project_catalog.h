@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "project/implicit_layers.h"
 #include "project/project.h"
 #include "project/project_store.h"
 #include "types/context.h"
@@ -25,7 +26,7 @@ struct TargetLocation {
 /// on. Reading is safe from several threads.
 class ProjectCatalog {
   public:
-    /// Takes the store over and builds the implicit context of each project from what lies under
+    /// Takes the store over and puts together for each project what lies under
     /// all of them (`base`: the builtin variables) and over them (`overrides`: the command line's
     /// assignments).
     ProjectCatalog(ProjectStore store, const Context& base, const Context& overrides);
@@ -53,21 +54,18 @@ class ProjectCatalog {
     /// throws VeskException when it has none.
     TargetLocation locate(const DependencyReference& reference) const;
 
-    /// Throws NotFoundException for a project that is not the catalog's.
-    const Context& implicitContext(const Project& project) const;
+    /// What every target of the project sees first. Throws NotFoundException for a project that is
+    /// not the catalog's.
+    const ImplicitLayers& implicitLayers(const Project& project) const;
+
+    /// The same as one context.
+    std::shared_ptr<Context> implicitContext(const Project& project) const;
 
   private:
     ProjectStore store_;
     std::vector<const Project*> projects_;
-    std::unordered_map<const Project*, std::shared_ptr<Context>> implicitContexts_;
+    std::unordered_map<const Project*, ImplicitLayers> layers_;
     const Project* active_ = nullptr;
 };
-
-/// The context that every target of the project sees first; later steps override earlier ones:
-/// `base`, PROJECT_ROOT, the profile "default", the selected profile, PROFILE, `overrides`.
-/// Conditions of profiles are taken over, not evaluated. An append stays one while nothing has
-/// assigned the variable.
-std::shared_ptr<Context> buildImplicitContext(const Project& project, const Context& base,
-                                              const Context& overrides);
 
 }  // namespace Vesk

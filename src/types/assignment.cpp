@@ -40,6 +40,9 @@ Assignment deepCopy(const Assignment& assignment) {
     Assignment copy = assignment;
     copy.value = assignment.value ? deepCopy(*assignment.value) : nullptr;
     copy.exported = assignment.exported ? deepCopy(*assignment.exported) : nullptr;
+    for (Assignment& part : copy.written) {
+        part = deepCopy(part);
+    }
     return copy;
 }
 

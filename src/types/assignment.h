@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/ci_string.h"
 #include "types/value.h"
@@ -41,6 +42,11 @@ struct Assignment {
     /// dependant which merges outputs appends to its own variable. Empty for other assignments.
     ValuePtr exported;
 
+    /// The assignments that this one is the sum of, in their order, where what they give depends on
+    /// what they are merged onto: `x ?= "q" x += "r"` onto a value appends "r" only. Empty for a
+    /// single one.
+    std::vector<Assignment> written;
+
     std::uint32_t line = 0;  ///< where it was written; 0: in no file
 
     /// Name, operator and the value's display form, as dumps and messages show it.
@@ -51,6 +57,11 @@ struct Assignment {
     /// text that no literal can hold.
     std::string toSourceString() const;
 };
+
+/// How source text merges the assignment: a modifier that is written is taken over.
+inline ModifierMode writtenMode(const Assignment& assignment) noexcept {
+    return assignment.modifier == AssignModifier::None ? ModifierMode::Keep : ModifierMode::Copy;
+}
 
 /// An assignment with "=" of a value that is final: it is not expanded again.
 Assignment resolvedAssignment(CiString name, ValuePtr value,

@@ -66,7 +66,12 @@ void Context::evaluateConditions(Unresolvable unresolvable) {
     for (std::size_t i = 0; i < conditions_.size(); ++i) {
         const Condition condition = conditions_[i];
         if (conditionHolds(condition, unresolvable)) {
-            adopt(*condition.body->instantiate(), ModifierMode::Keep);
+            const std::shared_ptr<Context> body = condition.body->instantiate();
+            for (const auto& [name, assignment] : body->assignments()) {
+                addAssignment(assignment, ModifierMode::Keep);
+            }
+            conditions_.insert(conditions_.end(), body->conditions_.begin(),
+                               body->conditions_.end());
         }
     }
     conditions_.clear();

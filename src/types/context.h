@@ -40,23 +40,22 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     /// Writes the dump, a message a line, when the level reaches the console's threshold.
     virtual void print(int level) const;
 
-    /// Inserts a copy, or merges into the assignment of that name. Throws AssignmentException for a
-    /// forbidden merge, and what appending throws.
+    /// Inserts a copy, or merges into the assignment of that name, at once and by the rules of the
+    /// values, but that what is appended to a path makes a list of paths. So bodies are filled.
+    /// Throws AssignmentException for a forbidden merge, and what appending throws.
     void addAssignment(const Assignment& assignment, ModifierMode mode);
 
-    /// Merges as source text does: a modifier that is written is taken over; what is appended to a
-    /// path makes a list of paths; and an append that meets an unresolved reference, in the value
-    /// or in what is stored, or that would turn one into text, is held back and made when variables
-    /// are resolved, in order, instead of failing.
+    /// Merges what belongs to different layers of a target: an append that meets an unresolved
+    /// reference, in the value or in what is stored, or that would turn one into text, is held back
+    /// and made when variables are resolved, in order, instead of failing. What replaces a value
+    /// drops what is held for it.
     void mergeAssignment(const Assignment& assignment, ModifierMode mode);
     void mergeAssignment(const Assignment& assignment) {
-        mergeAssignment(assignment, assignment.modifier == AssignModifier::None
-                                        ? ModifierMode::Keep
-                                        : ModifierMode::Copy);
+        mergeAssignment(assignment, writtenMode(assignment));
     }
 
-    /// Merges copies of the other's assignments, in its map order, and takes over its conditions
-    /// and held appends. `mode` as for addAssignment.
+    /// Merges copies of the other's assignments like this, in its map order, and takes over its
+    /// conditions and held appends.
     void mergeContext(const Context& other, ModifierMode mode);
 
     /// The assignment that the keys lead to; the last one names it. Throws InternalError for no
@@ -65,7 +64,7 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
 
     const Assignment* find(std::string_view name) const;
     Assignment* find(std::string_view name);
-    bool erase(std::string_view name);
+    bool erase(std::string_view name);  ///< with what is held for it
     const Map& assignments() const noexcept { return assignments_; }
 
     /// The text (toString) of a variable's value; nothing when it is missing or has no value.
@@ -78,6 +77,9 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
         fails,    ///< an operand of a comparison that cannot be resolved is an error
         isFalse,  ///< the condition is false; nothing is reported
     };
+
+    /// Whether a condition holds here. Throws what resolving and comparing throw, with a note.
+    bool conditionHolds(const Condition& condition, Unresolvable unresolvable);
 
     /// Evaluates the conditional blocks in order and merges the bodies of those that hold.
     void evaluateConditions(Unresolvable unresolvable = Unresolvable::fails);
@@ -93,7 +95,6 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     /// Makes the held appends whose references resolve now; the others stay held.
     void placeHeldAppends();
     bool hasHeldAppends(std::string_view name) const;
-    std::vector<Assignment> heldAppends() const;
 
     /// The value of a stored assignment as it would be after resolving; an empty string when it
     /// has none. Throws as `resolveIdentifier`.
@@ -133,22 +134,32 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     ValuePtr valueOf(Assignment& assignment);
     ValuePtr applyIndex(const ValuePtr& value, const PathIndex& index, const IdentifierPath& path,
                         std::size_t element);
+    void reportMissingIn(std::string place, const IdentifierPath& path);
+    void beginEvaluation(const CiString& name);
     void resolveAssignment(Assignment& assignment);
     ValuePtr resolvedCopy(const Assignment& assignment);
-    void adopt(Context& other, ModifierMode mode);
+    void merge(const Assignment& assignment, ModifierMode mode, bool keepWritten);
+    void mergeOrHold(const Assignment& assignment, ModifierMode mode, bool keepWritten);
     bool mustHold(const Assignment& assignment) const;
-    void mergeNow(const Assignment& assignment, ModifierMode mode);
+    void dropHeldAppends(std::string_view name);
+    void takeOver(const ValuePtr& value, std::size_t known);
     void resolveForAppend(ValuePtr& value, const CiString& name);
     void placeHeldAppend(const HeldAppend& held);
-    bool conditionHolds(const Condition& condition, Unresolvable unresolvable);
     bool compare(const Condition& condition);
     [[noreturn]] void throwUnknown(std::string_view name, bool dotted) const;
+
+    /// References to one unknown variable in the text of one variable.
+    struct Missing {
+        std::size_t seen = 0;  ///< in the present evaluation of the variable
+        std::size_t reported = 0;
+    };
 
     Map assignments_;
     std::vector<Condition> conditions_;
     std::vector<HeldAppend> heldAppends_;
     std::map<CiString, ValuePtr, CiLess> lookedUp_;  ///< results before resolving, until a change
     std::vector<std::string> inProgress_;            ///< names being resolved, outermost first
+    std::map<std::string, Missing> missing_;         ///< by variable and reference, "x.lib.FLAGS"
     Context* enclosing_ = nullptr;
     bool resolving_ = false;  ///< resolving has begun: results are stored
     bool silent_ = false;

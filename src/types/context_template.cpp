@@ -1,8 +1,34 @@
 #include "types/context_template.h"
 
 #include "types/context.h"
+#include "types/identifier_value.h"
 
 namespace Vesk {
+namespace {
+
+bool isReference(const ValuePtr& value) {
+    return valueAs<VeskIdentifier>(value.get()) != nullptr;
+}
+
+}  // namespace
+
+void fill(Context& context, const Assignment& assignment) {
+    try {
+        context.addAssignment(deepCopy(assignment), writtenMode(assignment));
+    } catch (VeskException& error) {
+        const Assignment* stored = context.find(assignment.name);
+        const bool ofReference =
+            isReference(assignment.value) || (stored != nullptr && isReference(stored->value));
+        if (assignment.op == AssignOperator::Append && ofReference) {
+            error.addNote(
+                "a reference can be appended to a list, as in x = [a] x += b, and a text can hold "
+                "one, as in x += \"${b}\"");
+        }
+        error.addNote("in variable '" + assignment.name.str() + "', line " +
+                      std::to_string(assignment.line));
+        throw;
+    }
+}
 
 Condition deepCopy(const Condition& condition) {
     Condition copy = condition;
@@ -11,23 +37,14 @@ Condition deepCopy(const Condition& condition) {
     return copy;
 }
 
-void ContextTemplate::mergeInto(Context& context) const {
-    for (const Assignment& assignment : assignments) {
-        try {
-            context.mergeAssignment(deepCopy(assignment));
-        } catch (...) {
-            rethrowWithNote("in variable '" + assignment.name.str() + "', line " +
-                            std::to_string(assignment.line));
-        }
-    }
-    for (const Condition& condition : conditions) {
-        context.addCondition(deepCopy(condition));
-    }
-}
-
 std::shared_ptr<Context> ContextTemplate::instantiate() const {
     auto context = std::make_shared<Context>();
-    mergeInto(*context);
+    for (const Assignment& assignment : assignments) {
+        fill(*context, assignment);
+    }
+    for (const Condition& condition : conditions) {
+        context->addCondition(deepCopy(condition));
+    }
     return context;
 }
 

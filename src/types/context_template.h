@@ -35,16 +35,17 @@ class ContextTemplate {
   public:
     virtual ~ContextTemplate() = default;
 
-    /// A new context with copies of everything.
+    /// A new context with copies of everything, merged at once by the rules of the values. Throws
+    /// what merging throws, with notes.
     std::shared_ptr<Context> instantiate() const;
-
-    /// Merges copies of the assignments onto what `context` holds, in their order, and adds the
-    /// conditional blocks.
-    void mergeInto(Context& context) const;
 
     std::vector<Assignment> assignments;
     std::vector<Condition> conditions;
 };
+
+/// Merges a copy of an assignment of a text into the context that this text fills; one without a
+/// modifier keeps the one that is stored. Throws what merging throws, with notes.
+void fill(Context& context, const Assignment& assignment);
 
 /// A copy with operands of its own.
 Condition deepCopy(const Condition& condition);

@@ -90,13 +90,35 @@ std::optional<IdentifierPath> hintPath(const ValuePtr& value) {
 }  // namespace
 
 void Context::reportMissing(const IdentifierPath& path) {
+    reportMissingIn({}, path);
+}
+
+/// A variable is evaluated as often as somebody asks for it before it is resolved for good, but
+/// each reference of its text is reported once. The outermost context keeps count: those within are
+/// copied for each evaluation.
+void Context::reportMissingIn(std::string place, const IdentifierPath& path) {
     if (silent_) {
         return;
     }
+    if (!inProgress_.empty()) {
+        place = inProgress_.back() + "." + place;
+    }
     if (enclosing_ != nullptr) {
-        enclosing_->reportMissing(path);
-    } else {
+        enclosing_->reportMissingIn(std::move(place), path);
+        return;
+    }
+    Missing& missing = missing_[place + path.toDisplayString()];
+    if (++missing.seen > missing.reported) {
+        missing.reported = missing.seen;
         Resolver::reportMissing(path);
+    }
+}
+
+void Context::beginEvaluation(const CiString& name) {
+    const std::string place = name.str() + ".";
+    for (auto entry = missing_.lower_bound(place);
+         entry != missing_.end() && entry->first.starts_with(place); ++entry) {
+        entry->second.seen = 0;
     }
 }
 
@@ -150,6 +172,7 @@ ValuePtr Context::valueOf(Assignment& assignment) {
 
 ValuePtr Context::resolvedCopy(const Assignment& assignment) {
     const InProgress mark(inProgress_, assignment.name);
+    beginEvaluation(assignment.name);
     return resolvedValue(Vesk::deepCopy(*assignment.value), *this);
 }
 
@@ -158,6 +181,7 @@ void Context::resolveAssignment(Assignment& assignment) {
         return;
     }
     const InProgress mark(inProgress_, assignment.name);
+    beginEvaluation(assignment.name);
     assignment.state = ResolveState::InProgress;
     if (assignment.value) {
         assignment.value = resolvedValue(assignment.value, *this);
@@ -224,7 +248,7 @@ void Context::placeHeldAppend(const HeldAppend& held) {
         resolveForAppend(stored->value, addition.name);
         resolveForAppend(stored->exported, addition.name);
     }
-    mergeNow(addition, held.mode);
+    merge(addition, held.mode, false);
     checkLimits(*find(addition.name)->value);
 }
 

@@ -1,9 +1,16 @@
 #include "types/target.h"
 
+#include <utility>
+
 #include "base/exception.h"
 #include "platform/files.h"
 
 namespace Vesk {
+
+void Target::setBody(ContextTemplate written) {
+    body = std::move(written);
+    context = body.instantiate();
+}
 
 std::string Target::place() const {
     return (file ? platform::pathToUtf8(*file) + ":" : std::string("line ")) + std::to_string(line);

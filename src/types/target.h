@@ -21,9 +21,13 @@ class Target {
     std::string name;
     std::vector<std::string> parameters;
     std::vector<DependencyRecord> dependencies;
-    ContextTemplate body;
+    ContextTemplate body;                               ///< as it is written
+    std::shared_ptr<const Context> context;             ///< the body, merged; see `setBody`
     std::shared_ptr<const std::filesystem::path> file;  ///< where it is written
     std::uint32_t line = 0;
+
+    /// Takes the body and merges it. Throws what merging throws, with notes.
+    void setBody(ContextTemplate written);
 
     /// "vesk.txt:12", for notes in messages.
     std::string place() const;

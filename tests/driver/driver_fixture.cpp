@@ -60,7 +60,7 @@ std::string DriverTest::readable(std::string text) const {
 }
 
 void DriverTest::underAll(const std::string& assignment) {
-    base_->mergeAssignment(parseAssignment(assignment, directory_));
+    fill(*base_, parseAssignment(assignment, directory_));
 }
 
 BuildOutcome DriverTest::build(std::string_view unitText, std::string_view target, int threshold) {

@@ -45,26 +45,20 @@ INSTANTIATE_TEST_SUITE_P(
         LayerCase{{"Y = \"y\"", "X = Y"}, "X += \"b\"", "y b"},
         LayerCase{{"X = \"a\""}, "if X = \"a\" { X += \"c\" } X += \"b\"", "a b"},
         LayerCase{{"X = \"a\""}, "if X = \"a b\" { X += \"c\" } X += \"b\"", "a b c"},
+        LayerCase{{"X = [\"a\"]"}, "X += \"b\" X += \"c\" ^seen2 = X[2]", "a b c"},
+        LayerCase{{"Y = \"y\"", "X = \"a\""}, "X += Y", "a y"},
         LayerCase{{}, "X = [\"a\", \"b\"] X += \"c\"", "a b c"}));
 
 TEST_F(DriverTest, WhatRefersToOutputsWaitsAndThenLiesUnderTheTargetsOwn) {
     underAll("FLAGS = lib.FLAGS");
     const BuildOutcome outcome = build(
         "lib: { ^FLAGS = \"-Ilib\" cmdline = \"exit 0\" }\n"
-        "t: lib { FLAGS += \"-own\" ^seen = \"${FLAGS}\" cmdline = \"exit 0\" }",
+        "t: lib { FLAGS ?= \"none\" FLAGS += \"-own\" ^seen = \"${FLAGS}\" cmdline = \"exit 0\" }",
         "t", 1);
     EXPECT_EQ(outputOf(outcome, "seen"), "-Ilib -own") << outcome.messages;
     EXPECT_EQ(outcome.linesWith("Second try"),
               (Texts{"[main::lib] Second try adding implicit assignment FLAGS = lib.FLAGS.",
                      "[main::t] Second try adding implicit assignment FLAGS = lib.FLAGS."}));
-}
-
-TEST_F(DriverTest, OwnAppendsOfOutputsAreMadeInTheirOrder) {
-    const BuildOutcome outcome = build(
-        "lib: { ^FLAGS = \"-lib\" cmdline = \"exit 0\" }\n"
-        "t: lib { OWN = lib.FLAGS OWN += \"b\" OWN += lib.FLAGS ^seen = OWN cmdline = \"exit 0\" }",
-        "t");
-    EXPECT_EQ(outputOf(outcome, "seen"), "-lib b -lib") << outcome.messages;
 }
 
 TEST_F(DriverTest, AppendsToWhatADependencyBringsWait) {

@@ -51,8 +51,7 @@ class Outputs(ProgramTest):
         self.prints("""
             app: lib lib => other two +> both three +> both {
                 pair = "${both.W[1]} ${both.W}"
-                word = lib.W
-                word += lib.W
+                word = "${lib.W} ${lib.W}"
                 cmdline = ["child args ${word} ${other.W} ${LIB.w} ${pair} ${lib.result}"]
             }
             lib: { cmdline = [] ^W = "w" }
@@ -85,6 +84,10 @@ class Outputs(ProgramTest):
             ('app: lib { w = 1 cmdline = [] }', []),
             ('app: lib => ALIAS { alias = 1 cmdline = [] }',
              ["alias 'ALIAS' collides with an existing context variable."]),
+            ('app: lib => n lib +> n { cmdline = [] }',
+             ["alias 'n' collides with an existing context variable."]),
+            ('app: +lib +run(a) { a = 1 cmdline = [] }\nrun(n): { cmdline = [] ^W = n }',
+             ["'W' collides with an existing context variable."]),
             ('app: lib +> X say(a) +> X { a = 1 cmdline = [] }\nsay(n): { NO_TOOL }', []),
             ('app: +lib { w = 1 cmdline = [] }',
              ["'W' collides with an existing context variable."]),
@@ -101,6 +104,28 @@ class Outputs(ProgramTest):
                                                   for each in warnings))
 
 
+    def test_the_last_one_stands(self):
+        self.unit("""
+            app: +lib { W = "own" cmdline = "child args ${W}" }
+            lib: { cmdline = [] ^W = "w" }
+            """)
+        self.assertEqual(self.run_vesk("-v", "6").out, "[w]\n")
+
+    def test_they_are_copies(self):
+        self.unit("""
+            app: s u other { NO_TOOL }
+            s: a => n b +> n { cmdline = "child args ${n.X}" }
+            u: a a::t => t b => a { cmdline = "child args ${a.X}" }
+            other: a a::t { cmdline = "child args ${a.X} ${a.t.X}" }
+            a: { cmdline = [] ^X = "xa" }
+            b: { cmdline = [] ^X = "xb" }
+            """)
+        self.write("a.txt", 'unit a t: { cmdline = [] ^X = "xt" }')
+        self.write(".vesk_project.txt",
+                   'name demo units { vesk { "vesk.txt" } a { "a.txt" } }')
+        self.assertEqual(self.run_vesk("-v", "6").out, "[xa]\n[xb]\n[xb]\n[xa]\n[xt]\n")
+
+
 class Parameters(ProgramTest):
     def test_binding_and_visits(self):
         """The same arguments are one visit."""
@@ -113,6 +138,16 @@ class Parameters(ProgramTest):
             }
             greet(who, what): { cmdline = "child args ${who} ${what}" }
             """, "[m]\n[a]\n[b]\n[m]\n[m]\n")
+
+    def test_are_copies(self):
+        for arguments, expected in (((), "[Z]\n[w]\n"), (('q+="p"',), "[Z]\n[w]\n[p]\n")):
+            self.prints("""
+                app: p(v) { v = "Z" NO_TOOL }
+                p(q): { q += "w" cmdline = "child args ${q}" }
+                """, expected, *arguments)
+        self.unit("app: { NO_TOOL }\np(q, Q): { NO_TOOL }")
+        self.assertEqual(self.error().splitlines()[0],
+                         "Error: Target 'p' has two parameters of the name 'q'.")
 
     def test_errors(self):
         for use, message in (
@@ -147,7 +182,7 @@ class Dynamic(ProgramTest):
 
     def test_source_parameter(self):
         self.prints("""
-            app: @deps(.) => one @other.deps(.) => two {
+            app: @deps(.) => one @other.deps(.) => two @other['deps'](.) => three {
                 deps = "say"  N = "1"
                 other = { deps = ["say"]  N = "2" }
                 NO_TOOL

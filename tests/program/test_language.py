@@ -51,8 +51,13 @@ class Language(ProgramTest):
             ('^a5 = "x"  a5 ?= "y"', "a5 = x"),
             ('^a6 ?= "y"  A6 += "z"', "a6 = y z"),
             ('^a7 = { a = 1 b = 2 }  a7 += { b = 3 c = 4 }', "a7 = 1 3 4"),
-            ('x8 = ["m"]  ^a8 = x8  a8 += "n"  ^b8 = x8', "a8 = m n\nb8 = m"),
+            ('x8 = ["m"]  ^a8 = [x8]  a8 += "n"  ^b8 = x8', "a8 = m n\nb8 = m"),
             ('^a9 = "x"  a9  ^b9 = "x"  b9  b9 = "y"', "a9 = \nb9 = y"),
+            ('^c1 = "x"  c1  c1 += "y"', "c1 = y"),
+            ('^c2 = "x"  if c2 { c2  c2 += "y" }', "c2 = y"),
+            ('^c3 = { v = 1  v  v += 2 }', "c3 = 2"),
+            ('^c4 = { v = "a" }  c4 += { v ?= "q"  v += "b" }', "c4 = a b"),
+            ('^c5 = "s"  c5 += P"(p)"  c5 += [x8]', "c5 = s p x8"),
         ])
 
     def test_conditions(self):
@@ -86,6 +91,10 @@ class Language(ProgramTest):
             [vesk::t] Variable 'y.z' does not exist.
             [vesk::t] Variable 'x' does not exist.
             """)), "a = []\n")
+        self.assertEqual(self.outputs(
+            'a = "${x}"  in = { b = "${y}" }  if a = "" { c = "${a}${in.b}" }  ^d = "${a}${in.b}"',
+            err="[vesk::t] Variable 'x' does not exist.\n[vesk::t] Variable 'y' does not exist.\n"),
+            "d = \n")
 
     def test_faults(self):
         for body, message, notes in (
@@ -93,6 +102,10 @@ class Language(ProgramTest):
              "  in {DIR}/vesk.txt:2 (target 't')"),
             ('x = 5  x += "a"', "Error: Cannot convert VeskInt 5 to VeskString",
              "  in variable 'x', line 2"),
+            ('v = w  v += "a"', "Error: w is not resolved yet and '\"a\"' cannot be appended to it.",
+             "  in variable 'v', line 2"),
+            ('v = "s"  v += w', "Error: Cannot convert VeskIdentifier w to VeskString",
+             "  in variable 'v', line 2"),
             ('n = 1  if n = "1" { }', "Error: Cannot convert VeskInt 1 to VeskString",
              "  in the condition in line 2"),
             ('x = "${a[-1]}"', "Error: Invalid index expression inside '[]'",

@@ -76,6 +76,34 @@ class DemoProject(ProgramTest):
                    err="No file to list. You need .vesk_project.txt.\n")
 
 
+class Layers(ProgramTest):
+    def test_each_value_stays_in_its_layer(self):
+        self.write(".vesk_project.txt", """
+            name demo units { main { "vesk.txt" } } profiles {
+                default {
+                    K = "k"  w = "w"
+                    D = w  E = w  F = "a"  G = "a"  H = "a"
+                    I += "over"
+                    if K {
+                        A = "if"  B = "if"  C = "if"  I += "if"  J = "if"  K2 = "k2"
+                        if K2 { A += "inner" }
+                    }
+                }
+                release { B = "selected"  D += "x"  E += "x"  F ?= "q"  F += "x"  G  G += "x" }
+            }
+            """)
+        self.prints("""
+            unit main
+            t: {
+                A = "own"  D += "y"  E = "own"  H += "b"  I = "own"
+                if K { H += "c"  I = "then" }
+                cmdline = "child args ${A} ${B} ${C} / ${D} / ${E} / ${F} / ${G} / ${H} / ${I} / ${J}"
+            }
+            """, "".join(f"[{word}]\n" for word in
+                         "own selected line / w x y / own / a x / x / a b c / then over if / if".split()),
+            "release", 'C="line"')
+
+
 class Tools(ProgramTest):
     def project(self, tools):
         self.write(".vesk_project.txt",
@@ -101,7 +129,7 @@ class Tools(ProgramTest):
 
     def test_their_settings_reach_the_target(self):
         self.project("""
-            runner { tool_type = "command" greeting = "hello" }
+            runner { tool_type = "command" if PROFILE = "" { greeting = "hello" } }
             writer { tool_type = "file_writer" separator = "+" }
             """)
         self.prints("""

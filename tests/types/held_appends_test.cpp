@@ -1,6 +1,8 @@
 // Appends that have to wait until a reference can be resolved.
 
 #include <gtest/gtest.h>
+#include <ranges>
+#include <tuple>
 
 #include "platform/files.h"
 #include "types/support.h"
@@ -10,29 +12,38 @@ namespace {
 
 using namespace test;
 
-TEST(HeldAppends, AreMadeInTheOrderInWhichTheyAreWritten) {
+/// What a lower layer holds, with the assignments of an upper one merged onto it.
+std::shared_ptr<Context> layered(const Assignments& under, const Assignments& over) {
+    const auto context = contextOf(under);
+    for (const Assignment& assignment : contextOf(over)->assignments() | std::views::values) {
+        context->mergeAssignment(deepCopy(assignment));
+    }
+    return context;
+}
+
+TEST(HeldAppends, AreMadeWhereLayersMeet) {
     const auto here = std::filesystem::temp_directory_path();
     const auto file = [&here](const char* name) { return platform::pathToUtf8(here / name); };
-    const Assignment base = set("BASE", str("b"));
-    const Assignment other = set("OTHER", str("o"));
-    const Assignment names = set("NAMES", list({str("n"), str("m")}));
-    const std::pair<Assignments, std::string> cases[] = {
-        {{set("X", id("BASE")), plus("X", str("1")), plus("X", id("OTHER")), plus("X", str("2")),
-          base, other},
-         "\"b 1 o 2\""},
-        {{base, other, set("X", str("s")), plus("X", id("BASE")), plus("X", str("1"))},
-         "\"s b 1\""},
-        {{names, set("X", list({})), plus("X", id("NAMES")), plus("X", str("1"))},
-         "[\"n\", \"m\", \"1\"]"},
-        {{names, set("X", str("s")), plus("X", list({id("NAMES"), str("t")}))}, "\"s n m t\""},
-        {{names, set("X", str("s")), plus("X", list({str("-#{NAMES}")}))}, "\"s -n -m\""},
-        {{base, set("X", id("BASE")), plus("X", str("1")), set("X", str("new"))}, "\"new\""},
-        {{base, set("X", id("BASE")), plus("X", str("1")), bare("X")}, ""},
-        {{base, set("Y", id("X")), set("X", id("BASE")), plus("X", str("1"))}, "\"b 1\""},
-        {{set("X", str("s")), plus("X", path("f", here))}, "\"s " + file("f") + "\""},
+    const Assignments names{set("BASE", str("b")), set("NAMES", list({str("n"), str("m")})),
+                            set("Y", id("X"))};
+    const std::tuple<Assignment, Assignments, std::string> cases[] = {
+        {set("X", id("BASE")), {plus("X", str("1")), plus("X", str("2"))}, "\"b 1 2\""},
+        {set("X", str("s")), {plus("X", id("BASE"))}, "\"s b\""},
+        {set("X", list({})), {plus("X", id("NAMES"))}, "[\"n\", \"m\"]"},
+        {set("X", str("s")), {plus("X", list({id("NAMES"), str("t")}))}, "\"s n m t\""},
+        {set("X", str("s")), {plus("X", list({str("-#{NAMES}")}))}, "\"s -n -m\""},
+        {set("X", id("BASE")), {plus("X", str("1")), set("X", str("new"))}, "\"new\""},
+        {set("X", id("BASE")), {bare("X")}, ""},
+        {set("X", str("s")), {plus("X", path("f", here))}, "\"s " + file("f") + "\""},
+        {set("X", id("BASE")), {maybe("X", str("q")), plus("X", str("1"))}, "\"b 1\""},
+        {set("X", list({str("s")})),
+         {plus("X", str("1")), plus("X", str("2"))},
+         "[\"s\", \"1\", \"2\"]"},
     };
-    for (const auto& [assignments, expected] : cases) {
-        const auto context = contextOf(assignments);
+    for (const auto& [under, over, expected] : cases) {
+        Assignments lower = names;
+        lower.push_back(under);
+        const auto context = layered(lower, over);
         EXPECT_EQ(outcome([&] {
                       context->resolveVariables();
                       const Assignment* x = context->find("X");
@@ -61,10 +72,10 @@ TEST(HeldAppends, PathsBecomeAListOfPaths) {
 
 TEST(HeldAppends, DoNotReachTheVariableThatIsReferredTo) {
     const auto context =
-        contextOf({set("LIST", list({str("a")})), set("TEXT", str("t")),
-                   set("BLOCK", block({set("k", num(1))})), set("L", id("LIST")),
-                   set("T", id("TEXT")), set("B", id("BLOCK")), plus("L", str("b")),
-                   plus("T", str("u")), plus("B", block({set("k", num(2))}))});
+        layered({set("LIST", list({str("a")})), set("TEXT", str("t")),
+                 set("BLOCK", block({set("k", num(1))})), set("L", id("LIST")),
+                 set("T", id("TEXT")), set("B", id("BLOCK"))},
+                {plus("L", str("b")), plus("T", str("u")), plus("B", block({set("k", num(2))}))});
     context->resolveVariables();
     EXPECT_EQ(sourceOf(*context),
               "B = { k = 2 }; BLOCK = { k = 1 }; L = [\"a\", \"b\"]; LIST = [\"a\"]; "
@@ -74,8 +85,9 @@ TEST(HeldAppends, DoNotReachTheVariableThatIsReferredTo) {
 TEST(HeldAppends, AnAppendToAContextOfSomebodyElseMakesACopyFirst) {
     const auto outputs = contextOf({set("k", num(1)), set("opts", block({set("m", num(1))}))});
     outputs->resolveVariables();
-    const auto context = contextOf({set("A", id("lib.opts")), plus("A", block({set("m", num(2))})),
-                                    set("B", id("lib")), plus("B", block({set("k", num(2))}))});
+    const auto context =
+        layered({set("A", id("lib.opts")), set("B", id("lib"))},
+                {plus("A", block({set("m", num(2))})), plus("B", block({set("k", num(2))}))});
     context->addAssignment(resolvedAssignment("lib", VeskContext::referringTo(outputs)),
                            ModifierMode::Keep);
     context->resolveVariables();
@@ -85,10 +97,10 @@ TEST(HeldAppends, AnAppendToAContextOfSomebodyElseMakesACopyFirst) {
 }
 
 TEST(HeldAppends, ArePlacedOnceTheyCanBe) {
-    const auto context =
-        contextOf({set("X", id("lib.FLAGS")), plus("X", str("1")), set("Y", str("y")),
-                   plus("Y", id("SELF")), set("SELF", str("s")), set("W", str("w")),
-                   plus("W", id("lib.FLAGS")), plus("W", str("2"))});
+    const auto context = layered(
+        {set("X", id("lib.FLAGS")), set("Y", str("y")), set("SELF", str("s")), set("W", str("w"))},
+        {plus("X", str("1")), plus("Y", id("SELF")), plus("W", id("lib.FLAGS"))});
+    context->mergeAssignment(plus("W", str("2")));
     context->placeHeldAppends();
     EXPECT_TRUE(context->hasHeldAppends("X")) << "waits for the dependency";
     EXPECT_FALSE(context->hasHeldAppends("Y"));
