@@ -54,7 +54,8 @@ std::shared_ptr<Context> knownOutputs(const RecipeSet& set) {
 
 /// What is known only afterwards takes the place of what was known before.
 void addOutputsTo(Context& outputs, const std::vector<Assignment>& completed) {
-    for (const Assignment& assignment : completed) {
+    for (Assignment assignment : completed) {
+        assignment.line = 0;  // in no file, whatever line of the cache it comes from
         outputs.erase(assignment.name.str());
         outputs.addAssignment(assignment, ModifierMode::Copy);
     }
