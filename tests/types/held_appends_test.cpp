@@ -1,7 +1,6 @@
 // Appends that have to wait until a reference can be resolved.
 
 #include <gtest/gtest.h>
-#include <ranges>
 #include <tuple>
 
 #include "platform/files.h"
@@ -15,7 +14,8 @@ using namespace test;
 /// What a lower layer holds, with the assignments of an upper one merged onto it.
 std::shared_ptr<Context> layered(const Assignments& under, const Assignments& over) {
     const auto context = contextOf(under);
-    for (const Assignment& assignment : contextOf(over)->assignments() | std::views::values) {
+    const auto upper = contextOf(over);
+    for (const auto& [name, assignment] : upper->assignments()) {
         context->mergeAssignment(deepCopy(assignment));
     }
     return context;
