@@ -11,19 +11,9 @@ class BuildFailed : public VeskException {
     BuildFailed() : VeskException("Build failed.") {}
 };
 
-/// Thrown once the running commands have ended after Ctrl-C or a termination request.
-class Interrupted : public VeskException {
-  public:
-    explicit Interrupted(int signal) : VeskException("Interrupted."), signal_(signal) {}
-
-    /// The number of the signal that asked for it.
-    int signal() const noexcept { return signal_; }
-
-  private:
-    int signal_;
+/// A target is visited again and again on one way down, each time with new arguments.
+class EndlessVisits : public VeskException {
+    using VeskException::VeskException;
 };
-
-/// Throws Interrupted when the user has asked to stop.
-void stopIfInterrupted();
 
 }  // namespace Vesk

@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 
 #include "base/console.h"
+#include "base/interruption.h"
+#include "base/report.h"
+#include "base/text.h"
 #include "driver/build_errors.h"
 #include "driver/target_visit.h"
 #include "types/context_value.h"
@@ -63,18 +66,54 @@ void Driver::throwCycle(const std::string& key) const {
     throw LoopFoundException(chain.front(), chain);
 }
 
+void Driver::throwEndless(const Target& target) const {
+    std::vector<std::string> way;
+    for (auto visit = stack_.rbegin(); visit != stack_.rend(); ++visit) {
+        way.insert(way.begin(), (*visit)->displayName());
+        if ((*visit)->location().target.get() == &target) {
+            break;
+        }
+    }
+    way.push_back(way.front());
+    EndlessVisits error(
+        fmt::format("Target '{}' is needed by itself, each time with other arguments; {} visits "
+                    "deep that ends here.",
+                    way.front(), kMaxVisitsOnWay));
+    error.addNote("the way from one visit to the next: " + joined(way, " -> "));
+    throw error;
+}
+
 Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<ValuePtr> arguments) {
     const std::string key = visitKey(location, arguments);
-    const auto [position, isNew] = visited_.try_emplace(key);
-    if (isNew) {
-        position->second.arguments = referredContexts(arguments);
-        stack_.push_back(
-            std::make_unique<TargetVisit>(setting_, location, std::move(arguments), key));
-        stack_.back()->begin();
-    } else if (!position->second.finished) {
-        throwCycle(key);
+    if (const auto known = visited_.find(key); known != visited_.end()) {
+        if (!known->second.finished) {
+            throwCycle(key);
+        }
+        return known->second;
     }
-    return position->second;
+    if (visitsOnWay_[location.target.get()] == kMaxVisitsOnWay) {
+        throwEndless(*location.target);
+    }
+    Visited& visited = visited_[key];
+    visited.arguments = referredContexts(arguments);
+    push(location, std::move(arguments), key);
+    stack_.back()->begin();
+    return visited;
+}
+
+void Driver::push(const TargetLocation& location, std::vector<ValuePtr> arguments,
+                  std::string key) {
+    stack_.push_back(
+        std::make_unique<TargetVisit>(setting_, location, std::move(arguments), std::move(key)));
+    ++visitsOnWay_[location.target.get()];
+}
+
+void Driver::pop() {
+    const auto visits = visitsOnWay_.find(stack_.back()->location().target.get());
+    if (--visits->second == 0) {
+        visitsOnWay_.erase(visits);
+    }
+    stack_.pop_back();
 }
 
 void Driver::visitNextDependency(TargetVisit& visit) {
@@ -101,7 +140,7 @@ void Driver::finishTop() {
     visited.result = visit.finish();
     visited.finished = true;
     const TargetLocation location = visit.location();
-    stack_.pop_back();
+    pop();
     if (!stack_.empty()) {
         stack_.back()->announce();
         stack_.back()->addOutputs(location, visited.result);
@@ -113,7 +152,7 @@ void Driver::failTop() {
     Visited& visited = visited_.at(stack_.back()->key());
     visited.finished = true;
     visited.failed = true;
-    stack_.pop_back();
+    pop();
     if (!stack_.empty()) {
         stack_.back()->announce();
         stack_.back()->skipDependency();
@@ -131,6 +170,7 @@ void Driver::step(TargetVisit& visit) {
 std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
     const PrefixEnd prefixEnd;
     stack_.clear();
+    visitsOnWay_.clear();
     const std::string root = visitKey(location, {});
     enter(location, {});
     while (!stack_.empty()) {
@@ -139,6 +179,8 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
         } catch (const Interrupted&) {
             throw;
         } catch (const LoopFoundException&) {
+            throw;
+        } catch (const EndlessVisits&) {
             throw;
         } catch (const BuildFailed&) {
             if (!setting_.options.keepGoing) {
@@ -149,7 +191,7 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
             if (!setting_.options.keepGoing) {
                 throw;
             }
-            console::error("Error: {}", exception.report());
+            reportError(exception);
             failTop();
         }
     }

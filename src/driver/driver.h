@@ -1,6 +1,7 @@
 // Builds a target and all that it depends on.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -11,6 +12,10 @@
 #include "types/context.h"
 
 namespace Vesk {
+
+/// One target may be visited this often on one way down, each time with other arguments. Chains of
+/// distinct targets have no limit.
+inline constexpr std::size_t kMaxVisitsOnWay = 1000;
 
 /// Visits targets one at a time, dependencies before their dependants, on the calling thread. Each
 /// target is visited once per build and arguments; its outputs are kept for every dependant. The
@@ -24,7 +29,8 @@ class Driver {
 
     /// Returns the target's output context. Throws VeskException when it cannot be built,
     /// LoopFoundException for targets that need each other (nothing of the loop is built then),
-    /// Interrupted, and what contexts, tools and the file system throw.
+    /// EndlessVisits for targets that do so with ever new arguments, Interrupted, and what
+    /// contexts, tools and the file system throw.
     std::shared_ptr<Context> build(const TargetLocation& location);
 
   private:
@@ -41,10 +47,14 @@ class Driver {
     void step(TargetVisit& visit);
     void finishTop();
     void failTop();
+    void push(const TargetLocation& location, std::vector<ValuePtr> arguments, std::string key);
+    void pop();
     [[noreturn]] void throwCycle(const std::string& key) const;
+    [[noreturn]] void throwEndless(const Target& target) const;
 
     BuildSetting setting_;
     std::vector<std::unique_ptr<TargetVisit>> stack_;
+    std::unordered_map<const Target*, std::size_t> visitsOnWay_;  ///< of the targets on the stack
     std::unordered_map<std::string, Visited> visited_;
 };
 

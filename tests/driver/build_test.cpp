@@ -21,7 +21,7 @@ TEST_P(BuildErrors, SayWhatAndWhere) {
 INSTANTIATE_TEST_SUITE_P(
     Table, BuildErrors,
     testing::Values(ErrorCase{"t: lab { NO_TOOL }\nlib: { NO_TOOL }",
-                              "Target 'main::lab' not found. (did you mean 'lib'?)\n"
+                              "Target 'main::lab' not found.\n  did you mean 'lib'?\n"
                               "  needed by target main::t (DIR/vesk.txt:2)"},
                     ErrorCase{"t: a { NO_TOOL }\na(p, q): { NO_TOOL }",
                               "Target 'main::a' takes 2 parameters (p, q), but gets 0 arguments.\n"
@@ -31,9 +31,21 @@ INSTANTIATE_TEST_SUITE_P(
                               "Assignment 'x' not found.\n"
                               "  passed to 'a' in target main::t (DIR/vesk.txt:2)"},
                     ErrorCase{"t: {\nflags = 1\nx = flgs\nNO_TOOL }",
-                              "Assignment 'flgs' not found. (did you mean 'flags'?)\n"
+                              "Assignment 'flgs' not found.\n  did you mean 'flags'?\n"
                               "  in variable 'x', line 4\n"
                               "  in target main::t (DIR/vesk.txt:2)"},
+                    ErrorCase{
+                        "t: a(x) { x = \"\" NO_TOOL }\n"
+                        "a(q): b(r) { r = \"${q}x\" NO_TOOL }\nb(q): a(q) { NO_TOOL }",
+                        "Target 'main::a' is needed by itself, each time with other "
+                        "arguments; 1000 visits deep that ends here.\n"
+                        "  the way from one visit to the next: main::a -> main::b -> main::a\n"
+                        "  needed by target main::b (DIR/vesk.txt:4)"},
+                    ErrorCase{"t: @d(.) { d = \"a\" NO_TOOL }\na(q): @d(.) { d = \"a\" NO_TOOL }",
+                              "Target 'main::a' is needed by itself, each time with other "
+                              "arguments; 1000 visits deep that ends here.\n"
+                              "  the way from one visit to the next: main::a -> main::a\n"
+                              "  needed by target main::a (DIR/vesk.txt:3)"},
                     ErrorCase{"t: {\nif nope = 1 { }\nNO_TOOL }",
                               "Assignment 'nope' not found.\n"
                               "  in the condition in line 3\n"
