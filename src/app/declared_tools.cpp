@@ -40,11 +40,14 @@ class Surroundings {
 };
 
 bool isConditional(const ToolEntry& entry) {
-    return !entry.context->conditions().empty();
+    return entry.context && !entry.context->conditions().empty();
 }
 
 /// The tool's assignments with those of the conditional blocks that apply.
 std::shared_ptr<const Context> evaluated(const ToolEntry& entry, Surroundings& surroundings) {
+    if (!entry.context) {
+        throw VeskException(entry.failure);
+    }
     if (!isConditional(entry)) {
         return entry.context;
     }
@@ -68,7 +71,7 @@ std::unique_ptr<Matcher> createRegistryTool(const ToolEntry& entry, Surroundings
     } catch (const VeskException& error) {
         reason = error.report();
     } catch (const std::exception& error) {
-        reason = error.what();
+        reason = reportOf(error);
     }
     console::warning("{} tool '{}' is left out: {}", kRegistryOrigin, entry.name, reason);
     return nullptr;

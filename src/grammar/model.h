@@ -17,8 +17,9 @@ class ContextTemplate;
 /// An entry of a tools section.
 struct ToolEntry {
     std::string name;
-    std::shared_ptr<Context> context;               ///< never empty
+    std::shared_ptr<Context> context;  ///< empty in a registry when the body cannot be merged
     std::shared_ptr<const ContextTemplate> source;  ///< as written, nothing merged
+    std::string failure;                            ///< why there is no context
     std::uint32_t line = 0;
 };
 

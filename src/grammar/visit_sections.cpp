@@ -1,4 +1,5 @@
 // Project and registry files: their sections.
+#include "base/exception.h"
 #include "grammar/visitor.h"
 
 namespace Vesk {
@@ -96,7 +97,14 @@ antlrcpp::Any VeskVisitorImpl::visitBuild_tool(Parser::Build_toolContext* tree) 
     const bool wasInTool = std::exchange(inTool_, true);
     tool.source = taken<TemplatePtr>(visitContext(tree->context()));
     inTool_ = wasInTool;
-    tool.context = instantiated(*tool.source, tool.line);
+    try {
+        tool.context = instantiated(*tool.source, tool.line);
+    } catch (const VeskException& error) {
+        if (kind_ != FileKind::Registry) {
+            throw;
+        }
+        tool.failure = error.report();  // it must not keep all of the user's projects from loading
+    }
     return tool;
 }
 

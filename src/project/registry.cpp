@@ -123,7 +123,7 @@ void Registry::registerTool(const std::string& name, std::shared_ptr<Context> co
     ToolEntry entry;
     entry.name = name;
     entry.context = std::move(context);
-    tools.insert_or_assign(CiString(name), std::move(entry));
+    tools.insert_or_assign(name, std::move(entry));
 }
 
 Registry loadRegistry(const fs::path& file) {
@@ -143,7 +143,7 @@ Registry loadRegistry(const fs::path& file) {
         }
     }
     for (ToolEntry& entry : read.tools) {
-        const auto [place, isNew] = registry.tools.try_emplace(CiString(entry.name));
+        const auto [place, isNew] = registry.tools.try_emplace(entry.name);
         if (isNew) {
             place->second = std::move(entry);
         } else {

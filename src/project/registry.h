@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "base/ci_string.h"
 #include "grammar/model.h"
 #include "types/context.h"
 
@@ -19,7 +18,7 @@ inline constexpr const char* kRegistryFileName = ".vesk_registry.txt";
 class Registry {
   public:
     using Projects = std::map<std::string, std::filesystem::path>;
-    using Tools = std::map<CiString, ToolEntry, CiLess>;
+    using Tools = std::map<std::string, ToolEntry>;  ///< names that differ in case are two
 
     std::filesystem::path file;  ///< read from and written back to
     Projects projects;           ///< paths as registered: a project's directory or its file

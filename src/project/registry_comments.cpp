@@ -22,18 +22,18 @@ std::string project(std::string_view name) {
     return "project " + std::string(name);
 }
 std::string toolStart(std::string_view tool) {
-    return "tool " + lowerCased(tool) + " {";
+    return "tool " + std::string(tool) + " {";
 }
 std::string toolEnd(std::string_view tool) {
-    return "tool " + lowerCased(tool) + " }";
+    return "tool " + std::string(tool) + " }";
 }
 
 std::string variable(std::string_view tool, std::string_view name) {
-    return "tool " + lowerCased(tool) + " . " + lowerCased(name);
+    return "tool " + std::string(tool) + " . " + lowerCased(name);
 }
 
 std::string condition(std::string_view tool, std::size_t index) {
-    return "tool " + lowerCased(tool) + " if " + std::to_string(index);
+    return "tool " + std::string(tool) + " if " + std::to_string(index);
 }
 
 }  // namespace anchor

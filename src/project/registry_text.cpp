@@ -1,5 +1,7 @@
 #include "project/registry_text.h"
 
+#include <map>
+
 #include "platform/files.h"
 #include "project/registry_comments.h"
 #include "types/context_template.h"
@@ -22,6 +24,48 @@ std::string_view operatorText(ConditionOperator op) {
             break;
     }
     return "";
+}
+
+/// Whether the tool is left out of every build. It stays in the file as it stands, for its author
+/// to mend.
+bool isBroken(const ToolEntry& entry) {
+    try {
+        toolTypeOf(entry);
+        return false;
+    } catch (const VeskException&) {
+        return true;
+    }
+}
+
+/// Whether the variable's merged assignment reads back as the same as all that was written of it:
+/// what follows a "=" is known, what follows a "+=" or "?=" depends on what that is merged onto.
+bool saysAll(const Context& context, const Assignment& merged,
+             const std::vector<Assignment>& written) {
+    return written.size() < 2 || (written.front().op == AssignOperator::Assign &&
+                                  !merged.exported && !context.hasHeldAppends(merged.name));
+}
+
+/// The assignments that the file is to hold, in their order.
+std::vector<Assignment> linesOf(const ToolEntry& entry) {
+    if (entry.source && isBroken(entry)) {
+        return entry.source->assignments;
+    }
+    std::map<CiString, std::vector<Assignment>, CiLess> written;
+    if (entry.source) {
+        for (const Assignment& assignment : entry.source->assignments) {
+            written[assignment.name].push_back(assignment);
+        }
+    }
+    std::vector<Assignment> lines;
+    for (const auto& [name, merged] : entry.context->assignments()) {
+        const std::vector<Assignment>& all = written[name];
+        if (saysAll(*entry.context, merged, all)) {
+            lines.push_back(merged);
+        } else {
+            lines.insert(lines.end(), all.begin(), all.end());
+        }
+    }
+    return lines;
 }
 
 class RegistryWriter {
@@ -54,24 +98,26 @@ class RegistryWriter {
         line(0, "tools {", anchor::sectionStart("tools"));
         for (const auto& [name, entry] : tools) {
             try {
-                writeTool(name.str(), *entry.context);
+                writeTool(name, entry);
             } catch (VeskException& error) {
-                error.addNote("in the tool '" + name.str() + "' of the registry");
+                error.addNote("in the tool '" + name + "' of the registry");
                 throw;
             }
         }
         line(0, "}", anchor::sectionEnd("tools"));
     }
 
-    void writeTool(const std::string& tool, const Context& context) {
+    void writeTool(const std::string& tool, const ToolEntry& entry) {
         line(2, tool + " {", anchor::toolStart(tool));
-        for (const auto& [name, assignment] : context.assignments()) {
-            line(4, assignment.toSourceString(), anchor::variable(tool, name));
+        for (const Assignment& assignment : linesOf(entry)) {
+            line(4, assignment.toSourceString(), anchor::variable(tool, assignment.name));
         }
-        for (std::size_t i = 0; i < context.conditions().size(); ++i) {
+        const std::vector<Condition>& conditions =
+            entry.context ? entry.context->conditions() : entry.source->conditions;
+        for (std::size_t i = 0; i < conditions.size(); ++i) {
             const Comments comments = comments_.take(anchor::condition(tool, i));
             commentLines(comments.before, 4);
-            writeCondition(context.conditions()[i], 4);
+            writeCondition(conditions[i], 4);
             commentLines(comments.behind, 4);
         }
         line(2, "}", anchor::toolEnd(tool));

@@ -37,6 +37,26 @@ TEST_F(RegistryFileTest, IsWrittenAsItIsRead) {
     }
 }
 
+TEST_F(RegistryFileTest, IsWrittenWithAllThatWasRead) {
+    const std::string type = "    tool_type = \"command\"\n";
+    const std::string append = "    F = \"-O2\"\n    F += extra\n    F += \"-g\"\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {append + type, append + type},
+        {"    F = \"a\"\n    f += \"b\"\n" + type, "    F = \"a b\"\n" + type},
+        {"    F ?= \"a\"\n    F += \"b\"\n" + type, "    F ?= \"a\"\n    F += \"b\"\n" + type},
+        {"    F = \"a\"\n    ^F += \"b\"\n" + type, "    F = \"a\"\n    ^F += \"b\"\n" + type},
+        {type + "    F = 1\n    Tool_Type = \"pwsh\"\n    F += \"x\"\n",
+         type + "    F = 1\n    Tool_Type = \"pwsh\"\n    F += \"x\"\n"},
+    };
+    for (const auto& [body, expected] : cases) {
+        const auto tools = [](const std::string& inner) {
+            return "tools {\n  Zed {\n" + inner + "  }\n  zed {\n    x = 1\n  }\n}\n";
+        };
+        write(kRegistryFileName, tools(body));
+        EXPECT_EQ(registryText(reloaded()), tools(expected));
+    }
+}
+
 TEST_F(RegistryFileTest, HasAnotherFormForWhatALiteralCannotHold) {
     auto context = std::make_shared<Context>();
     context->mergeAssignment(textAssignment("FLAGS", "-DX=\"(a)\""));
@@ -107,14 +127,15 @@ TEST_F(RegistryFileTest, KeepsCommentsOfLinesThatAreGone) {
 }
 
 TEST_F(RegistryFileTest, WarnsOfSecondEntries) {
-    write(kRegistryFileName, "projects { a \"1\" a \"2\" } tools { t { x = 1 } T { x = 2 } }");
+    write(kRegistryFileName,
+          "projects { a \"1\" a \"2\" } tools { t { x = 1 } T { x = 2 } t { x = 3 } }");
     EXPECT_EQ(outputOf([&] {
                   const Registry read = reloaded();
                   EXPECT_EQ(read.projects.at("a"), "1");
                   EXPECT_EQ(read.tools.at("t").context->textOf("x"), "1");
               }),
               "Duplicate project 'a' in registry '<ws>/.vesk_registry.txt'. The first counts.\n"
-              "Duplicate tool 'T' in registry '<ws>/.vesk_registry.txt'. The first counts.\n");
+              "Duplicate tool 't' in registry '<ws>/.vesk_registry.txt'. The first counts.\n");
 }
 
 TEST_F(RegistryFileTest, FindsProjects) {
@@ -123,7 +144,7 @@ TEST_F(RegistryFileTest, FindsProjects) {
     EXPECT_EQ(read.findRegisteredProject("near"), path("lib dir/"));
     EXPECT_EQ(platform::pathToUtf8(read.findRegisteredProject("far")), "C:\\far");
     EXPECT_EQ(failureOf([&] { read.findRegisteredProject("fat"); }),
-              "Registered project 'fat' not found. (did you mean 'far'?)");
+              "Registered project 'fat' not found.\n  did you mean 'far'?");
 }
 
 TEST_F(RegistryFileTest, RefusesWhatItsFileCannotHold) {
@@ -163,7 +184,7 @@ TEST(ToolEntries, TellTypeAndToolchain) {
             call();
             return "";
         } catch (const VeskException& error) {
-            return error.message();
+            return error.text();
         }
     };
     EXPECT_EQ(failureOf([&] { toolTypeOf(tool); }), "Build tool 't' has no context.");
