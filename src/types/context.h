@@ -15,6 +15,7 @@
 #include "types/context_template.h"
 #include "types/identifier_path.h"
 #include "types/value.h"
+#include "types/value_size.h"
 
 namespace Vesk {
 
@@ -160,6 +161,7 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     std::map<CiString, ValuePtr, CiLess> lookedUp_;  ///< results before resolving, until a change
     std::vector<std::string> inProgress_;            ///< names being resolved, outermost first
     std::map<std::string, Missing> missing_;         ///< by variable and reference, "x.lib.FLAGS"
+    ValueSize resolvedSize_;
     Context* enclosing_ = nullptr;
     bool resolving_ = false;  ///< resolving has begun: results are stored
     bool silent_ = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <vector>
 
 #include "types/context.h"
 #include "types/errors.h"
@@ -32,6 +33,27 @@ class ContextIterator : public IVeskValueIterator {
     std::shared_ptr<const Context> context_;
     Context::Map::const_iterator position_;
 };
+
+/// The contexts that this thread is writing out as text, outermost first. One that holds a
+/// reference to itself, say by an output that is the dependant's own context, is written once.
+class Writing {
+  public:
+    explicit Writing(const Context& context)
+        : isFirst_(std::find(contexts_.begin(), contexts_.end(), &context) == contexts_.end()) {
+        contexts_.push_back(&context);
+    }
+    ~Writing() { contexts_.pop_back(); }
+    Writing(const Writing&) = delete;
+    Writing& operator=(const Writing&) = delete;
+
+    bool isFirst() const noexcept { return isFirst_; }
+
+  private:
+    static thread_local std::vector<const Context*> contexts_;
+    bool isFirst_;
+};
+
+thread_local std::vector<const Context*> Writing::contexts_;
 
 bool sameAssignment(const Context::Map::value_type& a, const Context::Map::value_type& b) {
     if (a.first != b.first) {
@@ -106,9 +128,14 @@ ValuePtr VeskContext::at(const Key& key) const {
 }
 
 std::string VeskContext::toString() const {
+    const auto inner = context();
+    const Writing writing(*inner);
+    if (!writing.isFirst()) {
+        return {};
+    }
     std::string text;
     bool first = true;
-    for (const auto& [name, assignment] : context()->assignments()) {
+    for (const auto& [name, assignment] : inner->assignments()) {
         text += first ? "" : " ";
         text += assignment.value ? assignment.value->toString() : std::string{};
         first = false;
@@ -118,6 +145,10 @@ std::string VeskContext::toString() const {
 
 std::string VeskContext::toDisplayString() const {
     const auto inner = context();
+    const Writing writing(*inner);
+    if (!writing.isFirst()) {
+        return "{...}";
+    }
     return inner->assignments().empty() ? "{}" : inner->dump();
 }
 

@@ -5,26 +5,19 @@
 #include <fmt/format.h>
 
 #include "base/ci_string.h"
+#include "base/interruption.h"
 #include "base/text.h"
 #include "platform/files.h"
 #include "types/errors.h"
 #include "types/identifier_path.h"
 #include "types/list_value.h"
 #include "types/string_values.h"
+#include "types/value_size.h"
 
 namespace Vesk {
 namespace {
 
 using Names = std::unordered_set<std::string>;
-
-void checkSize(std::size_t bytes) {
-    if (bytes > kMaxExpansionBytes) {
-        throw VeskException(
-            fmt::format("Expanding a string gives more than {} bytes; does it "
-                        "refer to itself through other variables?",
-                        kMaxExpansionBytes));
-    }
-}
 
 /// A "#" and digits where a cross reference was meant.
 void checkPlaceholders(const std::string& text) {
@@ -91,10 +84,12 @@ class Expander {
 
     Resolver& resolver_;
     std::size_t references_ = 0;
-    std::size_t resultBytes_ = 0;
+    ValueSize combined_;  ///< of all texts that cross references have made on the way
+    ValueSize results_;
 };
 
 std::string Expander::reference(const std::string& name, Names& inProgress) {
+    stopIfInterrupted();
     if (++references_ > kMaxExpansionReferences || inProgress.size() > kMaxReferenceDepth) {
         throw VeskException(fmt::format("Expanding '${{{}}}' follows too many references.", name));
     }
@@ -130,7 +125,7 @@ std::string Expander::variables(const std::string& text, Names& inProgress) {
         }
         result.append(text, from, at - from);
         result += reference(text.substr(at + 2, end - at - 2), inProgress);
-        checkSize(result.size());
+        checkTextSize(result.size());
         from = end + 1;
     }
     result.append(text, from);
@@ -159,15 +154,17 @@ std::vector<std::string> Expander::product(const CrossParts& parts) {
     const std::vector<CrossTerm> terms = termsOf(parts);
     std::vector<std::string> texts;
     std::vector<std::string> filling(parts.references.size());
-    std::size_t bytes = 0;
+    if (std::ranges::any_of(terms, [](const CrossTerm& term) { return term.elements.empty(); })) {
+        return texts;  // nothing is combined with nothing: no need to walk over the rest
+    }
     const auto combine = [&](const auto& self, std::size_t term) -> void {
         if (term == terms.size()) {
             std::string text = parts.pieces.front();
             for (std::size_t i = 0; i < filling.size(); ++i) {
                 text += filling[i] + parts.pieces[i + 1];
             }
-            bytes += text.size() + sizeof(std::string);
-            checkSize(bytes);
+            stopIfInterrupted();
+            combined_.addBytes(text.size() + kElementBytes);
             texts.push_back(std::move(text));
             return;
         }
@@ -190,8 +187,7 @@ void Expander::cross(const std::string& text, std::vector<std::string>& results,
     const CrossParts parts = cutAtCrossReferences(text);
     if (parts.references.empty()) {
         checkPlaceholders(text);
-        resultBytes_ += text.size() + sizeof(std::string);
-        checkSize(resultBytes_);
+        results_.addBytes(text.size() + kElementBytes);
         results.push_back(text);
         return;
     }
@@ -241,19 +237,6 @@ ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver) {
     } catch (const IdentifierError&) {}
     resolver.reportMissing(path);
     return nullptr;
-}
-
-void checkLimits(const VeskValue& value) {
-    if (const auto* string = valueAs<VeskBaseString>(&value)) {
-        checkSize(string->text.size());
-    } else if (const auto* list = valueAs<VeskList>(&value)) {
-        if (list->items.size() > kMaxListElements) {
-            throw VeskException(
-                fmt::format("A list gets more than {} elements; does it refer to itself through "
-                            "other variables?",
-                            kMaxListElements));
-        }
-    }
 }
 
 bool isSettled(const VeskValue& value) {

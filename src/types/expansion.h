@@ -15,12 +15,6 @@
 
 namespace Vesk {
 
-/// No expanded text, and no set of texts of one cross expansion, may be larger than this.
-inline constexpr std::size_t kMaxExpansionBytes = std::size_t{16} * 1024 * 1024;
-
-/// No list may get more elements than this when its references are resolved.
-inline constexpr std::size_t kMaxListElements = 1'000'000;
-
 /// One expansion may follow this many references.
 inline constexpr std::size_t kMaxExpansionReferences = 100'000;
 
@@ -29,8 +23,9 @@ inline constexpr std::size_t kMaxReferenceDepth = 500;
 
 /// The text with every ${} reference replaced. `inProgress` holds the names that are being
 /// expanded. A reference to an unknown variable becomes empty and is reported to the resolver.
-/// Throws VeskException for braces that do not match and for texts beyond the limits, ParseError
-/// for a malformed path, CircularReference for a name that leads back to itself.
+/// Throws VeskException for braces that do not match and for texts beyond the limits (see
+/// value_size.h), ParseError for a malformed path, CircularReference for a name that leads back to
+/// itself.
 std::string expandVariables(const std::string& text, Resolver& resolver,
                             std::unordered_set<std::string>& inProgress);
 
@@ -44,9 +39,6 @@ ValuePtr expandText(const std::string& text, Resolver& resolver);
 /// The value that a path names, or an empty pointer for a variable that does not exist, after the
 /// resolver has been told. Throws CircularReference.
 ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver);
-
-/// Throws VeskException for a string or a list beyond the limits.
-void checkLimits(const VeskValue& value);
 
 /// Whether resolving leaves the value as it is, so that lists may share it instead of copying it.
 bool isSettled(const VeskValue& value);

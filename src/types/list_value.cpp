@@ -5,6 +5,7 @@
 
 #include "types/errors.h"
 #include "types/expansion.h"
+#include "types/value_size.h"
 
 namespace Vesk {
 namespace {
@@ -60,7 +61,9 @@ ValuePtr VeskList::add(const VeskValue& other) const {
 }
 
 void VeskList::append(const VeskValue& other) {
-    if (const auto* list = valueAs<VeskList>(&other)) {
+    const auto* list = valueAs<VeskList>(&other);
+    checkTextSize((items.size() + (list != nullptr ? list->items.size() : 1)) * kElementBytes);
+    if (list != nullptr) {
         const std::vector<ValuePtr> added = list->items;  // `other` may be this list
         items.insert(items.end(), added.begin(), added.end());
     } else {
@@ -129,28 +132,27 @@ bool VeskList::lessThan(const VeskValue& other) const {
     return orderedByIdentity(items, listOperand(other).items);
 }
 
-void VeskList::setResolver(Resolver* resolver) {
-    for (const ValuePtr& item : items) {
-        if (Resolvable* resolvable = resolvableOf(item)) {
-            resolvable->setResolver(resolver);
-        }
+ValuePtr VeskList::resolvedItem(const ValuePtr& item) const {
+    Resolvable* resolvable = resolvableOf(item);
+    if (resolvable == nullptr || isSettled(*item)) {
+        return item;
     }
+    resolvable->setResolver(resolver_);
+    return resolvable->resolve();
 }
 
 ValuePtr VeskList::resolve() {
     auto resolved = std::make_shared<VeskList>();
     resolved->items.reserve(items.size());
+    ValueSize size;
     for (const ValuePtr& item : items) {
-        if (item && isSettled(*item)) {
-            resolved->items.push_back(item);
-            continue;
-        }
-        Resolvable* resolvable = resolvableOf(item);
         const bool isList = valueAs<VeskList>(item.get()) != nullptr;
-        ValuePtr value = resolvable != nullptr ? resolvable->resolve() : item;
+        ValuePtr value = resolvedItem(item);
+        if (value) {
+            size.add(*value);
+        }
         if (const auto* list = valueAs<VeskList>(value.get()); list && !isList) {
             resolved->append(*list);
-            checkLimits(*resolved);
         } else {
             resolved->items.push_back(std::move(value));
         }

@@ -14,7 +14,6 @@ class VeskList : public VeskValue, public Resolvable {
         : VeskValue(ValueKind::List), items(std::move(elements)) {}
 
     static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::List; }
-    Resolvable* resolvable() noexcept override { return this; }
     ValuePtr clone() const override;  ///< the elements are shared
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;
@@ -28,7 +27,8 @@ class VeskList : public VeskValue, public Resolvable {
     bool lessThan(const VeskValue& other) const override;     ///< by the elements' identities
     std::string typeName() const override { return "VeskList"; }
 
-    void setResolver(Resolver* resolver) override;
+    /// The elements get it when they are resolved.
+    void setResolver(Resolver* resolver) override { resolver_ = resolver; }
 
     /// A new list of the resolved elements. An element that resolves to a list (a reference to one,
     /// or a string with cross references) contributes its elements.
@@ -37,7 +37,10 @@ class VeskList : public VeskValue, public Resolvable {
     std::vector<ValuePtr> items;
 
   private:
+    ValuePtr resolvedItem(const ValuePtr& item) const;
     const VeskList& listOperand(const VeskValue& other) const;
+
+    Resolver* resolver_ = nullptr;
 };
 
 }  // namespace Vesk

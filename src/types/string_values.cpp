@@ -8,6 +8,7 @@
 #include "types/identifier_path.h"
 #include "types/list_value.h"
 #include "types/simple_values.h"
+#include "types/value_size.h"
 
 namespace Vesk {
 namespace {
@@ -74,11 +75,13 @@ Operand operandOf(const VeskValue& other, const VeskBaseString& self) {
 
 ValuePtr VeskBaseString::add(const VeskValue& other) const {
     const Operand operand = operandOf(other, *this);
+    checkTextSize(text.size() + 1 + operand.text.size());
     return makeString(text + (operand.isList ? " " : "") + operand.text);
 }
 
 void VeskBaseString::append(const VeskValue& other) {
     const Operand operand = operandOf(other, *this);
+    checkTextSize(text.size() + 1 + operand.text.size());
     text += (operand.isString || operand.isList ? " " : "") + operand.text;
 }
 

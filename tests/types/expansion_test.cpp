@@ -43,7 +43,7 @@ TEST(Expansion, Texts) {
         {"${a", "VeskException: missing '}'"},
         {"#{#{l}", "VeskException: missing '}'"},
         {"${a${b}}", "VeskException: nested ${} is not allowed"},
-        {"#{1}", "ParseError: Invalid identifier start: '1' at byte 1"},
+        {"#{1}", "ParseError: Invalid identifier start\n  in '1' at byte 1"},
         {"#{none}", "NotFoundException: Assignment 'none' not found."},
         {"${ping}",
          "CircularReference: Circular reference to variable 'ping': ping <- pong <- ping"},
@@ -90,18 +90,33 @@ TEST(Expansion, GrowthWithoutEndIsAnErrorAtALimit) {
     const auto copied = [](const std::string& name, const std::string& before) {
         return Assignments{set(name.c_str(), id(before))};
     };
+    const auto nestedLists = [](const std::string& name, const std::string& before) {
+        return Assignments{set(name.c_str(), list({list({id(before)}), list({id(before)})}))};
+    };
+    const auto contexts = [](const std::string& name, const std::string& before) {
+        return Assignments{set(name.c_str(), block({set("x", id(before)), set("y", id(before))}))};
+    };
     const std::string tooLarge =
-        "VeskException: Expanding a string gives more than 16777216 bytes; does it refer to "
-        "itself through other variables?";
+        "VeskException: A value grows beyond 64 MiB.\n"
+        "  does it refer to itself through other variables?";
     EXPECT_EQ(lastOf(chain(40, str("x"), doubledText), 40), tooLarge);
     EXPECT_EQ(lastOf(chain(40, list({str("x"), str("y")}), crossed), 40), tooLarge);
-    EXPECT_EQ(lastOf(chain(40, str("x"), doubledList), 40).find("VeskException: "), 0U);
+    EXPECT_EQ(lastOf(chain(40, str("x"), doubledList), 40), tooLarge);
+    EXPECT_EQ(lastOf(chain(40, str("x"), nestedLists), 40), tooLarge);
+    EXPECT_EQ(lastOf(chain(40, str("x"), contexts), 40).find(tooLarge), 0U);
     const auto appended = chain(40, str("x"), copied);
     for (int level = 1; level <= 40; ++level) {
         appended->mergeAssignment(
             plus(("v" + std::to_string(level)).c_str(), id("v" + std::to_string(level - 1))));
     }
     EXPECT_EQ(outcomeOf([&] { appended->resolveVariables(); }).find(tooLarge), 0U);
+}
+
+TEST(Expansion, ProductsWithNothingAreNothingHoweverLargeTheRest) {
+    const auto large = list(std::vector<ValuePtr>(10000, str("x")));
+    const auto context = contextOf({set("large", large), set("none", list({})),
+                                    set("all", str("#{large}#{large[0]}#{LARGE}#{none}"))});
+    EXPECT_EQ(valueAt(*context, "all"), "VeskList []");
 }
 
 TEST(Expansion, LongChainsEndAtALimitNotInACrash) {
