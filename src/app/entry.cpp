@@ -6,7 +6,8 @@
 #include "app/vesk_application.h"
 #include "base/console.h"
 #include "base/exception.h"
-#include "driver/build_errors.h"
+#include "base/interruption.h"
+#include "base/report.h"
 #include "platform/console.h"
 #include "platform/crash.h"
 #include "platform/interrupt.h"
@@ -25,7 +26,7 @@ std::string textOfCurrentException() {
     } catch (const VeskException& error) {
         return error.report();
     } catch (const std::exception& error) {
-        return error.what();
+        return reportOf(error);
     } catch (...) {
         // Of no kind that has a text.
     }
@@ -61,13 +62,13 @@ int runReporting(VeskApplication& application, const std::vector<std::string>& a
     } catch (const Interrupted& interruption) {
         return reportInterruption(interruption.signal());
     } catch (const VeskException& error) {
-        console::error("Error: {}", error.report());
+        reportError(error);
     } catch (const std::exception& error) {
         // Waiting for a lock ends with an error of the system when the user asks to stop.
         if (const int signal = platform::interruptSignal(); signal != 0) {
             return reportInterruption(signal);
         }
-        console::error("{}", error.what());
+        reportError(error);
     }
     return kFailed;
 }

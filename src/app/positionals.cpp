@@ -7,6 +7,7 @@
 
 #include "base/console.h"
 #include "base/exception.h"
+#include "base/report.h"
 #include "base/text.h"
 #include "grammar/loaders.h"
 #include "types/identifier_value.h"
@@ -72,8 +73,8 @@ constexpr const char* kQuotesNeeded =
 
 void addHelp(VeskException& error, const std::string& word, const Project& project) {
     error.addNote("'" + word + "' names no target of unit '" + project.mainUnit()->name +
-                  "' and no profile, so it was read as an assignment" +
-                  suggestionFor(word, project));
+                  "' and no profile, so it was read as an assignment");
+    error.addNote(suggestionFor(word, project));
     if (contains(word, "=")) {
         error.addNote(kQuotesNeeded);
     }
@@ -104,10 +105,11 @@ bool isWholeValue(const VeskValue& value, std::string_view word) {
 void warnOfMisreading(const Assignment& assignment, const std::string& word,
                       const Project& project) {
     if (assignment.op == AssignOperator::None) {
-        console::warning(
-            "'{}' is neither a target nor a profile; as an assignment it clears the variable "
-            "'{}'.{}",
-            word, assignment.name, suggestionFor(word, project));
+        reportWarning("'" + word +
+                          "' is neither a target nor a profile; as an assignment it clears the "
+                          "variable '" +
+                          assignment.name.str() + "'.",
+                      {suggestionFor(word, project)});
     } else if (assignment.value && !isWholeValue(*assignment.value, word)) {
         console::warning("'{}' was read as '{}': {}", word, assignment.toDisplayString(),
                          kQuotesNeeded);

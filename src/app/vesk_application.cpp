@@ -161,8 +161,8 @@ int VeskApplication::registerProject() {
     loadProject();
     if (project_ == nullptr) {
         throw NotFoundException("project", kProjectFileName,
-                                " It was looked for in " + platform::pathToUtf8(root_.directory) +
-                                    " and above; vesk --create-project makes one.");
+                                "it was looked for in " + platform::pathToUtf8(root_.directory) +
+                                    " and above; vesk --create-project makes one");
     }
     loadUnits();
     classifyWords();

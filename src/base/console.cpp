@@ -85,6 +85,19 @@ void appendLine(std::string& out, int colour, std::string_view prefix, std::stri
     out += escapes ? "\x1b[0m\n" : "\n";
 }
 
+void appendMessage(std::string& out, int colour, std::string_view prefix, std::string_view text,
+                   const std::vector<std::string>& notes) {
+    if (text.ends_with('\n')) {
+        text.remove_suffix(1);
+    }
+    appendLine(out, colour, prefix, text);
+    for (const std::string& note : notes) {
+        if (!note.empty()) {
+            appendLine(out, colour, "  ", note);
+        }
+    }
+}
+
 }  // namespace
 
 int threshold() noexcept {
@@ -100,17 +113,18 @@ bool enabled(int level) noexcept {
 }
 
 void write(int level, int colour, std::string_view text) {
+    write(level, colour, text, {});
+}
+
+void write(int level, int colour, std::string_view text, const std::vector<std::string>& notes) {
     if (!enabled(level)) {
         return;
-    }
-    if (text.ends_with('\n')) {
-        text.remove_suffix(1);
     }
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
     if (level < level::kWarning) {
         const std::size_t start = state.buffered.size();
-        appendLine(state.buffered, colour, state.prefix, text);
+        appendMessage(state.buffered, colour, state.prefix, text, notes);
         state.keepLocked(kOutput, std::string_view(state.buffered).substr(start));
         if (state.buffered.size() >= kFlushAt) {
             state.flushLocked();
@@ -118,10 +132,10 @@ void write(int level, int colour, std::string_view text) {
         return;
     }
     state.flushLocked();
-    std::string line;
-    appendLine(line, colour, state.prefix, text);
-    state.keepLocked(kError, line);
-    platform::writeBytes(platform::Stream::Error, line);
+    std::string lines;
+    appendMessage(lines, colour, state.prefix, text, notes);
+    state.keepLocked(kError, lines);
+    platform::writeBytes(platform::Stream::Error, lines);
 }
 
 std::string coloured(int colour, std::string_view text) {

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace Vesk::console {
 
@@ -48,6 +49,10 @@ bool enabled(int level) noexcept;
 /// Writes one message line: prefix and text in the colour, the colour's end, a line end. One line
 /// end at the end of the text is dropped first.
 void write(int level, int colour, std::string_view text);
+
+/// The same, and below it each note that is not empty on a line of its own, indented by two blanks.
+/// No other message comes between.
+void write(int level, int colour, std::string_view text, const std::vector<std::string>& notes);
 
 template <class... Args>
 void message(int level, int colour, fmt::format_string<Args...> format, Args&&... args) {

@@ -1,26 +1,56 @@
 #include "base/exception.h"
 
 #include <exception>
-#include <stdexcept>
 
 namespace Vesk {
+namespace {
 
-std::string VeskException::report() const {
-    std::string text = message();
-    for (const std::string& note : notes_) {
+std::string withNotes(std::string text, const Noted& noted) {
+    for (const std::string& note : noted.notes()) {
         text += "\n  " + note;
     }
     return text;
 }
 
+}  // namespace
+
+void Noted::addNote(std::string note) {
+    notes_.emplace_back([note = std::move(note)] { return note; });
+}
+
+void Noted::addNote(std::function<std::string()> makeNote) {
+    notes_.push_back(std::move(makeNote));
+}
+
+std::vector<std::string> Noted::notes() const {
+    std::vector<std::string> lines;
+    for (const auto& makeNote : notes_) {
+        if (std::string line = makeNote(); !line.empty()) {
+            lines.push_back(std::move(line));
+        }
+    }
+    return lines;
+}
+
+std::string VeskException::report() const {
+    return withNotes(text(), *this);
+}
+
+std::string reportOf(const std::exception& error) {
+    const auto* noted = dynamic_cast<const Noted*>(&error);
+    return noted != nullptr ? withNotes(error.what(), *noted) : error.what();
+}
+
 void rethrowWithNote(const std::string& note) {
     try {
         throw;
-    } catch (VeskException& exception) {
-        exception.addNote(note);
+    } catch (Noted& error) {
+        error.addNote(note);
         throw;
     } catch (const std::exception& exception) {
-        throw std::runtime_error(std::string(exception.what()) + "\n  " + note);
+        NotedError error(exception.what());
+        error.addNote(note);
+        throw error;
     }
 }
 

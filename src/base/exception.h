@@ -1,39 +1,64 @@
-// The root of vesk's own exceptions.
+// The root of vesk's own exceptions, and the notes that errors carry.
 #pragma once
 
+#include <functional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace Vesk {
 
+/// Something with notes: lines below an error's text that say where the failing thing was asked
+/// for, why it failed, or what may help. The text itself stays alone on its line.
+class Noted {
+  public:
+    virtual ~Noted() = default;
+
+    /// Adds a line such as "in variable 'x' of main::app"; the innermost is added first. An empty
+    /// note adds no line.
+    void addNote(std::string note);
+
+    /// The same with a line that is worked out only when the error is printed: many errors are
+    /// caught by whoever asked and never seen.
+    void addNote(std::function<std::string()> makeNote);
+
+    /// The lines, without indentation.
+    std::vector<std::string> notes() const;
+
+  private:
+    std::vector<std::function<std::string()>> notes_;
+};
+
 /// An error that ends the current run: bad input, a failed build, a broken invariant. Deliberately
 /// not a std::exception: whoever must catch everything catches both.
 ///
 /// Only the application's entry catches it for good and prints `report()`. Code on the way up may
-/// add notes that say where the failing thing was asked for.
-class VeskException {
+/// add notes.
+class VeskException : public Noted {
   public:
     explicit VeskException(std::string message = {}) : message_(std::move(message)) {}
-    virtual ~VeskException() = default;
 
     /// The error's own text.
-    virtual std::string message() const { return message_; }
-
-    /// Adds a line such as "in variable 'x' of main::app"; the innermost is added first.
-    void addNote(std::string note) { notes_.push_back(std::move(note)); }
+    virtual std::string text() const { return message_; }
 
     /// The text, then each note on an indented line of its own.
     std::string report() const;
 
   private:
     std::string message_;
-    std::vector<std::string> notes_;
 };
 
-/// Rethrows the exception being handled with `note` added: to a VeskException as a note, to a
-/// standard exception's text as a further line (it then continues as a std::runtime_error). Call
-/// inside a catch block only.
+/// A standard exception to which notes were added.
+class NotedError : public std::runtime_error, public Noted {
+    using std::runtime_error::runtime_error;
+};
+
+/// The text of a standard exception, then its notes, if it has any, as in `VeskException::report`.
+std::string reportOf(const std::exception& error);
+
+/// Rethrows the exception being handled with `note` added. A standard exception that cannot carry
+/// notes continues as a NotedError. Call inside a catch block only.
 [[noreturn]] void rethrowWithNote(const std::string& note);
 
 }  // namespace Vesk

@@ -99,7 +99,7 @@ std::string closestName(std::string_view name, const std::vector<std::string>& c
 
 std::string didYouMean(std::string_view name, const std::vector<std::string>& candidates) {
     const std::string closest = closestName(name, candidates);
-    return closest.empty() ? std::string{} : " (did you mean '" + closest + "'?)";
+    return closest.empty() ? std::string{} : "did you mean '" + closest + "'?";
 }
 
 }  // namespace Vesk

@@ -23,7 +23,7 @@ int leadingInteger(const std::string& text);
 /// edits, at most a third of the name's length (at least one) away; empty when there is none.
 std::string closestName(std::string_view name, const std::vector<std::string>& candidates);
 
-/// "" or " (did you mean 'lib'?)", ready to follow a message about an unknown name.
+/// "" or "did you mean 'lib'?", the note of a message about an unknown name.
 std::string didYouMean(std::string_view name, const std::vector<std::string>& candidates);
 
 }  // namespace Vesk

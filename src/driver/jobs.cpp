@@ -8,7 +8,6 @@
 
 #include "base/console.h"
 #include "base/exception.h"
-#include "driver/build_errors.h"
 #include "driver/cache_request.h"
 #include "platform/files.h"
 #include "platform/folders.h"
@@ -31,7 +30,7 @@ std::int32_t runAction(const Recipe& step, std::string& failure) {
     } catch (const VeskException& exception) {
         failure = exception.report();
     } catch (const std::exception& exception) {
-        failure = exception.what();
+        failure = reportOf(exception);
     }
     return 1;
 }
@@ -144,12 +143,6 @@ void reportFailure(const Job& job) {
 }
 
 }  // namespace
-
-void stopIfInterrupted() {
-    if (const int signal = platform::interruptSignal(); signal != 0) {
-        throw Interrupted(signal);
-    }
-}
 
 Stage::Stage(const Builder& builder, const std::vector<const Recipe*>& recipes,
              const BuildEnv& environment) {

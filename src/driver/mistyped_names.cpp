@@ -1,12 +1,13 @@
 #include "driver/mistyped_names.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "base/console.h"
+#include "base/report.h"
 #include "base/text.h"
 #include "platform/files.h"
 
@@ -69,9 +70,11 @@ void warnOfMistypedNames(const Target& target, const Context& context, const Too
         }
         const std::string hint = didYouMean(name, known);
         if (!hint.empty() && !isReferredTo(target, context, name)) {
-            console::warning("Variable '{}' ({}:{}) has no effect on the target{}.", name,
-                             target.file ? platform::pathToUtf8(target.file->filename()) : "",
-                             assignment.line, hint);
+            reportWarning(
+                fmt::format("Variable '{}' ({}:{}) has no effect on the target.", name,
+                            target.file ? platform::pathToUtf8(target.file->filename()) : "",
+                            assignment.line),
+                {hint});
         }
     }
 }
@@ -87,7 +90,7 @@ std::string mistypedSource(const Context& context) {
             continue;
         }
         if (const std::string hint = didYouMean(name, known); !hint.empty()) {
-            return "'" + name.str() + "'" + hint;
+            return "'" + name.str() + "' (" + hint + ")";
         }
     }
     return {};

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "base/console.h"
+#include "base/interruption.h"
 #include "base/text.h"
 #include "driver/build_errors.h"
 #include "driver/cache_request.h"

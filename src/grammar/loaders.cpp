@@ -89,9 +89,8 @@ Model parseCollecting(const std::filesystem::path& path,
                       const FileScheme<FileTree, TopTree>& scheme) {
     const SourceFile file(path);
     if (!file.failure().empty()) {
-        throw NotFoundException(
-            scheme.kind, file.name(),
-            file.missing() ? "" : fmt::format(" It cannot be read: {}.", file.failure()));
+        throw NotFoundException(scheme.kind, file.name(),
+                                file.missing() ? "" : "it cannot be read: " + file.failure());
     }
     TextStream input(file.text(), file.name());
     Recognisers recognisers(&input);

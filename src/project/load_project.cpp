@@ -19,9 +19,9 @@ namespace {
 [[noreturn]] void throwUnknownProfile(const Project& project, const std::string& profile) {
     VeskException error("Profile '" + profile + "' not found in " +
                         platform::pathToUtf8(project.file));
-    const std::string nearest = closestName(profile, project.profileNames());
-    if (!nearest.empty()) {
-        error.addNote("did you mean '" + nearest + "'?");
+    std::string suggestion = didYouMean(profile, project.profileNames());
+    if (!suggestion.empty()) {
+        error.addNote(std::move(suggestion));
     } else if (!project.profiles.empty()) {
         error.addNote("its profiles are: " + joined(project.profileNames(), ", "));
     }

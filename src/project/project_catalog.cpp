@@ -34,7 +34,7 @@ std::string hintFor(const Project& from, const std::string& name) {
         }
     }
     return needed.empty() ? didYouMean(name, from.importNames())
-                          : " (it is imported with profile " + joined(needed, " or ") + " only)";
+                          : "it is imported with profile " + joined(needed, " or ") + " only";
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "base/console.h"
 #include "base/exception.h"
+#include "base/report.h"
 #include "base/text.h"
 #include "tools/tool_registry.h"
 
@@ -51,8 +52,10 @@ Declared splitDeclaration(const Context& context) {
 std::unique_ptr<Matcher> makeMatcher(const ToolDeclaration& tool, const std::string& word) {
     const MatcherFactory* factory = findToolType(word);
     if (factory == nullptr) {
-        return skip("Unable to create {} tool '{}' for '{}'.{}", tool.origin, tool.name, word,
-                    didYouMean(word, toolTypeWords()));
+        reportWarning(
+            fmt::format("Unable to create {} tool '{}' for '{}'.", tool.origin, tool.name, word),
+            {didYouMean(word, toolTypeWords())});
+        return nullptr;
     }
     const Declared declared = splitDeclaration(*tool.context);
     std::string reason;
@@ -66,7 +69,7 @@ std::unique_ptr<Matcher> makeMatcher(const ToolDeclaration& tool, const std::str
     } catch (const VeskException& exception) {
         reason = exception.report();
     } catch (const std::exception& exception) {
-        reason = exception.what();
+        reason = reportOf(exception);
     }
     return skip("Unable to create {} tool '{}' for '{}': {}", tool.origin, tool.name, word, reason);
 }

@@ -33,7 +33,7 @@ std::vector<DetectedTool> detect(const CiString& toolType, const ToolchainDetect
     } catch (const VeskException& exception) {
         reason = exception.report();
     } catch (const std::exception& exception) {
-        reason = exception.what();
+        reason = reportOf(exception);
     }
     console::warning("Unable to look for toolchains of type '{}': {}", toolType, reason);
     return {};

@@ -19,7 +19,6 @@ class VeskContext : public VeskValue, public Resolvable {
     static std::shared_ptr<VeskContext> referringTo(const std::shared_ptr<Context>& context);
 
     static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Context; }
-    Resolvable* resolvable() noexcept override { return this; }
     ValuePtr clone() const override;  ///< the context is shared
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;

@@ -87,12 +87,17 @@ void expandMacro(const DependencyRecord& macro, TargetContext& context,
                          macro.macro.toDisplayString());
         return;
     }
+    std::vector<DynamicDependency> parsed;
+    parsed.reserve(items.size());
+    for (const std::string& item : items) {
+        parsed.push_back(parseDynamicDependency(item, text));
+    }
+    for (DynamicDependency& item : parsed) {
+        list.push_back(recordFor(macro, std::move(item)));
+    }
     if (macro.aliasKind == AliasKind::Single && items.size() > 1) {
         throw VeskException(
             "single output alias cannot be used when a macro expands to multiple dependencies");
-    }
-    for (const std::string& item : items) {
-        list.push_back(recordFor(macro, parseDynamicDependency(item, text)));
     }
 }
 

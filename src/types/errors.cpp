@@ -11,35 +11,37 @@ BadConversion::BadConversion(std::string fromType, std::string valueText, std::s
       valueText_(std::move(valueText)),
       toType_(std::move(toType)) {}
 
-std::string BadConversion::message() const {
+std::string BadConversion::text() const {
     return "Cannot convert " + fromType_ + " " + valueText_ + " to " + toType_;
 }
 
 IndexException::IndexException(std::string valueText, Key key)
     : valueText_(std::move(valueText)), key_(std::move(key)) {}
 
-std::string IndexException::message() const {
+std::string IndexException::text() const {
     return "Variable " + valueText_ + " cannot be indexed with " + keyToString(key_);
 }
 
 InternalError::InternalError(std::string file, int line, std::string function)
     : file_(std::move(file)), line_(line), function_(std::move(function)) {}
 
-std::string InternalError::message() const {
+std::string InternalError::text() const {
     return "Internal: " + file_ + "(" + std::to_string(line_) + ") " + function_;
 }
 
-NotFoundException::NotFoundException(std::string kind, std::string name, std::string hint)
-    : kind_(std::move(kind)), name_(std::move(name)), hint_(std::move(hint)) {}
+NotFoundException::NotFoundException(std::string kind, std::string name, std::string note)
+    : kind_(std::move(kind)), name_(std::move(name)) {
+    addNote(std::move(note));
+}
 
-std::string NotFoundException::message() const {
-    return kind_ + " '" + name_ + "' not found." + hint_;
+std::string NotFoundException::text() const {
+    return kind_ + " '" + name_ + "' not found.";
 }
 
 LoopFoundException::LoopFoundException(std::string term, std::vector<std::string> chain)
     : term_(std::move(term)), chain_(std::move(chain)) {}
 
-std::string LoopFoundException::message() const {
+std::string LoopFoundException::text() const {
     return "Loop detected! Causing term: '" + term_ +
            "'\n  loop goes as follows: " + joined(chain_, " <- ");
 }
@@ -47,7 +49,7 @@ std::string LoopFoundException::message() const {
 IdentifierError::IdentifierError(std::vector<std::string> elements, std::size_t position)
     : elements_(std::move(elements)), position_(position) {}
 
-std::string IdentifierError::message() const {
+std::string IdentifierError::text() const {
     std::vector<std::string> marked = elements_;
     if (position_ < marked.size()) {
         marked[position_] += " <<";
@@ -58,16 +60,13 @@ std::string IdentifierError::message() const {
 AssignmentException::AssignmentException(std::string oldText, std::string newText)
     : oldText_(std::move(oldText)), newText_(std::move(newText)) {}
 
-std::string AssignmentException::message() const {
+std::string AssignmentException::text() const {
     return "Attempted to modify assignment: " + oldText_ + " with " + newText_;
 }
 
-std::string ParseError::message() const {
-    return parsed.empty() ? text
-                          : text + ": '" + parsed + "' at byte " + std::to_string(position + 1);
+MissingVariable::MissingVariable(const std::string& name)
+    : std::out_of_range("invalid map<K, T> key") {
+    addNote("there is no variable '" + name + "'");
 }
-
-MissingVariable::MissingVariable(const std::string& details)
-    : std::out_of_range("invalid map<K, T> key" + details) {}
 
 }  // namespace Vesk

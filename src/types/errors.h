@@ -16,7 +16,7 @@ namespace Vesk {
 class BadConversion : public VeskException {
   public:
     BadConversion(std::string fromType, std::string valueText, std::string toType);
-    std::string message() const override;
+    std::string text() const override;
 
   private:
     std::string fromType_;
@@ -33,7 +33,7 @@ class BadOperation : public VeskException {
 class IndexException : public VeskException {
   public:
     IndexException(std::string valueText, Key key);
-    std::string message() const override;
+    std::string text() const override;
 
   private:
     std::string valueText_;
@@ -44,7 +44,7 @@ class IndexException : public VeskException {
 class InternalError : public VeskException {
   public:
     InternalError(std::string file, int line, std::string function);
-    std::string message() const override;
+    std::string text() const override;
 
   private:
     std::string file_;
@@ -52,23 +52,22 @@ class InternalError : public VeskException {
     std::string function_;
 };
 
-/// Something that was asked for by name does not exist. `hint` follows the message word for word.
+/// Something that was asked for by name does not exist. `note`, when not empty, is what may help.
 class NotFoundException : public VeskException {
   public:
-    NotFoundException(std::string kind, std::string name, std::string hint = {});
-    std::string message() const override;
+    NotFoundException(std::string kind, std::string name, std::string note = {});
+    std::string text() const override;
 
   private:
     std::string kind_;
     std::string name_;
-    std::string hint_;
 };
 
 /// Variables or targets that need each other. The chain starts with the term that closes the loop.
 class LoopFoundException : public VeskException {
   public:
     LoopFoundException(std::string term, std::vector<std::string> chain);
-    std::string message() const override;
+    std::string text() const override;
     const std::vector<std::string>& chain() const noexcept { return chain_; }
 
   private:
@@ -80,7 +79,7 @@ class LoopFoundException : public VeskException {
 class IdentifierError : public VeskException {
   public:
     IdentifierError(std::vector<std::string> elements, std::size_t position);
-    std::string message() const override;
+    std::string text() const override;
 
   private:
     std::vector<std::string> elements_;
@@ -91,7 +90,7 @@ class IdentifierError : public VeskException {
 class AssignmentException : public VeskException {
   public:
     AssignmentException(std::string oldText, std::string newText);
-    std::string message() const override;
+    std::string text() const override;
 
   private:
     std::string oldText_;
@@ -105,23 +104,22 @@ class NotAContext : public VeskException {
 };
 
 /// Why and where an identifier path does not parse. The parser fills one; string expansion throws
-/// it, with the text in which the reference stands.
+/// it, with notes that show the text and the place.
 class ParseError : public VeskException {
   public:
     ParseError() = default;
-    ParseError(std::size_t where, std::string what) : position(where), text(std::move(what)) {}
+    ParseError(std::size_t where, std::string what) : position(where), message(std::move(what)) {}
 
-    std::string message() const override;
+    std::string text() const override { return message; }
 
     std::size_t position = 0;  ///< byte offset in the parsed text
-    std::string text;          ///< the parser's message
-    std::string parsed;        ///< the text that was parsed; set when thrown
+    std::string message;       ///< the parser's message
 };
 
 /// The first name of a dotted path is unknown: the standard library's words for a missing map key.
-class MissingVariable : public std::out_of_range {
+class MissingVariable : public std::out_of_range, public Noted {
   public:
-    explicit MissingVariable(const std::string& details);
+    explicit MissingVariable(const std::string& name);
 };
 
 /// A string refers to itself, directly or through others.

@@ -228,10 +228,10 @@ IdentifierPath identifierPathFrom(std::string_view text) {
         error = ParseError(end,
                            "Unexpected text after the variable's name (a name with other "
                            "characters than letters, digits and '_' needs an alias or a variable)");
-    } else if (error.text.empty()) {
+    } else if (error.message.empty()) {
         return path;
     }
-    error.parsed = text;
+    error.addNote("in '" + std::string(text) + "' at byte " + std::to_string(error.position + 1));
     throw error;
 }
 

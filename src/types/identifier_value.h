@@ -14,7 +14,6 @@ class VeskIdentifier : public VeskValue, public Resolvable {
         : VeskValue(ValueKind::Identifier), path(std::move(name)) {}
 
     static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Identifier; }
-    Resolvable* resolvable() noexcept override { return this; }
     ValuePtr clone() const override;
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;

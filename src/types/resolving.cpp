@@ -15,6 +15,7 @@
 #include "types/identifier_value.h"
 #include "types/simple_values.h"
 #include "types/string_values.h"
+#include "types/value_size.h"
 
 namespace Vesk {
 namespace {
@@ -87,6 +88,19 @@ std::optional<IdentifierPath> hintPath(const ValuePtr& value) {
     return std::nullopt;
 }
 
+/// What a further name of a dotted path selects. The last one names a variable of a context; one in
+/// the middle is a key like any other.
+ValuePtr memberOf(const ValuePtr& value, const std::string& name, bool isLast) {
+    if (const auto* inner = valueAs<VeskContext>(value.get())) {
+        return inner->context()->valueOfVariable(name);
+    }
+    ValuePtr member = isLast ? nullptr : value->at(NameKey{name});
+    if (!member) {
+        throw NotAContext();
+    }
+    return member;
+}
+
 }  // namespace
 
 void Context::reportMissing(const IdentifierPath& path) {
@@ -123,11 +137,18 @@ void Context::beginEvaluation(const CiString& name) {
 }
 
 void Context::throwUnknown(std::string_view name, bool dotted) const {
-    const std::string hint = silent_ ? std::string{} : didYouMean(name, names());
+    // Worked out where it is printed: most errors of this kind are caught and never seen.
+    const auto suggestion = [self = shared_from_this(), name = std::string(name)] {
+        return didYouMean(name, self->names());
+    };
     if (dotted) {
-        throw MissingVariable(": '" + std::string(name) + "'" + hint);
+        MissingVariable error{std::string(name)};
+        error.addNote(suggestion);
+        throw error;
     }
-    throw NotFoundException("Assignment", std::string(name), hint);
+    NotFoundException error("Assignment", std::string(name));
+    error.addNote(suggestion);
+    throw error;
 }
 
 ValuePtr Context::lookUp(std::string_view name, bool dotted) {
@@ -173,7 +194,9 @@ ValuePtr Context::valueOf(Assignment& assignment) {
 ValuePtr Context::resolvedCopy(const Assignment& assignment) {
     const InProgress mark(inProgress_, assignment.name);
     beginEvaluation(assignment.name);
-    return resolvedValue(Vesk::deepCopy(*assignment.value), *this);
+    ValuePtr value = resolvedValue(Vesk::deepCopy(*assignment.value), *this);
+    checkSize(*value);
+    return value;
 }
 
 void Context::resolveAssignment(Assignment& assignment) {
@@ -190,6 +213,10 @@ void Context::resolveAssignment(Assignment& assignment) {
         assignment.exported = resolvedValue(assignment.exported, *this);
     }
     assignment.state = ResolveState::Resolved;
+    resolvedSize_.addBytes(assignment.name.str().size());
+    if (assignment.value) {
+        resolvedSize_.add(*assignment.value);
+    }
 }
 
 ValuePtr Context::applyIndex(const ValuePtr& value, const PathIndex& index,
@@ -221,11 +248,7 @@ ValuePtr Context::resolveIdentifier(const IdentifierPath& path) {
     for (std::size_t i = 0; i < path.segments.size(); ++i) {
         const IdentifierSegment& segment = path.segments[i];
         if (i > 0) {
-            const auto* inner = valueAs<VeskContext>(value.get());
-            if (inner == nullptr) {
-                throw NotAContext();
-            }
-            value = inner->context()->valueOfVariable(segment.name);
+            value = memberOf(value, segment.name, i + 1 == path.segments.size());
         }
         for (const PathIndex& index : segment.keys) {
             value = applyIndex(value, index, path, i);
@@ -249,7 +272,7 @@ void Context::placeHeldAppend(const HeldAppend& held) {
         resolveForAppend(stored->exported, addition.name);
     }
     merge(addition, held.mode, false);
-    checkLimits(*find(addition.name)->value);
+    checkSize(*find(addition.name)->value);
 }
 
 void Context::placeHeldAppends() {

@@ -133,9 +133,6 @@ ValueIteratorPtr VeskCharSet::end() const {
 bool VeskCharSet::equals(const VeskValue&) const {
     throw BadOperation("Character sets cannot be compared.");
 }
-bool VeskCharSet::notEquals(const VeskValue& other) const {
-    return equals(other);
-}
 bool VeskCharSet::greaterThan(const VeskValue& other) const {
     return equals(other);
 }

@@ -46,7 +46,6 @@ class VeskCharSet : public VeskValue {
     ValueIteratorPtr begin() const override;
     ValueIteratorPtr end() const override;
     bool equals(const VeskValue& other) const override;
-    bool notEquals(const VeskValue& other) const override;
     bool greaterThan(const VeskValue& other) const override;
     bool lessThan(const VeskValue& other) const override;
     std::string typeName() const override { return "VeskCharSet"; }

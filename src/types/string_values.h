@@ -52,7 +52,6 @@ class VeskString : public VeskBaseString, public Resolvable {
     static constexpr bool isOf(ValueKind kind) noexcept {
         return kind == ValueKind::String || kind == ValueKind::Path;
     }
-    Resolvable* resolvable() noexcept override { return this; }
     std::string typeName() const override { return "VeskString"; }
     std::string unquoted() const override;
     std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;

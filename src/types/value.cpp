@@ -4,8 +4,10 @@
 #include "types/context.h"
 #include "types/context_value.h"
 #include "types/expansion.h"
-#include "types/identifier_path.h"
+#include "types/identifier_value.h"
 #include "types/list_value.h"
+#include "types/string_values.h"
+#include "types/value_size.h"
 
 namespace Vesk {
 
@@ -19,6 +21,28 @@ ValuePtr VeskValue::at(const Key&) const {
 
 bool VeskValue::notEquals(const VeskValue& other) const {
     return !equals(other);
+}
+
+Resolvable* resolvableOf(const ValuePtr& value) noexcept {
+    if (!value) {
+        return nullptr;
+    }
+    switch (value->kind()) {
+        case ValueKind::Context:
+            return static_cast<VeskContext*>(value.get());
+        case ValueKind::Identifier:
+            return static_cast<VeskIdentifier*>(value.get());
+        case ValueKind::List:
+            return static_cast<VeskList*>(value.get());
+        case ValueKind::Path:
+        case ValueKind::String:
+            return static_cast<VeskString*>(value.get());
+        case ValueKind::CharSet:
+        case ValueKind::Int:
+        case ValueKind::RawString:
+            break;
+    }
+    return nullptr;
 }
 
 ValuePtr deepCopy(const VeskValue& value) {
@@ -41,8 +65,12 @@ ValuePtr deepCopy(const VeskValue& value) {
 std::vector<ValuePtr> elementsOf(const VeskValue& value) {
     std::vector<ValuePtr> elements;
     const ValueIteratorPtr end = value.end();
+    ValueSize size;
     for (const ValueIteratorPtr it = value.begin(); it && !it->equals(*end); it->next()) {
         elements.push_back(it->get());
+        if (elements.back()) {
+            size.add(*elements.back());
+        }
     }
     return elements;
 }

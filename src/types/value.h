@@ -76,9 +76,6 @@ class VeskValue {
     /// Its class. `valueAs` is the way to get at it.
     ValueKind kind() const noexcept { return kind_; }
 
-    /// Itself, if it is of a kind that is resolved; otherwise null. See `resolvableOf`.
-    virtual Resolvable* resolvable() noexcept { return nullptr; }
-
     /// A new value of the same class with the same content.
     virtual ValuePtr clone() const = 0;
 
@@ -102,7 +99,7 @@ class VeskValue {
     virtual ValueIteratorPtr end() const = 0;
 
     virtual bool equals(const VeskValue& other) const = 0;
-    virtual bool notEquals(const VeskValue& other) const;
+    virtual bool notEquals(const VeskValue& other) const;  ///< the opposite; nobody overrides it
     virtual bool greaterThan(const VeskValue& other) const = 0;
     virtual bool lessThan(const VeskValue& other) const = 0;
 
@@ -131,9 +128,7 @@ Class* valueAs(VeskValue* value) noexcept {
 }
 
 /// The value as one that is resolved, or null when it is none or null itself.
-inline Resolvable* resolvableOf(const ValuePtr& value) noexcept {
-    return value ? value->resolvable() : nullptr;
-}
+Resolvable* resolvableOf(const ValuePtr& value) noexcept;
 
 /// A copy that shares nothing that can change: lists and contexts are copied all the way down, but
 /// for items that resolving leaves as they are.

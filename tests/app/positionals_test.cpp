@@ -93,7 +93,7 @@ TEST_F(PositionalWords, ThatAreMisreadAreWarnedAbout) {
     EXPECT_EQ(assignment("releese"),
               "releese\n'releese' is neither a target nor a profile; as an "
               "assignment it clears "
-              "the variable 'releese'. (did you mean 'Release'?)\n");
+              "the variable 'releese'.\n  did you mean 'Release'?\n");
     for (const char* word : {"TEXT=two words", "LEVEL=3 4", "FLAGS=-O2"}) {
         EXPECT_NE(assignment(word).find(std::string("'") + word + "' was read as '"),
                   std::string::npos)
@@ -111,7 +111,7 @@ TEST_F(PositionalWords, ThatDoNotParseAreExplained) {
                "an assignment" +
                more;
     };
-    EXPECT_EQ(assignment("1lib"), explained("1lib", " (did you mean 'lib'?)"));
+    EXPECT_EQ(assignment("1lib"), explained("1lib", "\n  did you mean 'lib'?"));
     EXPECT_EQ(assignment("FLAGS=/O2"),
               explained("FLAGS=/O2",
                         "\n  a text needs double quotes that reach vesk: NAME=\"text\"; in "

@@ -58,7 +58,7 @@ TEST(Text, FindsTheNameThatWasMeant) {
     for (const auto& [name, expected] : cases) {
         EXPECT_EQ(closestName(name, names), expected) << name;
     }
-    EXPECT_EQ(didYouMean("abcd", {"abXX", "abcX", "Xbcd"}), " (did you mean 'abcX'?)")
+    EXPECT_EQ(didYouMean("abcd", {"abXX", "abcX", "Xbcd"}), "did you mean 'abcX'?")
         << "the nearest, then the first";
 }
 

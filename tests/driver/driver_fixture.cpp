@@ -89,7 +89,7 @@ BuildOutcome DriverTest::build(std::string_view unitText, std::string_view targe
     } catch (const VeskException& exception) {
         outcome.error = readable(exception.report());
     } catch (const std::exception& exception) {
-        outcome.error = "std: " + readable(exception.what());
+        outcome.error = "std: " + readable(reportOf(exception));
     }
     outcome.messages = readable(capture.text());
     return outcome;

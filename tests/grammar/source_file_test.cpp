@@ -27,7 +27,7 @@ TEST_F(SourceFiles, ThatCannotBeReadAreNamedWithTheReason) {
     EXPECT_EQ(outcome([&] { return parseProjectFile(directory_ / "no.txt").name; }),
               "Project file 'DIR/no.txt' not found.");
     EXPECT_EQ(outcome([&] { return parseProjectFile(directory_.path()).name; }),
-              "Project file 'DIR' not found. It cannot be read: it is a directory, not a file.");
+              "Project file 'DIR' not found.\n  it cannot be read: it is a directory, not a file");
     const auto path = write("vesk.txt", "");
     std::filesystem::resize_file(path, kMaxFileBytes + 1);
     EXPECT_EQ(unitError(path),

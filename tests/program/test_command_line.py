@@ -113,7 +113,7 @@ class CommandLineMode(ProgramTest):
     def test_word_that_is_nothing(self):
         self.unit("library: { NO_TOOL }")
         self.check("-v", "6", "librari", err="'librari' is neither a target nor a profile; as an "
-                   "assignment it clears the variable 'librari'. (did you mean 'library'?)\n")
+                   "assignment it clears the variable 'librari'.\n  did you mean 'library'?\n")
         self.assertIn("'lib=' names no target of unit 'vesk'", self.error("lib="))
 
 

@@ -153,7 +153,7 @@ class Parameters(ProgramTest):
         for use, message in (
             ("say", "Target 'vesk::say' takes 2 parameters (a, b), but gets 0 arguments."),
             ("say(x)", "Target 'vesk::say' takes 2 parameters (a, b), but gets 1 argument."),
-            ("say(x, worde)", "Assignment 'worde' not found. (did you mean 'word'?)"),
+            ("say(x, worde)", "Assignment 'worde' not found.\n  did you mean 'word'?"),
         ):
             with self.subTest(use=use):
                 self.unit("app: " + use + ' { x = 1 word = 1 NO_TOOL }\nsay(a, b): { NO_TOOL }')
@@ -202,6 +202,8 @@ class Dynamic(ProgramTest):
         for use, value, message in (
             ("@deps", "a(", "Error: Invalid dynamic dependency 'a(': unterminated parameter list"),
             ("@deps", "vesk::", "Dependency string has empty prefix or target: vesk::"),
+            ("@deps => x", "a b( )", "Error: Invalid dynamic dependency 'a b( )': empty parameter list"),
+            ("@deps(w) => x", "a b(w)", combined.format("macro parameters")),
             ("@deps => x", "a b", "Error: single output alias cannot be used when a macro expands "
                                   "to multiple dependencies"),
             ("@deps(.)", "a(w)", combined.format("source-parameterized macro")),

@@ -404,7 +404,7 @@ class Drivers(MsvcTest):
                 ('SIGN_NAME = "a" SIGN_PASSWORD = "x"', "SIGN_PASSWORD would show the password"),
                 ('SIGN_NAME = "a" SIGN_THUMBPRINT = "b"', "This target has several of them."),
                 ('SIGN_CERT = "a.pfx" SIGN_PASSWORD_ENV = "A%B"', "which is no name of an environment"),
-                ('DRIVER = "kmd"', "DRIVER 'kmd' is none of wdm, kmdf, umdf. (did you mean 'kmdf'?)"),
+                ('DRIVER = "kmd"', "DRIVER 'kmd' is none of wdm, kmdf, umdf.\n  did you mean 'kmdf'?"),
                 ('DRIVER = "kmdf" KMDF_VERSION = "1.33"', "no kmdf 1.33. It has: 1.31, 1.9."),
                 ('winsdk_version = "10.0.1"', f"There are: {KIT} (with WDK)."),
                 ('RUNTIME = "MX"', "RUNTIME 'MX' is none of MD, MDd, MT, MTd."),

@@ -40,7 +40,7 @@ class DemoProject(ProgramTest):
                        out=f"app   the {mode} program\ntool\nlate  other.lib.W\n")
         self.check("-l", "other", out="lib\nextra  lib\n")
         self.check_error("-l", "othr",
-                         err="Error: Unit 'othr' not found. (did you mean 'other'?)\n")
+                         err="Error: Unit 'othr' not found.\n  did you mean 'other'?\n")
 
     def test_profiles(self):
         for arguments, expected in (

@@ -180,7 +180,7 @@ class ToolSelection(ProgramTest):
             self.assertEqual(hint in self.error(), meant is not None)
 
     def test_variables_that_are_nearly_right(self):
-        warning = "[vesk::t] Variable 'cwdd' (vesk.txt:2) has no effect on the target (did you mean 'cwd'?).\n"
+        warning = "[vesk::t] Variable 'cwdd' (vesk.txt:2) has no effect on the target.\n  did you mean 'cwd'?\n"
         for body, err in (
                 ('cwdd = "src"', warning),
                 ('^cwdd = "src"', ""),

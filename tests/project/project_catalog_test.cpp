@@ -53,10 +53,10 @@ constexpr Reference kReferences[] = {
     {"mylib/1::first", "lib/main::first"},
     {"app/more::only_app", "app/more::only_app"},
     {"first", "Target 'more::first' not found."},
-    {"onli_app", "Target 'more::onli_app' not found. (did you mean 'only_app'?)"},
-    {"maim::all", "Unit 'maim' not found. (did you mean 'main'?)"},
-    {"mylub/more::all", "Project 'mylub' not found. (did you mean 'mylib'?)"},
-    {"some/more::all", "Project 'some' not found. (it is imported with profile 'a' or 'b' only)"},
+    {"onli_app", "Target 'more::onli_app' not found.\n  did you mean 'only_app'?"},
+    {"maim::all", "Unit 'maim' not found.\n  did you mean 'main'?"},
+    {"mylub/more::all", "Project 'mylub' not found.\n  did you mean 'mylib'?"},
+    {"some/more::all", "Project 'some' not found.\n  it is imported with profile 'a' or 'b' only"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Catalog, Locate, ::testing::ValuesIn(kReferences));

@@ -64,7 +64,7 @@ std::string Workspace::failureOf(const std::function<void()>& action) const {
     } catch (const VeskException& exception) {
         return readable(exception.report());
     } catch (const std::exception& exception) {
-        return readable(exception.what());
+        return readable(reportOf(exception));
     }
 }
 

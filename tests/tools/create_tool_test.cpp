@@ -30,8 +30,8 @@ TEST(CreateTool, LeavesOutWhatItCannotMakeAndSaysWhy) {
         {{var("tool_type", str("command")), var("Tool_Type", str("pwsh"))},
          "Registry tool 'cc' has multiple 'tool_type' assignments. Skipping."},
         {{var("tool_type", str("comand"))},
-         "Unable to create Registry tool 'cc' for 'comand'. (did you mean "
-         "'command'?)"},
+         "Unable to create Registry tool 'cc' for 'comand'.\n  did you mean "
+         "'command'?"},
         {{var("tool_type", str("test_throwing"))},
          "Unable to create Registry tool 'cc' for 'test_throwing': no compiler"},
         {{var("tool_type", str("test_refusing"))},

@@ -102,7 +102,7 @@ TEST(Context, FindsAssignmentsByKeys) {
     EXPECT_EQ(at({lib, NameKey{"deep"}, NameKey{"y"}}), "y = 2");
     EXPECT_EQ(at({items, IndexKey{1}, NameKey{"z"}}), "z = 3");
     EXPECT_EQ(at({NameKey{"nam"}}),
-              "NotFoundException: Assignment 'nam' not found. (did you mean 'Name'?)");
+              "NotFoundException: Assignment 'nam' not found.\n  did you mean 'Name'?");
     EXPECT_EQ(at({NameKey{"other"}, NameKey{"x"}}).find("out_of_range: invalid map<K, T> key"), 0U);
     EXPECT_EQ(at({items, IndexKey{0}, NameKey{"z"}}),
               "NotAContext: Identifier part must be context.");

@@ -15,7 +15,7 @@ std::string parsed(std::string_view text) {
     if (parseIdentifierPath(text, path, error, &end)) {
         return path.toDisplayString() + "|" + std::string(text.substr(end));
     }
-    return std::to_string(error.position) + ": " + error.text;
+    return std::to_string(error.position) + ": " + error.message;
 }
 
 TEST(IdentifierPath, Parses) {

@@ -126,13 +126,13 @@ std::string outcome(Run&& run) {
     } catch (const VeskException& error) {
         return kindOf(error) + ": " + error.report();
     } catch (const CircularReference& error) {
-        return std::string("CircularReference: ") + error.what();
+        return "CircularReference: " + reportOf(error);
     } catch (const std::out_of_range& error) {
-        return std::string("out_of_range: ") + error.what();
+        return "out_of_range: " + reportOf(error);
     } catch (const std::invalid_argument& error) {
-        return std::string("invalid_argument: ") + error.what();
+        return "invalid_argument: " + reportOf(error);
     } catch (const std::runtime_error& error) {
-        return std::string("runtime_error: ") + error.what();
+        return "runtime_error: " + reportOf(error);
     }
 }
 

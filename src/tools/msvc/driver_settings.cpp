@@ -61,8 +61,9 @@ DriverModel driverModelOf(const Context& target) {
         }
         words.emplace_back(word);
     }
-    throw VeskException(fmt::format("DRIVER '{}' is none of {}.{}", asked, joined(words, ", "),
-                                    didYouMean(asked, words)));
+    VeskException error(fmt::format("DRIVER '{}' is none of {}.", asked, joined(words, ", ")));
+    error.addNote(didYouMean(asked, words));
+    throw error;
 }
 
 DriverSettings::DriverSettings(const Context& target, DriverModel model, const MsvcFolders& folders)

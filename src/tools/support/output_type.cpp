@@ -26,8 +26,9 @@ OutputType outputTypeOf(const Context& target) {
         }
         words.push_back(word);
     }
-    throw VeskException(fmt::format("OUTPUT_TYPE '{}' is none of {}.{}", asked, joined(words, ", "),
-                                    didYouMean(asked, words)));
+    VeskException error(fmt::format("OUTPUT_TYPE '{}' is none of {}.", asked, joined(words, ", ")));
+    error.addNote(didYouMean(asked, words));
+    throw error;
 }
 
 bool hasEnding(const std::string& name) noexcept {

@@ -23,7 +23,7 @@ class ToolchainPlaces : public testing::Test {
             return place.folder.substr(folder_.path().size()) + "|" + place.prefix + "|" +
                    place.suffix;
         } catch (const VeskException& error) {
-            return error.message();
+            return error.text();
         }
     }
 

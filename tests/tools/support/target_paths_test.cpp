@@ -114,7 +114,7 @@ TEST_F(Sources, InOrderWithoutRepetitionsAndExclusions) {
         try {
             return names({var("C_FILES", str(c)), var("CPP_FILES", str(cpp))});
         } catch (const VeskException& error) {
-            return error.message();
+            return error.text();
         }
     };
     EXPECT_EQ(failure("*.c", "*.cpp sub/../a.c"),

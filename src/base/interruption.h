@@ -1,0 +1,22 @@
+// How work ends when the user asks to stop.
+#pragma once
+
+namespace Vesk {
+
+/// Thrown after Ctrl-C or a termination request, once the running commands have ended. Of no family
+/// of errors, so that nothing that tries again or goes on after an error takes it for one.
+class Interrupted {
+  public:
+    explicit Interrupted(int signal) noexcept : signal_(signal) {}
+
+    /// The number of the signal that asked for it.
+    int signal() const noexcept { return signal_; }
+
+  private:
+    int signal_;
+};
+
+/// Throws Interrupted when the user has asked to stop. Cheap enough for inner loops.
+void stopIfInterrupted();
+
+}  // namespace Vesk
