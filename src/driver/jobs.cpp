@@ -8,6 +8,7 @@
 
 #include "base/console.h"
 #include "base/exception.h"
+#include "base/interruption.h"
 #include "driver/cache_request.h"
 #include "platform/files.h"
 #include "platform/folders.h"
@@ -31,6 +32,8 @@ std::int32_t runAction(const Recipe& step, std::string& failure) {
         failure = exception.report();
     } catch (const std::exception& exception) {
         failure = reportOf(exception);
+    } catch (const Interrupted&) {
+        return 0;  // who waits for the job sees the same request
     }
     return 1;
 }
