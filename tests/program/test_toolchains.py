@@ -633,7 +633,7 @@ class DryRuns(ToolchainTest):
                 ("C_FILES = []", "There is nothing to make 'out/t' of: C_FILES, CPP_FILES, ASM_FILES "
                                  "and OBJ_FILES name no file."),
                 ('C_FILES = "a.c" OUTPUT_TYPE = "statik"', "OUTPUT_TYPE 'statik' is none of executable,"
-                 " static, shared, object, relocatable. (did you mean 'static'?)"),
+                 " static, shared, object, relocatable.\n  did you mean 'static'?"),
                 ('OBJCOPY_INPUT = "a b"', "OBJCOPY_INPUT must name one file; it names 2."),
                 ('OBJCOPY_INPUT = "out/t"', "'out/t' would be overwritten by what is made of it. Give "
                                             "OUTPUT_NAME another name.")):
