@@ -18,7 +18,8 @@ std::string describe(const std::vector<ToolEntry>& tools) {
     std::string text;
     for (const ToolEntry& tool : tools) {
         text += fmt::format("tool {} @{} of {} {}\n", tool.name, tool.line,
-                            tool.source->assignments.size(), describe(*tool.context));
+                            tool.source->assignments.size(),
+                            tool.context ? describe(*tool.context) : "left out: " + tool.failure);
     }
     return text;
 }
@@ -124,9 +125,10 @@ TEST_F(ProjectAndRegistryFile, NameThePlaceOfWhatCannotBe) {
               "'!' assignment modifier is not allowed in this context.\n  in DIR/project.txt:3");
     EXPECT_EQ(project("tools { t {\n a = [1, {}] } }"), "'a'" + nested + "2");
     EXPECT_EQ(project("profiles { p { a = 1 if b.c = {} {} } }"), "'b.c'" + nested + "1");
-    EXPECT_EQ(registry("tools { t { x = 1\n x += \"a\" } }"),
-              "Cannot convert VeskInt 1 to VeskString\n  in variable 'x', line 2\n"
-              "  in DIR/registry.txt:1");
+    const std::string tool = "tools { t { x = 1\n x += \"a\" } }";
+    const std::string why = "Cannot convert VeskInt 1 to VeskString\n  in variable 'x', line 2\n";
+    EXPECT_EQ(project(tool), why + "  in DIR/project.txt:1");
+    EXPECT_NE(registry(tool).find("left out: " + why), std::string::npos);
 }
 
 }  // namespace

@@ -36,8 +36,8 @@ class Modes(ProgramTest):
         for option in ("-p", "--LIST-UNITS"):
             self.check(option, err="No file to list. You need .vesk_project.txt.\n",
                        status=MINUS_ONE)
-        self.check_error("-r", "-u", err="Error: project '.vesk_project.txt' not found. It was "
-                         "looked for in {DIR} and above; vesk --create-project makes one.\n")
+        self.check_error("-r", "-u", err="Error: project '.vesk_project.txt' not found.\n  it was "
+                         "looked for in {DIR} and above; vesk --create-project makes one\n")
         self.check_error("-l", "nowhere", err="Error: Unit 'nowhere' not found.{*}\n")
         self.check_error("-f", err="unknown switch\n")
         self.check_error("-v", "99999999999", err="stoi argument out of range\n")
