@@ -22,7 +22,7 @@ class Discovery : public testing::Test {
         try {
             return chooseKit(wish, {}).version;
         } catch (const VeskException& error) {
-            return error.message();
+            return error.text();
         }
     }
 
