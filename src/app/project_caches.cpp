@@ -27,7 +27,7 @@ void refuseIfBuilding(const std::string& building, const fs::path& directory) {
     }
 }
 
-/// Null where no file can be written: then no other process can save a cache there either.
+/// Null, with a warning, when there is none to be had.
 std::unique_ptr<platform::FileLock> lock(const fs::path& directory) {
     fs::path file = directory / kCacheFileName;
     file += ".lock";
@@ -41,8 +41,9 @@ std::unique_ptr<platform::FileLock> lock(const fs::path& directory) {
         if (platform::interruptSignal() != 0) {
             throw;
         }
-        console::message(console::level::kDetail, console::colour::kNormal,
-                         "Building without a lock: {}", error.what());
+        console::warning("Building in {} without a lock: {}", platform::pathToUtf8(directory),
+                         error.what());
+        console::warning("  let no other vesk build there at the same time");
         return nullptr;
     }
 }

@@ -14,12 +14,7 @@
 namespace Vesk {
 namespace {
 
-constexpr std::string_view kHeader = "VESK_SNAPSHOT_1";
-
-std::string hashLine(std::string_view text) {
-    const ContentHash hash = hashText(text);
-    return fmt::format("{:016x}{:016x}", hash.high, hash.low);
-}
+constexpr std::string_view kHeader = "VESK_SNAPSHOT_2";
 
 /// The parts of a snapshot: which run it is of, what it wrote, what it asked.
 struct Content {
@@ -38,7 +33,7 @@ std::optional<Content> contentOf(std::string_view bytes) {
         return std::nullopt;
     }
     const auto start = static_cast<std::size_t>(reader.position() - bytes.data());
-    if (hash != hashLine(bytes.substr(start)) || !reader.text(content.key) ||
+    if (hash != digits(hashText(bytes.substr(start))) || !reader.text(content.key) ||
         !reader.text(content.transcript) || !reader.text(content.notes)) {
         return std::nullopt;
     }
@@ -50,12 +45,14 @@ std::optional<Content> contentOf(std::string_view bytes) {
 Snapshot::Snapshot(const std::filesystem::path& directory,
                    const std::vector<std::string>& arguments)
     : cache_(directory / kCacheFileName), file_(directory / kSnapshotFileName) {
-    appendText(key_, VESK_VERSION);
-    appendText(key_, console::coloursWanted() ? "colours" : "");
-    appendText(key_, platform::pathToUtf8(std::filesystem::current_path()));
+    std::string run;
+    appendText(run, VESK_VERSION);
+    appendText(run, console::coloursWanted() ? "colours" : "");
+    appendText(run, platform::pathToUtf8(std::filesystem::current_path()));
     for (const std::string& argument : arguments) {
-        appendText(key_, argument);
+        appendText(run, argument);
     }
+    key_ = digits(hashText(run));  // arguments may be secrets
 }
 
 bool Snapshot::repeats() const {
@@ -80,7 +77,7 @@ void Snapshot::begin() {
     // A pattern may look at this folder. The file is there before, so that it is no news after.
     if (!platform::isFile(file_) && platform::isFile(cache_)) {
         std::error_code ignored;
-        platform::writeWholeFile(file_, "", platform::Append::no, ignored);
+        platform::writePrivateFile(file_, "", platform::Append::no, ignored);
     }
     watches_ = true;
     platform::startNotingQuestions();
@@ -101,9 +98,9 @@ void Snapshot::keep() {
     appendText(content, transcript);
     appendText(content, *notes);
     std::string bytes(kHeader);
-    bytes.append("\n").append(hashLine(content)).append("\n").append(content);
+    bytes.append("\n").append(digits(hashText(content))).append("\n").append(content);
     std::error_code ignored;
-    platform::writeWholeFile(file_, bytes, platform::Append::no, ignored);
+    platform::writePrivateFile(file_, bytes, platform::Append::no, ignored);
 }
 
 }  // namespace Vesk

@@ -38,7 +38,7 @@ class Snapshot {
   private:
     std::filesystem::path cache_;
     std::filesystem::path file_;
-    std::string key_;
+    std::string key_;  ///< a hash of all that makes it this run
     bool watches_ = false;
 };
 

@@ -57,8 +57,9 @@ int VeskApplication::run() {
 }
 
 int VeskApplication::build() {
-    if (console::threshold() < console::level::kNormal) {
-        buildAnew();  // whoever wants to hear more than usual wants to see it done
+    // Whoever wants to hear more than usual wants to see it done; a dry run writes nothing.
+    if (console::threshold() < console::level::kNormal || settings_.dryRun) {
+        buildAnew();
         return 0;
     }
     Snapshot snapshot(findProjectRoot(settings_).directory, arguments_);
@@ -101,6 +102,8 @@ void VeskApplication::buildAnew() {
 std::shared_ptr<Context> VeskApplication::buildTarget() {
     const TargetLocation target =
         catalog_->locate(positionals_.target.value_or(DependencyReference{}));
+    HiddenValues hidden;
+    hidden.add(*commandLine_);
     const bool collects = !settings_.compileCommands.empty();
     Driver driver({
         *catalog_,
@@ -108,7 +111,7 @@ std::shared_ptr<Context> VeskApplication::buildTarget() {
         [this](const Project& project) -> const Toolbox& { return declaredTools_->of(project); },
         [this](const Project& project) -> ProjectCache& { return caches_.of(project); },
         {static_cast<int>(settings_.jobCount), settings_.rebuild, settings_.dryRun,
-         settings_.keepGoing},
+         settings_.keepGoing, hidden},
         collects ? [this](const std::vector<Recipe>& recipes) { compileCommands_.add(recipes); }
                  : std::function<void(const std::vector<Recipe>&)>(),
     });

@@ -31,7 +31,8 @@ bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take) {
     std::error_code error;
     auto content = platform::readWholeFile(file, error);
     if (!content) {
-        if (error != std::errc::no_such_file_or_directory && platform::fileStatus(file)) {
+        std::error_code unknown;
+        if (platform::fileStatus(platform::pathToUtf8(file), unknown) || unknown) {
             return startEmpty(file, "cannot be read: {}", error.message());
         }
         return true;
@@ -58,15 +59,25 @@ bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take) {
         if (const char* fault = skipRecord(reader)) {
             return startEmpty(file, "is malformed ({})", fault);
         }
-        take(key,
-             RecordText(storage, {start, static_cast<std::size_t>(reader.position() - start)}));
+        RecordText record(storage, {start, static_cast<std::size_t>(reader.position() - start)});
+        const auto day = checkSeal(key, record);
+        if (!day) {
+            return startEmpty(file, "is malformed ({})", "record seal");
+        }
+        take(key, std::move(record), *day);
+    }
+    if (!reader.atEnd()) {
+        return startEmpty(file, "is malformed ({})", "text after the last record");
     }
     return true;
 }
 
 struct CacheFileWriter::Output {
-    explicit Output(const std::filesystem::path& path) : file(path) {}
+    explicit Output(const std::filesystem::path& path)
+        : file(path, platform::Append::no, platform::FileWriter::Access::newlyPrivate),
+          opened(file.isOpen()) {}
     platform::FileWriter file;
+    bool opened;
 };
 
 CacheFileWriter::CacheFileWriter(std::filesystem::path file, std::size_t recordCount)
@@ -96,7 +107,7 @@ CacheFileWriter::~CacheFileWriter() = default;
 void CacheFileWriter::fail(const std::string& message) {
     console::error("{}", message);
     failed_ = true;
-    if (output_ && output_->file.isOpen()) {
+    if (output_ && output_->opened) {
         output_->file.close();
         std::error_code ignored;
         platform::removeFile(temporary_, ignored);
@@ -110,12 +121,12 @@ void CacheFileWriter::flush() {
     buffer_.clear();
 }
 
-void CacheFileWriter::write(std::string_view key, const RecordText& record) {
+void CacheFileWriter::write(std::string_view key, const RecordText& record, DayNumber day) {
     if (failed_) {
         return;
     }
     appendText(buffer_, key);
-    buffer_ += record.text();
+    appendSealed(buffer_, key, record, day);
     if (buffer_.size() >= kBufferBytes) {
         flush();
     }
@@ -134,7 +145,6 @@ bool CacheFileWriter::finish() {
         fail(fmt::format("Unable to replace cache file '{}' with '{}': {}",
                          platform::pathToUtf8(file_), platform::pathToUtf8(temporary_),
                          error.message()));
-        platform::removeFile(temporary_, error);
     }
     return !failed_;
 }

@@ -8,13 +8,14 @@
 #include <string_view>
 
 #include "cache/cache_record.h"
+#include "cache/record_seal.h"
 
 namespace Vesk {
 
 inline constexpr const char* kCacheFileName = ".vesk_cache";
 
-/// Takes one record off the file; the key is a piece of the same text.
-using RecordSink = std::function<void(std::string_view key, RecordText record)>;
+/// Takes one record off the file; the key is a piece of the same text. `day`: of its seal.
+using RecordSink = std::function<void(std::string_view key, RecordText record, DayNumber day)>;
 
 /// Reads the file and hands over its records, in its order. False after a fault, of which a warning
 /// tells: then all that was handed over is to be forgotten. A missing file has no records.
@@ -30,7 +31,8 @@ class CacheFileWriter {
     CacheFileWriter(const CacheFileWriter&) = delete;
     CacheFileWriter& operator=(const CacheFileWriter&) = delete;
 
-    void write(std::string_view key, const RecordText& record);
+    /// `day`: on which it was last asked for.
+    void write(std::string_view key, const RecordText& record, DayNumber day);
 
     /// Whether the file is in place now. All failures have been told by then.
     bool finish();

@@ -50,6 +50,7 @@ class CacheReader {
     bool stepOverAssignment();
 
     const char* position() const noexcept { return text_.data(); }
+    bool atEnd() const noexcept { return text_.empty(); }
 
   private:
     struct Raw {

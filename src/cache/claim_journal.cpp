@@ -2,26 +2,47 @@
 
 #include <system_error>
 
+#include "base/console.h"
 #include "cache/cache_text.h"
+#include "cache/file_state.h"
 #include "platform/files.h"
 
 namespace Vesk {
+namespace {
+
+/// Each key is followed by its hash. Nothing for any other text; none at all is a file cut short.
+std::optional<std::vector<std::string>> keysIn(std::string_view content) {
+    std::vector<std::string> keys;
+    CacheReader reader(content);
+    do {
+        std::string_view key;
+        std::string_view hash;
+        if (!reader.text(key) || !reader.line(hash) || hash != digits(hashText(key))) {
+            return std::nullopt;
+        }
+        keys.emplace_back(key);
+    } while (!reader.atEnd());
+    return keys;
+}
+
+}  // namespace
 
 ClaimJournal::ClaimJournal(const std::filesystem::path& cacheFile) : file_(cacheFile) {
     file_ += ".claims";
 }
 
-std::vector<std::string> ClaimJournal::read() {
+std::optional<std::vector<std::string>> ClaimJournal::read() {
     std::error_code error;
     const auto content = platform::readWholeFile(file_, error);
-    std::vector<std::string> keys;
-    if (content) {
-        exists_ = true;
-        CacheReader reader(*content);
-        // The last one may be cut off; its command has not begun then.
-        for (std::string_view key; reader.text(key);) {
-            keys.emplace_back(key);
-        }
+    if (error == std::errc::no_such_file_or_directory) {
+        return std::vector<std::string>();
+    }
+    exists_ = true;
+    auto keys = content ? keysIn(*content) : std::nullopt;
+    if (!keys) {
+        console::warning("Claims file '{}' {}. Starting with empty cache.",
+                         platform::pathToUtf8(file_),
+                         error ? "cannot be read: " + error.message() : "is malformed");
     }
     return keys;
 }
@@ -30,9 +51,10 @@ bool ClaimJournal::note(std::string_view key) {
     const std::lock_guard lock(mutex_);
     std::string text;
     appendText(text, key);
+    text += digits(hashText(key)) + "\n";
     std::error_code error;
     exists_ = true;
-    return platform::writeWholeFile(file_, text, platform::Append::yes, error);
+    return platform::writePrivateFile(file_, text, platform::Append::yes, error);
 }
 
 void ClaimJournal::clear() noexcept {

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +17,9 @@ class ClaimJournal {
   public:
     explicit ClaimJournal(const std::filesystem::path& cacheFile);
 
-    /// The keys that a killed process left.
-    std::vector<std::string> read();
+    /// The keys that a killed process left. Nothing, after a warning, when they cannot be known:
+    /// then each record may be one of them.
+    std::optional<std::vector<std::string>> read();
 
     /// False when it cannot be written down.
     bool note(std::string_view key);

@@ -19,11 +19,18 @@ struct Named {
     std::string name;
     std::string value;
     std::string text;  ///< the value without quotes
+    std::string_view intermediate;
 };
 
+bool isHash(std::string_view text) {
+    return text.starts_with(kHashInstead);
+}
+
 Named named(const Assignment& assignment) {
-    return {assignment.name.str(), assignment.value ? assignment.value->toDisplayString() : "",
-            assignment.value ? assignment.value->toString() : ""};
+    return {assignment.name.str(),
+            assignment.value ? assignment.value->toDisplayString() : "",
+            assignment.value ? assignment.value->toString() : "",
+            {}};
 }
 
 /// What a part's inputs or an environment hold, in order.
@@ -40,10 +47,37 @@ std::vector<Named> assignmentsIn(std::string_view text, bool hasIntermediates) {
         }
         result.push_back(named(*assignment));
         if (flag == "1") {
+            const char* const start = reader.position();
             reader.stepOverAssignment();
+            result.back().intermediate = {start,
+                                          static_cast<std::size_t>(reader.position() - start)};
         }
     }
     return result;
+}
+
+bool isHashOf(const Named& hash, const Named& plain) {
+    return isHash(hash.text) && (hash.text == hashInstead(plain.text) ||  // of strings
+                                 hash.text == hashInstead(plain.value));
+}
+
+bool sameValue(const Named& a, const Named& b) {
+    return a.value == b.value || isHashOf(a, b) || isHashOf(b, a);
+}
+
+bool sameAssignments(std::string_view last, std::string_view now, bool hasIntermediates) {
+    if (last == now) {
+        return true;
+    }
+    const auto hides = [](std::string_view text) {
+        return text.find(kHashInstead) != std::string_view::npos;
+    };
+    return (hides(last) || hides(now)) &&
+           std::ranges::equal(
+               assignmentsIn(last, hasIntermediates), assignmentsIn(now, hasIntermediates),
+               [](const Named& a, const Named& b) {
+                   return a.name == b.name && a.intermediate == b.intermediate && sameValue(a, b);
+               });
 }
 
 /// Two long texts, cut to where they differ.
@@ -99,11 +133,14 @@ std::string changed(const Named& before, const Named& now) {
     if (now.name.starts_with(requestField::kDependency)) {
         return now.name + " has been built again";
     }
+    if (isHash(before.text) || isHash(now.text)) {
+        return now.name + " has changed";
+    }
     return valueChanged(now.name, before.value, now.value);
 }
 
 std::string onlyOne(const Named& item, bool isNew) {
-    if (item.name.starts_with(requestField::kDependency)) {
+    if (item.name.starts_with(requestField::kDependency) || isHash(item.text)) {
         return item.name + (isNew ? " is new" : " is gone");
     }
     std::string value = item.value;
@@ -140,16 +177,28 @@ std::string difference(const std::vector<Named>& before, const std::vector<Named
     }
     for (const Named& item : now) {
         const Named& earlier = *findNamed(old, item.name);
-        if (earlier.value != item.value) {
+        if (!sameValue(earlier, item)) {
             return changed(earlier, item);
         }
     }
     return {};
 }
 
+}  // namespace
+
+bool sameInputs(std::string_view last, std::string_view now) {
+    return sameAssignments(last, now, true);
+}
+
+bool sameEnvironment(std::string_view last, std::string_view now) {
+    return sameAssignments(last, now, false);
+}
+
+namespace {
+
 std::string partDifference(const RecordText::Layout& last, const CacheRequest& now,
                            std::size_t part) {
-    if (part >= last.parts.size() || last.parts[part].inputs == now.parts[part].inputs) {
+    if (part >= last.parts.size() || sameInputs(last.parts[part].inputs, now.parts[part].inputs)) {
         return {};
     }
     return difference(assignmentsIn(last.parts[part].inputs, true),
@@ -167,7 +216,7 @@ std::string firstDifference(const RecordText::Layout& last, const CacheRequest& 
     if (text.empty()) {
         text = partDifference(last, now, kSurroundingsPart);
     }
-    if (text.empty() && last.environment != now.environment) {
+    if (text.empty() && !sameEnvironment(last.environment, now.environment)) {
         text = difference(assignmentsIn(last.environment, false),
                           assignmentsIn(now.environment, false));
     }

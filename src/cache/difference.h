@@ -2,10 +2,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "cache/cache_record.h"
 
 namespace Vesk {
+
+/// Whether the inputs of a part, or environments, say the same. A text and its hash do: whether a
+/// text is hidden depends on what else was on the command line.
+bool sameInputs(std::string_view last, std::string_view now);
+bool sameEnvironment(std::string_view last, std::string_view now);
 
 /// A sentence about the first difference in the texts, in the order variables, dependencies, files,
 /// environment, commands. Empty when they are equal.

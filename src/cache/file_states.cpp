@@ -15,8 +15,10 @@ bool isFile(FileState::Kind kind) {
     return kind == FileState::Kind::File || kind == FileState::Kind::Recent;
 }
 
-bool sameTimes(const platform::FileStatus& status, const FileState& state) {
-    return status.size == state.size && status.modifiedNanoseconds == state.modified &&
+/// Whether it is the same file, and nobody has written to it.
+bool untouched(const platform::FileStatus& status, const FileState& state) {
+    return status.device == state.device && status.number == state.number &&
+           status.size == state.size && status.modifiedNanoseconds == state.modified &&
            status.changedNanoseconds == state.changed;
 }
 
@@ -24,7 +26,8 @@ bool sameTimes(const platform::FileStatus& status, const FileState& state) {
 constexpr std::string_view kOwnFiles = ".vesk_cache";
 
 bool sameStatus(const platform::FileStatus& a, const platform::FileStatus& b) {
-    return a.directory == b.directory && a.size == b.size &&
+    return a.directory == b.directory && a.regular == b.regular && a.device == b.device &&
+           a.number == b.number && a.size == b.size &&
            a.modifiedNanoseconds == b.modifiedNanoseconds &&
            a.changedNanoseconds == b.changedNanoseconds;
 }
@@ -38,15 +41,20 @@ void FileStates::examine(Entry& entry, const std::string& path) {
     entry.examined = true;
     entry.examinedAt = platform::fileClock();
     const bool names = isNamesPath(path);
-    const auto status = platform::fileStatus(names ? std::string(directoryOf(path)) : path);
-    if (!status || (names && !status->directory)) {
+    std::error_code error;
+    const auto status = platform::fileStatus(names ? std::string(directoryOf(path)) : path, error);
+    if (!status) {
+        entry.kind = error ? FileState::Kind::Unknown : FileState::Kind::Missing;
+        return;
+    }
+    if (names && !status->directory) {
         return;
     }
     entry.status = *status;
     if (names) {
         entry.kind = FileState::Kind::Names;
-    } else if (status->directory) {
-        entry.kind = FileState::Kind::Directory;
+    } else if (!status->regular) {
+        entry.kind = status->directory ? FileState::Kind::Directory : FileState::Kind::Other;
     } else if (platform::isRecent(*status)) {
         // Its times will not tell of a change in this moment, so the content is taken down now.
         entry.kind = FileState::Kind::Recent;
@@ -110,6 +118,8 @@ FileState FileStates::stateOf(Entry& entry, std::string_view path) {
     FileState state;
     state.kind = entry.torn ? FileState::Kind::Unknown : entry.kind;
     if (isFile(state.kind)) {
+        state.device = entry.status.device;
+        state.number = entry.status.number;
         state.size = entry.status.size;
         state.modified = entry.status.modifiedNanoseconds;
         state.changed = entry.status.changedNanoseconds;
@@ -151,12 +161,13 @@ FileStates::Comparison FileStates::compare(std::string_view path, const FileStat
         return stored.kind == FileState::Kind::Missing ? Comparison::Same : Comparison::Missing;
     }
     if (!isFile(stored.kind) || !isFile(entry.kind)) {
-        return stored.kind == entry.kind ? Comparison::Same : Comparison::Changed;
+        const bool same = stored.kind == entry.kind && entry.kind != FileState::Kind::Unknown;
+        return same ? Comparison::Same : Comparison::Changed;
     }
     if (entry.status.size != stored.size) {
         return Comparison::Changed;
     }
-    if (stored.kind == FileState::Kind::File && sameTimes(entry.status, stored)) {
+    if (stored.kind == FileState::Kind::File && untouched(entry.status, stored)) {
         if (!entry.hashed) {
             entry.hash = stored.hash;
             entry.hashed = true;
@@ -188,11 +199,11 @@ bool FileStates::changedMeanwhile(const Entry& entry, std::string_view path,
     }
     const std::filesystem::path file = platform::pathFromUtf8(path);
     const auto status = platform::fileStatus(file);
-    if (!status || status->directory != entry.status.directory) {
+    if (!status || status->regular != entry.status.regular) {
         return true;
     }
-    if (status->directory) {
-        return false;
+    if (!status->regular) {
+        return status->directory != entry.status.directory;
     }
     return !sameStatus(*status, entry.status) ||
            (entry.kind == FileState::Kind::Recent && hashFile(file) != entry.hash);
@@ -243,7 +254,7 @@ void FileStates::writtenBelow(std::string_view directory) {
 bool FileStates::settle(std::string_view path, FileState& state) {
     const std::filesystem::path file = platform::pathFromUtf8(path);
     const auto status = platform::fileStatus(file);
-    if (state.kind != FileState::Kind::Recent || !status || !sameTimes(*status, state) ||
+    if (state.kind != FileState::Kind::Recent || !status || !untouched(*status, state) ||
         platform::isRecent(*status) || hashFile(file) != state.hash) {
         return false;
     }

@@ -13,7 +13,9 @@ Freshness::Freshness(const CacheRequest& request, const RecordText* last, FileSt
     : request_(request), last_(last), states_(states), root_(root) {
     if (last_ != nullptr) {
         layout_ = last_->layout();
-        files_ = filesOf(layout_.parts);
+        auto files = filesOf(layout_.parts);
+        damaged_ = !files;
+        files_ = std::move(files).value_or(std::vector<RecordFile>());
     }
 }
 
@@ -30,12 +32,13 @@ bool Freshness::unchanged(const RecordFile& file) {
 
 bool Freshness::samePart(std::size_t part) const {
     return part < layout_.parts.size() && part < request_.parts.size() &&
-           layout_.parts[part].inputs == request_.parts[part].inputs;
+           sameInputs(layout_.parts[part].inputs, request_.parts[part].inputs);
 }
 
 bool Freshness::sameText() const {
-    if (last_ == nullptr || request_.rebuild || layout_.parts.size() != request_.parts.size() ||
-        layout_.environment != request_.environment) {
+    if (last_ == nullptr || damaged_ || request_.rebuild ||
+        layout_.parts.size() != request_.parts.size() ||
+        !sameEnvironment(layout_.environment, request_.environment)) {
         return false;
     }
     for (std::size_t i = 0; i < layout_.parts.size(); ++i) {
@@ -46,8 +49,16 @@ bool Freshness::sameText() const {
     return true;
 }
 
+/// A table without files, where there should be some, would say that all of them are unchanged.
+bool Freshness::tellsOfFiles() const {
+    const bool expected = std::ranges::any_of(request_.parts, [](const CacheRequest::Part& part) {
+        return !part.reads.empty() || !part.writes.empty();
+    });
+    return !expected || !files_.empty();
+}
+
 bool Freshness::everything() {
-    if (!sameText() ||
+    if (!sameText() || !tellsOfFiles() ||
         !std::ranges::all_of(files_, [this](const RecordFile& f) { return unchanged(f); })) {
         return false;
     }
@@ -87,18 +98,19 @@ std::optional<std::size_t> Freshness::lastPart(std::size_t part) const {
     return found == partsByInputs_.end() ? std::nullopt : std::optional(found->second);
 }
 
-bool Freshness::filesUnchanged(std::size_t lastPart, std::string_view field) {
-    const std::vector<std::size_t> numbers =
-        fileNumbers(layout_.parts[lastPart], field, files_.size());
-    return std::ranges::all_of(numbers,
+/// `expected`: how many files the request knows of; a build may have found more.
+bool Freshness::filesUnchanged(std::size_t lastPart, std::string_view field, std::size_t expected) {
+    const auto numbers = fileNumbers(layout_.parts[lastPart], field, files_.size());
+    return numbers && numbers->size() >= expected &&
+           std::ranges::all_of(*numbers,
                                [this](std::size_t number) { return unchanged(files_[number]); });
 }
 
 HeadersRead Freshness::headersRead(std::size_t part, std::size_t lastPart) const {
     const CacheRequest::Part& wanted = request_.parts[part];
     HeadersRead read{wanted.headerSearch.get(), wanted.source, {}};
-    for (const std::size_t number :
-         fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size())) {
+    const auto numbers = fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size());
+    for (const std::size_t number : numbers.value_or(std::vector<std::size_t>())) {
         std::string path = root_.absolute(files_[number].path);
         if (!isNamesPath(path) && !std::ranges::binary_search(wanted.reads, path)) {
             read.headers.push_back(std::move(path));
@@ -108,13 +120,12 @@ HeadersRead Freshness::headersRead(std::size_t part, std::size_t lastPart) const
 }
 
 bool Freshness::sameNames(std::size_t lastPart) {
-    const std::vector<std::size_t> numbers =
-        fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size());
-    return std::ranges::all_of(numbers, [this](std::size_t number) {
-        const RecordFile& file = files_[number];
-        return !isNamesPath(file.path) ||
-               states_.compare(root_.absolute(file.path), file.state) == Comparison::Same;
-    });
+    const auto numbers = fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size());
+    return numbers && std::ranges::all_of(*numbers, [this](std::size_t number) {
+               const RecordFile& file = files_[number];
+               return !isNamesPath(file.path) ||
+                      states_.compare(root_.absolute(file.path), file.state) == Comparison::Same;
+           });
 }
 
 bool Freshness::isWatched(const std::string& names) {
@@ -156,28 +167,30 @@ bool Freshness::headersStand(std::size_t part, std::size_t lastPart) {
     return stand;
 }
 
-bool Freshness::partUnchanged(std::size_t lastPart) {
-    return filesUnchanged(lastPart, recordField::kWrites) &&
-           filesUnchanged(lastPart, recordField::kReads);
+bool Freshness::partUnchanged(std::size_t lastPart, const CacheRequest::Part& wanted) {
+    return filesUnchanged(lastPart, recordField::kWrites, wanted.writes.size()) &&
+           filesUnchanged(lastPart, recordField::kReads, wanted.reads.size());
 }
 
 bool Freshness::fresh(std::size_t part) {
-    if (last_ == nullptr || request_.rebuild || layout_.environment != request_.environment) {
+    if (last_ == nullptr || damaged_ || request_.rebuild ||
+        !sameEnvironment(layout_.environment, request_.environment)) {
         return false;
     }
     const CacheRequest::Part& wanted = request_.parts[part];
     if (!wanted.standsAlone) {
         // Recipes that run together: nothing of the target may differ.
-        return sameText() && partUnchanged(kSurroundingsPart);
+        return sameText() && partUnchanged(kSurroundingsPart, request_.parts[kSurroundingsPart]);
     }
     const auto counterpart = lastPart(part);
-    if (!counterpart || !partUnchanged(*counterpart) || !headersStand(part, *counterpart)) {
+    if (!counterpart || !partUnchanged(*counterpart, wanted) || !headersStand(part, *counterpart)) {
         return false;
     }
     // A compiler tells all that it has read. Other commands may depend on what dependencies have
     // done without telling, and may make more of the target's outputs than their recipe says.
-    return wanted.tellsAll ||
-           (samePart(kSurroundingsPart) && filesUnchanged(kSurroundingsPart, recordField::kWrites));
+    return wanted.tellsAll || (samePart(kSurroundingsPart) &&
+                               filesUnchanged(kSurroundingsPart, recordField::kWrites,
+                                              request_.parts[kSurroundingsPart].writes.size()));
 }
 
 std::string Freshness::reason() {
@@ -185,7 +198,10 @@ std::string Freshness::reason() {
         return "it has not been built before";
     }
     if (request_.rebuild) {
-        return "everything is to be built anew";
+        return "everything is to be built again";
+    }
+    if (damaged_) {
+        return "its record is damaged";
     }
     std::string text = firstDifference(layout_, request_);
     if (!text.empty()) {

@@ -56,8 +56,9 @@ class Freshness {
   private:
     bool sameText() const;
     bool samePart(std::size_t part) const;
-    bool filesUnchanged(std::size_t lastPart, std::string_view field);
-    bool partUnchanged(std::size_t lastPart);
+    bool tellsOfFiles() const;
+    bool filesUnchanged(std::size_t lastPart, std::string_view field, std::size_t expected);
+    bool partUnchanged(std::size_t lastPart, const CacheRequest::Part& wanted);
     bool unchanged(const RecordFile& file);
     bool headersStand(std::size_t part, std::size_t lastPart);
     bool sameNames(std::size_t lastPart);
@@ -65,6 +66,7 @@ class Freshness {
 
     const CacheRequest& request_;
     const RecordText* last_;  ///< null: there is none
+    bool damaged_ = false;    ///< the record's table of files cannot be read
     FileStates& states_;
     const TrackingRoot& root_;
     RecordText::Layout layout_;

@@ -57,13 +57,14 @@ ProjectCache::Entry* ProjectCache::findOrCreate(const std::string& key) {
     return found == entries_.end() ? &create(ownKeys_.emplace_back(key)) : found->second;
 }
 
-void ProjectCache::addLoaded(std::string_view key, RecordText record) {
+void ProjectCache::addLoaded(std::string_view key, RecordText record, DayNumber day) {
     const auto found = entries_.find(key);
     Entry& entry = found == entries_.end() ? create(key) : *found->second;
     textOfKeys_ = record.storage();
     entry.record = std::move(record);
-    entry.valid = true;
-    entry.stored = true;
+    entry.day = day;
+    entry.valid = day != 0;  // a record of others answers no request of ours
+    entry.stored = entry.valid;
 }
 
 void ProjectCache::forgetEverything() {
@@ -72,14 +73,17 @@ void ProjectCache::forgetEverything() {
 }
 
 void ProjectCache::load() {
-    const bool whole = loadCacheFile(file_, [this](std::string_view key, RecordText record) {
-        addLoaded(key, std::move(record));
-    });
-    if (!whole) {
+    const bool whole =
+        loadCacheFile(file_, [this](std::string_view key, RecordText record, DayNumber day) {
+            addLoaded(key, std::move(record), day);
+        });
+    const auto claimed = journal_.read();
+    if (!whole || !claimed) {
         forgetEverything();
         changed_ = true;  // a bad file is replaced even when nothing else is new
+        return;
     }
-    for (const std::string& key : journal_.read()) {
+    for (const std::string& key : *claimed) {
         changed_ = true;
         if (Entry* entry = find(key)) {
             entry->overtake();
@@ -87,11 +91,20 @@ void ProjectCache::load() {
     }
 }
 
+/// A file in which nothing else is new is written for this once in a while only.
+void ProjectCache::markAsked(Entry& entry) noexcept {
+    if (entry.day != 0 && entry.day + kDaysKept / 3 <= today_) {
+        changed_ = true;
+    }
+    entry.day = today_;
+}
+
 ObtainResult ProjectCache::check(Entry& entry, const CacheRequest& request) {
     if (entry.closed) {
         return {CacheAnswer::Refused, std::nullopt, 0};
     }
     bool hit = false;
+    markAsked(entry);
     if (entry.valid) {
         Freshness freshness(request, &*entry.record, states_, root_);
         hit = freshness.everything();
@@ -164,6 +177,7 @@ bool ProjectCache::insert(const std::string& key, const RecordText& record) {
     }
     Entry& entry = create(ownKeys_.emplace_back(key));
     entry.record = record;
+    entry.day = today_;
     entry.valid = true;
     changed_ = true;
     return true;
@@ -244,16 +258,23 @@ void ProjectCache::close() noexcept {
 
 /// Files that had changed a moment before they were looked at: by now their times may tell.
 void ProjectCache::settle(Entry& entry) {
-    std::vector<RecordFile> files = filesOf(entry.record->layout(kFirstRecipePart).parts);
+    auto files = filesOf(entry.record->layout(kFirstRecipePart).parts);
+    if (!files) {
+        return;
+    }
     bool settled = false;
-    for (RecordFile& file : files) {
+    for (RecordFile& file : *files) {
         if (file.state.kind == FileState::Kind::Recent) {
             settled |= FileStates::settle(root_.absolute(file.path), file.state);
         }
     }
     if (settled) {
-        entry.record = withFiles(*entry.record, files);
+        entry.record = withFiles(*entry.record, *files);
     }
+}
+
+bool ProjectCache::isOutdated(const Entry& entry) const noexcept {
+    return entry.day != 0 && entry.day + kDaysKept < today_;
 }
 
 bool ProjectCache::save() {
@@ -269,20 +290,25 @@ bool ProjectCache::save() {
             entries.push_back(&entry);
         }
     }
-    std::vector<std::pair<std::string_view, RecordText>> records;
+    struct Saved {
+        std::string_view key;
+        RecordText record;
+        DayNumber day;
+    };
+    std::vector<Saved> records;
     for (Entry* entry : entries) {
         const std::lock_guard lock(entry->mutex);
-        if (entry->record) {
+        if (entry->record && !isOutdated(*entry)) {
             if (entry->valid && !entry->stored) {
                 settle(*entry);
             }
-            records.emplace_back(entry->key, *entry->record);
+            records.push_back({entry->key, *entry->record, entry->day});
             entry->stored = entry->valid;
         }
     }
     CacheFileWriter writer(file_, records.size());
-    for (const auto& [key, record] : records) {
-        writer.write(key, record);
+    for (const auto& [key, record, day] : records) {
+        writer.write(key, record, day);
     }
     const bool saved = writer.finish();
     if (saved) {

@@ -19,6 +19,7 @@
 #include "cache/cache_record.h"
 #include "cache/claim_journal.h"
 #include "cache/file_states.h"
+#include "cache/record_seal.h"
 #include "cache/tracked_path.h"
 
 namespace Vesk {
@@ -85,12 +86,16 @@ class ProjectCache {
     /// How long a finished build may stay unsaved while the next ones run.
     static constexpr std::chrono::seconds kSaveInterval{30};
 
+    /// How many days a record is kept that nobody asks for: its target may be gone for good.
+    static constexpr DayNumber kDaysKept = 90;
+
   private:
     struct Entry {
         std::string_view key;
         std::mutex mutex;
         std::condition_variable released;  ///< told when the claim ends
         std::optional<RecordText> record;  ///< of the last build
+        DayNumber day = 0;                 ///< on which it was last asked for; 0: not one of ours
         bool valid = false;                ///< it finished, and nobody has begun another
         bool stored = false;               ///< the file has a record that could be taken for a hit
         bool claimed = false;
@@ -107,7 +112,8 @@ class ProjectCache {
     Entry* findOrCreate(const std::string& key);
     Entry& create(std::string_view key);
     bool insert(const std::string& key, const RecordText& record);
-    void addLoaded(std::string_view key, RecordText record);
+    void addLoaded(std::string_view key, RecordText record, DayNumber day);
+    void markAsked(Entry& entry) noexcept;
     ObtainResult check(Entry& entry, const CacheRequest& request);
     void beginClaim(Entry& entry, ObtainResult& result);
     ObtainResult obtainAfterWaiting(Entry& entry, const CacheRequest& request,
@@ -115,12 +121,14 @@ class ProjectCache {
                                     std::uint64_t waitMilliseconds);
     void saveWhenDue();
     void settle(Entry& entry);
+    bool isOutdated(const Entry& entry) const noexcept;
     void forgetEverything();
 
     TrackingRoot root_;
     FileStates& states_;
     ClaimJournal journal_;
     std::filesystem::path file_;
+    DayNumber today_ = today();
 
     std::mutex mutex_;
     bool closed_ = false;

@@ -9,10 +9,11 @@ namespace Vesk {
 
 /// Outputs of a record's parts.
 namespace recordField {
-inline constexpr std::string_view kFiles = "files: states";  ///< the first one of the first part
+inline constexpr std::string_view kFiles = "files: states";  ///< of the first part
 inline constexpr std::string_view kReads = "files: read";    ///< numbers in that table
 inline constexpr std::string_view kWrites = "files: written";
 inline constexpr std::string_view kStamp = "build: stamp";  ///< of the first part
+inline constexpr std::string_view kSeal = "build: seal";  ///< of the first part: see record_seal.h
 }  // namespace recordField
 
 /// Inputs of the first two parts.
@@ -21,6 +22,10 @@ inline constexpr std::string_view kDependency = "dependency: ";  ///< then its n
 inline constexpr std::string_view kReads = "files: read";        ///< paths, sorted, a line each
 inline constexpr std::string_view kWrites = "files: written";
 }  // namespace requestField
+
+/// What is kept of a text that the file must not show.
+inline constexpr std::string_view kHashInstead = "hash: ";
+std::string hashInstead(std::string_view text);
 
 /// The inputs of the second part in the record of a build that did not finish: no request has them.
 const std::string& unfinishedInputs();

@@ -41,7 +41,7 @@ std::string_view fieldOf(const RecordText::Part& part, std::string_view field) {
     return {};
 }
 
-std::vector<RecordFile> filesOf(const std::vector<RecordText::Part>& parts) {
+std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Part>& parts) {
     std::vector<RecordFile> files;
     std::string_view table =
         parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kFiles);
@@ -50,24 +50,25 @@ std::vector<RecordFile> filesOf(const std::vector<RecordText::Part>& parts) {
     while (!table.empty()) {
         RecordFile file;
         if (!takeStateLine(table, file.state, file.path)) {
-            return {};
+            return std::nullopt;
         }
         files.push_back(file);
     }
     return files;
 }
 
-std::vector<std::size_t> fileNumbers(const RecordText::Part& part, std::string_view field,
-                                     std::size_t limit) {
+std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part,
+                                                    std::string_view field, std::size_t limit) {
     std::vector<std::size_t> numbers;
     const std::string_view text = fieldOf(part, field);
     const char* const end = text.data() + text.size();
     for (const char* at = text.data(); at != end;) {
         std::size_t number = 0;
         const auto [stop, error] = std::from_chars(at, end, number);
-        if (error == std::errc() && number < limit) {
-            numbers.push_back(number);
+        if (error != std::errc() || number >= limit || (stop != end && *stop != ' ')) {
+            return std::nullopt;
         }
+        numbers.push_back(number);
         at = stop == end ? end : stop + 1;
     }
     return numbers;
@@ -92,6 +93,10 @@ RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& fi
     appendText(changed, table);
     changed += text.substr(start + old.size() + 1);
     return RecordText(std::move(changed));
+}
+
+std::string hashInstead(std::string_view text) {
+    return std::string(kHashInstead) + digits(hashText(text));
 }
 
 const std::string& unfinishedInputs() {

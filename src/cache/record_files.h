@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -19,12 +20,14 @@ struct RecordFile {
     FileState state;
 };
 
-/// The table of a record, given its parts. Refers to the record's text. Empty when it has a fault.
-std::vector<RecordFile> filesOf(const std::vector<RecordText::Part>& parts);
+/// The table of a record, given its parts. Refers to the record's text. Nothing when it has a
+/// fault.
+std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Part>& parts);
 
-/// Numbers of a part's files in that table, under kReads or kWrites; only those below `limit`.
-std::vector<std::size_t> fileNumbers(const RecordText::Part& part, std::string_view field,
-                                     std::size_t limit);
+/// Numbers of a part's files in that table, under kReads or kWrites. Nothing when one of them is
+/// none or is not below `limit`.
+std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part,
+                                                    std::string_view field, std::size_t limit);
 
 /// The text of a field of a part's outputs; empty without one.
 std::string_view fieldOf(const RecordText::Part& part, std::string_view field);

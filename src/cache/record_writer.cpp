@@ -8,6 +8,7 @@
 #include "cache/cache_text.h"
 #include "cache/dependency_file.h"
 #include "cache/record_fields.h"
+#include "cache/record_seal.h"
 
 namespace Vesk {
 namespace {
@@ -134,8 +135,9 @@ class RecordMaker {
         const std::vector<RecordFile>& files = last_.lastFiles();
         numbersOfLast_.resize(files.size());
         std::vector<std::size_t> numbers;
-        for (const std::size_t number :
-             fileNumbers(last_.lastParts()[*last_.lastPart(part)], field, files.size())) {
+        const auto known =
+            fileNumbers(last_.lastParts()[*last_.lastPart(part)], field, files.size());
+        for (const std::size_t number : known.value()) {
             if (!numbersOfLast_[number]) {
                 numbersOfLast_[number] = numberOfKnown(files[number].path);
             }
@@ -223,6 +225,7 @@ class RecordMaker {
                 ++count;
             }
         };
+        addField(recordField::kSeal, first ? openSeal() : "");
         addField(recordField::kFiles, first ? table_.text() : "");
         addField(recordField::kReads, fmt::format("{}", fmt::join(part.reads, " ")));
         addField(recordField::kWrites, fmt::format("{}", fmt::join(part.writes, " ")));

@@ -4,16 +4,18 @@
 #include <functional>
 
 #include "cache/project_cache.h"
+#include "driver/hidden_values.h"
 #include "project/project_catalog.h"
 #include "tools/toolbox.h"
 
 namespace Vesk {
 
 struct DriverOptions {
-    int jobCount = 1;        ///< -j; 0 and 1: one at a time of what can be spread
-    bool rebuild = false;    ///< take nothing from the cache
-    bool dryRun = false;     ///< show the commands, run and write nothing
-    bool keepGoing = false;  ///< after a failure go on with what does not need the failed target
+    int jobCount = 1;          ///< -j; 0 and 1: one at a time of what can be spread
+    bool rebuild = false;      ///< take nothing from the cache
+    bool dryRun = false;       ///< show the commands, run and write nothing
+    bool keepGoing = false;    ///< after a failure go on with what does not need the failed target
+    HiddenValues hidden = {};  ///< that no record shows; those of ENV come on top
 };
 
 /// All that is referred to outlives the build.

@@ -91,10 +91,22 @@ const std::filesystem::path& currentDirectory() {
     return directory;
 }
 
+/// Null for a target that sets none.
+const Context* environmentOf(const TargetContext& target) {
+    const Assignment* variables = target.find(kEnvironmentVariable);
+    const auto* nested =
+        variables != nullptr ? valueAs<VeskContext>(variables->value.get()) : nullptr;
+    return nested != nullptr ? nested->context().get() : nullptr;
+}
+
 class RequestMaker {
   public:
     RequestMaker(const CacheQuestion& question, const TrackingRoot& root)
-        : question_(question), root_(root) {}
+        : question_(question), root_(root), hidden_(question.hidden) {
+        if (const Context* variables = environmentOf(question.target)) {
+            hidden_.add(*variables);
+        }
+    }
 
     CacheRequest make() {
         request_.parts.resize(kFirstRecipePart);
@@ -126,24 +138,25 @@ class RequestMaker {
     CacheRequest::Part recipePart(const Recipe& recipe) {
         CacheRequest::Part part;
         std::vector<RecipeInput> inputs = {
-            {textAssignment("command", recipe.command), std::nullopt}};
+            {textAssignment("command", hidden_.masked(recipe.command)), std::nullopt}};
         const std::filesystem::path& directory =
             recipe.workingDirectory.empty() ? currentDirectory() : recipe.workingDirectory;
         inputs.push_back({textAssignment("cwd", storedDirectory(directory, root_)), std::nullopt});
         for (const std::string& command : recipe.furtherCommands) {
-            inputs.push_back({textAssignment("command", command), std::nullopt});
+            inputs.push_back({textAssignment("command", hidden_.masked(command)), std::nullopt});
         }
         if (recipe.surroundings) {
             inputs.push_back({textAssignment("surroundings", markOf(recipe)), std::nullopt});
         }
         for (const SupportFile& file : recipe.supportFiles) {
-            inputs.push_back({textAssignment("arguments", file.content), std::nullopt});
+            inputs.push_back(
+                {textAssignment("arguments", hidden_.masked(file.content)), std::nullopt});
         }
         for (const RecipeInput& input : recipe.inputs) {
-            RecipeInput& copy = inputs.emplace_back(
-                RecipeInput{relativeAssignment(input.assignment, root_), std::nullopt});
+            RecipeInput& copy =
+                inputs.emplace_back(RecipeInput{comparable(input.assignment), std::nullopt});
             if (input.intermediate) {
-                copy.intermediate = relativeAssignment(*input.intermediate, root_);
+                copy.intermediate = comparable(*input.intermediate);
                 collectPaths(input.assignment.value.get(),
                              [&part](const std::string& path) { part.source = path; });
             }
@@ -308,11 +321,15 @@ class RequestMaker {
     std::string variables() const {
         std::vector<RecipeInput> inputs;
         for (const Assignment& variable : question_.builder.variablesRead(question_.target)) {
-            inputs.push_back({relativeAssignment(variable, root_), std::nullopt});
+            inputs.push_back({comparable(variable), std::nullopt});
         }
         std::string text;
         appendInputs(text, inputs);
         return text;
+    }
+
+    Assignment comparable(const Assignment& assignment) const {
+        return hidden_.masked(relativeAssignment(assignment, root_));
     }
 
     std::string environment() const {
@@ -320,17 +337,15 @@ class RequestMaker {
         std::size_t count = 0;
         for (const auto& [name, assignment] : question_.target.assignments()) {
             if (isToolchainSetting(name)) {
-                appendComparableAssignment(text, relativeAssignment(assignment, root_));
+                appendComparableAssignment(text, comparable(assignment));
                 ++count;
             }
         }
-        const Assignment* variables = question_.target.find(kEnvironmentVariable);
-        const auto* nested =
-            variables != nullptr ? valueAs<VeskContext>(variables->value.get()) : nullptr;
-        if (nested != nullptr) {
-            for (const auto& [name, assignment] : nested->context()->assignments()) {
-                appendTextAssignment(text, std::string(kEnvironmentVariable) + "." + name.str(),
-                                     assignment.value ? assignment.value->toString() : "");
+        if (const Context* variables = environmentOf(question_.target)) {
+            for (const auto& [name, assignment] : variables->assignments()) {
+                appendTextAssignment(
+                    text, std::string(kEnvironmentVariable) + "." + name.str(),
+                    hashInstead(assignment.value ? assignment.value->toString() : ""));
                 ++count;
             }
         }
@@ -344,6 +359,7 @@ class RequestMaker {
 
     const CacheQuestion& question_;
     const TrackingRoot& root_;
+    HiddenValues hidden_;
     std::optional<std::vector<std::string>> namedFiles_;
     const ToolSurroundings* marked_ = nullptr;
     std::string mark_;

@@ -6,6 +6,7 @@
 
 #include "cache/cache_record.h"
 #include "cache/tracked_path.h"
+#include "driver/hidden_values.h"
 #include "run/recipe.h"
 #include "tools/builder.h"
 #include "types/target.h"
@@ -25,6 +26,7 @@ struct CacheQuestion {
     const std::vector<Assignment>& outputs;  ///< of the target, as far as known yet
     const std::vector<Recipe>& recipes;
     const std::vector<DependencyStamp>& dependencies;
+    HiddenValues hidden = {};  ///< that the request does not show; those of ENV come on top
 };
 
 /// What a build of the target would consist of: the variables that its builder consumes, the files

@@ -234,9 +234,9 @@ TargetResult TargetVisit::buildOrReuse() {
         setting_.onRecipes(set.recipes);
     }
     ProjectCache& projectCache = setting_.cacheOf(*location_.project);
-    CacheRequest request =
-        cacheRequest({input_->context(), *choice_.builder, set.assignments, set.recipes, stamps_},
-                     projectCache.root());
+    CacheRequest request = cacheRequest({input_->context(), *choice_.builder, set.assignments,
+                                         set.recipes, stamps_, setting_.options.hidden},
+                                        projectCache.root());
     request.rebuild = setting_.options.rebuild;
     CacheStep cache(projectCache, cacheKey(), std::move(request), setting_.options, displayName_);
 
@@ -375,7 +375,7 @@ void TargetVisit::setEnvironment(BuildEnv& environment) const {
 std::string TargetVisit::cacheKey() const {
     std::string key = displayName_;
     for (const ValuePtr& argument : arguments_) {
-        key += "(" + argument->toDisplayString() + ")";
+        key += "(" + setting_.options.hidden.masked(argument->toDisplayString()) + ")";
     }
     return location_.project->profile.empty() ? key : key + " " + location_.project->profile;
 }

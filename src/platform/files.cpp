@@ -39,10 +39,15 @@ bool isAbsolutePath(std::string_view text) noexcept {
     }
 }
 
-std::optional<FileStatus> fileStatus(const std::string& path) {
-    const std::optional<FileStatus> status = statusAt(path.c_str());
-    noteStatus(path, status);
+std::optional<FileStatus> fileStatus(const std::string& path, std::error_code& error) {
+    const std::optional<FileStatus> status = statusAt(path.c_str(), error);
+    noteStatus(path, status, error);
     return status;
+}
+
+std::optional<FileStatus> fileStatus(const std::string& path) {
+    std::error_code ignored;
+    return fileStatus(path, ignored);
 }
 
 bool isFile(const fs::path& path) {
@@ -78,9 +83,9 @@ fs::path canonicalPath(const fs::path& path, std::error_code& error) {
 }
 
 bool isSameFile(const fs::path& a, const fs::path& b) {
-    noteDeed();  // which file a path leads to is not among what a status tells
-    std::error_code error;
-    return fs::equivalent(a, b, error) && !error;
+    const auto one = fileStatus(a);
+    const auto other = fileStatus(b);
+    return one && other && one->device == other->device && one->number == other->number;
 }
 
 bool removeFile(const fs::path& path, std::error_code& error) {
@@ -89,7 +94,7 @@ bool removeFile(const fs::path& path, std::error_code& error) {
     if (removed || error) {
         noteDeed();
     } else {
-        noteStatus(path, std::nullopt);
+        noteStatus(path, std::nullopt, error);
     }
     return removed;
 }

@@ -24,7 +24,9 @@ std::string pathToUtf8(const std::filesystem::path& path);
 bool isAbsolutePath(std::string_view text) noexcept;
 
 /// The whole file as bytes. On failure returns nothing and sets `error`; a directory fails with
-/// is_a_directory, a file larger than `maxBytes` with file_too_large.
+/// is_a_directory, a file larger than `maxBytes` with file_too_large. A pipe, a device or a socket
+/// is never opened to be read, here and in the next two: it could keep us waiting forever. It fails
+/// with operation_not_supported.
 std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
                                          std::size_t maxBytes = SIZE_MAX);
 
@@ -33,7 +35,7 @@ std::optional<std::string> readStart(const std::filesystem::path& path, std::siz
                                      std::error_code& error);
 
 /// Hands over all bytes of a file, piece by piece, in one buffer. False when it cannot be read to
-/// its end; a directory cannot.
+/// its end; only a regular file can.
 bool readPieces(const std::filesystem::path& path,
                 const std::function<void(std::string_view)>& take);
 
@@ -42,6 +44,11 @@ bool readPieces(const std::filesystem::path& path,
 enum class Append { no, yes };
 bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
                     std::error_code& error);
+
+/// The same for a file of the program's own: when it is new, its owner alone may read it; a link or
+/// something else than a regular file in its place is an error.
+bool writePrivateFile(const std::filesystem::path& path, std::string_view bytes, Append append,
+                      std::error_code& error);
 
 /// Renames `from` over `to` in one step, replacing it; both on one volume. A `to` that is marked
 /// read-only is refused (permission_denied) and stays as it is, on POSIX too, where the system
@@ -52,7 +59,13 @@ bool replaceFile(const std::filesystem::path& from, const std::filesystem::path&
 /// Writes a file in pieces; the bytes as they are. `Append` as for `writeWholeFile`.
 class FileWriter {
   public:
-    explicit FileWriter(const std::filesystem::path& path, Append append = Append::no);
+    enum class Access {
+        common,        ///< as the system has it
+        newlyPrivate,  ///< as for `writePrivateFile`; what is in its place is removed first
+    };
+
+    explicit FileWriter(const std::filesystem::path& path, Append append = Append::no,
+                        Access access = Access::common);
     ~FileWriter();
     FileWriter(const FileWriter&) = delete;
     FileWriter& operator=(const FileWriter&) = delete;
@@ -80,6 +93,8 @@ struct FileStatus {
     std::uint64_t size = 0;  ///< bytes
     std::int64_t modifiedNanoseconds = 0;
     std::int64_t changedNanoseconds = 0;  ///< also moves when the modification time is put back
+    std::uint64_t device = 0;  ///< where it is; on Windows the serial number of the volume
+    std::uint64_t number = 0;  ///< which file it is there: no other file has it at the same time
 };
 
 /// The time that a file changed now would carry, as far as this machine's clock gives it. In the
@@ -89,8 +104,10 @@ std::int64_t fileClock() noexcept;
 /// Nothing when the file does not exist or cannot be examined.
 std::optional<FileStatus> fileStatus(const std::filesystem::path& path);
 
-/// The same for a path in UTF-8, for callers that have no other and ask often.
+/// The same for a path in UTF-8, for callers that have no other and ask often. `error`, when asked
+/// for, is set if the file may exist and the system does not tell.
 std::optional<FileStatus> fileStatus(const std::string& path);
+std::optional<FileStatus> fileStatus(const std::string& path, std::error_code& error);
 
 /// False when it cannot be examined, like `fileStatus`.
 bool isFile(const std::filesystem::path& path);
@@ -128,7 +145,8 @@ void copyPermissions(const std::filesystem::path& from, const std::filesystem::p
 class FileLock {
   public:
     /// Takes the lock, waiting as long as it takes. `onWait`, when given, is called once if the
-    /// lock is not free at once. Throws std::system_error when the lock file cannot be opened or
+    /// lock is not free at once. A file that may only be read is as good as any; a link in its
+    /// place is not followed. Throws std::system_error when the lock file cannot be opened or
     /// locked, and when an interruption (see interrupt.h) ends the waiting.
     explicit FileLock(const std::filesystem::path& path, const std::function<void()>& onWait = {});
     ~FileLock();

@@ -12,8 +12,9 @@
 
 namespace Vesk::platform {
 
-/// Installs the handlers for SIGINT, SIGTERM and SIGHUP (a SIGHUP that is ignored stays ignored,
-/// for nohup), on Windows for the console's control events. Call once, early, on the main thread.
+/// Installs the handlers for SIGINT, SIGTERM and SIGHUP (one that is ignored stays ignored: nohup
+/// and scripts with jobs in the background mean it), on Windows for the console's control events.
+/// Call once, early, on the main thread.
 void installInterruptHandler();
 
 /// The number of the signal that asked us to end (SIGINT for Ctrl-C), 0 when nobody did.

@@ -32,9 +32,12 @@ void note(Question question, std::string_view subject, std::uint64_t answer);
 /// The run has done something, or has asked what cannot be noted: it cannot be repeated.
 void noteDeed() noexcept;
 
-/// Notes the status of a path, which is being examined for whatever reason.
-void noteStatus(const std::filesystem::path& path, const std::optional<FileStatus>& status);
-void noteStatus(const std::string& path, const std::optional<FileStatus>& status);
+/// Notes the status of a path, which is being examined for whatever reason. `error` as
+/// `fileStatus` sets it.
+void noteStatus(const std::filesystem::path& path, const std::optional<FileStatus>& status,
+                const std::error_code& error);
+void noteStatus(const std::string& path, const std::optional<FileStatus>& status,
+                const std::error_code& error);
 
 /// The same for a value of the registry.
 void noteRegistry(std::string_view key, std::string_view name, RegistryView view,
@@ -45,6 +48,6 @@ std::uint64_t digestIfAny(const std::optional<std::string>& text) noexcept;
 std::uint64_t digestOf(const LocalMonth& month) noexcept;
 
 /// `fileStatus` for a path in UTF-8 that ends with a zero, without a note.
-std::optional<FileStatus> statusAt(const char* path);
+std::optional<FileStatus> statusAt(const char* path, std::error_code& error);
 
 }  // namespace Vesk::platform

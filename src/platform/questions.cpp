@@ -26,17 +26,22 @@ std::atomic<bool> repeatable{true};
 std::mutex mutex;
 std::string notes;  // of each question its letter, the answer's digest, the subject, a zero
 
-/// A folder is there or not: what is in it is a question of its own, and its times change with it.
-std::uint64_t digestOfStatus(const std::optional<FileStatus>& status) noexcept {
+/// Of a directory only which one it is: what is in it is a question of its own, and its times
+/// change with it.
+std::uint64_t digestOfStatus(const std::optional<FileStatus>& status,
+                             const std::error_code& error) noexcept {
     if (!status) {
-        return 0;
+        return error ? 1 : 0;
     }
-    if (status->directory) {
-        return 1;
+    std::array<std::uint64_t, 6> parts = {status->directory ? 2U
+                                          : status->regular ? 1U
+                                                            : 0U,
+                                          status->device, status->number};
+    if (!status->directory) {
+        parts[3] = status->size;
+        parts[4] = static_cast<std::uint64_t>(status->modifiedNanoseconds);
+        parts[5] = static_cast<std::uint64_t>(status->changedNanoseconds);
     }
-    const std::array<std::uint64_t, 4> parts = {
-        status->size, static_cast<std::uint64_t>(status->modifiedNanoseconds),
-        static_cast<std::uint64_t>(status->changedNanoseconds), status->regular ? 1U : 0U};
     return XXH3_64bits(parts.data(), sizeof parts);
 }
 
@@ -48,6 +53,12 @@ std::uint64_t digestOfTimes(const std::optional<FileStatus>& status) noexcept {
         static_cast<std::uint64_t>(status->modifiedNanoseconds),
         static_cast<std::uint64_t>(status->changedNanoseconds)};
     return XXH3_64bits(parts.data(), sizeof parts);
+}
+
+std::uint64_t statusAnswer(const char* path) {
+    std::error_code error;
+    const auto status = statusAt(path, error);
+    return digestOfStatus(status, error);
 }
 
 std::uint64_t registryAnswer(std::string_view subject) {
@@ -65,9 +76,9 @@ std::optional<std::uint64_t> answerTo(Question question, const char* subject) {
     std::error_code error;
     switch (question) {
         case Question::Status:
-            return digestOfStatus(statusAt(subject));
+            return statusAnswer(subject);
         case Question::Times:
-            return digestOfTimes(statusAt(subject));
+            return digestOfTimes(statusAt(subject, error));
         case Question::Entries:
             return digestOfEntries(listFolder(pathFromUtf8(subject), error), error);
         case Question::Canonical:
@@ -107,20 +118,22 @@ void noteDeed() noexcept {
     repeatable = false;
 }
 
-void noteStatus(const std::filesystem::path& path, const std::optional<FileStatus>& status) {
+void noteStatus(const std::filesystem::path& path, const std::optional<FileStatus>& status,
+                const std::error_code& error) {
     if (notesAreTaken()) {
-        noteStatus(pathToUtf8(path), status);
+        noteStatus(pathToUtf8(path), status, error);
     }
 }
 
-void noteStatus(const std::string& path, const std::optional<FileStatus>& status) {
+void noteStatus(const std::string& path, const std::optional<FileStatus>& status,
+                const std::error_code& error) {
     if (!notesAreTaken()) {
         return;
     }
     if (status && !status->directory && isRecent(*status)) {
         noteDeed();
     }
-    note(Question::Status, path, digestOfStatus(status));
+    note(Question::Status, path, digestOfStatus(status, error));
 }
 
 void noteTimes(const std::string& directory, const FileStatus& status) {

@@ -36,6 +36,12 @@ TEST_F(FileStatesTest, WhatCountsAsChanged) {
     EXPECT_EQ(before.kind, FileState::Kind::File);
     EXPECT_EQ(FileStates().compare(file, before), Comparison::Same);
 
+    FileState replaced = before;
+    ++replaced.number;
+    EXPECT_EQ(FileStates().compare(file, replaced), Comparison::SameContent) << "another file";
+    replaced.hash.low ^= 1;
+    EXPECT_EQ(FileStates().compare(file, replaced), Comparison::Changed) << "of the same times";
+
     fs::last_write_time(directory / "a",
                         fs::last_write_time(directory / "a") + std::chrono::hours(1));
     EXPECT_EQ(FileStates().compare(file, before), Comparison::SameContent) << "touched";
@@ -149,6 +155,8 @@ TEST_F(FileStatesTest, ReadingAheadOnSeveralThreadsGivesTheSameStates) {
 TEST_F(FileStatesTest, StateLinesComeBack) {
     FileState state;
     state.kind = FileState::Kind::Recent;
+    state.device = ~0ULL;
+    state.number = 7;
     state.size = ~0ULL;
     state.modified = -5;
     state.changed = 1'234'567'890'123'456'789;
@@ -160,12 +168,14 @@ TEST_F(FileStatesTest, StateLinesComeBack) {
     std::string_view name;
     ASSERT_TRUE(takeStateLine(rest, read, name));
     EXPECT_EQ(name, "a b/ä.c");
+    EXPECT_EQ(read.device, state.device);
+    EXPECT_EQ(read.number, state.number);
     EXPECT_EQ(read.size, state.size);
     EXPECT_EQ(read.modified, state.modified);
     EXPECT_EQ(read.hash, state.hash);
     EXPECT_TRUE(rest.empty());
-    for (const char* bad :
-         {"", "x 1 1 1 1 1 a\n", "f 1 1 1 1 a\n", "f 1 1 1 1 1 a", "f -1 1 1 1 1 a\n"}) {
+    for (const char* bad : {"", "x 1 1 1 1 1 1 1 a\n", "f 1 1 1 1 1 1 a\n", "f 1 1 1 1 1 1 1 a",
+                            "f 1 1 -1 1 1 1 1 a\n"}) {
         std::string_view text = bad;
         EXPECT_FALSE(takeStateLine(text, read, name)) << bad;
     }

@@ -5,6 +5,7 @@
 
 #include "cache/cache_text.h"
 #include "cache/project_cache.h"
+#include "cache/record_fields.h"
 #include "cache/record_writer.h"
 #include "platform/support.h"
 
@@ -16,7 +17,8 @@ inline CacheRequest requestFor(const std::string& command, std::vector<std::stri
     CacheRequest request;
     request.parts.resize(kFirstRecipePart + 1);
     CacheRequest::Part& surroundings = request.parts[kSurroundingsPart];
-    appendInputs(surroundings.inputs, {{textAssignment("writes", ""), std::nullopt}});
+    appendInputs(surroundings.inputs,
+                 {{textAssignment(std::string(requestField::kWrites), ""), std::nullopt}});
     surroundings.reads = std::move(reads);
     surroundings.writes = std::move(writes);
     appendInputs(request.parts[kVariablesPart].inputs,

@@ -74,6 +74,24 @@ TEST(WholeFile, WorksBeyondTheClassicPathLimit) {
     EXPECT_EQ(contentOf(deep / "short"), "deep");
 }
 
+TEST(PrivateFile, IsNeverALink) {
+    const TempDir dir;
+    write(dir / "other", "other");
+    std::error_code error;
+    std::filesystem::create_symlink(dir / "other", dir / "link", error);
+    if (error) {
+        GTEST_SKIP() << "no links here: " << error.message();
+    }
+    EXPECT_FALSE(writePrivateFile(dir / "link", "mine", Append::no, error));
+    EXPECT_TRUE(error);
+    FileWriter writer(dir / "link", Append::no, FileWriter::Access::newlyPrivate);
+    EXPECT_TRUE(writer.write("mine") && writer.close());
+    EXPECT_EQ(contentOf(dir / "link") + contentOf(dir / "other"), "mineother");
+    ASSERT_TRUE(writePrivateFile(dir / "link", "his", Append::no, error)) << error.message();
+    ASSERT_TRUE(writePrivateFile(dir / "link", " and hers", Append::yes, error));
+    EXPECT_EQ(contentOf(dir / "link"), "his and hers");
+}
+
 TEST(ReplaceFile, ReplacesAndRefusesReadOnlyTargets) {
     const TempDir dir;
     write(dir / "new", "new");

@@ -47,6 +47,7 @@ TEST(Questions, AChangedAnswerIsNoticed) {
         {"is there", [&] { platform::exists(missing, error); }, appears},
         {"content", [&] { readWholeFile(file, error); }, grows},
         {"no content", [&] { readWholeFile(missing, error); }, appears},
+        {"which file it is", [&] { isSameFile(file, missing); }, appears},
         {"start", [&] { readStart(file, 1, error); }, grows},
         {"pieces", [&] { readPieces(file, [](std::string_view) {}); }, grows},
         {"nothing to remove", [&] { removeFile(missing, error); }, appears},

@@ -98,8 +98,9 @@ def main():
     SETTINGS.vesk = arguments.vesk.resolve()
     SETTINGS.children = arguments.children.resolve()
     SETTINGS.wine = [str(Path(part).resolve()) for part in arguments.wine or []]
-    # Under nohup the tested program would inherit that it is deaf to this one.
+    # Under nohup or in the background of a script the tested program would inherit that it is deaf.
     signal.signal(signal.SIGHUP, signal.SIG_DFL)
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     tests = selected(arguments.patterns)
     counts = {"passed": 0, "failed": 0, "skipped": 0}
     times = []

@@ -1,10 +1,13 @@
 """What is built again, what is not, and what vesk says about it."""
 
+import fcntl
 import os
 import random
+import resource
 import shutil
 import signal
 import time
+import unittest
 
 from harness import HANGS, ProgramTest, SETTINGS, on_system, posix_only
 
@@ -72,7 +75,7 @@ class Rebuilds(Cached):
             (lambda: self.write("src/lib.txt", "new"), ["app", "lib"], "src/lib.txt has changed."),
             (lambda: (self.dir / "out/lib").unlink(), ["lib"], "out/lib is missing."),
             (lambda: self.write("out/app", "by hand"), ["app"], "out/app has changed."),
-            (lambda: set_env(2), ["app"], 'ENV.LEVEL: "1" is now "2".'),
+            (lambda: set_env(2), ["app"], "ENV.LEVEL has changed."),
             (lambda: self.unit(UNIT.replace('"generated"', '"other"')), ["app", "gen"],
              'TEXT: "generated" is now "other".'),
             (lambda: self.unit(UNIT.replace("src/lib.txt out", "./src/lib.txt out")), ["lib"],
@@ -125,6 +128,7 @@ class Rebuilds(Cached):
         self.unit(UNIT.replace("SRC", "OTHER_NAME").replace("unit main", "unit main // comment"))
         self.fresh()
         self.assertEqual(self.built("month=13"), [])
+        self.assertEqual(self.built('month="src/app.txt"'), [], "what hides a text does not change it")
         moved = self.base / "moved"
         shutil.move(self.dir, moved)
         shutil.copytree(moved, self.dir)
@@ -200,14 +204,25 @@ class Failures(Cached):
     def test_damaged_files_are_replaced(self):
         self.built()
         whole = (self.dir / ".vesk_cache").read_bytes()
-        for damaged in (b"", b"VESK_CACHE_V6\n0\n", whole[:-20], b"\xff" * 5000,
-                        whole.replace(b"\n2\n", b"\n9223372036854775808\n", 1)):
-            (self.dir / ".vesk_cache").write_bytes(damaged)
-            result = self.run_vesk("all")
-            self.assertEqual(result.status, 0)
-            self.assertRegex(result.err, r"\ACache file '.*' .*\. Starting with empty cache\.\n\Z")
-            self.fresh()
-            self.assertEqual((self.dir / ".vesk_cache").read_bytes()[:14], b"VESK_CACHE_V7\n")
+        table = whole.index(b"files: states")
+        for name, damaged in (
+                ("Cache", b""), ("Cache", b"VESK_CACHE_V6\n0\n"), ("Cache", whole[:-20]),
+                ("Cache", b"\xff" * 5000),
+                ("Cache", whole.replace(b"\n2\n", b"\n9223372036854775808\n", 1)),
+                # A record without its table of files, which is well formed.
+                ("Cache", whole[:table] + b"F" + whole[table + 1:]),
+                ("Claims", b""), ("Claims", b"9\nmain::"), ("Claims", b"anything")):
+            with self.subTest(name=name, damaged=damaged[:20]):
+                self.write("src/lib.txt", str(damaged))
+                (self.dir / {"Cache": ".vesk_cache", "Claims": ".vesk_cache.claims"}[name]
+                 ).write_bytes(damaged)
+                result = self.run_vesk("all")
+                self.assertEqual(result.status, 0)
+                self.assertRegex(
+                    result.err, rf"\A{name} file '.*' .*\. Starting with empty cache\.\n\Z")
+                self.assertEqual(self.read("out/lib"), str(damaged))
+                self.fresh()
+                self.assertEqual((self.dir / ".vesk_cache").read_bytes()[:14], b"VESK_CACHE_V7\n")
 
     @posix_only("roots may write everywhere there")
     def test_a_place_that_cannot_be_written(self):
@@ -218,19 +233,130 @@ class Failures(Cached):
         self.assertIn("Unable to open cache file", result.err)
 
 
-    @posix_only("there is no file that is always full")
+    @posix_only("there is no limit for the size of files")
     def test_a_full_disk(self):
         self.built()
         self.write("src/lib.txt", "new")
-        os.symlink("/dev/full", self.dir / ".vesk_cache.tmp")
-        result = self.run_vesk("all")
-        self.assertEqual(result.status, 0, "the build itself was fine")
-        self.assertRegex(result.err, r"\AUnable to flush cache file '.*\.vesk_cache\.tmp'\.\n\Z")
+
+        def small_files_only():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+
+        process = self.start("all", preexec_fn=small_files_only)
+        err = self.plain(process.communicate(timeout=60)[1])
+        self.assertEqual(process.returncode, 0, "the build itself was fine")
+        self.assertRegex(err, r"\AUnable to flush cache file '.*\.vesk_cache\.tmp'\.\n\Z")
+        self.assertFalse((self.dir / ".vesk_cache.tmp").exists())
         self.assertEqual(self.built(), ["app", "lib"], "what could not be noted is no hit")
         self.fresh()
 
 
+class Other(Cached):
+    def test_other_files_of_the_same_times(self):
+        """As unpacking leaves them: only which file it is tells them apart."""
+        self.unit('''
+            unit main
+            t: { SRC = P"(current/src)" ^DST = P"(out/t)" cmdline = "child copy current/src out/t" }
+        ''')
+        for how in ("link", "move"):
+            with self.subTest(how):
+                self.same_times({f"{how}1/src": "one", f"{how}2/src": "two"})
+                if how == "link":
+                    os.symlink("link1", self.dir / "current")
+                else:
+                    (self.dir / "current").unlink()
+                    (self.dir / "move1").rename(self.dir / "current")
+                while self.built(target="t"):
+                    time.sleep(0.05)  # until the times could tell
+                self.assertEqual(self.built("--rebuild", target="t"), ["t"])
+                if how == "link":
+                    (self.dir / "current").unlink()
+                    os.symlink("link2", self.dir / "current")
+                else:
+                    (self.dir / "current").rename(self.dir / "away")
+                    (self.dir / "move2").rename(self.dir / "current")
+                self.built(target="t")
+                self.assertEqual(self.read("out/t"), "two")
+
+    def same_times(self, files):
+        """Files that were all written within one tick of the system's clock."""
+        times = set()
+        while len(times) != 1:
+            for name, text in files.items():
+                self.write(name, text)
+            stats = [os.stat(self.dir / name) for name in files]
+            times = {(stat.st_mtime_ns, stat.st_ctime_ns) for stat in stats}
+
+    @posix_only("there are no such files")
+    def test_what_is_no_regular_file_is_not_read(self):
+        os.mkfifo(self.dir / "pipe")
+        self.unit('''
+            unit main
+            t: { IN = [P"(pipe)", P"(/dev/zero)", P"(src)"] cmdline = "child print built" }
+        ''')
+        self.assertEqual(self.built(target="t"), ["t"])
+        self.assertEqual(self.built(target="t"), [])
+        (self.dir / "pipe").unlink()
+        self.write("pipe", "a file now")
+        self.assertEqual(self.built(target="t"), ["t"])
+
+    def test_secrets_are_not_stored(self):
+        self.unit('''
+            unit main
+            t: {
+                ^OUT = P"(out/t)"
+                cmdline = "child copy src/app.txt out/t #${PASSWORD}"
+                ENV = { TOKEN = "from the environment" }
+            }
+        ''')
+        password = 'PASSWORD="from the command line"'
+        said = []
+        for value in (password, password, password.replace("from", "other")):
+            for _ in range(3):
+                self.run_vesk("t", value)
+            said.append(self.built(value, target="t"))
+        self.assertEqual(said, [[], [], []])
+        self.assertEqual(self.built(password, target="t"), ["t"])
+        self.assertEqual(self.reasons(), ["cmdline has changed."])
+        for file in self.dir.glob(".vesk_cache*"):
+            for secret in (b"environment", b"command line"):
+                self.assertNotIn(secret, file.read_bytes(), file)
+            if not SETTINGS.windows and file.suffix != ".lock":
+                self.assertEqual(file.stat().st_mode & 0o777, 0o600, file)
+
+    def test_a_dry_run_writes_nothing(self):
+        def everything():
+            return sorted(str(path) for path in self.dir.rglob("*"))
+
+        self.unit(UNIT + '    c: { OUTPUT_DIR = "new/place" cmdline = "child print c" }\n')
+        before = everything()
+        for target in ("all", "c"):
+            self.assertEqual(self.run_vesk("-n", target).status, 0)
+        self.assertEqual(everything(), before)
+
+
 class TwoAtOnce(Cached):
+    @unittest.skipUnless(hasattr(os, "geteuid") and os.geteuid() == 0 and not SETTINGS.windows,
+                         "only the superuser can be two users")
+    def test_the_lock_of_another_user(self):
+        self.unit('unit main\nt: { cmdline = "child print built" }')
+        lock = self.dir / ".vesk_cache.lock"
+        lock.touch(0o644)
+        for place in (self.base, self.dir):
+            place.chmod(0o777)
+        with open(lock) as file:
+            fcntl.flock(file, fcntl.LOCK_EX)
+            process = self.start("t", user=65534)
+            self.assertIn(b"Waiting for another vesk", process.stdout.readline())
+        self.assertEqual(process.communicate(timeout=60)[1], b"")
+        self.assertEqual(process.returncode, 0)
+
+    def test_no_lock_is_warned_of(self):
+        (self.dir / ".vesk_cache.lock").mkdir()
+        result = self.run_vesk("tool")
+        self.assertEqual(result.status, 0)
+        self.assertRegex(result.err, r"\ABuilding in .* without a lock: .*\n  let no other vesk .*\n")
+
     def test_the_second_waits_and_builds_what_is_left(self):
         self.unit("""
             unit main

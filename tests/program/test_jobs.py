@@ -106,6 +106,16 @@ class Interruption(InterruptedBuild):
         process = self.start_build('"child linger ${here}/started asked"')
         self.expect_end_at_second_request(process, lambda: process.send_signal(signal.SIGINT), 130)
 
+    def test_an_ignored_one_stays_ignored(self):
+        """As a script does with what it starts in the background."""
+        process = self.start_build('"child meet here go"', preexec_fn=lambda: signal.signal(
+            signal.SIGINT, signal.SIG_IGN))
+        wait_until(lambda: "here" in self.files())
+        process.send_signal(signal.SIGINT)
+        (self.dir / "go").touch()
+        output = process.communicate(timeout=60)[0]
+        self.assertEqual((process.returncode, "never" in self.files()), (0, True), output)
+
     def test_commands_that_ended_well_do_not_hide_it(self):
         """A command that ends with status 0 when it is told to: the build still stops."""
         loop = "while :; do sleep 0.01; done"

@@ -16,11 +16,22 @@ namespace {
                             std::string(what) + " '" + pathToUtf8(path) + "'");
 }
 
+/// The lock of another user may be there for reading only, which is enough for the system.
+int openLockFile(const std::filesystem::path& path) noexcept {
+    constexpr int kFlags = O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    int file = ::open(path.c_str(), O_RDWR | kFlags, 0666);
+    if (const int reason = errno; file < 0) {
+        file = ::open(path.c_str(), O_RDONLY | (kFlags & ~O_CREAT));
+        errno = reason;
+    }
+    return file;
+}
+
 }  // namespace
 
 FileLock::FileLock(const std::filesystem::path& path, const std::function<void()>& onWait)
     : handle_(-1) {
-    Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    Descriptor file(openLockFile(path));
     if (!file.valid()) {
         fail("Unable to open lock file", path);
     }

@@ -20,13 +20,36 @@ std::error_code lastError() noexcept {
     return {errno, std::generic_category()};
 }
 
-int openRetrying(const std::filesystem::path& path, int flags) noexcept {
+constexpr mode_t kCommonMode = 0666;
+constexpr mode_t kPrivateMode = 0600;
+
+int openRetrying(const std::filesystem::path& path, int flags, mode_t mode = kCommonMode) noexcept {
     for (;;) {
-        const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
+        const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC, mode);
         if (descriptor >= 0 || errno != EINTR) {
             return descriptor;
         }
     }
+}
+
+/// Opens for reading what is a regular file; a directory fails like one. Asked before it is opened,
+/// as opening a pipe already shows at its other end, and after, as it may be another one by then.
+int openToRead(const std::filesystem::path& path, struct stat& status) noexcept {
+    const auto refused = [&status] {
+        if (S_ISREG(status.st_mode)) {
+            return false;
+        }
+        errno = S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP;
+        return true;
+    };
+    if (::stat(path.c_str(), &status) != 0 || refused()) {
+        return -1;
+    }
+    Descriptor file(openRetrying(path, O_RDONLY | O_NONBLOCK | O_NOCTTY));
+    if (!file.valid() || ::fstat(file.get(), &status) != 0 || refused()) {
+        return -1;
+    }
+    return file.release();
 }
 
 /// Reads to the end into `content`, which has the expected size plus one byte: the extra byte lets
@@ -60,9 +83,54 @@ std::int64_t nanoseconds(const struct timespec& time) noexcept {
 }
 
 FileStatus statusFrom(const struct stat& status) noexcept {
-    return {S_ISDIR(status.st_mode), S_ISREG(status.st_mode),
-            static_cast<std::uint64_t>(status.st_size), nanoseconds(status.st_mtim),
-            nanoseconds(status.st_ctim)};
+    return {S_ISDIR(status.st_mode),
+            S_ISREG(status.st_mode),
+            static_cast<std::uint64_t>(status.st_size),
+            nanoseconds(status.st_mtim),
+            nanoseconds(status.st_ctim),
+            static_cast<std::uint64_t>(status.st_dev),
+            static_cast<std::uint64_t>(status.st_ino)};
+}
+
+/// Notes a status that is asked for along with something else.
+void noteStatusOf(const std::filesystem::path& path) {
+    if (notesAreTaken()) {
+        std::error_code error;
+        noteStatus(path, statusAt(path.c_str(), error), error);
+    }
+}
+
+/// A name that leads through a file is that of nothing as well.
+bool isMissing(int error) noexcept {
+    return error == ENOENT || error == ENOTDIR;
+}
+
+int openToWrite(const std::filesystem::path& path, Append append) noexcept {
+    return openRetrying(path, O_WRONLY | O_CREAT | (append == Append::yes ? O_APPEND : O_TRUNC));
+}
+
+/// Truncates only when it is known to be a file of ours.
+int openPrivate(const std::filesystem::path& path, Append append) noexcept {
+    Descriptor file(openRetrying(
+        path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | (append == Append::yes ? O_APPEND : 0),
+        kPrivateMode));
+    struct stat status {};
+    if (!file.valid() || ::fstat(file.get(), &status) != 0) {
+        return -1;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        errno = ENOTSUP;
+        return -1;
+    }
+    return append == Append::yes || ::ftruncate(file.get(), 0) == 0 ? file.release() : -1;
+}
+
+/// A file that nobody else can have open or can have put there.
+int openNewPrivate(const std::filesystem::path& path) noexcept {
+    if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
+        return -1;
+    }
+    return openRetrying(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, kPrivateMode);
 }
 
 bool writeAll(int descriptor, std::string_view bytes) noexcept {
@@ -74,6 +142,17 @@ bool writeAll(int descriptor, std::string_view bytes) noexcept {
             return false;
         }
     }
+    return true;
+}
+
+bool writeAndClose(int descriptor, std::string_view bytes, std::error_code& error) noexcept {
+    noteDeed();
+    Descriptor file(descriptor);
+    if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
+        error = lastError();
+        return false;
+    }
+    error.clear();
     return true;
 }
 
@@ -90,18 +169,14 @@ std::string pathToUtf8(const std::filesystem::path& path) {
 std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
                                          std::size_t maxBytes) {
     error.clear();
-    const Descriptor file(openRetrying(path, O_RDONLY));
     struct stat status {};
-    if (!file.valid() || ::fstat(file.get(), &status) != 0) {
+    const Descriptor file(openToRead(path, status));
+    if (!file.valid()) {
         error = lastError();
-        noteStatus(path, statusAt(path.c_str()));
+        noteStatusOf(path);
         return std::nullopt;
     }
-    noteStatus(path, statusFrom(status));
-    if (S_ISDIR(status.st_mode)) {
-        error = std::make_error_code(std::errc::is_a_directory);
-        return std::nullopt;
-    }
+    noteStatus(path, statusFrom(status), error);
     const auto size = static_cast<std::size_t>(status.st_size);
     if (size > maxBytes) {
         error = std::make_error_code(std::errc::file_too_large);
@@ -118,8 +193,9 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path, std:
 std::optional<std::string> readStart(const std::filesystem::path& path, std::size_t maxBytes,
                                      std::error_code& error) {
     error.clear();
-    noteStatus(path, statusAt(path.c_str()));
-    const Descriptor file(openRetrying(path, O_RDONLY));
+    noteStatusOf(path);
+    struct stat status {};
+    const Descriptor file(openToRead(path, status));
     if (!file.valid()) {
         error = lastError();
         return std::nullopt;
@@ -143,9 +219,10 @@ std::optional<std::string> readStart(const std::filesystem::path& path, std::siz
 
 bool readPieces(const std::filesystem::path& path,
                 const std::function<void(std::string_view)>& take) {
-    noteStatus(path, statusAt(path.c_str()));
+    noteStatusOf(path);
     thread_local std::string buffer(kPieceBytes, '\0');
-    const Descriptor file(openRetrying(path, O_RDONLY));
+    struct stat status {};
+    const Descriptor file(openToRead(path, status));
     while (file.valid()) {
         const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
         if (count > 0) {
@@ -159,15 +236,12 @@ bool readPieces(const std::filesystem::path& path,
 
 bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
                     std::error_code& error) {
-    error.clear();
-    noteDeed();
-    const int mode = append == Append::yes ? O_APPEND : O_TRUNC;
-    Descriptor file(openRetrying(path, O_WRONLY | O_CREAT | mode));
-    if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
-        error = lastError();
-        return false;
-    }
-    return true;
+    return writeAndClose(openToWrite(path, append), bytes, error);
+}
+
+bool writePrivateFile(const std::filesystem::path& path, std::string_view bytes, Append append,
+                      std::error_code& error) {
+    return writeAndClose(openPrivate(path, append), bytes, error);
 }
 
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
@@ -186,9 +260,16 @@ bool replaceFile(const std::filesystem::path& from, const std::filesystem::path&
     return true;
 }
 
-std::optional<FileStatus> statusAt(const char* path) {
+std::optional<FileStatus> statusAt(const char* path, std::error_code& error) {
+    error.clear();
     struct stat status {};
-    return ::stat(path, &status) == 0 ? std::optional(statusFrom(status)) : std::nullopt;
+    if (::stat(path, &status) == 0) {
+        return statusFrom(status);
+    }
+    if (!isMissing(errno)) {
+        error = lastError();
+    }
+    return std::nullopt;
 }
 
 std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
@@ -205,13 +286,12 @@ std::int64_t fileClock() noexcept {
     return nanoseconds(now);
 }
 
-FileWriter::FileWriter(const std::filesystem::path& path, Append append)
-    : handle_(
-          openRetrying(path, O_WRONLY | O_CREAT | (append == Append::yes ? O_APPEND : O_TRUNC))) {
-    noteDeed();
+FileWriter::FileWriter(const std::filesystem::path& path, Append append, Access access)
+    : handle_(access == Access::common ? openToWrite(path, append) : openNewPrivate(path)) {
     if (!isOpen()) {
         error_ = lastError();
     }
+    noteDeed();
 }
 
 FileWriter::~FileWriter() {

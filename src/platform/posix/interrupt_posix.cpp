@@ -79,7 +79,7 @@ void installInterruptHandler() {
     for (const int signal : kSignals) {
         struct sigaction previous {};
         ::sigaction(signal, nullptr, &previous);
-        if (signal != SIGHUP || previous.sa_handler != SIG_IGN) {
+        if (previous.sa_handler != SIG_IGN) {
             ::sigaction(signal, &action, nullptr);
         }
     }

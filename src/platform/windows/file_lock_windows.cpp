@@ -23,13 +23,27 @@ DWORD tryLock(HANDLE file) noexcept {
                : ::GetLastError();
 }
 
+/// The lock of another user may be there for reading only, which is enough for the system.
+HANDLE openLockFile(const std::filesystem::path& path) {
+    const std::wstring name = extendedPath(path);
+    const auto open = [&name](DWORD access, DWORD disposition) {
+        return ::CreateFileW(
+            name.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+            disposition, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    };
+    HANDLE file = open(GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
+    if (const DWORD reason = ::GetLastError(); file == INVALID_HANDLE_VALUE) {
+        file = open(GENERIC_READ, OPEN_EXISTING);
+        ::SetLastError(reason);
+    }
+    return file;
+}
+
 }  // namespace
 
 FileLock::FileLock(const std::filesystem::path& path, const std::function<void()>& onWait)
     : handle_(0) {
-    Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                              OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    Handle file(openLockFile(path));
     if (!file.valid()) {
         fail(::GetLastError(), "Unable to open lock file", path);
     }

@@ -7,6 +7,7 @@
 #include "platform/notes.h"
 #include "platform/windows/extended_path.h"
 #include "platform/windows/handle.h"
+#include "platform/windows/owner_only.h"
 #include "platform/windows/wide.h"
 
 namespace Vesk::platform {
@@ -81,18 +82,37 @@ std::int64_t unixNanoseconds(std::int64_t ticks) noexcept {
 FileStatus statusFrom(const BY_HANDLE_FILE_INFORMATION& information) noexcept {
     const bool directory = (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     return {
-        directory, !directory,
+        directory,
+        !directory,
         (static_cast<std::uint64_t>(information.nFileSizeHigh) << 32) | information.nFileSizeLow,
-        unixNanoseconds(ticksOf(information.ftLastWriteTime)), 0};
+        unixNanoseconds(ticksOf(information.ftLastWriteTime)),
+        0,
+        information.dwVolumeSerialNumber,
+        (static_cast<std::uint64_t>(information.nFileIndexHigh) << 32) | information.nFileIndexLow};
 }
 
-std::optional<FileStatus> statusOf(const std::filesystem::path& path) {
+/// A name that leads through a file, or to a drive without a disk, is that of nothing as well.
+bool isMissing(DWORD error) noexcept {
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+           error == ERROR_INVALID_NAME || error == ERROR_BAD_NETPATH ||
+           error == ERROR_BAD_NET_NAME || error == ERROR_NOT_READY || error == ERROR_INVALID_DRIVE;
+}
+
+std::optional<FileStatus> statusOf(const std::filesystem::path& path, std::error_code& error) {
+    error.clear();
     // Opened, not asked by name: a link leads to its file, and only a handle tells the change time.
     const Handle file(::CreateFileW(extendedPath(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll,
                                     nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    BY_HANDLE_FILE_INFORMATION information{};
-    if (!file.valid() || !::GetFileInformationByHandle(file.get(), &information)) {
+    if (!file.valid()) {
+        if (!isMissing(::GetLastError())) {
+            error = lastError();
+        }
         return std::nullopt;
+    }
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (::GetFileType(file.get()) != FILE_TYPE_DISK ||
+        !::GetFileInformationByHandle(file.get(), &information)) {
+        return FileStatus{};  // a device or a pipe
     }
     FileStatus status = statusFrom(information);
     FILE_BASIC_INFO times{};
@@ -100,6 +120,77 @@ std::optional<FileStatus> statusOf(const std::filesystem::path& path) {
         status.changedNanoseconds = unixNanoseconds(times.ChangeTime.QuadPart);
     }
     return status;
+}
+
+/// Notes a status that is asked for along with something else.
+void noteStatusOf(const std::filesystem::path& path) {
+    if (notesAreTaken()) {
+        std::error_code error;
+        noteStatus(path, statusOf(path, error), error);
+    }
+}
+
+/// Opens for reading what is a regular file, or else gives an invalid handle and sets `error`.
+/// Asked with a handle that reads nothing first: to read from a device can mean to wait.
+HANDLE openToRead(const std::filesystem::path& path, DWORD flags, std::error_code& error) {
+    const auto status = statusOf(path, error);
+    if (status && !status->regular) {
+        error = status->directory ? std::make_error_code(std::errc::is_a_directory)
+                                  : std::error_code(ERROR_NOT_SUPPORTED, std::system_category());
+        return INVALID_HANDLE_VALUE;
+    }
+    const HANDLE file = ::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
+                                      OPEN_EXISTING, flags, nullptr);
+    error = file == INVALID_HANDLE_VALUE ? lastError() : std::error_code();
+    return file;
+}
+
+HANDLE openToWrite(const std::filesystem::path& path, Append append) {
+    const bool adds = append == Append::yes;
+    return ::CreateFileW(extendedPath(path).c_str(), adds ? FILE_APPEND_DATA : GENERIC_WRITE,
+                         kShareAll, nullptr, adds ? OPEN_ALWAYS : CREATE_ALWAYS,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+/// Opens the link itself, if there is one, to refuse it. Truncates only what is known to be a file.
+HANDLE openPrivate(const std::filesystem::path& path, Append append) {
+    const OwnerOnly owner;
+    const bool adds = append == Append::yes;
+    Handle file(::CreateFileW(extendedPath(path).c_str(),
+                              adds ? FILE_APPEND_DATA | FILE_READ_ATTRIBUTES : GENERIC_WRITE,
+                              kShareAll, owner.attributes(), OPEN_ALWAYS,
+                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!file.valid() || !::GetFileInformationByHandle(file.get(), &information)) {
+        return INVALID_HANDLE_VALUE;
+    }
+    if ((information.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        ::SetLastError(ERROR_CANT_ACCESS_FILE);
+        return INVALID_HANDLE_VALUE;
+    }
+    return adds || ::SetEndOfFile(file.get()) ? file.release() : INVALID_HANDLE_VALUE;
+}
+
+/// A file that nobody else can have open or can have put there.
+HANDLE openNewPrivate(const std::filesystem::path& path) {
+    const OwnerOnly owner;
+    const std::wstring name = extendedPath(path);
+    if (!::DeleteFileW(name.c_str()) && ::GetLastError() != ERROR_FILE_NOT_FOUND) {
+        return INVALID_HANDLE_VALUE;
+    }
+    return ::CreateFileW(name.c_str(), GENERIC_WRITE, kShareAll, owner.attributes(), CREATE_NEW,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+bool writeAndClose(HANDLE handle, std::string_view bytes, std::error_code& error) {
+    noteDeed();
+    Handle file(handle);
+    if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
+        error = lastError();
+        return false;
+    }
+    error.clear();
+    return true;
 }
 
 }  // namespace
@@ -114,25 +205,14 @@ std::string pathToUtf8(const std::filesystem::path& path) {
 
 std::optional<std::string> readWholeFile(const std::filesystem::path& path, std::error_code& error,
                                          std::size_t maxBytes) {
-    error.clear();
-    if (notesAreTaken()) {
-        noteStatus(path, statusOf(path));
-    }
-    // Backup semantics open directories as well, so that they can be told from unreadable files.
-    const Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    if (!file.valid()) {
-        error = lastError();
-        return std::nullopt;
-    }
+    noteStatusOf(path);
+    const Handle file(openToRead(path, FILE_ATTRIBUTE_NORMAL, error));
     BY_HANDLE_FILE_INFORMATION information{};
-    // Devices and pipes give no information and have no size in advance.
-    const bool isFile = ::GetFileInformationByHandle(file.get(), &information) != 0;
-    const FileStatus status = isFile ? statusFrom(information) : FileStatus{};
-    if (status.directory) {
-        error = std::make_error_code(std::errc::is_a_directory);
+    if (!file.valid() || !::GetFileInformationByHandle(file.get(), &information)) {
+        error = error ? error : lastError();
         return std::nullopt;
     }
+    const FileStatus status = statusFrom(information);
     if (status.size > maxBytes) {
         error = std::make_error_code(std::errc::file_too_large);
         return std::nullopt;
@@ -149,16 +229,14 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path, std:
 
 std::optional<std::string> readStart(const std::filesystem::path& path, std::size_t maxBytes,
                                      std::error_code& error) {
-    error.clear();
-    if (notesAreTaken()) {
-        noteStatus(path, statusOf(path));
+    noteStatusOf(path);
+    const Handle file(openToRead(path, FILE_ATTRIBUTE_NORMAL, error));
+    if (!file.valid()) {
+        return std::nullopt;
     }
-    const Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     std::string content(maxBytes, '\0');
     DWORD count = 0;
-    if (!file.valid() ||
-        !::ReadFile(file.get(), content.data(), static_cast<DWORD>(maxBytes), &count, nullptr)) {
+    if (!::ReadFile(file.get(), content.data(), static_cast<DWORD>(maxBytes), &count, nullptr)) {
         error = lastError();
         return std::nullopt;
     }
@@ -168,12 +246,10 @@ std::optional<std::string> readStart(const std::filesystem::path& path, std::siz
 
 bool readPieces(const std::filesystem::path& path,
                 const std::function<void(std::string_view)>& take) {
-    if (notesAreTaken()) {
-        noteStatus(path, statusOf(path));
-    }
+    noteStatusOf(path);
     thread_local std::string buffer(kPieceBytes, '\0');
-    const Handle file(::CreateFileW(extendedPath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    std::error_code ignored;
+    const Handle file(openToRead(path, FILE_FLAG_SEQUENTIAL_SCAN, ignored));
     DWORD count = 0;
     while (file.valid() && ::ReadFile(file.get(), buffer.data(), static_cast<DWORD>(kPieceBytes),
                                       &count, nullptr)) {
@@ -187,17 +263,12 @@ bool readPieces(const std::filesystem::path& path,
 
 bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes, Append append,
                     std::error_code& error) {
-    error.clear();
-    noteDeed();
-    const bool adds = append == Append::yes;
-    Handle file(::CreateFileW(extendedPath(path).c_str(), adds ? FILE_APPEND_DATA : GENERIC_WRITE,
-                              kShareAll, nullptr, adds ? OPEN_ALWAYS : CREATE_ALWAYS,
-                              FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
-        error = lastError();
-        return false;
-    }
-    return true;
+    return writeAndClose(openToWrite(path, append), bytes, error);
+}
+
+bool writePrivateFile(const std::filesystem::path& path, std::string_view bytes, Append append,
+                      std::error_code& error) {
+    return writeAndClose(openPrivate(path, append), bytes, error);
 }
 
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
@@ -227,13 +298,14 @@ bool replaceFile(const std::filesystem::path& from, const std::filesystem::path&
     }
 }
 
-std::optional<FileStatus> statusAt(const char* path) {
-    return statusOf(pathFromUtf8(path));
+std::optional<FileStatus> statusAt(const char* path, std::error_code& error) {
+    return statusOf(pathFromUtf8(path), error);
 }
 
 std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
-    const std::optional<FileStatus> status = statusOf(path);
-    noteStatus(path, status);
+    std::error_code error;
+    const std::optional<FileStatus> status = statusOf(path, error);
+    noteStatus(path, status, error);
     return status;
 }
 
@@ -243,16 +315,13 @@ std::int64_t fileClock() noexcept {
     return unixNanoseconds(ticksOf(now));
 }
 
-FileWriter::FileWriter(const std::filesystem::path& path, Append append) {
-    noteDeed();
-    const bool adds = append == Append::yes;
-    const HANDLE file = ::CreateFileW(
-        extendedPath(path).c_str(), adds ? FILE_APPEND_DATA : GENERIC_WRITE, kShareAll, nullptr,
-        adds ? OPEN_ALWAYS : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    handle_ = reinterpret_cast<std::intptr_t>(file);  // INVALID_HANDLE_VALUE is kNone
+FileWriter::FileWriter(const std::filesystem::path& path, Append append, Access access)
+    : handle_(reinterpret_cast<std::intptr_t>(  // INVALID_HANDLE_VALUE is kNone
+          access == Access::common ? openToWrite(path, append) : openNewPrivate(path))) {
     if (!isOpen()) {
         error_ = lastError();
     }
+    noteDeed();
 }
 
 FileWriter::~FileWriter() {

@@ -4,9 +4,14 @@
 #include <csignal>
 #include <windows.h>
 
+#include "platform/windows/console_interrupt.h"
+
 namespace Vesk::platform {
 
 namespace {
+
+// Of a Ctrl-C that is known of only because a command has ended with it.
+constexpr int kAnnounced = -SIGINT;
 
 std::atomic<int> requestedSignal{0};
 
@@ -15,9 +20,11 @@ std::atomic<int> requestedSignal{0};
 BOOL WINAPI onControlEvent(DWORD event) {
     const bool fromKeyboard = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
     const int signal = fromKeyboard ? SIGINT : SIGTERM;
-    int none = 0;
-    if (!requestedSignal.compare_exchange_strong(none, signal)) {
-        constexpr UINT kEndedByControlC = 0xC000013A;
+    int earlier = 0;
+    const bool isFirst =
+        requestedSignal.compare_exchange_strong(earlier, signal) ||
+        (earlier == kAnnounced && requestedSignal.compare_exchange_strong(earlier, signal));
+    if (!isFirst) {
         ::TerminateProcess(::GetCurrentProcess(), kEndedByControlC);
     }
     if (!fromKeyboard) {
@@ -34,8 +41,16 @@ void installInterruptHandler() {
     ::SetConsoleCtrlHandler(onControlEvent, TRUE);
 }
 
+void noteExitCode(DWORD code) noexcept {
+    int none = 0;
+    if (code == kEndedByControlC) {
+        requestedSignal.compare_exchange_strong(none, kAnnounced);
+    }
+}
+
 int interruptSignal() noexcept {
-    return requestedSignal;
+    const int signal = requestedSignal;
+    return signal == kAnnounced ? SIGINT : signal;
 }
 
 }  // namespace Vesk::platform

@@ -8,6 +8,7 @@
 
 #include "platform/interrupt.h"
 #include "platform/notes.h"
+#include "platform/windows/console_interrupt.h"
 #include "platform/windows/handle.h"
 #include "platform/windows/wide.h"
 
@@ -98,6 +99,7 @@ ProcessResult runProcess(const ProcessRequest& request) {
         !::GetExitCodeProcess(process.get(), &exitCode)) {
         exitCode = ::GetLastError();
     }
+    noteExitCode(exitCode);
     return {true, static_cast<int>(exitCode)};
 }
 

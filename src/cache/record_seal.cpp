@@ -1,0 +1,75 @@
+#include "cache/record_seal.h"
+
+#include <algorithm>
+#include <charconv>
+#include <fmt/format.h>
+
+#include "cache/file_state.h"
+#include "cache/record_files.h"
+#include "platform/files.h"
+
+namespace Vesk {
+namespace {
+
+constexpr std::size_t kDayDigits = 6;
+constexpr std::size_t kHashDigits = 32;
+constexpr std::size_t kSealSize = kDayDigits + 1 + kHashDigits;  // "020417 0123...ef"
+
+/// Empty without one.
+std::string_view sealOf(const RecordText& record) {
+    const auto parts = record.layout(1).parts;
+    return parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kSeal);
+}
+
+/// Of the key and the whole text but the hash itself, which starts at `hashAt`.
+std::string hashDigits(std::string_view key, std::string_view text, std::size_t hashAt) {
+    return digits(hashText({key, "\n", text.substr(0, hashAt), text.substr(hashAt + kHashDigits)}));
+}
+
+/// Fields of ours are in many places, so that they are never all damaged at once.
+bool isOurs(const RecordText& record) {
+    return record.text().find("\nfiles: ") != std::string_view::npos;
+}
+
+}  // namespace
+
+DayNumber today() noexcept {
+    constexpr std::int64_t kNanosecondsPerDay = std::int64_t{86'400} * 1'000'000'000;
+    return static_cast<DayNumber>(platform::fileClock() / kNanosecondsPerDay);
+}
+
+const std::string& openSeal() {
+    static const std::string seal(kSealSize, '0');
+    return seal;
+}
+
+std::optional<DayNumber> checkSeal(std::string_view key, const RecordText& record) {
+    const std::string_view seal = sealOf(record);
+    if (seal.empty()) {
+        return isOurs(record) ? std::nullopt : std::optional<DayNumber>(0);
+    }
+    const auto hashAt =
+        static_cast<std::size_t>(seal.data() - record.text().data()) + kDayDigits + 1;
+    DayNumber day = 0;
+    std::from_chars(seal.data(), seal.data() + std::min(kDayDigits, seal.size()), day);
+    const bool whole = seal.size() == kSealSize && day != 0 &&
+                       seal.substr(kDayDigits + 1) == hashDigits(key, record.text(), hashAt);
+    return whole ? std::optional(day) : std::nullopt;
+}
+
+void appendSealed(std::string& out, std::string_view key, const RecordText& record, DayNumber day) {
+    const std::string_view text = record.text();
+    const std::size_t start = out.size();
+    out += text;
+    const std::string_view seal = sealOf(record);
+    if (seal.size() != kSealSize) {
+        return;
+    }
+    const auto sealAt = static_cast<std::size_t>(seal.data() - text.data());
+    const std::size_t hashAt = sealAt + kDayDigits + 1;
+    out.replace(start + sealAt, kDayDigits + 1, fmt::format("{:0{}} ", day, kDayDigits));
+    const std::string hash = hashDigits(key, std::string_view(out).substr(start), hashAt);
+    out.replace(start + hashAt, kHashDigits, hash);
+}
+
+}  // namespace Vesk
