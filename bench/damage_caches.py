@@ -113,7 +113,8 @@ class Project:
 
     def build(self):
         return subprocess.run([self.vesk, "all"], cwd=self.dir, env=self.environment, text=True,
-                              stdin=subprocess.DEVNULL, capture_output=True)
+                              errors="backslashreplace", stdin=subprocess.DEVNULL,
+                              capture_output=True)
 
     def wrong(self, result):
         """What the build did wrong; empty when nothing."""
@@ -127,7 +128,8 @@ class Project:
 
 
 def damaged(whole, dice, earlier):
-    """The bytes, changed in one of many ways; of another build for one."""
+    """The bytes, changed in one of many ways. The last ones take whole records of an earlier build,
+    which need not be noticed, as they are not wrong in themselves."""
     at = dice.randrange(len(whole) + 1)
     end = min(len(whole), at + dice.choice((1, 1, 2, 10, 100)))
     piece = whole[at:end]
@@ -139,11 +141,13 @@ def damaged(whole, dice, earlier):
         lambda: whole[:at] + bytes(byte ^ 1 << dice.randrange(8) for byte in piece) + whole[end:],
         lambda: whole[:at] + dice.randbytes(len(piece)) + whole[end:],
         lambda: whole[:at] + bytes(len(whole) - at),
+        lambda: b"",
         lambda: whole[:at] + earlier[at:],
         lambda: earlier,
-        lambda: b"",
     ]
-    return dice.choice(ways)()
+    way = dice.randrange(len(ways))
+    content = ways[way]()
+    return content, content != whole and way < len(ways) - 2
 
 
 def damage_something(project, dice, earlier):
@@ -152,13 +156,13 @@ def damage_something(project, dice, earlier):
                                                              ".vesk_cache.claims"))
     whole = file.read_bytes() if file.is_file() else b""
     if file.suffix == ".claims":
-        file.write_bytes(damaged(b"9\nmain::all\n", dice, b""))
+        # The format has a hash after each name.
+        file.write_bytes(damaged(b"9\nmain::all\n", dice, b"")[0])
         return "Claims"
-    content = damaged(whole, dice, earlier.get(file.name, b""))
-    known = content in (whole, earlier.get(file.name))
+    content, is_wrong = damaged(whole, dice, earlier.get(file.name, b""))
     earlier[file.name] = whole
     file.write_bytes(content)
-    return "Cache" if file.name == ".vesk_cache" and not known else ""
+    return "Cache" if file.name == ".vesk_cache" and is_wrong else ""
 
 
 def play(project, dice, rounds):

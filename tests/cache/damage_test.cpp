@@ -65,10 +65,10 @@ class DamageTest : public testing::Test {
         return console.text();
     }
 
-    void expectThatEveryDamageIsSeen(const fs::path& file, const std::string& kind) {
-        const std::string start = kind + " file '" + platform::pathToUtf8(file) + "' ";
-        for (const std::string& damaged : damagedInOnePlace(contentOf(file))) {
-            write(file, damaged);
+    void expectThatEveryDamageIsSeen(const fs::path& target, const std::string& kind) {
+        const std::string start = kind + " file '" + platform::pathToUtf8(target) + "' ";
+        for (const std::string& damaged : damagedInOnePlace(contentOf(target))) {
+            write(target, damaged);
             const std::string said = build();
             ASSERT_TRUE(said.starts_with(start)) << said << damaged;
             ASSERT_TRUE(said.ends_with(". Starting with empty cache.\n")) << said;
