@@ -175,8 +175,9 @@ def play(project, dice, rounds):
             project.edit()
         must_say = damage_something(project, dice, earlier)
         result = project.build()
-        said = re.sub(r"(Cache|Claims) file '.*' .*Starting with empty cache\.\n", "", result.stderr,
-                      flags=re.DOTALL)
+        # The parser may say of a damaged assignment what it met, the header may be any bytes.
+        said = re.sub(r"(line \d+:\d+ .*?)?(Cache|Claims) file '.*' .*Starting with empty cache\.\n",
+                      "", result.stderr, flags=re.DOTALL)
         fault = project.wrong(result) or said
         if must_say and f"{must_say} file '" not in result.stderr:
             fault = fault or f"{must_say}: the damage was not reported"

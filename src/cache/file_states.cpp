@@ -18,7 +18,8 @@ bool isFile(FileState::Kind kind) {
 /// Whether it is the same file, and nobody has written to it.
 bool untouched(const platform::FileStatus& status, const FileState& state) {
     return status.device == state.device && status.number == state.number &&
-           status.size == state.size && status.modifiedNanoseconds == state.modified &&
+           (status.directory || status.size == state.size) &&
+           status.modifiedNanoseconds == state.modified &&
            status.changedNanoseconds == state.changed;
 }
 
@@ -127,6 +128,8 @@ FileState FileStates::stateOf(Entry& entry, std::string_view path) {
     } else if (state.kind == FileState::Kind::Names) {
         // Times of this moment will not tell of a further name; those of no directory never do.
         const bool recent = platform::isRecent(entry.status);
+        state.device = entry.status.device;
+        state.number = entry.status.number;
         state.modified = recent ? 0 : entry.status.modifiedNanoseconds;
         state.changed = recent ? 0 : entry.status.changedNanoseconds;
         state.hash = entry.hash;
@@ -141,8 +144,7 @@ FileStates::Comparison FileStates::compareNames(Entry& entry, std::string_view p
     if (entry.kind != FileState::Kind::Names) {
         return Comparison::Changed;
     }
-    if (!entry.hashed && entry.status.modifiedNanoseconds == stored.modified &&
-        entry.status.changedNanoseconds == stored.changed) {
+    if (!entry.hashed && untouched(entry.status, stored)) {
         platform::noteTimes(std::string(directoryOf(path)), entry.status);
         entry.hash = stored.hash;
         entry.hashed = true;
