@@ -260,7 +260,7 @@ class Other(Cached):
         ''')
         for how in ("link", "move"):
             with self.subTest(how):
-                self.same_times({f"{how}1/src": "one", f"{how}2/src": "two"})
+                self.write_at_once({f"{how}1/src": "one", f"{how}2/src": "two"})
                 if how == "link":
                     os.symlink("link1", self.dir / "current")
                 else:
@@ -277,15 +277,6 @@ class Other(Cached):
                     (self.dir / "move2").rename(self.dir / "current")
                 self.built(target="t")
                 self.assertEqual(self.read("out/t"), "two")
-
-    def same_times(self, files):
-        """Files that were all written within one tick of the system's clock."""
-        times = set()
-        while len(times) != 1:
-            for name, text in files.items():
-                self.write(name, text)
-            stats = [os.stat(self.dir / name) for name in files]
-            times = {(stat.st_mtime_ns, stat.st_ctime_ns) for stat in stats}
 
     @posix_only("there are no such files")
     def test_what_is_no_regular_file_is_not_read(self):
