@@ -83,6 +83,10 @@ int runProgram(const std::vector<std::string>& arguments) {
         status = runReporting(application, arguments);
     }
     console::flush();
+    if (console::outputIsLost()) {
+        console::error("Unable to write all of standard output.");
+        return status == 0 ? kFailed : status;
+    }
     return status;
 }
 

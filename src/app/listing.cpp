@@ -95,8 +95,9 @@ void listTargets(const Project& project, const std::string& unitName,
         if (column.empty()) {
             console::normal("{}", target->name);
         } else {
-            console::normal("{:{}}  {}", target->name, width,
-                            console::coloured(console::colour::kSecondColumn, column));
+            console::writeColumns(console::level::kNormal, console::colour::kNormal,
+                                  fmt::format("{:{}}  ", target->name, width),
+                                  {console::colour::kSecondColumn, column});
         }
     }
 }

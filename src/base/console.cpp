@@ -4,8 +4,10 @@
 #include <charconv>
 #include <cstdlib>
 #include <mutex>
+#include <sstream>
 #include <vector>
 
+#include "base/printable.h"
 #include "platform/console.h"
 #include "platform/environment.h"
 
@@ -28,6 +30,7 @@ struct Shared {
     std::mutex mutex;
     std::string prefix;
     std::string buffered;
+    bool failed = false;  ///< a part of standard output is lost
     bool keeps = false;
     std::string kept;
 
@@ -39,7 +42,7 @@ struct Shared {
 
     void flushLocked() noexcept {
         if (!buffered.empty()) {
-            platform::writeBytes(platform::Stream::Output, buffered);
+            failed = !platform::writeBytes(platform::Stream::Output, buffered) || failed;
             buffered.clear();
         }
     }
@@ -75,13 +78,20 @@ void appendEscape(std::string& line, int colour) {
     fmt::format_to(std::back_inserter(line), "\x1b[38;5;{}m", colour);
 }
 
-void appendLine(std::string& out, int colour, std::string_view prefix, std::string_view text) {
+void appendLine(std::string& out, int colour, std::string_view prefix, std::string_view text,
+                const SecondColumn& second = {}) {
     const bool escapes = coloursWanted();
     if (escapes) {
         appendEscape(out, colour);
     }
     out += prefix;
-    out += text;
+    appendPrintable(out, text);
+    if (!second.text.empty()) {
+        if (escapes) {
+            appendEscape(out, second.colour);
+        }
+        appendPrintable(out, second.text);
+    }
     out += escapes ? "\x1b[0m\n" : "\n";
 }
 
@@ -92,10 +102,35 @@ void appendMessage(std::string& out, int colour, std::string_view prefix, std::s
     }
     appendLine(out, colour, prefix, text);
     for (const std::string& note : notes) {
-        if (!note.empty()) {
-            appendLine(out, colour, "  ", note);
+        std::istringstream lines(note);
+        for (std::string line; std::getline(lines, line);) {
+            appendLine(out, colour, "  ", line);
         }
     }
+}
+
+/// Writes what `append` adds to a text, given the prefix.
+template <class Append>
+void put(int level, Append append) {
+    if (!enabled(level)) {
+        return;
+    }
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    if (level < level::kWarning) {
+        const std::size_t start = state.buffered.size();
+        append(state.buffered, state.prefix);
+        state.keepLocked(kOutput, std::string_view(state.buffered).substr(start));
+        if (state.buffered.size() >= kFlushAt) {
+            state.flushLocked();
+        }
+        return;
+    }
+    state.flushLocked();
+    std::string lines;
+    append(lines, state.prefix);
+    state.keepLocked(kError, lines);
+    platform::writeBytes(platform::Stream::Error, lines);
 }
 
 }  // namespace
@@ -117,35 +152,15 @@ void write(int level, int colour, std::string_view text) {
 }
 
 void write(int level, int colour, std::string_view text, const std::vector<std::string>& notes) {
-    if (!enabled(level)) {
-        return;
-    }
-    Shared& state = shared();
-    const std::lock_guard lock(state.mutex);
-    if (level < level::kWarning) {
-        const std::size_t start = state.buffered.size();
-        appendMessage(state.buffered, colour, state.prefix, text, notes);
-        state.keepLocked(kOutput, std::string_view(state.buffered).substr(start));
-        if (state.buffered.size() >= kFlushAt) {
-            state.flushLocked();
-        }
-        return;
-    }
-    state.flushLocked();
-    std::string lines;
-    appendMessage(lines, colour, state.prefix, text, notes);
-    state.keepLocked(kError, lines);
-    platform::writeBytes(platform::Stream::Error, lines);
+    put(level, [&](std::string& out, std::string_view prefix) {
+        appendMessage(out, colour, prefix, text, notes);
+    });
 }
 
-std::string coloured(int colour, std::string_view text) {
-    if (!coloursWanted()) {
-        return std::string(text);
-    }
-    std::string result;
-    appendEscape(result, colour);
-    result += text;
-    return result;
+void writeColumns(int level, int colour, std::string_view text, const SecondColumn& second) {
+    put(level, [&](std::string& out, std::string_view prefix) {
+        appendLine(out, colour, prefix, text, second);
+    });
 }
 
 void setPrefix(std::string prefix) {
@@ -200,6 +215,12 @@ void flush() noexcept {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
     state.flushLocked();
+}
+
+bool outputIsLost() noexcept {
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    return state.failed;
 }
 
 }  // namespace Vesk::console

@@ -47,12 +47,22 @@ void setThreshold(int value) noexcept;
 bool enabled(int level) noexcept;
 
 /// Writes one message line: prefix and text in the colour, the colour's end, a line end. One line
-/// end at the end of the text is dropped first.
+/// end at the end of the text is dropped first. Control characters in the text, which would reach
+/// into the terminal, are shown as "\x1b"; tabs and line ends stay.
 void write(int level, int colour, std::string_view text);
 
 /// The same, and below it each note that is not empty on a line of its own, indented by two blanks.
 /// No other message comes between.
 void write(int level, int colour, std::string_view text, const std::vector<std::string>& notes);
+
+/// What stands behind a message's text in a colour of its own.
+struct SecondColumn {
+    int colour = colour::kNormal;
+    std::string_view text;
+};
+
+/// A message line with a second column.
+void writeColumns(int level, int colour, std::string_view text, const SecondColumn& second);
 
 template <class... Args>
 void message(int level, int colour, fmt::format_string<Args...> format, Args&&... args) {
@@ -81,10 +91,6 @@ void error(fmt::format_string<Args...> format, Args&&... args) {
     message(level::kError, colour::kError, format, std::forward<Args>(args)...);
 }
 
-/// Wraps a part of a message in a colour of its own; plain when colours are off. The caller goes
-/// back to the message's colour with the next call.
-std::string coloured(int colour, std::string_view text);
-
 /// The text that stands before every message, normally "[unit::target] ".
 void setPrefix(std::string prefix);
 
@@ -103,5 +109,8 @@ bool repeat(std::string_view transcript);
 
 /// Hands the buffered standard output to the system.
 void flush() noexcept;
+
+/// Whether some of the standard output could not be written: a full disk, a reader that is gone.
+bool outputIsLost() noexcept;
 
 }  // namespace Vesk::console

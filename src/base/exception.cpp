@@ -1,6 +1,9 @@
 #include "base/exception.h"
 
 #include <exception>
+#include <sstream>
+
+#include "base/text.h"
 
 namespace Vesk {
 namespace {
@@ -25,11 +28,19 @@ void Noted::addNote(std::function<std::string()> makeNote) {
 std::vector<std::string> Noted::notes() const {
     std::vector<std::string> lines;
     for (const auto& makeNote : notes_) {
-        if (std::string line = makeNote(); !line.empty()) {
-            lines.push_back(std::move(line));
+        std::istringstream note(makeNote());
+        for (std::string line; std::getline(note, line);) {
+            lines.push_back(line);
         }
     }
     return lines;
+}
+
+void Noted::addPlace(const SourcePlace& place) {
+    if (!hasPlace_ && place.file != 0) {
+        hasPlace_ = true;
+        addNote([place] { return joined(placeLines(place), "\n"); });
+    }
 }
 
 std::string VeskException::report() const {
@@ -42,13 +53,19 @@ std::string reportOf(const std::exception& error) {
 }
 
 void rethrowWithNote(const std::string& note) {
+    rethrowWithNote(SourcePlace{}, note);
+}
+
+void rethrowWithNote(const SourcePlace& place, const std::string& note) {
     try {
         throw;
     } catch (Noted& error) {
+        error.addPlace(place);
         error.addNote(note);
         throw;
     } catch (const std::exception& exception) {
         NotedError error(exception.what());
+        error.addPlace(place);
         error.addNote(note);
         throw error;
     }

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/source_place.h"
+
 namespace Vesk {
 
 /// Something with notes: lines below an error's text that say where the failing thing was asked
@@ -23,10 +25,15 @@ class Noted {
     /// caught by whoever asked and never seen.
     void addNote(std::function<std::string()> makeNote);
 
+    /// Shows where the error lies, with the line of the file. Only the first place counts, the
+    /// innermost.
+    void addPlace(const SourcePlace& place);
+
     /// The lines, without indentation.
     std::vector<std::string> notes() const;
 
   private:
+    bool hasPlace_ = false;
     std::vector<std::function<std::string()>> notes_;
 };
 
@@ -60,5 +67,8 @@ std::string reportOf(const std::exception& error);
 /// Rethrows the exception being handled with `note` added. A standard exception that cannot carry
 /// notes continues as a NotedError. Call inside a catch block only.
 [[noreturn]] void rethrowWithNote(const std::string& note);
+
+/// The same with the place, which is shown before the note.
+[[noreturn]] void rethrowWithNote(const SourcePlace& place, const std::string& note);
 
 }  // namespace Vesk

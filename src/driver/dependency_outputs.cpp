@@ -144,7 +144,7 @@ void DependencyOutputs::mergeOutputs(const DependencyOutput& dependency) {
         Assignment moved = resolvedAssignment(
             name, deepCopy(assignment.exported ? *assignment.exported : *assignment.value),
             AssignModifier::Output);
-        moved.line = assignment.line;
+        moved.place = assignment.place;
         if (isAppend) {
             if (input_.context().find(name) == nullptr) {
                 placed_.insert(name);
@@ -163,7 +163,7 @@ void DependencyOutputs::assignOutput(const Assignment& moved) {
     Context& own = input_.context();
     const Assignment* stored = own.find(moved.name);
     const bool isOwn = stored != nullptr && placed_.count(moved.name) == 0;
-    const bool madeByTool = moved.line == 0;
+    const bool madeByTool = moved.place.line == 0;
     if (isOwn && madeByTool) {
         return;
     }

@@ -176,8 +176,7 @@ void InputContext::mergeBody(const Context& body, Layer& layer) {
             layer.changed->addAssignment(assignment, ModifierMode::Keep);
             placeAgain(name);
         } catch (...) {
-            rethrowWithNote("in variable '" + name.str() + "', line " +
-                            std::to_string(assignment.line));
+            rethrowWithNote(assignment.place, "in variable '" + name.str() + "'");
         }
     }
 }

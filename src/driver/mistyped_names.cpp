@@ -73,7 +73,7 @@ void warnOfMistypedNames(const Target& target, const Context& context, const Too
             reportWarning(
                 fmt::format("Variable '{}' ({}:{}) has no effect on the target.", name,
                             target.file ? platform::pathToUtf8(target.file->filename()) : "",
-                            assignment.line),
+                            assignment.place.line),
                 {hint});
         }
     }

@@ -56,7 +56,7 @@ std::shared_ptr<Context> knownOutputs(const RecipeSet& set) {
 /// What is known only afterwards takes the place of what was known before.
 void addOutputsTo(Context& outputs, const std::vector<Assignment>& completed) {
     for (Assignment assignment : completed) {
-        assignment.line = 0;  // in no file, whatever line of the cache it comes from
+        assignment.place = {};  // in no file, whatever line of the cache it comes from
         outputs.erase(assignment.name.str());
         outputs.addAssignment(assignment, ModifierMode::Copy);
     }
@@ -154,7 +154,7 @@ TargetLocation TargetVisit::locateNext() const {
         return setting_.catalog.locate(dependencies_[next_].reference, *location_.project,
                                        *location_.unit);
     } catch (...) {
-        rethrowWithNote(neededByNote());
+        rethrowWithNote(dependencies_[next_].place, neededByNote());
     }
 }
 
@@ -181,7 +181,8 @@ std::vector<ValuePtr> TargetVisit::argumentsForNext() {
             arguments.push_back(deepCopy(*input_->context().resolveIdentifier(parameter)));
         }
     } catch (...) {
-        rethrowWithNote("passed to '" + record.reference.toDisplayString() + "' " + note());
+        rethrowWithNote(record.place,
+                        "passed to '" + record.reference.toDisplayString() + "' " + note());
     }
     return arguments;
 }

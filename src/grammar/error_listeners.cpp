@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/console.h"
+#include "base/source_place.h"
 
 namespace Vesk {
 
@@ -18,6 +19,14 @@ void VeskErrorCounter::syntaxError(antlr4::Recognizer*, antlr4::Token*, std::siz
     if (!quiet_) {
         console::flush();
         std::cerr << fmt::format("{}: line {}:{} {}\n", name_, line, column, message);
+    }
+}
+
+void PlaceListener::syntaxError(antlr4::Recognizer*, antlr4::Token*, std::size_t line,
+                                std::size_t column, const std::string&, std::exception_ptr) {
+    // The runtime counts columns from 0, editors from 1.
+    for (const std::string& text : placeLines(name_, text_, line, column + 1)) {
+        console::error("  {}", text);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "antlr4-runtime.h"
@@ -25,6 +26,22 @@ class VeskErrorCounter : public antlr4::BaseErrorListener {
     std::string name_;
     bool quiet_;
     std::int32_t count_ = 0;
+};
+
+/// Shows the place of an error that the runtime has just printed: file, line and column, the line's
+/// text, and a caret below the column.
+class PlaceListener : public antlr4::BaseErrorListener {
+  public:
+    /// Name and text must outlive the listener.
+    PlaceListener(std::string_view name, std::string_view text) : name_(name), text_(text) {}
+
+    void syntaxError(antlr4::Recognizer* recognizer, antlr4::Token* offending, std::size_t line,
+                     std::size_t column, const std::string& message,
+                     std::exception_ptr cause) override;
+
+  private:
+    std::string_view name_;
+    std::string_view text_;
 };
 
 /// Collects errors as "source(1,4): 'token' message". Throws nothing: whoever started the parser

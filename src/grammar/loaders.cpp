@@ -1,6 +1,7 @@
 #include "grammar/loaders.h"
 
 #include <fmt/format.h>
+#include <optional>
 #include <system_error>
 #include <typeinfo>
 #include <utility>
@@ -13,6 +14,7 @@
 #include "grammar/text_stream.h"
 #include "grammar/visitor.h"
 #include "platform/files.h"
+#include "platform/notes.h"
 
 namespace Vesk {
 
@@ -51,36 +53,51 @@ Model modelOf(Tree* tree, const std::filesystem::path& path, FileKind kind, cons
     }
 }
 
+/// A text and the recognisers that work on it. The tree that they make lives as long.
+struct Parse {
+    explicit Parse(const SourceFile& file) : input(file.text(), file.name()), recognisers(&input) {}
+
+    TextStream input;
+    Recognisers recognisers;
+};
+
 /// The tree of a file without errors, or null. All of the file is split into tokens first, so that
 /// one with too many open brackets is refused before anything else is said about it.
 template <class FileTree>
-FileTree* parseFast(Recognisers& recognisers, FileTree* (Parser::*startRule)()) {
-    makeFast(recognisers);
-    recognisers.tokens.fill();
-    return tryRule(recognisers, startRule);
+FileTree* parseFast(Parse& parse, FileTree* (Parser::*startRule)()) {
+    makeFast(parse.recognisers);
+    parse.recognisers.tokens.fill();
+    return tryRule(parse.recognisers, startRule);
 }
 
-/// Parses again what `parseFast` found faulty, printing the errors as they are found.
-template <class FileTree>
-[[noreturn]] void reportToConsole(const SourceFile& file, FileTree* (Parser::*startRule)()) {
-    console::flush();  // the runtime writes to standard error by itself
-    TextStream input(file.text(), file.name());
-    Recognisers recognisers(&input);
-    (recognisers.parser.*startRule)();
-    throw VeskException(file.name() + " Parsing failed due to syntax errors.");
+/// Parses again what `parseFast` found faulty. The runtime prints each error as it is found, and
+/// its place is shown below. Errors of the lexer alone do not reject the file: what they are about
+/// is left out.
+Parser::UnitFileContext* parseReporting(Parse& parse, const SourceFile& file) {
+    console::flush();      // the runtime writes to standard error by itself,
+    platform::noteDeed();  // past what is kept to be repeated
+    PlaceListener places(file.name(), file.text());
+    parse.recognisers.lexer.addErrorListener(&places);
+    parse.recognisers.parser.addErrorListener(&places);
+    Parser::UnitFileContext* const tree = parse.recognisers.parser.unitFile();
+    parse.recognisers.lexer.removeErrorListener(&places);
+    parse.recognisers.parser.removeErrorListener(&places);
+    if (parse.recognisers.parser.getNumberOfSyntaxErrors() > 0) {
+        throw VeskException(file.name() + " Parsing failed due to syntax errors.");
+    }
+    return tree;
 }
 
-/// The same, throwing all errors at once.
+/// Parses again what `parseFast` found faulty, and throws all errors at once.
 template <class FileTree>
 [[noreturn]] void throwCollected(const SourceFile& file, FileTree* (Parser::*startRule)()) {
-    TextStream input(file.text(), file.name());
-    Recognisers recognisers(&input);
+    Parse parse(file);
     ThrowingErrorListener listener(file.name());
-    recognisers.lexer.removeErrorListeners();
-    recognisers.lexer.addErrorListener(&listener);
-    recognisers.parser.removeErrorListeners();
-    recognisers.parser.addErrorListener(&listener);
-    (recognisers.parser.*startRule)();
+    parse.recognisers.lexer.removeErrorListeners();
+    parse.recognisers.lexer.addErrorListener(&listener);
+    parse.recognisers.parser.removeErrorListeners();
+    parse.recognisers.parser.addErrorListener(&listener);
+    (parse.recognisers.parser.*startRule)();
     throw VeskException(joined(listener.messages(), "\n"));
 }
 
@@ -92,9 +109,8 @@ Model parseCollecting(const std::filesystem::path& path,
         throw NotFoundException(scheme.kind, file.name(),
                                 file.missing() ? "" : "it cannot be read: " + file.failure());
     }
-    TextStream input(file.text(), file.name());
-    Recognisers recognisers(&input);
-    FileTree* const tree = parseFast(recognisers, scheme.startRule);
+    Parse parse(file);
+    FileTree* const tree = parseFast(parse, scheme.startRule);
     if (tree == nullptr) {
         throwCollected(file, scheme.startRule);
     }
@@ -106,15 +122,16 @@ Model parseCollecting(const std::filesystem::path& path,
 Unit parseUnitFile(const std::filesystem::path& path) {
     const SourceFile file(path);
     if (!file.failure().empty()) {
-        throw VeskException(
-            fmt::format("Unable to open file! '{}': {}.", file.name(), file.failure()));
+        VeskException error("Unable to open file!");
+        error.addNote(file.name() + ": " + file.failure());
+        throw error;
     }
     console::trace("Parsing {}\n", file.name());
-    TextStream input(file.text(), file.name());
-    Recognisers recognisers(&input);
-    auto* const tree = parseFast(recognisers, &Parser::unitFile);
+    Parse parse(file);
+    std::optional<Parse> again;
+    Parser::UnitFileContext* tree = parseFast(parse, &Parser::unitFile);
     if (tree == nullptr) {
-        reportToConsole(file, &Parser::unitFile);
+        tree = parseReporting(again.emplace(file), file);
     }
     return modelOf<Unit>(tree->veskUnit(), path, FileKind::Unit, "Unable to parse unit file.");
 }

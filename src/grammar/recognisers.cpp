@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/exception.h"
+#include "base/printable.h"
 #include "grammar/loaders.h"
 
 namespace Vesk {
@@ -22,6 +23,14 @@ class LoneSimulator : public antlr4::atn::LexerATNSimulator {
         }
         const auto edge = state->edges.find(symbol - MIN_DFA_EDGE);
         return edge == state->edges.end() ? nullptr : edge->second;
+    }
+};
+
+/// The runtime's error handling, with control characters escaped in messages.
+class PrintableErrors : public antlr4::DefaultErrorStrategy {
+  protected:
+    std::string escapeWSAndQuote(const std::string& text) const override {
+        return printable(DefaultErrorStrategy::escapeWSAndQuote(text));
     }
 };
 
@@ -55,6 +64,15 @@ std::unique_ptr<antlr4::Token> CheckingLexer::nextToken() {
             break;
     }
     return next;
+}
+
+std::string CheckingLexer::getErrorDisplay(const std::string& text) {
+    return printable(CommonLexer::getErrorDisplay(text));
+}
+
+Recognisers::Recognisers(antlr4::CharStream* input)
+    : lexer(input), tokens(&lexer), parser(&tokens) {
+    parser.setErrorHandler(std::make_shared<PrintableErrors>());
 }
 
 void CheckingLexer::countOpen(const antlr4::Token& bracket) {

@@ -20,6 +20,9 @@ class CheckingLexer : public grammar::CommonLexer {
 
     std::unique_ptr<antlr4::Token> nextToken() override;
 
+    /// Messages go to a terminal, texts of files may hold anything.
+    std::string getErrorDisplay(const std::string& text) override;
+
   private:
     void countOpen(const antlr4::Token& bracket);
     void reportOpenComment();
@@ -29,8 +32,7 @@ class CheckingLexer : public grammar::CommonLexer {
 
 /// A lexer and a parser with the runtime's default listeners. Owns tokens and parse tree.
 struct Recognisers {
-    explicit Recognisers(antlr4::CharStream* input)
-        : lexer(input), tokens(&lexer), parser(&tokens) {}
+    explicit Recognisers(antlr4::CharStream* input);
 
     CheckingLexer lexer;
     antlr4::CommonTokenStream tokens;

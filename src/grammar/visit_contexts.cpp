@@ -24,7 +24,7 @@ antlrcpp::Any VeskVisitorImpl::visitCond_context(Parser::Cond_contextContext* tr
 
 antlrcpp::Any VeskVisitorImpl::visitCondition(Parser::ConditionContext* tree) {
     auto condition = taken<Condition>(visitBool_expr(tree->bool_expr()));
-    condition.line = lineOf(tree);
+    condition.place = placeOf(tree);
     return condition;
 }
 
@@ -59,7 +59,7 @@ antlrcpp::Any VeskVisitorImpl::visitBool_operator(Parser::Bool_operatorContext* 
 antlrcpp::Any VeskVisitorImpl::visitAssignment(Parser::AssignmentContext* tree) {
     Assignment assignment;
     std::string key = tree->IDENTIFIER()->getText();
-    assignment.line = lineOf(tree);
+    assignment.place = placeOf(tree);
     if (auto* modifier = tree->assignment_modifier()) {
         assignment.modifier = taken<AssignModifier>(visitAssignment_modifier(modifier));
     }
@@ -80,7 +80,7 @@ antlrcpp::Any VeskVisitorImpl::visitAssignment_modifier(Parser::Assignment_modif
             return AssignModifier::Output;
         case Parser::MUST:
             if (kind_ != FileKind::Registry && !inTool_) {
-                fail(lineOf(tree), "'!' assignment modifier is not allowed in this context.");
+                fail(tree, "'!' assignment modifier is not allowed in this context.");
             }
             return AssignModifier::Must;
         case Parser::HINT:

@@ -98,7 +98,7 @@ antlrcpp::Any VeskVisitorImpl::visitBuild_tool(Parser::Build_toolContext* tree) 
     tool.source = taken<TemplatePtr>(visitContext(tree->context()));
     inTool_ = wasInTool;
     try {
-        tool.context = instantiated(*tool.source, tool.line);
+        tool.context = instantiated(*tool.source, tree);
     } catch (const VeskException& error) {
         if (kind_ != FileKind::Registry) {
             throw;
@@ -139,7 +139,7 @@ antlrcpp::Any VeskVisitorImpl::visitProfile(Parser::ProfileContext* tree) {
     profile.name = tree->IDENTIFIER()->getText();
     profile.line = lineOf(tree);
     const auto source = taken<TemplatePtr>(visitContext(tree->context()));
-    profile.context = instantiated(*source, profile.line);
+    profile.context = instantiated(*source, tree);
     return profile;
 }
 

@@ -24,7 +24,7 @@ antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
     target->file = file_;
     target->line = lineOf(tree);
     for (auto* parameter : tree->parameter_name()) {
-        addParameter(*target, parameter->getText(), lineOf(parameter));
+        addParameter(*target, parameter);
     }
     for (auto* dependency : tree->dependency()) {
         target->dependencies.push_back(taken<DependencyRecord>(visitDependency(dependency)));
@@ -33,17 +33,18 @@ antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
     try {
         target->setBody(*body);
     } catch (...) {
-        rethrowWithNote(note(target->line));
+        rethrowWithNote("in target '" + target->name + "'");
     }
     targetName_.clear();
     return TargetPtr(std::move(target));
 }
 
 /// Parameters are variables, so their names compare without regard to case.
-void VeskVisitorImpl::addParameter(Target& target, std::string name, std::size_t line) const {
+void VeskVisitorImpl::addParameter(Target& target, Parser::Parameter_nameContext* tree) const {
+    std::string name = tree->getText();
     for (const std::string& other : target.parameters) {
         if (equalsIgnoringCase(other, name)) {
-            fail(line,
+            fail(tree,
                  "Target '" + target.name + "' has two parameters of the name '" + other + "'.");
         }
     }
@@ -52,7 +53,7 @@ void VeskVisitorImpl::addParameter(Target& target, std::string name, std::size_t
 
 antlrcpp::Any VeskVisitorImpl::visitDependency(Parser::DependencyContext* tree) {
     DependencyRecord record;
-    record.line = lineOf(tree);
+    record.place = placeOf(tree);
     record.merge = tree->dependency_modifier() != nullptr;
     auto* identifier = tree->dependency_identifier();
     if (auto* macro = identifier->dependency_macro()) {
@@ -66,7 +67,7 @@ antlrcpp::Any VeskVisitorImpl::visitDependency(Parser::DependencyContext* tree) 
         if (auto* path = parameter->identifier()) {
             record.parameters.push_back(taken<IdentifierPath>(visitIdentifier(path)));
         } else {
-            setSourceParameter(record, lineOf(parameter));
+            setSourceParameter(record, parameter);
         }
     }
     if (auto* alias = tree->dependency_alias()) {
@@ -76,12 +77,13 @@ antlrcpp::Any VeskVisitorImpl::visitDependency(Parser::DependencyContext* tree) 
     return record;
 }
 
-void VeskVisitorImpl::setSourceParameter(DependencyRecord& record, std::size_t line) const {
+void VeskVisitorImpl::setSourceParameter(DependencyRecord& record,
+                                         Parser::Dependency_parameterContext* tree) const {
     if (record.kind != DependencyKind::Macro) {
-        fail(line, "The source parameter marker '.' can only be used with a dynamic dependency.");
+        fail(tree, "The source parameter marker '.' can only be used with a dynamic dependency.");
     }
     if (record.sourceParameter || !record.parameters.empty()) {
-        fail(line, "The source parameter marker '.' must be the first dependency parameter.");
+        fail(tree, "The source parameter marker '.' must be the first dependency parameter.");
     }
     record.sourceParameter = true;
 }

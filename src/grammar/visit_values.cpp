@@ -53,7 +53,7 @@ ValuePtr VeskVisitorImpl::integerValue(Parser::ValueNodeContext* tree) const {
     const std::string text = tree->start->getText();
     const auto number = integerLiteral(text);
     if (!number) {
-        fail(lineOf(tree), fmt::format("Invalid or out-of-range integer literal '{}'.", text));
+        fail(tree, fmt::format("Invalid or out-of-range integer literal '{}'.", text));
     }
     return std::make_shared<VeskInt>(*number);
 }
@@ -70,12 +70,12 @@ antlrcpp::Any VeskVisitorImpl::visitList(Parser::ListContext* tree) {
 
 ValuePtr VeskVisitorImpl::nestedContext(Parser::ContextContext* tree) {
     if (kind_ != FileKind::Unit) {
-        fail(lineOf(tree), fmt::format("'{}' in {} has a nested context as its value; only unit "
-                                       "files may have one.",
-                                       key_, name_));
+        fail(tree, fmt::format("'{}' in {} has a nested context as its value; only unit "
+                               "files may have one.",
+                               key_, name_));
     }
     const auto source = taken<TemplatePtr>(visitContext(tree));
-    return std::make_shared<VeskContext>(instantiated(*source, lineOf(tree)));
+    return std::make_shared<VeskContext>(instantiated(*source, tree));
 }
 
 ValuePtr VeskVisitorImpl::pathValue(std::string text) const {
@@ -114,7 +114,7 @@ antlrcpp::Any VeskVisitorImpl::visitIndexExpr(Parser::IndexExprContext* tree) {
         const std::string text = token->getText();
         const auto number = indexLiteral(text);
         if (!number) {
-            fail(lineOf(tree), fmt::format("Invalid or out-of-range index literal '{}'.", text));
+            fail(tree, fmt::format("Invalid or out-of-range index literal '{}'.", text));
         }
         return PathIndex(*number);
     }
@@ -138,7 +138,7 @@ antlrcpp::Any VeskVisitorImpl::visitRange(Parser::RangeContext* tree) {
     const auto start = indexLiteral(tree->NUMBER(0)->getText());
     const auto end = indexLiteral(tree->NUMBER(1)->getText());
     if (!start || !end) {
-        fail(lineOf(tree), "Invalid or out-of-range index range.");
+        fail(tree, "Invalid or out-of-range index range.");
     }
     return PathIndex(PathRange{*start, *end});
 }

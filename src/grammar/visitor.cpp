@@ -11,40 +11,37 @@ VeskVisitorImpl::VeskVisitorImpl(std::filesystem::path file, std::string name, F
     : file_(std::make_shared<const std::filesystem::path>(std::move(file))),
       baseDirectory_(file_->parent_path()),
       name_(std::move(name)),
+      fileNumber_(sourceFileNumber(name_)),
       kind_(kind) {}
 
 VeskVisitorImpl::VeskVisitorImpl(std::filesystem::path base)
     : baseDirectory_(std::move(base)), kind_(FileKind::Unit) {}
 
 std::shared_ptr<Context> VeskVisitorImpl::instantiated(const ContextTemplate& source,
-                                                       std::size_t line) const {
+                                                       const Tree* tree) const {
     try {
         return source.instantiate();
     } catch (...) {
         if (name_.empty()) {
             throw;
         }
-        rethrowWithNote(note(line));
+        rethrowWithNote(fmt::format("in {}:{}", name_, lineOf(tree)));
     }
 }
 
-void VeskVisitorImpl::fail(std::size_t line, std::string message) const {
+SourcePlace VeskVisitorImpl::placeOf(const Tree* tree) const {
+    // The runtime counts columns from 0.
+    return {fileNumber_, lineOf(tree),
+            static_cast<std::uint32_t>(tree->start->getCharPositionInLine()) + 1};
+}
+
+void VeskVisitorImpl::fail(const Tree* tree, std::string message) const {
     VeskException error(std::move(message));
-    if (std::string where = note(line); !where.empty()) {
-        error.addNote(std::move(where));
+    error.addPlace(placeOf(tree));
+    if (!targetName_.empty()) {
+        error.addNote("in target '" + targetName_ + "'");
     }
     throw error;
-}
-
-std::string VeskVisitorImpl::note(std::size_t line) const {
-    if (name_.empty()) {
-        return {};
-    }
-    std::string text = fmt::format("in {}:{}", name_, line);
-    if (!targetName_.empty()) {
-        text += fmt::format(" (target '{}')", targetName_);
-    }
-    return text;
 }
 
 std::uint32_t lineOf(const antlr4::ParserRuleContext* tree) {

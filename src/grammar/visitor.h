@@ -10,6 +10,7 @@
 
 #include "VeskTopParserBaseVisitor.h"
 
+#include "base/source_place.h"
 #include "grammar/model.h"
 #include "types/context_template.h"
 #include "types/value.h"
@@ -93,22 +94,28 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     Any visitPath(Parser::PathContext* tree) override;
 
   private:
-    void addParameter(Target& target, std::string name, std::size_t line) const;
-    void setSourceParameter(DependencyRecord& record, std::size_t line) const;
+    using Tree = antlr4::ParserRuleContext;
+
+    void addParameter(Target& target, Parser::Parameter_nameContext* tree) const;
+    void setSourceParameter(DependencyRecord& record,
+                            Parser::Dependency_parameterContext* tree) const;
     ValuePtr integerValue(Parser::ValueNodeContext* tree) const;
     ValuePtr nestedContext(Parser::ContextContext* tree);
     ValuePtr pathValue(std::string text) const;
-    std::shared_ptr<Context> instantiated(const ContextTemplate& source, std::size_t line) const;
+    std::shared_ptr<Context> instantiated(const ContextTemplate& source, const Tree* tree) const;
 
-    [[noreturn]] void fail(std::size_t line, std::string message) const;
-    /// "in /a/vesk.txt:12 (target 'app')"; empty for a text that is no file.
-    std::string note(std::size_t line) const;
+    /// Where a part of the tree begins.
+    SourcePlace placeOf(const Tree* tree) const;
+
+    /// Throws VeskException with notes that show the place.
+    [[noreturn]] void fail(const Tree* tree, std::string message) const;
 
     std::shared_ptr<const std::filesystem::path> file_;  ///< null for a text that is no file
     std::filesystem::path baseDirectory_;                ///< of path values
     std::string name_;                                   ///< empty for a text that is no file
-    std::string targetName_;                             ///< the target being visited
-    std::string key_;                                    ///< the variable being visited
+    std::uint32_t fileNumber_ = 0;  ///< in places; 0 for a text that is no file
+    std::string targetName_;        ///< the target being visited
+    std::string key_;               ///< the variable being visited
     FileKind kind_;
     bool inTool_ = false;
 };

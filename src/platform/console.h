@@ -12,7 +12,8 @@ enum class Stream { Output, Error };
 /// and sets UTF-8 as the console's code page (restored at exit).
 void prepareConsole();
 
-/// Writes all bytes. A stream that is closed or full swallows them: false then, and nothing throws.
+/// Writes all bytes. False when the stream does not take them, as one on a full disk. A pipe whose
+/// reader has gone takes them all: whoever went away wanted no more.
 bool writeBytes(Stream stream, std::string_view bytes) noexcept;
 
 }  // namespace Vesk::platform

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/ci_string.h"
+#include "base/source_place.h"
 #include "types/value.h"
 
 namespace Vesk {
@@ -47,7 +48,7 @@ struct Assignment {
     /// single one.
     std::vector<Assignment> written;
 
-    std::uint32_t line = 0;  ///< where it was written; 0: in no file
+    SourcePlace place;  ///< where it was written
 
     /// Name, operator and the value's display form, as dumps and messages show it.
     std::string toDisplayString() const;

@@ -52,12 +52,12 @@ bool Context::conditionHolds(const Condition& condition, Unresolvable unresolvab
         if (exists || unresolvable == Unresolvable::isFalse) {
             return false;
         }
-        rethrowWithNote("in the condition in line " + std::to_string(condition.line));
+        rethrowWithNote(condition.place, "in a condition");
     } catch (const std::exception&) {
         if (exists || unresolvable == Unresolvable::isFalse) {
             return false;
         }
-        rethrowWithNote("in the condition in line " + std::to_string(condition.line));
+        rethrowWithNote(condition.place, "in a condition");
     }
 }
 

@@ -24,8 +24,8 @@ void fill(Context& context, const Assignment& assignment) {
                 "a reference can be appended to a list, as in x = [a] x += b, and a text can hold "
                 "one, as in x += \"${b}\"");
         }
-        error.addNote("in variable '" + assignment.name.str() + "', line " +
-                      std::to_string(assignment.line));
+        error.addPlace(assignment.place);
+        error.addNote("in variable '" + assignment.name.str() + "'");
         throw;
     }
 }

@@ -27,7 +27,7 @@ struct Condition {
     ValuePtr right;  ///< empty for Exists
     ConditionOperator op = ConditionOperator::Exists;
     std::shared_ptr<const ContextTemplate> body;
-    std::uint32_t line = 0;
+    SourcePlace place;
 };
 
 /// The assignments and conditional blocks of a brace block in the order in which they are written.

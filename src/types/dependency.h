@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/source_place.h"
 #include "types/identifier_path.h"
 
 namespace Vesk {
@@ -38,7 +39,7 @@ struct DependencyRecord {
     bool sourceParameter = false;  ///< ".": first argument is the context that holds the macro
     std::string alias;
     AliasKind aliasKind = AliasKind::None;
-    std::uint32_t line = 0;
+    SourcePlace place;
 };
 
 /// Splits "project/unit::target". Throws std::runtime_error for empty parts.

@@ -82,7 +82,7 @@ void storeFirstValue(Assignment& stored, const Assignment& assignment) {
 void replaceValue(Assignment& stored, const Assignment& assignment) {
     stored.value = assignment.op == AssignOperator::None ? nullptr : assignment.value;
     stored.op = assignment.op;
-    stored.line = assignment.line;
+    stored.place = assignment.place;
     stored.exported = nullptr;
     stored.written.clear();
 }

@@ -65,11 +65,7 @@ ValuePtr resolvedValue(const ValuePtr& value, Context& context) {
 }
 
 std::string variableNote(const Assignment& assignment) {
-    std::string note = "in variable '" + assignment.name.str() + "'";
-    if (assignment.line > 0) {
-        note += ", line " + std::to_string(assignment.line);
-    }
-    return note;
+    return "in variable '" + assignment.name.str() + "'";
 }
 
 /// The text of a hint that names a variable, or nothing.
@@ -331,7 +327,7 @@ void Context::resolveAll() {
         try {
             placeHeldAppend(held);
         } catch (...) {
-            rethrowWithNote(variableNote(held.assignment));
+            rethrowWithNote(held.assignment.place, variableNote(held.assignment));
         }
     }
     lookedUp_.clear();
@@ -340,7 +336,7 @@ void Context::resolveAll() {
         try {
             resolveAssignment(assignment);
         } catch (...) {
-            rethrowWithNote(variableNote(assignment));
+            rethrowWithNote(assignment.place, variableNote(assignment));
         }
     }
 }

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
+#include "base/printable.h"
+#include "base/source_place.h"
+
 namespace Vesk {
 namespace {
 
@@ -60,6 +63,26 @@ TEST(Text, FindsTheNameThatWasMeant) {
     }
     EXPECT_EQ(didYouMean("abcd", {"abXX", "abcX", "Xbcd"}), "did you mean 'abcX'?")
         << "the nearest, then the first";
+}
+
+TEST(SourcePlaces, AreShownWithTheirLine) {
+    const std::string longLine = std::string(99, 'a') + "\xC3\xA4X" + std::string(99, 'b');
+    const auto shown = [](const std::string& text, std::size_t line, std::size_t column) {
+        return joined(placeLines("f", text, line, column), "|");
+    };
+    EXPECT_EQ(shown("one\r\n\t\xC3\xA4x y\r\n", 2, 4), "f:2:4|\t\xC3\xA4x y|\t  ^");
+    EXPECT_EQ(shown("one", 1, 4), "f:1:4|one|   ^");
+    EXPECT_EQ(shown("one\n", 2, 1), "f:2:1||^");
+    EXPECT_EQ(shown("one", 2, 1), "f:2:1");
+    EXPECT_EQ(shown(longLine, 1, 101), "f:1:101|..." + std::string(58, 'a') + "\xC3\xA4X" +
+                                           std::string(59, 'b') + "...|" + std::string(62, ' ') +
+                                           "^");
+    EXPECT_EQ(joined(placeLines({}), "|"), "");
+}
+
+TEST(Printable, ShowsControlCharacters) {
+    EXPECT_EQ(printable("a\tb\r\nc\rd\x1b[2J\x7f\xC2\x9b\xC2\xA0\xC3\x9b"),
+              "a\tb\r\nc\\x0dd\\x1b[2J\\x7f\\x9b\xC2\xA0\xC3\x9b");
 }
 
 }  // namespace

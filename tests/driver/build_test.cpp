@@ -22,6 +22,7 @@ INSTANTIATE_TEST_SUITE_P(
     Table, BuildErrors,
     testing::Values(ErrorCase{"t: lab { NO_TOOL }\nlib: { NO_TOOL }",
                               "Target 'main::lab' not found.\n  did you mean 'lib'?\n"
+                              "  DIR/vesk.txt:2:4\n  t: lab { NO_TOOL }\n     ^\n"
                               "  needed by target main::t (DIR/vesk.txt:2)"},
                     ErrorCase{"t: a { NO_TOOL }\na(p, q): { NO_TOOL }",
                               "Target 'main::a' takes 2 parameters (p, q), but gets 0 arguments.\n"
@@ -29,10 +30,11 @@ INSTANTIATE_TEST_SUITE_P(
                               "  needed by target main::t (DIR/vesk.txt:2)"},
                     ErrorCase{"t: a(x) { NO_TOOL }\na(p): { NO_TOOL }",
                               "Assignment 'x' not found.\n"
+                              "  DIR/vesk.txt:2:4\n  t: a(x) { NO_TOOL }\n     ^\n"
                               "  passed to 'a' in target main::t (DIR/vesk.txt:2)"},
                     ErrorCase{"t: {\nflags = 1\nx = flgs\nNO_TOOL }",
                               "Assignment 'flgs' not found.\n  did you mean 'flags'?\n"
-                              "  in variable 'x', line 4\n"
+                              "  DIR/vesk.txt:4:1\n  x = flgs\n  ^\n  in variable 'x'\n"
                               "  in target main::t (DIR/vesk.txt:2)"},
                     ErrorCase{
                         "t: a(x) { x = \"\" NO_TOOL }\n"
@@ -48,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
                               "  needed by target main::a (DIR/vesk.txt:3)"},
                     ErrorCase{"t: {\nif nope = 1 { }\nNO_TOOL }",
                               "Assignment 'nope' not found.\n"
-                              "  in the condition in line 3\n"
+                              "  DIR/vesk.txt:3:1\n  if nope = 1 { }\n  ^\n  in a condition\n"
                               "  in target main::t (DIR/vesk.txt:2)"}));
 
 TEST_F(DriverTest, AFailureStopsTheBuildAndGivesItsClaimBack) {

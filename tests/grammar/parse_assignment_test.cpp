@@ -76,8 +76,7 @@ TEST_F(ParseAssignment, RefusesWhatIsNoAssignment) {
          "Invalid or out-of-range index literal '18446744073709551616'."},
         {"x = a[1..18446744073709551616]", "Invalid or out-of-range index range."},
         {"x = { !y = 1 }", "'!' assignment modifier is not allowed in this context."},
-        {"x = { y = 1 y += \"a\" }",
-         "Cannot convert VeskInt 1 to VeskString\n  in variable 'y', line 1"},
+        {"x = { y = 1 y += \"a\" }", "Cannot convert VeskInt 1 to VeskString\n  in variable 'y'"},
     });
 }
 

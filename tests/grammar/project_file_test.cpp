@@ -120,14 +120,20 @@ TEST_F(ProjectAndRegistryFile, MakePathsOfAProjectAbsolute) {
 TEST_F(ProjectAndRegistryFile, NameThePlaceOfWhatCannotBe) {
     const std::string nested =
         " in DIR/project.txt has a nested context as its value; only unit files may have one.\n"
-        "  in DIR/project.txt:";
+        "  DIR/project.txt:";
     EXPECT_EQ(project("tools { t { !a } }\nprofiles { p {\n !x = 1 } }"),
-              "'!' assignment modifier is not allowed in this context.\n  in DIR/project.txt:3");
-    EXPECT_EQ(project("tools { t {\n a = [1, {}] } }"), "'a'" + nested + "2");
-    EXPECT_EQ(project("profiles { p { a = 1 if b.c = {} {} } }"), "'b.c'" + nested + "1");
+              "'!' assignment modifier is not allowed in this context.\n"
+              "  DIR/project.txt:3:2\n   !x = 1 } }\n   ^");
+    EXPECT_EQ(project("tools { t {\n a = [1, {}] } }"),
+              "'a'" + nested + "2:10\n   a = [1, {}] } }\n           ^");
+    EXPECT_EQ(
+        project("profiles { p { a = 1 if b.c = {} {} } }"),
+        "'b.c'" + nested +
+            "1:31\n  profiles { p { a = 1 if b.c = {} {} } }\n                                ^");
     const std::string tool = "tools { t { x = 1\n x += \"a\" } }";
-    const std::string why = "Cannot convert VeskInt 1 to VeskString\n  in variable 'x', line 2\n";
-    EXPECT_EQ(project(tool), why + "  in DIR/project.txt:1");
+    const std::string why = "Cannot convert VeskInt 1 to VeskString\n";
+    EXPECT_EQ(project(tool), why + "  DIR/project.txt:2:2\n   x += \"a\" } }\n   ^\n"
+                                   "  in variable 'x'\n  in DIR/project.txt:1");
     EXPECT_NE(registry(tool).find("left out: " + why), std::string::npos);
 }
 

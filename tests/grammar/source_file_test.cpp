@@ -21,9 +21,9 @@ class SourceFiles : public LoaderTest {
 
 TEST_F(SourceFiles, ThatCannotBeReadAreNamedWithTheReason) {
     const std::string missing = unitError(directory_ / "no.txt");
-    EXPECT_TRUE(missing.starts_with("Unable to open file! 'DIR/no.txt': ")) << missing;
+    EXPECT_TRUE(missing.starts_with("Unable to open file!\n  DIR/no.txt: ")) << missing;
     EXPECT_EQ(unitError(directory_.path()),
-              "Unable to open file! 'DIR': it is a directory, not a file.");
+              "Unable to open file!\n  DIR: it is a directory, not a file");
     EXPECT_EQ(outcome([&] { return parseProjectFile(directory_ / "no.txt").name; }),
               "Project file 'DIR/no.txt' not found.");
     EXPECT_EQ(outcome([&] { return parseProjectFile(directory_.path()).name; }),
@@ -31,8 +31,8 @@ TEST_F(SourceFiles, ThatCannotBeReadAreNamedWithTheReason) {
     const auto path = write("vesk.txt", "");
     std::filesystem::resize_file(path, kMaxFileBytes + 1);
     EXPECT_EQ(unitError(path),
-              "Unable to open file! 'DIR/vesk.txt': it is larger than 32 MiB, so it is not a file "
-              "written for vesk.");
+              "Unable to open file!\n  DIR/vesk.txt: it is larger than 32 MiB, so it is not a file "
+              "written for vesk");
 }
 
 TEST_F(SourceFiles, ThatAreNoTextAreRefusedWithThePlace) {

@@ -21,7 +21,8 @@ std::string describe(const Condition& condition, std::size_t indent) {
     if (condition.right) {
         text += toSourceString(*condition.right);
     }
-    return text + fmt::format(" @{}\n", condition.line) + describe(*condition.body, indent + 2);
+    return text + fmt::format(" @{}\n", condition.place.line) +
+           describe(*condition.body, indent + 2);
 }
 
 std::string describe(const DependencyRecord& record) {
@@ -39,7 +40,7 @@ std::string describe(const DependencyRecord& record) {
         text += "(" + joined(parameters, ", ") + ")";
     }
     return text + kAliases[static_cast<std::size_t>(record.aliasKind)] + record.alias +
-           fmt::format(" @{}", record.line);
+           fmt::format(" @{}", record.place.line);
 }
 
 }  // namespace
@@ -66,7 +67,7 @@ std::string describe(const ContextTemplate& context, std::size_t indent) {
     std::string text;
     for (const Assignment& assignment : context.assignments) {
         text += fmt::format("{}{} @{}\n", std::string(indent, ' '), assignment.toSourceString(),
-                            assignment.line);
+                            assignment.place.line);
     }
     for (const Condition& condition : context.conditions) {
         text += describe(condition, indent);

@@ -88,18 +88,20 @@ TEST_F(UnitFile, NamesThePlaceOfWhatCannotBe) {
     const std::pair<const char*, std::string> cases[] = {
         {"a: {\n  x = 1\n  !y = 2 }",
          "'!' assignment modifier is not allowed in this context.\n"
-         "  in DIR/vesk.txt:3 (target 'a')"},
+         "  DIR/vesk.txt:3:3\n    !y = 2 }\n    ^\n  in target 'a'"},
         {"a: {\n x = [1,\n 9999999999] }",
          "Invalid or out-of-range integer literal '9999999999'.\n"
-         "  in DIR/vesk.txt:3 (target 'a')"},
+         "  DIR/vesk.txt:3:2\n   9999999999] }\n   ^\n  in target 'a'"},
         {"a: {} b:\n lib(.) {}", marker + "can only be used with a dynamic dependency.\n"
-                                          "  in DIR/vesk.txt:2 (target 'b')"},
+                                          "  DIR/vesk.txt:2:6\n   lib(.) {}\n       ^\n"
+                                          "  in target 'b'"},
         {"a: @lib(x, .) {}", marker + "must be the first dependency parameter.\n"
-                                      "  in DIR/vesk.txt:1 (target 'a')"},
+                                      "  DIR/vesk.txt:1:12\n  a: @lib(x, .) {}\n"
+                                      "             ^\n  in target 'a'"},
         {"a: {}\n a: {}", "Target 'a' is defined twice: DIR/vesk.txt:1 and DIR/vesk.txt:2."},
         {"a: {\n c = {\n y = 1 y += \"a\" } }",
-         "Cannot convert VeskInt 1 to VeskString\n  in variable 'y', line 3\n"
-         "  in DIR/vesk.txt:2 (target 'a')"},
+         "Cannot convert VeskInt 1 to VeskString\n  DIR/vesk.txt:3:8\n   y = 1 y += \"a\" } }\n"
+         "         ^\n  in variable 'y'\n  in DIR/vesk.txt:2"},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(unit(text), expected);
@@ -114,10 +116,6 @@ TEST_F(UnitFile, PrintsSyntaxErrorsAndRefusesTheFile) {
          "IDENTIFIER}\n"},
         {"a: {}\nunit u", "line 2:0 "},
         {"a: { name = 1 }", "line 1:5 "},
-        {"a: { x = b - c }", "line 1:11 token recognition error at: '- '\n"},
-        {"a: { x = 1 }\n\u00e4 b: {}", "line 2:0 token recognition error at: '\u00e4'\n"},
-        {"a: { x = \"\u00e4\" # }", "line 1:13 token recognition error at: '#'\n"},
-        {"a: {} /* b\n * c", "line 1:6 token recognition error at: '/* b\\n * c'\n"},
         {"a: {} /* a /* b */ c: {} */", "line 1:25 token recognition error at: '*'\n"},
         {"a: {", "line 1:4 "},
     };
@@ -125,6 +123,28 @@ TEST_F(UnitFile, PrintsSyntaxErrorsAndRefusesTheFile) {
         test::ConsoleCapture console;
         EXPECT_EQ(unit(text), "DIR/vesk.txt Parsing failed due to syntax errors.") << text;
         EXPECT_EQ(console.text().substr(0, printed.size()), printed) << text;
+    }
+}
+
+TEST_F(UnitFile, GoesOnAfterErrorsOfTheLexerAlone) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"a: { x = b - c }",
+         "line 1:11 token recognition error at: '- '\n"
+         "  DIR/vesk.txt:1:12\n  a: { x = b - c }\n             ^\n"},
+        {"a: {}\n\u00e4 b: {}",
+         "line 2:0 token recognition error at: '\u00e4'\n"
+         "  DIR/vesk.txt:2:1\n  \u00e4 b: {}\n  ^\n"},
+        {"a: { x = \"\u00e4\" # }",
+         "line 1:13 token recognition error at: '#'\n"
+         "  DIR/vesk.txt:1:14\n  a: { x = \"\u00e4\" # }\n               ^\n"},
+        {"a: {} /* b\n * c",
+         "line 1:6 token recognition error at: '/* b\\n * c'\n"
+         "  DIR/vesk.txt:1:7\n  a: {} /* b\n        ^\n"},
+    };
+    for (const auto& [text, printed] : cases) {
+        test::ConsoleCapture console;
+        EXPECT_TRUE(unit(text).starts_with("unit ''\na() @1\n")) << text;
+        EXPECT_EQ(readable(console.text()), printed) << text;
     }
 }
 

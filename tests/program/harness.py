@@ -157,7 +157,8 @@ class ProgramTest(unittest.TestCase):
         result.update(env)
         return {key: value for key, value in result.items() if value is not None}
 
-    def start(self, *arguments, env=None, cwd=None, stderr=subprocess.PIPE, **options):
+    def start(self, *arguments, env=None, cwd=None, stdout=subprocess.PIPE,
+              stderr=subprocess.PIPE, **options):
         """Starts vesk in a session of its own and returns the process."""
         if not self.remembers:
             for cache in self.base.rglob(".vesk_cache"):
@@ -167,7 +168,7 @@ class ProgramTest(unittest.TestCase):
             self.command(arguments, env),
             env=self.environment(env),
             cwd=cwd or self.dir,
-            stdout=subprocess.PIPE,
+            stdout=stdout,
             stderr=stderr,
             start_new_session=True,
             **{"stdin": subprocess.DEVNULL, **options},

@@ -1,6 +1,6 @@
 """What is written where, in which order and colour."""
 
-from harness import HANGS, ProgramTest, SETTINGS, dedented
+from harness import HANGS, ProgramTest, SETTINGS, dedented, posix_only
 
 HELLO = """
     hello: { cmdline = "child print hello" }
@@ -102,7 +102,24 @@ class Colours(ProgramTest):
             self.assertIn("\x1b", empty.out)
 
 
+class ControlCharacters(ProgramTest):
+    def test_are_shown_but_those_of_commands_pass(self):
+        self.unit(b'a: {\n  cmdline = "child print \x1b[2Jx"  DESCRIPTION = "\x1b]0;t\x07\tu\xc2\x9b"\n}\n')
+        self.assertIn("\x1b[2Jx\n", self.run_vesk(colours=True).out)
+        self.assertIn(message(37, "[vesk::a] child print \\x1b[2Jx"), self.run_vesk(colours=True).out)
+        self.assertEqual(self.run_vesk("-l", "1", colours=True).out,
+                         message(37, "a  \x1b[38;5;32m\\x1b]0;t\\x07\tu\\x9b"))
+
+
 class ClosedStreams(ProgramTest):
+    @posix_only("about a device of POSIX")
+    def test_full(self):
+        with open("/dev/full", "wb") as full:
+            for arguments in (["--version"], ["-h"], ["-c", "cmdline=[]"]):
+                process = self.start(*arguments, stdout=full)
+                self.assertEqual((self.plain(process.communicate()[1]), process.returncode),
+                                 ("Unable to write all of standard output.\n", 1))
+
     def test_nobody_reads(self):
         """A reader that goes away, as with `vesk | head`, does not harm the build."""
         if SETTINGS.windows:

@@ -29,6 +29,9 @@ class Names(ProgramTest):
         self.check("-v", "6", status=1, err="""
             Error: Target 'vesk::libary' not found.
               did you mean 'library'?
+              {DIR}/vesk.txt:1:6
+              app: libary { NO_TOOL }
+                   ^
               needed by target vesk::app ({*}vesk.txt:1)
             """)
 
@@ -51,7 +54,7 @@ class Names(ProgramTest):
                 self.unit("dep: app { NO_TOOL }\napp: {\n  cmdline = [" + value + "]\n"
                           '  message = "hi" ctx = { a = 1 } list = ["a"] ' + self.GROWING + '}')
                 error = self.error()
-                self.assertTrue(error.startswith(message + "\n  in variable '"), error)
+                self.assertTrue(error.startswith(message + "\n  {DIR}/vesk.txt:"), error)
                 self.assertRegex(error, r"\n  in target vesk::app \(.*vesk\.txt:2\)\n$")
 
 
@@ -67,6 +70,26 @@ class Syntax(ProgramTest):
         self.assertTrue(error.startswith("line 2:8 "), error)
         self.assertIn("\nline 4:13 ", error)
         self.assertRegex(error, r"\nError: .*vesk\.txt Parsing failed due to syntax errors\.\n$")
+
+    def test_errors_of_the_lexer_alone_do_not_reject_a_file(self):
+        """They are said again in each run, also where nothing is to be done."""
+        self.remembers = True
+        self.unit('app: { # cmdline = "child print \N{SNOWMAN}" $ } /* open')
+        for out in ("\N{SNOWMAN}\n", "", ""):
+            self.check("-v", "6", out=out, err="""
+                line 1:7 token recognition error at: '#'
+                  {DIR}/vesk.txt:1:8
+                  app: { # cmdline = "child print \N{SNOWMAN}" $ } /* open
+                         ^
+                line 1:35 token recognition error at: '$'
+                  {DIR}/vesk.txt:1:36
+                  app: { # cmdline = "child print \N{SNOWMAN}" $ } /* open
+                                                     ^
+                line 1:39 token recognition error at: '/* open'
+                  {DIR}/vesk.txt:1:40
+                  app: { # cmdline = "child print \N{SNOWMAN}" $ } /* open
+                                                         ^
+                """)
 
     def test_forms(self):
         for text in ("app { }", "app: ", "unit a unit b", "app: { a = 1 } }", "app: { /* open }",
@@ -130,4 +153,4 @@ directory with --create-project
         process = self.start("-v", "6", **options)
         out, err = process.communicate(timeout=HANGS)
         self.assertEqual((process.returncode, out), (1, b""))
-        self.assertRegex(err.decode(), r"Unable to open file! '.*vesk\.txt': Permission denied\.")
+        self.assertRegex(err.decode(), r"Unable to open file!(\x1b\[0m)?\n.*vesk\.txt: Permission denied")

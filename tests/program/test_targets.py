@@ -129,7 +129,7 @@ class FileWriter(ProgramTest):
         ]
         if not SETTINGS.windows:
             cases.append(('FILENAME = "/dev/full" TEXT = "x"',
-                          "File writer could not write to '/dev/full'. No space left on device."))
+                          "File writer could not write to '/dev/full'.\n  No space left on device"))
         for body, message in cases:
             with self.subTest(body=body):
                 self.unit("t: { WRITE_FILE " + body + " }")

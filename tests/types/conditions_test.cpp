@@ -14,7 +14,7 @@ Condition when(ValuePtr left, Op op, ValuePtr right, Assignments body,
     auto block = std::make_shared<ContextTemplate>();
     block->assignments = std::move(body);
     block->conditions = std::move(nested);
-    return {std::move(left), std::move(right), op, std::move(block), 9};
+    return {std::move(left), std::move(right), op, std::move(block), {}};
 }
 
 /// The variables after the conditions, or the error.
@@ -57,10 +57,10 @@ TEST(Conditions, AnOperandThatCannotBeResolvedIsAnErrorOrMakesThemFalse) {
     const std::vector<Condition> unlike{when(num(1), Op::Equal, str("x"), {set("y", num(1))})};
     const Assignments x{set("x", str("x"))};
     EXPECT_EQ(evaluated(x, unknown),
-              "NotFoundException: Assignment 'none' not found.\n  in the condition in line 9");
+              "NotFoundException: Assignment 'none' not found.\n  in a condition");
     EXPECT_EQ(evaluated(x, unlike),
               "BadConversion: Cannot convert VeskInt 1 to VeskString\n"
-              "  in the condition in line 9");
+              "  in a condition");
     const auto isFalse = Context::Unresolvable::isFalse;
     EXPECT_EQ(evaluated(x, unknown, isFalse), "x = \"x\"; z = 1");
     EXPECT_EQ(evaluated(x, {when(id("none.a"), Op::Less, num(1), {})}, isFalse), "x = \"x\"");

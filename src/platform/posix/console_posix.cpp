@@ -30,6 +30,8 @@ bool writeBytes(Stream stream, std::string_view bytes) noexcept {
             // Somebody who shares the terminal or pipe made it non-blocking.
             pollfd ready{descriptor, POLLOUT, 0};
             ::poll(&ready, 1, -1);
+        } else if (errno == EPIPE) {
+            return true;
         } else if (errno != EINTR) {
             return false;
         }

@@ -44,7 +44,11 @@ bool writeBytes(Stream stream, std::string_view bytes) noexcept {
     while (!bytes.empty()) {
         const auto piece = static_cast<DWORD>(std::min(bytes.size(), kMaxPiece));
         DWORD written = 0;
-        if (!::WriteFile(handle, bytes.data(), piece, &written, nullptr) || written == 0) {
+        if (!::WriteFile(handle, bytes.data(), piece, &written, nullptr)) {
+            const DWORD error = ::GetLastError();
+            return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA;
+        }
+        if (written == 0) {
             return false;
         }
         bytes.remove_prefix(written);

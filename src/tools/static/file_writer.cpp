@@ -77,16 +77,24 @@ void requireParentDirectory(const std::filesystem::path& file) {
     }
 }
 
+[[noreturn]] void throwFileError(std::string text, const std::error_code& why) {
+    VeskException error(std::move(text));
+    error.addNote(why.message());
+    throw error;
+}
+
 // In two steps, because the two failures have messages of their own.
 void writeFile(const std::filesystem::path& file, std::string_view text, bool append) {
     platform::FileWriter writer(file, append ? platform::Append::yes : platform::Append::no);
     if (!writer.isOpen()) {
-        throw VeskException(fmt::format("File writer could not open '{}' for writing. {}.",
-                                        platform::pathToUtf8(file), writer.error().message()));
+        throwFileError(
+            fmt::format("File writer could not open '{}' for writing.", platform::pathToUtf8(file)),
+            writer.error());
     }
     if (!writer.write(text) || !writer.close()) {
-        throw VeskException(fmt::format("File writer could not write to '{}'. {}.",
-                                        platform::pathToUtf8(file), writer.error().message()));
+        throwFileError(
+            fmt::format("File writer could not write to '{}'.", platform::pathToUtf8(file)),
+            writer.error());
     }
 }
 

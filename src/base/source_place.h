@@ -1,0 +1,32 @@
+// Where something is written in a file, and how a message shows it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Vesk {
+
+/// Small enough to stand in every assignment. Lines and columns are counted from 1, columns in code
+/// points.
+struct SourcePlace {
+    std::uint32_t file = 0;  ///< as `sourceFileNumber` gave it; 0: in no file
+    std::uint32_t line = 0;
+    std::uint32_t column = 0;
+};
+
+/// The number that stands for a file in places, from now to the end of the process. May be called
+/// from any thread.
+std::uint32_t sourceFileNumber(const std::string& name);
+
+/// "/a/vesk.txt:2:8", that line of the file, which is read again, and a caret below the column.
+/// Only the first when there is no such line any more; nothing for a place in no file. A long line
+/// is cut to what is around the column.
+std::vector<std::string> placeLines(const SourcePlace& place);
+
+/// The same for a text that is at hand.
+std::vector<std::string> placeLines(std::string_view fileName, std::string_view text,
+                                    std::size_t line, std::size_t column);
+
+}  // namespace Vesk
