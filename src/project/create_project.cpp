@@ -1,10 +1,10 @@
 #include "project/create_project.h"
 
-#include <algorithm>
 #include <optional>
 
 #include "base/console.h"
 #include "base/exception.h"
+#include "base/report.h"
 #include "grammar/loaders.h"
 #include "platform/files.h"
 #include "project/identifier.h"
@@ -18,18 +18,27 @@ namespace fs = std::filesystem;
 
 /// A unit file as it will be listed.
 struct FoundFile {
-    std::string listed;        ///< relative to the project, with slashes
-    fs::path directory;        ///< relative to the project; empty for the project's own
+    std::string listed;        ///< relative to the project file, with slashes
+    fs::path directory;        ///< relative to the root; empty for the root itself
     std::optional<Unit> unit;  ///< nothing when the file has errors
 };
 
+/// Relative where there is such a path: between two drives there is none.
+fs::path relativePath(const fs::path& file, const fs::path& directory) {
+    fs::path relative = file.lexically_relative(directory);
+    return relative.empty() ? file : relative;
+}
+
 class ProjectDescriber {
   public:
-    explicit ProjectDescriber(fs::path root) : root_(std::move(root)) {
-        const std::string directory = platform::pathToUtf8(root_.filename());
-        project_.name = directory.empty() ? "project" : identifierFrom(directory);
+    ProjectDescriber(fs::path root, fs::path directory)
+        : root_(std::move(root)), directory_(std::move(directory)) {
+        const std::string name = platform::pathToUtf8(root_.filename());
+        project_.name = name.empty() ? "project" : identifierFrom(name);
     }
 
+    /// Of two files that want one name, the first gets it; but names that files declare are fixed,
+    /// and the others make way for them.
     NewProject describe(const std::vector<fs::path>& files) {
         std::vector<FoundFile> undeclared;
         for (const fs::path& file : files) {
@@ -42,9 +51,6 @@ class ProjectDescriber {
                 undeclared.push_back(std::move(found));
             }
         }
-        // Names that files declare are fixed; the others make way for them, the root's file last.
-        std::stable_partition(undeclared.begin(), undeclared.end(),
-                              [](const FoundFile& found) { return found.directory.empty(); });
         for (const FoundFile& found : undeclared) {
             project_.units[freeName(found)].push_back(found.listed);
         }
@@ -54,19 +60,20 @@ class ProjectDescriber {
   private:
     FoundFile read(const fs::path& file) const {
         FoundFile found;
-        const fs::path relative = file.lexically_relative(root_);
-        found.listed = genericText(relative);
-        found.directory = relative.parent_path();
+        found.listed = genericText(relativePath(file, directory_));
+        found.directory = file.lexically_relative(root_).parent_path();
         try {
             found.unit = parseUnitFile(file);
         } catch (const VeskException& error) {
-            console::warning("Unit file '{}' is listed, but it has errors: {}", found.listed,
-                             error.report());
+            warnOfErrors(found, error.report());
         } catch (const std::exception& error) {
-            console::warning("Unit file '{}' is listed, but it has errors: {}", found.listed,
-                             error.what());
+            warnOfErrors(found, reportOf(error));
         }
         return found;
+    }
+
+    static void warnOfErrors(const FoundFile& found, const std::string& report) {
+        reportWarning("Unit file '" + found.listed + "' is listed, but it has errors.", {report});
     }
 
     static std::string genericText(const fs::path& path) {
@@ -116,6 +123,7 @@ class ProjectDescriber {
     }
 
     fs::path root_;
+    fs::path directory_;  ///< of the project file
     NewProject project_;
     std::map<std::string, std::map<std::string, std::string>> targets_;  ///< by unit: target, file
 };
@@ -163,10 +171,10 @@ bool keepOldFile(const fs::path& file, std::error_code& error) {
 
 }  // namespace
 
-NewProject describeNewProject(const fs::path& root, std::string_view outputDirectory) {
+NewProject describeNewProject(const fs::path& root, const fs::path& directory) {
     const fs::path canonical = canonicalPath(root);
     NewProject project =
-        ProjectDescriber(canonical).describe(findUnitFiles(canonical, outputDirectory));
+        ProjectDescriber(canonical, canonicalPath(directory)).describe(findUnitFiles(canonical));
     if (project.units.empty()) {
         console::warning("No unit files ('{}') were found under '{}': the project lists no units.",
                          kUnitFileName, platform::pathToUtf8(canonical));

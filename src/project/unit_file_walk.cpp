@@ -31,11 +31,7 @@ std::vector<platform::FolderEntry> entriesOf(const fs::path& directory) {
 
 class UnitFileWalk {
   public:
-    UnitFileWalk(const fs::path& root, std::string_view outputDirectory)
-        : root_(root), rootIdentity_(fileIdentity(root)) {
-        if (!outputDirectory.empty()) {
-            outputIdentity_ = fileIdentity(root / platform::pathFromUtf8(outputDirectory));
-        }
+    explicit UnitFileWalk(const fs::path& root) : rootIdentity_(fileIdentity(root)) {
         directories_.push_back(root);
     }
 
@@ -55,16 +51,15 @@ class UnitFileWalk {
                 directories_.push_back(std::move(link));
             }
         }
-        std::sort(files_.begin(), files_.end());
         return std::move(files_);
     }
 
   private:
     void visit(const fs::path& directory) {
-        std::string identity = fileIdentity(directory);
-        if (identity == outputIdentity_ || !visited_.insert(std::move(identity)).second) {
+        if (!visited_.insert(fileIdentity(directory)).second) {
             return;
         }
+        const std::size_t before = directories_.size();
         for (const platform::FolderEntry& entry : entriesOf(directory)) {
             fs::path path = directory / platform::pathFromUtf8(entry.name);
             if (entry.error) {
@@ -77,6 +72,9 @@ class UnitFileWalk {
                 files_.push_back(std::move(path));
             }
         }
+        // The stack gives back the last first.
+        std::reverse(directories_.begin() + static_cast<std::ptrdiff_t>(before),
+                     directories_.end());
     }
 
     /// Whether the link leads to a directory above the root: following it would walk over
@@ -88,9 +86,7 @@ class UnitFileWalk {
                 rootIdentity_[target.size()] == '/' || rootIdentity_[target.size()] == '\\');
     }
 
-    fs::path root_;
     std::string rootIdentity_;
-    std::string outputIdentity_;
     std::deque<fs::path> directories_;
     std::deque<fs::path> links_;
     std::unordered_set<std::string> visited_;
@@ -99,8 +95,8 @@ class UnitFileWalk {
 
 }  // namespace
 
-std::vector<fs::path> findUnitFiles(const fs::path& root, std::string_view outputDirectory) {
-    return UnitFileWalk(root, outputDirectory).run();
+std::vector<fs::path> findUnitFiles(const fs::path& root) {
+    return UnitFileWalk(root).run();
 }
 
 }  // namespace Vesk

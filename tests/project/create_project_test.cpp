@@ -14,7 +14,8 @@ class CreateProject : public Workspace {
     /// The project file that is written for the directory.
     std::string created(const std::string& directory) {
         outputOf([&] {
-            createProjectFile(describeNewProject(path(directory), "out"), path(directory));
+            createProjectFile(describeNewProject(path(directory), path(directory)),
+                              path(directory));
         });
         return read(directory + "/.vesk_project.txt");
     }
@@ -49,14 +50,16 @@ TEST_F(CreateProject, ListsEveryUnitFileUnderAName) {
               "units\n{\n"
               "__7\n{\n  \"\xC3\xBC 7/vesk.txt\"\n}\n"
               "core\n{\n  \"lib/Vesk.TXT\"\n  \"more/vesk.txt\"\n}\n"
+              "generated\n{\n  \"out/vesk.txt\"\n}\n"
               "lib\n{\n  \"net/lib/vesk.txt\"\n}\n"
               "more_core\n{\n  \"more/core/vesk.txt\"\n}\n"
               "my_app\n{\n  \"vesk.txt\"\n}\n"
               "out\n{\n  \"deep/out/vesk.txt\"\n}\n"
               "units_\n{\n  \"units/vesk.txt\"\n}\n"
               "}\n");
-    EXPECT_EQ(loadedFrom("my app"),
-              "__7: d\ncore: a f\nlib: b\nmore_core: e\nmy_app: start\nout: g\nunits_: c\n");
+    EXPECT_EQ(
+        loadedFrom("my app"),
+        "__7: d\ncore: a f\ngenerated:\nlib: b\nmore_core: e\nmy_app: start\nout: g\nunits_: c\n");
 }
 
 TEST_F(CreateProject, GivesUnitsOfOneNameMoreOfTheirPath) {
@@ -70,13 +73,13 @@ TEST_F(CreateProject, GivesUnitsOfOneNameMoreOfTheirPath) {
 
 TEST_F(CreateProject, LeavesOutWhatCouldNotBeLoadedButNotWhatHasErrors) {
     write("p/a/vesk.txt", "unit u t : { }");
-    write("p/b/vesk.txt", "unit u t : { }");
+    write("p/vesk.txt", "unit u t : { }");
     write("p/c/vesk.txt", "t : {");
-    EXPECT_THAT(outputOf([&] { describeNewProject(path("p"), "out"); }),
+    EXPECT_THAT(outputOf([&] { describeNewProject(path("p"), path("p")); }),
                 ::testing::AllOf(
-                    HasSubstr("Unit file 'b/vesk.txt' is left out: unit 'u' already has a target "
-                              "'t' in 'a/vesk.txt'; give one of the two units another name.\n"),
-                    HasSubstr("Unit file 'c/vesk.txt' is listed, but it has errors: ")));
+                    HasSubstr("Unit file 'a/vesk.txt' is left out: unit 'u' already has a target "
+                              "'t' in 'vesk.txt'; give one of the two units another name.\n"),
+                    HasSubstr("Unit file 'c/vesk.txt' is listed, but it has errors.\n  ")));
     EXPECT_THAT(created("p"), HasSubstr("c\n{\n  \"c/vesk.txt\"\n}\n"));
     write("p/c/vesk.txt", "");
     EXPECT_EQ(loadedFrom("p"), "c:\nu: t\n");
@@ -101,7 +104,7 @@ TEST_F(CreateProject, FailsWhereNothingCanBeWritten) {
             createProjectFile({"p", {}}, path("gone"));
         }),
         ::testing::StartsWith("Unable to write project file: <ws>/gone/.vesk_project.txt\n"));
-    EXPECT_THROW(findUnitFiles(path("gone"), "out"), fs::filesystem_error);
+    EXPECT_THROW(findUnitFiles(path("gone")), fs::filesystem_error);
 }
 
 TEST(Identifiers, AreMadeOfAnyText) {
