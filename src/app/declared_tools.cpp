@@ -1,6 +1,7 @@
 #include "app/declared_tools.h"
 
 #include <exception>
+#include <fmt/format.h>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "base/console.h"
 #include "base/exception.h"
+#include "base/report.h"
 #include "driver/input_context.h"
 #include "project/project_paths.h"
 #include "tools/create_tool.h"
@@ -73,7 +75,7 @@ std::unique_ptr<Matcher> createRegistryTool(const ToolEntry& entry, Surroundings
     } catch (const std::exception& error) {
         reason = reportOf(error);
     }
-    console::warning("{} tool '{}' is left out: {}", kRegistryOrigin, entry.name, reason);
+    reportWarning(fmt::format("{} tool '{}' is left out.", kRegistryOrigin, entry.name), {reason});
     return nullptr;
 }
 

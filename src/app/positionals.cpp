@@ -43,14 +43,6 @@ std::optional<DependencyReference> targetNamedBy(const std::string& word, const 
     return std::nullopt;
 }
 
-void takeTarget(Positionals& taken, DependencyReference reference) {
-    if (taken.target) {
-        console::error("Only one target name can be specified");
-    } else {
-        taken.target = std::move(reference);
-    }
-}
-
 void takeProfile(Positionals& taken, const std::string& name) {
     if (!taken.profile.empty()) {
         throw VeskException("Profile already set to '" + taken.profile +
@@ -80,26 +72,16 @@ void addHelp(VeskException& error, const std::string& word, const Project& proje
     }
 }
 
-bool isWholeNumber(std::string_view text) noexcept {
-    if (text.starts_with('-')) {
-        text.remove_prefix(1);
-    }
-    std::string_view digits = "0123456789";
-    if (text.starts_with("0x") || text.starts_with("0X")) {
-        text.remove_prefix(2);
-        digits = "0123456789abcdefABCDEF";
-    }
-    return !text.empty() && text.find_first_not_of(digits) == std::string_view::npos;
-}
-
-/// Whether the value is all that is written after the operator. What follows a value is ignored,
-/// and so are characters that begin no value: without its quotes, "-O2 -g" is read as 2.
-bool isWholeValue(const VeskValue& value, std::string_view word) {
+/// Whether the text after the operator starts with the value that was read. It does not when
+/// characters were skipped that begin no value: without its quotes, "-O2 -g" is read as O2. What
+/// follows a value does not matter.
+bool startsWithValue(const VeskValue& value, std::string_view word) {
     const std::string_view written = trimmed(word.substr(word.find('=') + 1));
     if (valueAs<VeskInt>(&value) != nullptr) {
-        return isWholeNumber(written);
+        return written.find_first_of("0123456789") == (written.starts_with('-') ? 1U : 0U);
     }
-    return valueAs<VeskIdentifier>(&value) == nullptr || !contains(written, " ");
+    const auto* identifier = valueAs<VeskIdentifier>(&value);
+    return identifier == nullptr || written.starts_with(identifier->path.segments.front().name);
 }
 
 void warnOfMisreading(const Assignment& assignment, const std::string& word,
@@ -110,9 +92,9 @@ void warnOfMisreading(const Assignment& assignment, const std::string& word,
                           "variable '" +
                           assignment.name.str() + "'.",
                       {suggestionFor(word, project)});
-    } else if (assignment.value && !isWholeValue(*assignment.value, word)) {
-        console::warning("'{}' was read as '{}': {}", word, assignment.toDisplayString(),
-                         kQuotesNeeded);
+    } else if (assignment.value && !startsWithValue(*assignment.value, word)) {
+        reportWarning("'" + word + "' was read as '" + assignment.toDisplayString() + "'.",
+                      {kQuotesNeeded});
     }
 }
 
@@ -122,11 +104,15 @@ Positionals classifyPositionals(const std::vector<std::string>& words, const Pro
     Positionals taken;
     for (const std::string& word : words) {
         if (auto reference = targetNamedBy(word, project)) {
-            takeTarget(taken, std::move(*reference));
+            if (taken.target) {
+                taken.others.push_back({word, true});
+            } else {
+                taken.target = std::move(reference);
+            }
         } else if (const ProfileEntry* profile = project.findProfile(word)) {
             takeProfile(taken, profile->name);
         } else {
-            taken.assignments.push_back(word);
+            taken.others.push_back({word});
         }
     }
     return taken;

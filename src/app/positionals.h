@@ -11,15 +11,21 @@
 
 namespace Vesk {
 
+/// A word that is to be reported or parsed.
+struct OtherWord {
+    std::string text;
+    bool isTarget = false;  ///< a second target; else an assignment
+};
+
 struct Positionals {
     std::optional<DependencyReference> target;  ///< the first word that names one
     std::string profile;                        ///< spelled as it is defined; empty without one
-    std::vector<std::string> assignments;       ///< all other words
+    std::vector<OtherWord> others;              ///< all other words, in order
 };
 
 /// Sorts the words: a target of the project (or any "unit::target"), then a profile of it, else an
-/// assignment. Further targets are reported and dropped. Throws VeskException for a second profile,
-/// std::runtime_error for a word such as "::app".
+/// assignment. Throws VeskException for a second profile, std::runtime_error for a word such as
+/// "::app".
 Positionals classifyPositionals(const std::vector<std::string>& words, const Project& project);
 
 /// Parses a word that is neither target nor profile. Relative paths in it are relative to the

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/vesk_application.h"
+#include "base/console.h"
 #include "base/exception.h"
 #include "platform/files.h"
 #include "tools/static/static_tools.h"
@@ -33,7 +34,13 @@ void VeskApplication::loadRegistry() {
 
 ProjectLoader& VeskApplication::loader() {
     if (!loader_) {
-        loader_.emplace(store_, registry_ ? &*registry_ : nullptr, isKnownToolType);
+        const auto registry = [this] {
+            if (!registry_) {
+                loadRegistry();
+            }
+            return &*registry_;
+        };
+        loader_.emplace(store_, registry, isKnownToolType);
     }
     return *loader_;
 }
@@ -120,14 +127,18 @@ void VeskApplication::loadImports() {
     if (!project_->standalone()) {
         loader().loadImports(*project_, positionals_.profile);
     }
-    if (positionals_.target && !positionals_.target->ns.empty()) {
+    if (registry_ && positionals_.target && !positionals_.target->ns.empty()) {
         loader().loadRequested(*project_, positionals_.target->ns);
     }
 }
 
 void VeskApplication::takeAssignments() {
     ContextTemplate written;
-    for (const std::string& word : positionals_.assignments) {
+    for (const auto& [word, isTarget] : positionals_.others) {
+        if (isTarget) {
+            console::error("Only one target name can be specified");
+            continue;
+        }
         written.assignments.push_back(parsePositionalAssignment(word, *project_));
         try {
             fill(*commandLine_, written.assignments.back());

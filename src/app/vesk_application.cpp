@@ -134,6 +134,7 @@ int VeskApplication::listProfiles() {
     if (project_ == nullptr) {
         return reportNoProject();
     }
+    loadImports();
     Vesk::listProfiles(*project_);
     return 0;
 }
@@ -143,6 +144,7 @@ int VeskApplication::listUnits() {
     if (project_ == nullptr) {
         return reportNoProject();
     }
+    loadImports();
     Vesk::listUnits(*project_);
     return 0;
 }
@@ -151,8 +153,8 @@ int VeskApplication::listTargets() {
     loadProject();
     loadUnits();
     classifyWords();
+    loadImports();
     takeAssignments();
-    project_->profile = positionals_.profile;
     addBuiltinVariables(*builtins_, root_.directory);
     Vesk::listTargets(*project_, settings_.unitToList,
                       implicitLayers(*project_, *builtins_, *commandLine_));
@@ -196,8 +198,11 @@ int VeskApplication::findCompilers() {
 }
 
 int VeskApplication::createProject() {
-    const fs::path directory = projectRootAt(fs::current_path()).directory;
-    createProjectFile(describeNewProject(directory, kDefaultOutputDirectory), directory);
+    const fs::path directory = fs::current_path();
+    const ProjectRoot root = findProjectRoot(settings_);
+    // A project above is another one: what it lists elsewhere is not for the new one.
+    const fs::path& start = root.projectFile ? directory : root.directory;
+    createProjectFile(describeNewProject(start, directory), directory);
     return 0;
 }
 

@@ -70,17 +70,17 @@ std::optional<fs::path> findProjectFile(const fs::path& directory) {
     }
 }
 
-ProjectLoader::ProjectLoader(ProjectStore& store, const Registry* registry,
+ProjectLoader::ProjectLoader(ProjectStore& store, RegistrySource registry,
                              ToolTypePredicate knowsToolType)
-    : store_(store), registry_(registry), knowsToolType_(std::move(knowsToolType)) {}
+    : store_(store), registry_(std::move(registry)), knowsToolType_(std::move(knowsToolType)) {}
 
 Project& ProjectLoader::loadRoot(const fs::path& projectFile) {
-    Project& root = readProject(projectFileAt(projectFile));
+    Project& root = readProject(projectFileAt(projectFile), {});
     loaded_.emplace(fileIdentity(root.file), Loaded{&root, "asked for by the command line"});
     return root;
 }
 
-Project& ProjectLoader::readProject(const fs::path& projectFile) {
+Project& ProjectLoader::readProject(const fs::path& projectFile, const std::string& profile) {
     console::trace("Loading project file {}\n", platform::pathToUtf8(projectFile));
     ProjectFile file = parseProjectFile(projectFile);
     requireDistinctProfiles(file);
@@ -89,8 +89,9 @@ Project& ProjectLoader::readProject(const fs::path& projectFile) {
     made->file = file.path;
     made->root = file.path.parent_path();
     made->name = file.name;
+    made->profiles = std::move(file.profiles);
+    selectProfile(*made, profile);
     Project& project = store_.addProject(std::move(made));
-    project.profiles = std::move(file.profiles);
     project.declaredImports = std::move(file.imports);
     project.tools = usableTools(file);
     loadUnits(project, file);
@@ -172,9 +173,8 @@ Project* ProjectLoader::enterImport(const std::vector<Frame>& chain, const Proje
             addImport(importer, entry, *found->second.project);
             return nullptr;
         }
-        Project& imported = readProject(file);
+        Project& imported = readProject(file, entry.importedProfile);
         loaded_.emplace(identity, Loaded{&imported, note});
-        selectProfile(imported, entry.importedProfile);
         addImport(importer, entry, imported);
         return &imported;
     } catch (...) {
@@ -194,8 +194,9 @@ void ProjectLoader::requireReusable(const std::vector<Frame>& chain, const Loade
     requested.file = loaded.project->file;
     requested.name = loaded.project->name;
     requested.profile = profile;
-    VeskException error("Conflicting project profiles: " + loaded.project->description() + ", " +
-                        loaded.origin + ", versus " + requested.description());
+    VeskException error("Conflicting project profiles: " + loaded.project->description() +
+                        " versus " + requested.description());
+    error.addNote("the first is " + loaded.origin);
     error.addNote("a build loads a project once; name one profile in all its imports");
     throw error;
 }
@@ -225,24 +226,29 @@ fs::path ProjectLoader::locateImport(const Project& importer, const ProjectImpor
     if (entry.byPath) {
         return pathWrittenIn(importer.root, entry.location);
     }
-    if (registry_ == nullptr) {
+    const Registry* const registry = registry_ ? registry_() : nullptr;
+    if (registry == nullptr) {
         throw NotFoundException("Registry project", entry.location);
     }
-    return registry_->findRegisteredProject(entry.location);
+    return registry->findRegisteredProject(entry.location);
 }
 
 void ProjectLoader::loadRequested(Project& root, const std::string& name) {
-    if (root.findImport(name) != nullptr || registry_ == nullptr ||
-        !registry_->projects.contains(name)) {
+    if (root.findImport(name) != nullptr) {
         return;
     }
-    const fs::path file = projectFileAt(registry_->findRegisteredProject(name));
+    const Registry* const registry = registry_ ? registry_() : nullptr;
+    if (registry == nullptr || !registry->projects.contains(name)) {
+        return;
+    }
+    const fs::path file = projectFileAt(registry->findRegisteredProject(name));
     const std::string note =
-        "registered as '" + name + "' in " + platform::pathToUtf8(registry_->file);
+        "registered as '" + name + "' in " + platform::pathToUtf8(registry->file);
     try {
         const std::string identity = fileIdentity(file);
         const auto found = loaded_.find(identity);
-        Project& requested = found == loaded_.end() ? readProject(file) : *found->second.project;
+        Project& requested =
+            found == loaded_.end() ? readProject(file, {}) : *found->second.project;
         if (found == loaded_.end()) {
             loaded_.emplace(identity, Loaded{&requested, note});
             loadImportTree(requested);

@@ -24,14 +24,18 @@ class Registry;
 /// Whether a tool can be made of that tool type; asked for each tool that a project declares.
 using ToolTypePredicate = std::function<bool(std::string_view)>;
 
+/// Gives the registry, reading it if need be; asked only when a registered name must be looked up.
+/// Null, or nothing to call, where there is none.
+using RegistrySource = std::function<const Registry*()>;
+
 /// The project file in `directory` or the nearest directory above it; nothing without one.
 std::optional<std::filesystem::path> findProjectFile(const std::filesystem::path& directory);
 
 /// Loads projects into a store, each project file once.
 class ProjectLoader {
   public:
-    /// `registry` may be null; store and registry must outlive the loader.
-    ProjectLoader(ProjectStore& store, const Registry* registry, ToolTypePredicate knowsToolType);
+    /// Store and registry must outlive the loader.
+    ProjectLoader(ProjectStore& store, RegistrySource registry, ToolTypePredicate knowsToolType);
 
     /// Reads a project file and the project's own units. Throws VeskException for what the file or
     /// a unit has wrong, with the file's path, and what parsing and the store throw.
@@ -56,7 +60,7 @@ class ProjectLoader {
         std::string origin;  ///< who asked for it first, for messages
     };
 
-    Project& readProject(const std::filesystem::path& projectFile);
+    Project& readProject(const std::filesystem::path& projectFile, const std::string& profile);
     std::vector<ToolEntry> usableTools(const ProjectFile& file) const;
     void selectProfile(Project& project, const std::string& profile) const;
     void loadImportTree(Project& start);
@@ -68,7 +72,7 @@ class ProjectLoader {
     std::filesystem::path locateImport(const Project& importer, const ProjectImport& entry) const;
 
     ProjectStore& store_;
-    const Registry* registry_;
+    RegistrySource registry_;
     ToolTypePredicate knowsToolType_;
     std::unordered_map<std::string, Loaded> loaded_;  ///< by identity of the project file
     std::unordered_set<const Project*> inProgress_;   ///< those on the chain of imports

@@ -1,5 +1,7 @@
 #include "project/project_store.h"
 
+#include <system_error>
+
 #include "base/exception.h"
 #include "grammar/loaders.h"
 #include "platform/files.h"
@@ -17,6 +19,21 @@ std::unique_ptr<Project> projectOf(std::shared_ptr<const Unit> unit, const fs::p
     return project;
 }
 
+/// Throws `text` and the path; a note says what is there instead, or why the system does not tell.
+void requireFile(const fs::path& path, const char* text) {
+    if (platform::isFile(path)) {
+        return;
+    }
+    VeskException error(text + platform::pathToUtf8(path));
+    std::error_code reason;
+    if (platform::isFolder(path)) {
+        error.addNote("it is a directory");
+    } else if (!platform::exists(path, reason) && reason) {
+        error.addNote(reason.message());
+    }
+    throw error;
+}
+
 }  // namespace
 
 Project& ProjectStore::addProject(std::unique_ptr<Project> project) {
@@ -24,9 +41,7 @@ Project& ProjectStore::addProject(std::unique_ptr<Project> project) {
     if (path.empty()) {
         throw VeskException("Project path is empty.");
     }
-    if (!platform::isFile(project->file)) {
-        throw VeskException("Project path is not a file: " + path);
-    }
+    requireFile(project->file, "Project path is not a file: ");
     if (project->name.empty()) {
         VeskException error("A stored project requires a primary name: " + path);
         error.addNote("give the project file a first line such as: name my_project");
@@ -54,10 +69,7 @@ Project& ProjectStore::addStandaloneUnit(const fs::path& unitFile, const fs::pat
     if (unitFile.empty()) {
         throw VeskException("Standalone unit path is empty.");
     }
-    if (!platform::isFile(unitFile)) {
-        throw VeskException("Standalone unit path is not a file: " +
-                            platform::pathToUtf8(unitFile));
-    }
+    requireFile(unitFile, "Standalone unit path is not a file: ");
     requireStandaloneRoot(root);
     auto unit = std::make_shared<Unit>(parseUnitFile(unitFile));
     if (unit->name.empty()) {

@@ -34,6 +34,15 @@ class PositionalWords : public testing::Test {
         }
     }
 
+    /// Targets that are too many in parentheses.
+    static std::string others(const Positionals& positionals) {
+        std::vector<std::string> words;
+        for (const OtherWord& word : positionals.others) {
+            words.push_back(word.isTarget ? "(" + word.text + ")" : word.text);
+        }
+        return joined(words, ",");
+    }
+
     /// What the words were taken for, then the messages; or the error.
     std::string taken(const Words& words) const {
         test::ConsoleCapture console;
@@ -41,7 +50,7 @@ class PositionalWords : public testing::Test {
             const Positionals positionals = classifyPositionals(words, project_);
             const auto& target = positionals.target;
             return (target ? target->toDisplayString() : "none") + "|" + positionals.profile + "|" +
-                   joined(positionals.assignments, ",") + console.text();
+                   others(positionals) + console.text();
         } catch (const VeskException& error) {
             return error.report();
         } catch (const std::runtime_error& error) {
@@ -77,8 +86,8 @@ TEST_F(PositionalWords, AreTargetsProfilesOrAssignments) {
         {{"x=a::b", "p/u::t=1", "Y+=\"b\""}, "none||x=a::b,p/u::t=1,Y+=\"b\""},
         {{"RELEASE", "app", "x=1"}, "app|Release|x=1"},
         {{"debug", "DEBUG"}, "debug|Debug|"},
-        {{"app", "lib", "x=1"}, "app||x=1Only one target name can be specified\n"},
-        {{"release", "app", "DEBUG"}, twice},
+        {{"app", "lib", "x=1"}, "app||(lib),x=1"},
+        {{"release", "app", "lib", "DEBUG"}, twice},
         {{"release", "release"}, twice},
         {{"::app"}, "Dependency string has empty prefix or target: ::app"},
         {{"/lib::app"}, "Dependency string has empty ns or unit: /lib::app"},
@@ -94,12 +103,13 @@ TEST_F(PositionalWords, ThatAreMisreadAreWarnedAbout) {
               "releese\n'releese' is neither a target nor a profile; as an "
               "assignment it clears "
               "the variable 'releese'.\n  did you mean 'Release'?\n");
-    for (const char* word : {"TEXT=two words", "LEVEL=3 4", "FLAGS=-O2"}) {
+    for (const char* word : {"FLAGS=-O2", "FLAGS=-lm x", "N=$3", "A=$b"}) {
         EXPECT_NE(assignment(word).find(std::string("'") + word + "' was read as '"),
                   std::string::npos)
             << word;
     }
-    for (const char* word : {"A=-12", "A=0x1F", "A = b.c", "A=\"x y\"", "A=[1, 2]"}) {
+    for (const char* word :
+         {"A=-12", "A=0x1F", "A = b.c", "A=\"x y\"", "A=[1, 2]", "A=1 y", "A=b c"}) {
         EXPECT_EQ(assignment(word).find("was read"), std::string::npos) << word;
     }
 }

@@ -236,6 +236,28 @@ class Imports(SeveralProjects):
                          "^Error: Conflicting project profiles: .* versus ")
 
 
+    def test_lists_load_imports_too(self):
+        self.project("lib", "lib", profiles="p { }")
+        self.project("twin", "lib")
+        self.project("loop", "loop", '"../app";')
+        for imports, message in (
+            ('"../gone";', "Error: Project file '{DIR}/gone' not found."),
+            ("gone;", "Error: Registered project 'gone' not found."),
+            ('"../lib" (q);', "Error: Profile 'q' not found in {DIR}/lib/.vesk_project.txt"),
+            ('"../lib"; "../lib" b (p);', "Error: Conflicting project profiles: "),
+            ('"../lib" a; "../lib" a;', "Error: Duplicate active import alias 'a' in "),
+            ('"../lib"; "../twin" b;', "Error: Duplicate project name 'lib': "),
+            ('"../loop";', "Error: Import cycle: app -> loop -> app\n"),
+        ):
+            self.project("app", "app", imports)
+            for mode in (["-p"], ["-u"], ["-l", "1"]):
+                with self.subTest(imports=imports, mode=mode):
+                    error = self.error(*mode, cwd=self.dir / "app", env=self.env)
+                    self.assertEqual(error[:len(message)], message)
+        self.project("app", "app", '"../lib";')
+        self.check("-u", cwd=self.dir / "app", env={"APPDATA": None, "HOME": None}, out="main\n")
+
+
 class Registry(SeveralProjects):
     def test_register_and_import(self):
         self.project("lib grün", "lib", "", 't: { cmdline = "child print lib" ^W = "w" }')
@@ -310,15 +332,35 @@ class NewProject(ProgramTest):
         self.unit('app: gear::t other::o { cmdline = "child print app" }')
         self.write("gear/vesk.txt", 't: { cmdline = "child print tools" }')
         self.write("deep/er/VESK.TXT", 'unit other\no: { cmdline = "child print other" }')
-        self.write("out/vesk.txt", "this is output")
+        self.write("out/vesk.txt", 'unit other\no: { cmdline = "child print lost" }')
         result = self.run_vesk("--create-project")
-        self.assertEqual((result.err, result.status), ("", 0))
+        self.assertEqual((result.err, result.status), (
+            "Unit file 'out/vesk.txt' is left out: unit 'other' already has a target 'o' in "
+            "'deep/er/VESK.TXT'; give one of the two units another name.\n", 0))
         text = self.read(".vesk_project.txt")
         self.assertTrue(text.startswith("name work\nunits\n{\n"), text)
         self.assertEqual(re.findall('"(.*)"', text),
                          ["gear/vesk.txt", "deep/er/VESK.TXT", "vesk.txt"])
         self.assertEqual(self.run_vesk("-u").out.split(), ["gear", "other", "work"])
         self.assertEqual(self.printed("work::app"), "tools\nother\napp\n")
+
+    def test_root_is_found_as_for_a_build(self):
+        self.unit("t: { NO_TOOL }")
+        self.write("sub/vesk.txt", 's: { cmdline = "child print sub" }')
+        self.write("other/vesk.txt", 'o: { cmdline = "child print other" }')
+        for arguments, folder, said, printed in (
+            ([], ".", ["No project file.", "Setting project root to {DIR}"], ""),
+            ([], "sub", ["Found a project file at {DIR}", "Setting project root to {DIR}"],
+             "sub\n"),
+            (["-f", "../other/vesk.txt"], "sub", ["Setting project root to {DIR}/other"],
+             "other\n"),
+        ):
+            with self.subTest(arguments=arguments, folder=folder):
+                here = self.dir / folder
+                out = self.run_vesk("-v", "1", "--create-project", *arguments, cwd=here).out
+                self.assertEqual(out.splitlines()[:len(said)], said)
+                self.assertIn("Created file '{DIR}" + f"/{folder}/".replace("/./", "/"), out)
+                self.assertEqual(self.printed(cwd=here), printed)
 
     def test_names_that_cannot_be_identifiers(self):
         for folder in ("2 - grün", "import", "a/same", "b/same"):

@@ -152,8 +152,8 @@ constexpr BadImports kBadImports[] = {
      "Import cycle: top -> top\n  imported by project 'top' in <ws>/top/.vesk_project.txt:2"},
     {"TwoProfiles", "\"../base\" (x); \"../mid\";", "\"../base\" (y);",
      "Conflicting project profiles: project 'base' (<ws>/base/.vesk_project.txt) with "
-     "profile 'x', imported by project 'top' in <ws>/top/.vesk_project.txt:2, versus "
-     "project 'base' (<ws>/base/.vesk_project.txt) with profile 'y'\n"
+     "profile 'x' versus project 'base' (<ws>/base/.vesk_project.txt) with profile 'y'\n"
+     "  the first is imported by project 'top' in <ws>/top/.vesk_project.txt:2\n"
      "  a build loads a project once; name one profile in all its imports\n"
      "  imported by project 'mid' in <ws>/mid/.vesk_project.txt:2"},
     {"AnAliasForTwo", "\"../base\" x; \"../mid\" x;", "",

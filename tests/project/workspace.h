@@ -46,7 +46,8 @@ class Workspace : public ::testing::Test {
 
     ProjectStore store;
     Registry registry;
-    ProjectLoader loader{store, &registry, [](std::string_view type) { return type == "command"; }};
+    ProjectLoader loader{store, [this] { return &registry; },
+                         [](std::string_view type) { return type == "command"; }};
 
   private:
     std::string readable(std::string text) const;
