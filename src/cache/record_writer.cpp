@@ -157,7 +157,7 @@ class RecordMaker {
             const std::string_view stored = root_.stored(path);
             if (!table_.contains(stored)) {
                 FileState state = states_.current(path);
-                if (state.kind == FileState::Kind::Missing) {
+                if (state.kind == FileState::Kind::Missing && hasSteps()) {
                     state.kind = FileState::Kind::Unknown;  // to be made again, if it can be
                     noteMissing(path);
                 }
@@ -167,6 +167,9 @@ class RecordMaker {
         }
         return numbers;
     }
+
+    /// A target without steps says what is there, not what it makes.
+    bool hasSteps() const { return request_.parts.size() > kFirstRecipePart; }
 
     void noteMissing(const std::string& path) {
         if (missing_ != nullptr) {

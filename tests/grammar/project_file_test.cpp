@@ -132,8 +132,9 @@ TEST_F(ProjectAndRegistryFile, NameThePlaceOfWhatCannotBe) {
             "1:31\n  profiles { p { a = 1 if b.c = {} {} } }\n                                ^");
     const std::string tool = "tools { t { x = 1\n x += \"a\" } }";
     const std::string why = "Cannot convert VeskInt 1 to VeskString\n";
-    EXPECT_EQ(project(tool), why + "  DIR/project.txt:2:2\n   x += \"a\" } }\n   ^\n"
-                                   "  in variable 'x'\n  in DIR/project.txt:1");
+    EXPECT_EQ(project(tool), why +
+                                 "  DIR/project.txt:2:2\n   x += \"a\" } }\n   ^\n"
+                                 "  in variable 'x'\n  in DIR/project.txt:1");
     EXPECT_NE(registry(tool).find("left out: " + why), std::string::npos);
 }
 

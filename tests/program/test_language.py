@@ -115,7 +115,7 @@ class Language(ProgramTest):
             ('x = "a${y}"  y = "b${x}"', "Circular reference to variable 'x': x <- y <- x",
              "  in variable 'x'"),
             ('v0 = "xx"' + "".join(f' v{n} = "${{v{n - 1}}}${{v{n - 1}}}"' for n in range(1, 40)),
-             "Error: Expanding a string gives more than 16777216 bytes", "  in variable 'v"),
+             "Error: A value grows beyond 64 MiB.", "  in variable 'v"),
         ):
             with self.subTest(body=body):
                 self.unit("t: { cmdline = []\n" + body + "\n}\n")

@@ -167,7 +167,7 @@ class FaultyProjects(ProgramTest):
             ("name demo units { main { } }", "Error: Project unit 'main' has no files."),
             ('name demo units { lib { "vesk.txt" } }', r"Error: Unit name mismatch in .*vesk\.txt: "
              "expected 'lib'."),
-            ('name demo units { main { "gone.txt" } }', r".*gone\.txt"),
+            ('name demo units { main { "gone.txt" } }', r"Error: Unable to open file!\n.*gone\.txt: "),
             (units + " name demo", r"Error: .*\.vesk_project\.txt\(1,30\): 'name' "),
             ('name demo import { "nowhere" ; } ' + units, r"Error: .*nowhere"),
             ("name demo import { unknown ; } " + units, "Error: Regist.* 'unknown' not found."),
@@ -345,15 +345,14 @@ class NewProject(ProgramTest):
         self.assertEqual(self.printed("work::app"), "tools\nother\napp\n")
 
     def test_root_is_found_as_for_a_build(self):
-        self.unit("t: { NO_TOOL }")
+        self.unit("unit a\nt: { NO_TOOL }")
         self.write("sub/vesk.txt", 's: { cmdline = "child print sub" }')
-        self.write("other/vesk.txt", 'o: { cmdline = "child print other" }')
+        self.write("zoo/vesk.txt", 'o: { cmdline = "child print zoo" }')
         for arguments, folder, said, printed in (
             ([], ".", ["No project file.", "Setting project root to {DIR}"], ""),
             ([], "sub", ["Found a project file at {DIR}", "Setting project root to {DIR}"],
              "sub\n"),
-            (["-f", "../other/vesk.txt"], "sub", ["Setting project root to {DIR}/other"],
-             "other\n"),
+            (["-f", "../zoo/vesk.txt"], "sub", ["Setting project root to {DIR}/zoo"], "zoo\n"),
         ):
             with self.subTest(arguments=arguments, folder=folder):
                 here = self.dir / folder
