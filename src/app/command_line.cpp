@@ -148,6 +148,15 @@ void applyAttachedJobCount(std::string_view word, Settings& settings) {
     }
 }
 
+/// "--max-commands=8".
+void applyMaxCommands(std::string_view word, Settings& settings) {
+    constexpr std::string_view kStart = "max-commands=";
+    const std::string_view number = word.substr(std::min(kStart.size(), word.size()));
+    if (equalsIgnoringCase(word.substr(0, kStart.size()), kStart) && beginsWithDigit(number)) {
+        settings.maxCommands = static_cast<std::uint32_t>(leadingInteger(std::string(number)));
+    }
+}
+
 /// "--compile-commands=FILE": an older vesk ignores it whole, file and all.
 void applyCompileCommands(std::string_view word, Settings& settings) {
     constexpr std::string_view kStart = "compile-commands=";
@@ -166,6 +175,7 @@ void applySwitch(std::string_view word, Settings& settings, ArgumentReader& read
     }
     applyAttachedJobCount(word, settings);
     applyCompileCommands(word, settings);
+    applyMaxCommands(word, settings);
 }
 
 std::string_view withoutDashes(std::string_view argument) noexcept {

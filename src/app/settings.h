@@ -42,6 +42,7 @@ struct Settings {
     bool rebuild = false;
     bool dryRun = false;
     bool keepGoing = false;
+    std::uint32_t maxCommands = 0;  ///< 0: no limit
     std::string unitToList;
     std::string mainOutput;                ///< the file that -o names, as given
     std::string compileCommands;           ///< the compilation database to write, as given

@@ -111,7 +111,7 @@ std::shared_ptr<Context> VeskApplication::buildTarget() {
         [this](const Project& project) -> const Toolbox& { return declaredTools_->of(project); },
         [this](const Project& project) -> ProjectCache& { return caches_.of(project); },
         {static_cast<int>(settings_.jobCount), settings_.rebuild, settings_.dryRun,
-         settings_.keepGoing, hidden},
+         settings_.keepGoing, hidden, settings_.maxCommands},
         collects ? [this](const std::vector<Recipe>& recipes) { compileCommands_.add(recipes); }
                  : std::function<void(const std::vector<Recipe>&)>(),
     });

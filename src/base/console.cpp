@@ -7,6 +7,7 @@
 #include <sstream>
 #include <vector>
 
+#include "base/collector.h"
 #include "base/printable.h"
 #include "platform/console.h"
 #include "platform/environment.h"
@@ -24,6 +25,16 @@ std::atomic<int> currentThreshold{kDefaultThreshold};
 constexpr char kOutput = 'o';
 constexpr char kError = 'e';
 
+void appendPart(std::string& transcript, char stream, std::string_view text) {
+    fmt::format_to(std::back_inserter(transcript), "{}{} {}", stream, text.size(), text);
+}
+
+char letterOf(platform::Stream stream) noexcept {
+    return stream == platform::Stream::Error ? kError : kOutput;
+}
+
+thread_local Collector* collectorOfThread = nullptr;
+
 /// What is guarded by the mutex: the prefix, the buffered standard output, what is kept of both
 /// streams.
 struct Shared {
@@ -36,7 +47,7 @@ struct Shared {
 
     void keepLocked(char stream, std::string_view text) {
         if (keeps) {
-            fmt::format_to(std::back_inserter(kept), "{}{} {}", stream, text.size(), text);
+            appendPart(kept, stream, text);
         }
     }
 
@@ -115,6 +126,13 @@ void put(int level, Append append) {
     if (!enabled(level)) {
         return;
     }
+    if (collectorOfThread != nullptr) {
+        std::string lines;
+        append(lines, collectorOfThread->prefix());
+        collectorOfThread->addMessage(
+            level < level::kWarning ? platform::Stream::Output : platform::Stream::Error, lines);
+        return;
+    }
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
     if (level < level::kWarning) {
@@ -164,9 +182,56 @@ void writeColumns(int level, int colour, std::string_view text, const SecondColu
 }
 
 void setPrefix(std::string prefix) {
+    exchangePrefix(std::move(prefix));
+}
+
+std::string exchangePrefix(std::string prefix) {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
-    state.prefix = std::move(prefix);
+    return std::exchange(state.prefix, std::move(prefix));
+}
+
+Collector::Collector(std::string prefix) : prefix_(std::move(prefix)) {
+    collectorOfThread = this;
+}
+
+Collector::~Collector() {
+    collectorOfThread = nullptr;
+}
+
+void Collector::endLine() {
+    if (const char stream = std::exchange(openStream_, 0)) {
+        appendPart(collected_, stream, "\n");
+    }
+}
+
+std::string Collector::take() {
+    endLine();
+    return std::exchange(collected_, {});
+}
+
+bool collects() noexcept {
+    return collectorOfThread != nullptr;
+}
+
+void Collector::addMessage(platform::Stream stream, std::string_view lines) {
+    endLine();
+    appendPart(collected_, letterOf(stream), lines);
+}
+
+void Collector::addOutput(platform::Stream stream, std::string_view bytes) {
+    const char letter = letterOf(stream);
+    if (openStream_ != letter) {
+        endLine();
+    }
+    appendPart(collected_, letter, bytes);
+    openStream_ = bytes.back() == '\n' ? '\0' : letter;
+}
+
+void writeOutput(platform::Stream stream, std::string_view bytes) {
+    if (collectorOfThread != nullptr && !bytes.empty()) {
+        collectorOfThread->addOutput(stream, bytes);
+    }
 }
 
 bool coloursWanted() {

@@ -138,14 +138,16 @@ ObtainResult ProjectCache::obtain(const std::string& key, const CacheRequest& re
         return {CacheAnswer::Refused, std::nullopt, 0};
     }
     std::unique_lock lock(entry->mutex);
-    ObtainResult result = check(*entry, request);
+    const bool unseen = claim == Claim::unseen && !entry->closed;
+    ObtainResult result =
+        unseen ? ObtainResult{CacheAnswer::Miss, entry->record, 0} : check(*entry, request);
     if (result.answer != CacheAnswer::Miss) {
         return result;
     }
     if (entry->claimed) {
         return obtainAfterWaiting(*entry, request, lock, waitMilliseconds);
     }
-    if (claim == Claim::yes) {
+    if (claim != Claim::no) {
         beginClaim(*entry, result);
     }
     return result;
@@ -168,6 +170,16 @@ ObtainResult ProjectCache::obtainAfterWaiting(Entry& entry, const CacheRequest& 
                          entry.key);
     }
     return result;
+}
+
+std::optional<RecordText> ProjectCache::last(const std::string& key) {
+    Entry* entry = findOrCreate(key);
+    if (entry == nullptr) {
+        return std::nullopt;
+    }
+    const std::lock_guard lock(entry->mutex);
+    markAsked(*entry);
+    return entry->record;
 }
 
 bool ProjectCache::insert(const std::string& key, const RecordText& record) {

@@ -42,7 +42,11 @@ struct ObtainResult {
 };
 
 /// What `obtain` does when nobody builds the record and it does not match.
-enum class Claim { no, yes };
+enum class Claim {
+    no,
+    yes,
+    unseen,  ///< as `yes`, without comparing: the caller knows that it does not match
+};
 
 /// All operations may be called from any thread.
 class ProjectCache {
@@ -64,6 +68,10 @@ class ProjectCache {
     /// released, at most `waitMilliseconds`; 0 waits as long as it takes.
     ObtainResult obtain(const std::string& key, const CacheRequest& request, Claim claim,
                         std::uint64_t waitMilliseconds);
+
+    /// The record of the last build, if any, which is compared with nothing. The key takes its
+    /// place among the records, as if it had been asked for.
+    std::optional<RecordText> last(const std::string& key);
 
     /// Stores the record of a finished build and ends the claim. False, with a message, when the
     /// token is not that of the current claim. A key that nobody asked for yet is inserted. Saves

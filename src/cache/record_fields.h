@@ -14,6 +14,7 @@ inline constexpr std::string_view kReads = "files: read";    ///< numbers in tha
 inline constexpr std::string_view kWrites = "files: written";
 inline constexpr std::string_view kStamp = "build: stamp";  ///< of the first part
 inline constexpr std::string_view kSeal = "build: seal";  ///< of the first part: see record_seal.h
+inline constexpr std::string_view kMilliseconds = "build: milliseconds";  ///< that a recipe took
 }  // namespace recordField
 
 /// Inputs of the first two parts.

@@ -74,6 +74,13 @@ std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part
     return numbers;
 }
 
+double secondsIn(const RecordText::Part& part) {
+    const std::string_view text = fieldOf(part, recordField::kMilliseconds);
+    std::uint64_t milliseconds = 0;
+    std::from_chars(text.data(), text.data() + text.size(), milliseconds);
+    return static_cast<double>(milliseconds) / 1000;
+}
+
 RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files) {
     const std::string_view text = record.text();
     const auto parts = record.layout(kFirstRecipePart).parts;

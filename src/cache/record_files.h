@@ -32,6 +32,9 @@ std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part
 /// The text of a field of a part's outputs; empty without one.
 std::string_view fieldOf(const RecordText::Part& part, std::string_view field);
 
+/// How long the part's recipe took; 0 where that is not known.
+double secondsIn(const RecordText::Part& part);
+
 /// The same record with other states in the table.
 RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files);
 

@@ -1,6 +1,7 @@
 #include "cache/record_writer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fmt/format.h>
 #include <unordered_map>
 #include <unordered_set>
@@ -51,6 +52,7 @@ class RecordMaker {
         const std::string* inputs = nullptr;
         std::vector<std::size_t> reads;
         std::vector<std::size_t> writes;
+        double seconds = 0;
     };
 
     /// What is written comes first: a file that one step makes and another reads is remembered as
@@ -59,7 +61,7 @@ class RecordMaker {
         parts_.resize(2);
         for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
             if (results_.outcomes[i] != StepOutcome::Pending) {
-                parts_.push_back({&request_.parts[i].inputs, {}, writesOf(i)});
+                parts_.push_back({&request_.parts[i].inputs, {}, writesOf(i), secondsOf(i)});
                 numbers_.push_back(i);
             }
         }
@@ -72,6 +74,13 @@ class RecordMaker {
         surroundings.inputs = &request_.parts[kSurroundingsPart].inputs;
         parts_[kVariablesPart].inputs =
             results_.finished ? &request_.parts[kVariablesPart].inputs : &unfinishedInputs();
+    }
+
+    double secondsOf(std::size_t part) {
+        if (kept(part)) {
+            return secondsIn(last_.lastParts()[*last_.lastPart(part)]);
+        }
+        return part < results_.seconds.size() ? results_.seconds[part] : 0;
     }
 
     std::vector<std::size_t> writesOf(std::size_t part) {
@@ -233,6 +242,8 @@ class RecordMaker {
         addField(recordField::kReads, fmt::format("{}", fmt::join(part.reads, " ")));
         addField(recordField::kWrites, fmt::format("{}", fmt::join(part.writes, " ")));
         addField(recordField::kStamp, first ? results_.stamp : "");
+        addField(recordField::kMilliseconds,
+                 part.seconds > 0 ? fmt::format("{:.0f}", std::ceil(part.seconds * 1000)) : "");
         if (&part == &parts_[kVariablesPart]) {
             for (const Assignment& output : results_.outputs) {
                 if (!appendAssignment(fields, output)) {

@@ -20,6 +20,7 @@ enum class StepOutcome : char {
 /// What a build adds to its request.
 struct BuildResults {
     std::vector<StepOutcome> outcomes;  ///< of all parts of the request; the first two are not used
+    std::vector<double> seconds;        ///< of each that ran; empty or 0: not known
     std::vector<Assignment> outputs;    ///< that were not known before the commands ran
     std::string stamp;
     std::int64_t startedAt = 0;  ///< of platform::fileClock, before the first command

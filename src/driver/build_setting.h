@@ -16,6 +16,7 @@ struct DriverOptions {
     bool dryRun = false;       ///< show the commands, run and write nothing
     bool keepGoing = false;    ///< after a failure go on with what does not need the failed target
     HiddenValues hidden = {};  ///< that no record shows; those of ENV come on top
+    unsigned maxCommands = 0;  ///< of a target's list, how many run at once; 0: all
 };
 
 /// All that is referred to outlives the build.

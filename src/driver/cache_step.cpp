@@ -30,15 +30,65 @@ CacheStep::CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
       key_(std::move(key)),
       request_(std::move(request)),
       displayName_(displayName),
-      obtained_(cache.obtain(key_, request_, options.dryRun ? Claim::no : Claim::yes, 0)),
-      outcomes_(request_.parts.size(), StepOutcome::Pending) {
+      outcomes_(request_.parts.size(), StepOutcome::Pending),
+      seconds_(request_.parts.size()) {}
+
+void CacheStep::ask() {
+    obtained_ = cache_.obtain(key_, request_, options_.dryRun ? Claim::no : Claim::yes, 0);
+    compareWithRecord();
+    begin();
+}
+
+void CacheStep::askLater() {
+    obtained_.record = cache_.last(key_);
+    compareWithRecord();
+}
+
+void CacheStep::claim() {
+    if (asked_) {
+        return;
+    }
+    // The record stays the one that the recipes have been held against.
+    const ObtainResult claimed = cache_.obtain(key_, request_, Claim::unseen, 0);
+    obtained_.answer = claimed.answer;
+    obtained_.token = claimed.token;
+    begin();
+}
+
+void CacheStep::compareWithRecord() {
+    freshness_.reset();
     if (mustBuild()) {
         freshness_.emplace(request_, obtained_.record ? &*obtained_.record : nullptr,
-                           cache.states(), cache.root());
+                           cache_.states(), cache_.root());
+    }
+}
+
+void CacheStep::begin() {
+    asked_ = true;
+    if (mustBuild()) {
         cache_.states().look(request_.parts[kSurroundingsPart].reads);
     }
     startedAt_ = platform::fileClock();
     report();
+}
+
+std::vector<std::string> CacheStep::filesRead(std::size_t recipe) const {
+    const std::size_t part = kFirstRecipePart + recipe;
+    std::vector<std::string> files = request_.parts[part].reads;
+    if (!request_.parts[part].standsAlone) {
+        const std::vector<std::string>& all = request_.parts[kSurroundingsPart].reads;
+        files.insert(files.end(), all.begin(), all.end());
+    }
+    const auto last = freshness_ ? freshness_->lastPart(part) : std::nullopt;
+    if (last) {
+        const std::vector<RecordFile>& known = freshness_->lastFiles();
+        const auto numbers =
+            fileNumbers(freshness_->lastParts()[*last], recordField::kReads, known.size());
+        for (const std::size_t number : numbers.value_or(std::vector<std::size_t>())) {
+            files.emplace_back(cache_.root().absolute(known[number].path));
+        }
+    }
+    return files;
 }
 
 void CacheStep::report() {
@@ -85,8 +135,21 @@ bool CacheStep::stale(std::size_t recipe) {
     return false;
 }
 
-void CacheStep::ran(std::size_t recipe) {
+double CacheStep::secondsOf(const std::vector<std::size_t>& recipes) const {
+    constexpr double kGuess = 1.0;
+    double longest = 0;
+    for (const std::size_t recipe : recipes) {
+        const auto last =
+            freshness_ ? freshness_->lastPart(kFirstRecipePart + recipe) : std::nullopt;
+        const double seconds = last ? secondsIn(freshness_->lastParts()[*last]) : 0;
+        longest = std::max(longest, seconds == 0 ? kGuess : seconds);
+    }
+    return longest;
+}
+
+void CacheStep::ran(std::size_t recipe, double seconds) {
     const std::size_t part = kFirstRecipePart + recipe;
+    seconds_[part] = seconds;
     outcomes_[part] = StepOutcome::Ran;
     takeOutputDirectory(request_.parts[part]);
     for (const std::string& file : request_.parts[part].writes) {
@@ -140,7 +203,7 @@ void CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp
     const std::vector<std::string> files = filesToRead(request_, outcomes_);
     states.readAhead(files, workerCount(options_.jobCount, std::thread::hardware_concurrency(),
                                         files.size() / 2));
-    BuildResults results{outcomes_, std::move(outputs), stamp, startedAt_, true};
+    BuildResults results{outcomes_, seconds_, std::move(outputs), stamp, startedAt_, true};
     std::vector<std::string> missing;
     auto record = makeRecord(request_, results, *freshness_, states, cache_.root(), &missing);
     for (const std::string& file : missing) {
@@ -159,7 +222,7 @@ void CacheStep::keepProgress() {
     if (obtained_.token == 0 || std::ranges::find(outcomes_, StepOutcome::Ran) == outcomes_.end()) {
         return;
     }
-    BuildResults results{outcomes_, {}, {}, startedAt_, false};
+    BuildResults results{outcomes_, seconds_, {}, {}, startedAt_, false};
     auto record = makeRecord(request_, results, *freshness_, cache_.states(), cache_.root());
     if (record) {
         cache_.checkpoint(key_, std::move(*record), obtained_.token);

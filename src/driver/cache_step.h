@@ -17,13 +17,32 @@ namespace Vesk {
 /// back when the step goes out of scope.
 class CacheStep {
   public:
-    /// Asks for the record, to claim it when it does not answer the request, and reports the
-    /// answer and, at the detail level, why. Throws VeskException when the cache gives none.
     CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
               const DriverOptions& options, const std::string& displayName);
     ~CacheStep();
     CacheStep(const CacheStep&) = delete;
     CacheStep& operator=(const CacheStep&) = delete;
+
+    /// Asks for the record, to claim it when it does not answer the request, and reports the
+    /// answer and, at the detail level, why. Throws VeskException when the cache gives none.
+    void ask();
+
+    /// Instead of that, while files that the target reads have still to be made: looks at no file.
+    /// `stale` may be asked then; before the first command the record has to be claimed, and when
+    /// none has run `ask` is to be called after all.
+    void askLater();
+
+    /// Claims the record unless that has been done. Throws as `ask` does.
+    void claim();
+
+    /// Whether one of the two has been called.
+    bool asked() const noexcept { return asked_; }
+
+    const CacheRequest& request() const noexcept { return request_; }
+
+    /// The files that a recipe is known to read: what it declares, and what it read in the last
+    /// build.
+    std::vector<std::string> filesRead(std::size_t recipe) const;
 
     bool mustBuild() const noexcept { return obtained_.answer != CacheAnswer::Hit; }
 
@@ -35,8 +54,12 @@ class CacheStep {
     /// earlier stages have made counts. One that does not is taken over from the earlier build.
     bool stale(std::size_t recipe);
 
-    /// A recipe has run and succeeded: from now on the build sees its outputs as they are.
-    void ran(std::size_t recipe);
+    /// A recipe has run, so long, and succeeded: from now on the build sees its outputs as they
+    /// are.
+    void ran(std::size_t recipe, double seconds = 0);
+
+    /// How long recipes that run together took in earlier builds; a guess where that is not known.
+    double secondsOf(const std::vector<std::size_t>& recipes) const;
 
     /// Whether the target makes files that tell whether it was built.
     bool makesFiles() const;
@@ -49,6 +72,8 @@ class CacheStep {
     void keepProgress();
 
   private:
+    void compareWithRecord();
+    void begin();
     void report();
     void lookAnewAtOutputs();
     void takeOutputDirectory(CacheRequest::Part& part);
@@ -60,8 +85,10 @@ class CacheStep {
     std::string displayName_;
     ObtainResult obtained_;
     std::optional<Freshness> freshness_;  ///< nothing for a hit
+    bool asked_ = false;
     std::vector<StepOutcome> outcomes_;
-    std::int64_t startedAt_ = 0;  ///< before the first command
+    std::vector<double> seconds_;  ///< of what ran; 0: not known
+    std::int64_t startedAt_ = 0;   ///< before the first command
 };
 
 /// On how many threads work of so many pieces is done: the smallest of the job count, the limit and

@@ -121,7 +121,7 @@ void Driver::visitNextDependency(TargetVisit& visit) {
     std::vector<ValuePtr> arguments = visit.argumentsForNext();
     try {
         const Visited& visited = enter(location, std::move(arguments));
-        if (visited.failed) {
+        if (visited.hasFailed()) {
             visit.skipDependency();
         } else if (visited.finished) {
             visit.addOutputs(location, visited.result);
@@ -137,7 +137,7 @@ void Driver::finishTop() {
         throw BuildFailed();
     }
     Visited& visited = visited_.at(visit.key());
-    visited.result = visit.finish();
+    visited.result = visit.finish(others_.get());
     visited.finished = true;
     const TargetLocation location = visit.location();
     pop();
@@ -167,12 +167,7 @@ void Driver::step(TargetVisit& visit) {
     }
 }
 
-std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
-    const PrefixEnd prefixEnd;
-    stack_.clear();
-    visitsOnWay_.clear();
-    const std::string root = visitKey(location, {});
-    enter(location, {});
+void Driver::visitAll() {
     while (!stack_.empty()) {
         try {
             step(*stack_.back());
@@ -194,9 +189,35 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
             reportError(exception);
             failTop();
         }
+        if (others_) {
+            others_->advance();
+        }
+    }
+}
+
+std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
+    const PrefixEnd prefixEnd;
+    stack_.clear();
+    visitsOnWay_.clear();
+    const DriverOptions& options = setting_.options;
+    if (options.jobCount != 0 && options.jobCount != 1 && !options.dryRun) {
+        others_ = std::make_unique<SideBySide>(setting_);
+    }
+    const std::string root = visitKey(location, {});
+    try {
+        enter(location, {});
+        visitAll();
+        if (others_) {
+            others_->finish();
+        }
+    } catch (...) {
+        if (others_) {
+            others_->abandon();
+        }
+        throw;
     }
     const Visited& visited = visited_.at(root);
-    if (visited.failed) {
+    if (visited.hasFailed()) {
         throw BuildFailed();
     }
     return visited.result.outputs;

@@ -38,6 +38,11 @@ class Driver {
         TargetResult result;
         bool finished = false;
         bool failed = false;
+
+        bool hasFailed() const noexcept {
+            return failed || (result.scheduled && result.scheduled->failed());
+        }
+
         std::vector<std::shared_ptr<Context>>
             arguments;  ///< contexts whose addresses are in the key
     };
@@ -45,6 +50,7 @@ class Driver {
     Visited& enter(const TargetLocation& location, std::vector<ValuePtr> arguments);
     void visitNextDependency(TargetVisit& visit);
     void step(TargetVisit& visit);
+    void visitAll();
     void finishTop();
     void failTop();
     void push(const TargetLocation& location, std::vector<ValuePtr> arguments, std::string key);
@@ -53,6 +59,7 @@ class Driver {
     [[noreturn]] void throwEndless(const Target& target) const;
 
     BuildSetting setting_;
+    std::unique_ptr<SideBySide> others_;  ///< null: one target after the other
     std::vector<std::unique_ptr<TargetVisit>> stack_;
     std::unordered_map<const Target*, std::size_t> visitsOnWay_;  ///< of the targets on the stack
     std::unordered_map<std::string, Visited> visited_;

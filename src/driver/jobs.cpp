@@ -1,11 +1,13 @@
 #include "driver/jobs.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <future>
 #include <system_error>
 #include <unordered_set>
 
+#include "base/collector.h"
 #include "base/console.h"
 #include "base/exception.h"
 #include "base/interruption.h"
@@ -40,6 +42,7 @@ std::int32_t runAction(const Recipe& step, std::string& failure) {
 
 /// The body of a job's task. Writes to its own job only.
 void runJob(Job& job) {
+    const auto began = std::chrono::steady_clock::now();
     for (const Recipe& command : job.commands) {
         if (platform::interruptSignal() != 0) {
             return;
@@ -52,6 +55,7 @@ void runJob(Job& job) {
             return;
         }
     }
+    job.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
     // A command that the interruption ended may not say so.
     job.succeeded = platform::interruptSignal() == 0;
 }
@@ -161,13 +165,20 @@ Stage::Stage(const Builder& builder, const std::vector<const Recipe*>& recipes,
 
 void Stage::run(const StageOptions& options) {
     std::vector<Job*> pooled;
+    std::vector<Job*> others;
     std::vector<std::function<void()>> tasks;
     for (const auto& job : jobs_) {
-        if (job->recipe->pooled) {
-            pooled.push_back(job.get());
-        } else {
-            tasks.emplace_back([&job] { runJob(*job); });
+        (job->recipe->pooled ? pooled : others).push_back(job.get());
+    }
+    std::atomic<std::size_t> nextOther{0};
+    const auto workOffOthers = [&] {
+        for (std::size_t i = nextOther++; i < others.size(); i = nextOther++) {
+            runJob(*others[i]);
         }
+    };
+    const std::size_t most = options.maxCommands == 0 ? others.size() : options.maxCommands;
+    for (std::size_t i = 0; i < std::min(most, others.size()); ++i) {
+        tasks.emplace_back(workOffOthers);
     }
     std::atomic<std::size_t> next{0};
     std::atomic<bool> failed{false};
@@ -197,6 +208,32 @@ void Stage::run(const StageOptions& options) {
     }
     for (std::future<void>& task : running) {
         join(task, options.onInterval);
+    }
+}
+
+void Stage::runCollected(const std::string& prefix, unsigned most) {
+    std::atomic<std::size_t> next{0};
+    const auto workOff = [&] {
+        for (std::size_t i = next++; i < jobs_.size(); i = next++) {
+            console::Collector collector(prefix);
+            runJob(*jobs_[i]);
+            jobs_[i]->transcript = collector.take();
+        }
+    };
+    const std::size_t count = most == 0 ? jobs_.size() : std::min<std::size_t>(most, jobs_.size());
+    std::vector<std::future<void>> others;
+    for (std::size_t i = 1; i < count; ++i) {
+        others.push_back(start(workOff));
+    }
+    workOff();
+    for (std::future<void>& other : others) {
+        other.get();
+    }
+}
+
+void Stage::showTranscripts() const {
+    for (const auto& job : jobs_) {
+        console::repeat(job->transcript);
     }
 }
 

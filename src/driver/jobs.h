@@ -21,6 +21,8 @@ struct Job {
     std::int32_t result = 0;    ///< 0: success; else the status of the command that failed
     std::string failedCommand;  ///< set with a result other than 0
     std::string startFailure;   ///< why it could not be started, or why an action failed
+    double seconds = 0;         ///< how long its commands took, if all succeeded
+    std::string transcript;     ///< what it wrote, if that was collected
 
     /// All commands have run and succeeded. May be read while others of the stage still run.
     std::atomic<bool> succeeded = false;
@@ -29,13 +31,15 @@ struct Job {
 /// How the jobs of a stage share the machine.
 struct StageOptions {
     unsigned workers = 1;              ///< pooled recipes run on this many tasks
+    unsigned maxCommands = 0;          ///< and the others on this many; 0: each on its own
     bool keepGoing = false;            ///< pooled recipes go on after one has failed
     std::function<void()> onInterval;  ///< called now and then while the stage runs
 };
 
-/// Each recipe is a job. All that are not pooled are started at once, each as a task of its own;
-/// the pooled ones are worked off by as many tasks as there are workers, which take the next one
-/// when they are done with one. All tasks are waited for, whatever happens.
+/// Each recipe is a job. All that are not pooled are started at once, each as a task of its own,
+/// unless the user limits them; the pooled ones are worked off by as many tasks as there are
+/// workers, which take the next one when they are done with one. All tasks are waited for, whatever
+/// happens.
 class Stage {
   public:
     /// Writes the files and makes the folders that the commands need, and removes what is in their
@@ -45,8 +49,14 @@ class Stage {
 
     void run(const StageOptions& options);
 
+    /// Runs all jobs, so many at once (0: all), and collects what they write, under this prefix.
+    void runCollected(const std::string& prefix, unsigned most);
+
     /// In the order of the recipes.
     const std::vector<std::unique_ptr<Job>>& jobs() const noexcept { return jobs_; }
+
+    /// Shows what the jobs wrote, each one's in one piece.
+    void showTranscripts() const;
 
     /// Says what has failed, if anything has.
     bool reportFailures() const;

@@ -7,22 +7,13 @@
 #include <vector>
 
 #include "driver/build_setting.h"
-#include "driver/cache_request.h"
 #include "driver/dependency_outputs.h"
 #include "driver/input_context.h"
-#include "driver/jobs.h"
+#include "driver/side_by_side.h"
+#include "driver/target_build.h"
 #include "driver/tool_choice.h"
-#include "run/build_env.h"
 
 namespace Vesk {
-
-class CacheStep;
-
-/// What a visit leaves to the dependants.
-struct TargetResult {
-    std::shared_ptr<Context> outputs;
-    std::string stamp;  ///< see DependencyStamp
-};
 
 /// The driver calls `begin`, then for each dependency in turn visits it and hands its outputs over,
 /// then `finish`.
@@ -57,8 +48,9 @@ class TargetVisit {
     void skipDependency();
     bool hasFailedDependency() const noexcept { return failedDependency_; }
 
-    /// Resolves the context and builds the target, or what of it the cache does not have.
-    TargetResult finish();
+    /// Resolves the context and builds the target, or what of it the cache does not have; with
+    /// `others` it may be built later, while others are.
+    TargetResult finish(SideBySide* others);
 
     /// "in target main::app (/p/vesk.txt:3)", for messages.
     std::string note() const;
@@ -71,12 +63,9 @@ class TargetVisit {
     ValuePtr sourceOf(const IdentifierPath& macro);
     std::vector<Assignment> boundParameters() const;
     void claimVariables();
-    TargetResult buildOrReuse();
-    std::string newStamp(const CacheStep& cache, bool doesNothing) const;
-    void runRecipes(const RecipeSet& set, CacheStep& cache);
-    void runStage(Stage stage, const std::vector<std::size_t>& numbers, CacheStep& cache);
-    BuildEnvSettings environmentSettings() const;
-    void setEnvironment(BuildEnv& environment) const;
+    BuildSubject subject() const;
+    void takeStamps(SideBySide& others);
+    TargetResult build(SideBySide* others);
     std::string cacheKey() const;
 
     const BuildSetting& setting_;
@@ -89,6 +78,7 @@ class TargetVisit {
     std::optional<DependencyOutputs> outputs_;
     std::vector<DependencyRecord> dependencies_;
     std::vector<DependencyStamp> stamps_;
+    ScheduledBuild::Dependencies scheduled_;  ///< for each stamp; null: it was built at once
     std::size_t next_ = 0;
     bool failedDependency_ = false;
 };

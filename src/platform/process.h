@@ -3,19 +3,36 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "platform/console.h"
+
 namespace Vesk::platform {
+
+/// Takes what a child writes, piece by piece.
+using OutputSink = std::function<void(Stream stream, std::string_view bytes)>;
 
 /// What to start. Windows reads `commandLine`, POSIX reads `arguments`; the other one is ignored.
 struct ProcessRequest {
     std::string commandLine;             ///< the whole command line, already quoted (Windows)
     std::vector<std::string> arguments;  ///< the program and its arguments (POSIX); the program is
                                          ///< searched in our PATH when it holds no slash
+
+    /// POSIX: a program and its arguments to start instead, if that can be done; `arguments` is
+    /// what is started when it cannot, and then says why.
+    std::vector<std::string> directArguments;
+
     std::filesystem::path workingDirectory;               ///< empty: inherit ours
     std::optional<std::vector<std::string>> environment;  ///< "NAME=value" entries; unset: inherit
+
+    /// Gets what the child writes, on the calling thread; empty: the child writes to our streams.
+    /// Where ours are a terminal, the child of a POSIX system sees one too. What processes that
+    /// outlive the child write is not waited for.
+    OutputSink output;
 };
 
 struct ProcessResult {
@@ -23,7 +40,7 @@ struct ProcessResult {
     int status = 0;        ///< exit code; on POSIX 128+N for a child that signal N killed
 };
 
-/// Starts the process on our own console and waits for it without a limit. Thread-safe.
+/// Starts the process and waits for it without a limit. Thread-safe.
 ///
 /// A running child takes part in interruption (see interrupt.h); after an interruption nothing is
 /// started and the status is the system's code for a cancelled operation. On Windows children do

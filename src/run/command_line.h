@@ -26,10 +26,18 @@ std::string powershellCommandLine(std::string_view text);
 std::vector<std::string> interpreterArguments(std::string_view text);
 std::vector<std::string> powershellArguments(std::string_view text);
 
+/// The words of a command text, if a POSIX shell would do nothing but start the program that the
+/// first one names with the others as its arguments; empty when it needs the shell.
+std::vector<std::string> directArguments(std::string_view text);
+
 /// `entries` ("NAME=value") with `variables`, which replace those of their names in any letter
 /// case.
 std::vector<std::string> environmentWith(std::vector<std::string> entries,
                                          const std::vector<std::string>& variables);
+
+/// The same, with names that are compared as the system compares them.
+std::vector<std::string> environmentOf(std::vector<std::string> entries,
+                                       const std::vector<std::string>& variables);
 
 /// A child's environment: `entries` ("NAME=value") without those that begin with PATH= in any
 /// letter case, and with a new PATH= of the search directories followed by `path`, if that is not

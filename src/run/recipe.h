@@ -47,6 +47,14 @@ struct HeaderSearch {
     std::vector<std::string> directories;
 };
 
+/// What a recipe reads of what the target's dependencies make, and makes for its dependants to
+/// read.
+enum class RecipeRole : std::uint8_t {
+    Any,      ///< anything: it waits for all dependencies, and dependants' compilers wait for it
+    Compile,  ///< objects of sources; no library is needed for them
+    Link,     ///< products of objects and libraries; no compiler reads them
+};
+
 /// Made by a builder, run by the driver, kept in the cache.
 ///
 /// A recipe with outputs of its own stands or falls alone: it runs again when its command, one of
@@ -60,6 +68,7 @@ struct Recipe {
 
     std::vector<std::string> furtherCommands;  ///< run after it, in order, as long as all succeed
     std::shared_ptr<const ToolSurroundings> surroundings;  ///< null: nothing special
+    std::vector<std::string> environment;  ///< "NAME=value" of its target, for its children only
 
     /// Environment variables that the command text refers to, so that what they hold is shown and
     /// kept nowhere. No command runs without them.
@@ -82,6 +91,8 @@ struct Recipe {
     std::function<void()> action;
 
     std::uint32_t stage = 0;  ///< recipes of a stage run together, after those of the lower stages
+
+    RecipeRole role = RecipeRole::Any;
 
     bool pooled = false;  ///< one of many small steps: as many run at once as the user allows
     bool tellsAll =

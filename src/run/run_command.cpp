@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "base/ci_string.h"
+#include "base/collector.h"
 #include "base/console.h"
 #include "platform/environment.h"
 #include "platform/files.h"
@@ -23,29 +25,56 @@ bool usesPowershell(const Recipe& recipe) {
     return recipe.shell == shell::kPowershell;
 }
 
+/// A variable as the recipe's children see it; empty without one.
+std::string variableFor(const Recipe& recipe, const std::string& name) {
+    const std::string start = name + "=";
+    for (const std::string& variable : recipe.environment) {
+        if (platform::kWindows ? equalsIgnoringCase(variable.substr(0, start.size()), start)
+                               : variable.starts_with(start)) {
+            return variable.substr(start.size());
+        }
+    }
+    return platform::environmentVariable(name).value_or("");
+}
+
+/// Nothing for children that inherit ours.
+std::optional<std::vector<std::string>> environmentFor(const Recipe& recipe) {
+    const bool ownPath = !recipe.searchDirectories.empty() || recipe.surroundings;
+    if (!ownPath && recipe.environment.empty()) {
+        return std::nullopt;
+    }
+    std::vector<std::string> entries =
+        environmentOf(platform::environmentEntries(), recipe.environment);
+    if (!ownPath) {
+        return entries;
+    }
+    if (recipe.surroundings) {
+        entries = environmentWith(std::move(entries), recipe.surroundings->variables);
+    }
+    std::vector<std::string> directories;
+    directories.reserve(recipe.searchDirectories.size());
+    for (const std::filesystem::path& directory : recipe.searchDirectories) {
+        directories.push_back(platform::pathToUtf8(directory));
+    }
+    return environmentWithPath(std::move(entries), directories, variableFor(recipe, "PATH"),
+                               platform::kPathListSeparator);
+}
+
 platform::ProcessRequest requestFor(const Recipe& recipe) {
     platform::ProcessRequest request;
     if constexpr (platform::kWindows) {
         request.commandLine = usesPowershell(recipe) ? powershellCommandLine(recipe.command)
                                                      : interpreterCommandLine(recipe.command);
+    } else if (usesPowershell(recipe)) {
+        request.arguments = powershellArguments(recipe.command);
     } else {
-        request.arguments = usesPowershell(recipe) ? powershellArguments(recipe.command)
-                                                   : interpreterArguments(recipe.command);
+        request.arguments = interpreterArguments(recipe.command);
+        request.directArguments = directArguments(recipe.command);
     }
     request.workingDirectory = recipe.workingDirectory;
-    if (!recipe.searchDirectories.empty() || recipe.surroundings) {
-        std::vector<std::string> entries = platform::environmentEntries();
-        if (recipe.surroundings) {
-            entries = environmentWith(std::move(entries), recipe.surroundings->variables);
-        }
-        std::vector<std::string> directories;
-        directories.reserve(recipe.searchDirectories.size());
-        for (const std::filesystem::path& directory : recipe.searchDirectories) {
-            directories.push_back(platform::pathToUtf8(directory));
-        }
-        request.environment = environmentWithPath(
-            std::move(entries), directories, platform::environmentVariable("PATH").value_or(""),
-            platform::kPathListSeparator);
+    request.environment = environmentFor(recipe);
+    if (console::collects()) {
+        request.output = console::writeOutput;
     }
     return request;
 }
@@ -118,7 +147,7 @@ std::string explainStart(const Recipe& recipe, int code) {
 /// puts it between quotes before anything reads them.
 std::string secretFault(const Recipe& recipe) {
     for (const std::string& name : recipe.secretVariables) {
-        const std::string value = platform::environmentVariable(name).value_or("");
+        const std::string value = variableFor(recipe, name);
         if (value.empty()) {
             return fmt::format("The command needs the environment variable '{}', which is not set.",
                                name);
@@ -155,7 +184,9 @@ std::int32_t runCommand(const Recipe& recipe, std::string* startFailure) {
         }
         return kBadEnvironment;
     }
-    console::flush();
+    if (!console::collects()) {
+        console::flush();
+    }
     const platform::ProcessResult result = platform::runProcess(requestFor(recipe));
     if (startFailure != nullptr) {
         *startFailure = result.started ? std::string() : explainStart(recipe, result.status);

@@ -11,6 +11,18 @@ Builder::Builder(AssignmentMap subjects, AssignmentMap settings)
 
 void Builder::prepare(const Recipe&, BuildEnv&) {}
 
+Overlap Builder::overlap(const TargetContext&) const {
+    return Overlap::Never;
+}
+
+std::shared_ptr<Context> Builder::expectedCompletion(TargetContext& target) {
+    return complete(target, 0);
+}
+
+LookedFor Builder::lookedFor(const TargetContext&) const {
+    return {};
+}
+
 MatchResult Builder::match(const Context& target) const {
     MatchResult result;
     result.note = MatchNote::BuildPossible;

@@ -21,6 +21,19 @@ struct RecipeSet {
     bool ok = false;                      ///< set by every builder that succeeded
 };
 
+/// Whether a target may be built while others are.
+enum class Overlap {
+    Never,
+    WhenAsked,  ///< where the target or its project asks for it
+    Always,
+};
+
+/// What the recipes depend on besides the target's context: files that are looked for.
+struct LookedFor {
+    bool patterns = true;  ///< whatever lies in some folders, or what is written in sources
+    std::vector<std::string> files;  ///< these, absolute, with forward slashes
+};
+
 /// Turns the resolved context of a target into recipes. Made for one target by its tool. Called on
 /// the driver's thread only.
 class Builder {
@@ -35,6 +48,15 @@ class Builder {
     /// Called after the last stage with the exit code of the target's commands. Returns the outputs
     /// that are known only now; throws VeskException when work of its own fails.
     virtual std::shared_ptr<Context> complete(TargetContext& target, int exitCode) = 0;
+
+    virtual Overlap overlap(const TargetContext& target) const;
+
+    /// What `complete` will return after success. Asked, before anything has run, of targets that
+    /// may overlap with others; as it stands `complete` has no effect but its result.
+    virtual std::shared_ptr<Context> expectedCompletion(TargetContext& target);
+
+    /// What `createRecipes` will look for: it is called when nobody has still to make that.
+    virtual LookedFor lookedFor(const TargetContext& target) const;
 
     /// Whether the target leaves the builder's subjects to it: none may be an output there. Records
     /// how each subject's text compares with the builder's own value, where it has one.

@@ -10,6 +10,7 @@ class Descriptor {
   public:
     explicit Descriptor(int value) noexcept : value_(value) {}
     ~Descriptor() { close(); }
+    Descriptor(Descriptor&& other) noexcept : value_(other.release()) {}
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 

@@ -10,8 +10,10 @@
 
 #include "platform/interrupt.h"
 #include "platform/notes.h"
+#include "platform/posix/child_output.h"
 #include "platform/posix/children.h"
 #include "platform/posix/descriptor.h"
+#include "platform/posix/program_search.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): not every libc declares it
 
@@ -55,25 +57,28 @@ class SpawnSettings {
         return ::posix_spawn_file_actions_adddup2(&actions_, descriptor, STDOUT_FILENO);
     }
 
+    int setStreams(const ChildOutput& output) {
+        const int error = setStandardOutput(output.theirEnd(Stream::Output));
+        return error != 0 ? error
+                          : ::posix_spawn_file_actions_adddup2(
+                                &actions_, output.theirEnd(Stream::Error), STDERR_FILENO);
+    }
+
     /// 0 and `child`, or the system's error code.
     int spawn(const std::vector<std::string>& arguments, char* const* environment,
               pid_t& child) const;
+
+    /// The same for a program file, which need not be called like the first argument.
+    int spawnFile(const std::string& file, const std::vector<std::string>& arguments,
+                  char* const* environment, pid_t& child) const {
+        return ::posix_spawn(&child, file.c_str(), &actions_, &attributes_,
+                             pointersTo(arguments).data(), environment);
+    }
 
   private:
     posix_spawn_file_actions_t actions_;
     posix_spawnattr_t attributes_;
 };
-
-/// The null-terminated vector that the system takes; it does not write to the strings.
-std::vector<char*> pointersTo(const std::vector<std::string>& strings) {
-    std::vector<char*> pointers;
-    pointers.reserve(strings.size() + 1);
-    for (const std::string& string : strings) {
-        pointers.push_back(const_cast<char*>(string.c_str()));
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
 
 int SpawnSettings::spawn(const std::vector<std::string>& arguments, char* const* environment,
                          pid_t& child) const {
@@ -99,6 +104,19 @@ int waitFor(pid_t child, RunningChild& running) {
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
+/// 0 and `child`, or the system's error code.
+int start(const ProcessRequest& request, const SpawnSettings& settings,
+          const ChildEnvironment& environment, pid_t& child) {
+    if (!request.directArguments.empty()) {
+        const std::string file = programFile(request, environment);
+        if (!file.empty() && settings.spawnFile(file, request.directArguments,
+                                                environment.forProgram(), child) == 0) {
+            return 0;
+        }
+    }
+    return settings.spawn(request.arguments, environment.forShell(), child);
+}
+
 std::string readAll(int descriptor) {
     std::string content;
     std::array<char, 16384> buffer;
@@ -120,21 +138,26 @@ ProcessResult runProcess(const ProcessRequest& request) {
     if (const int error = settings.setWorkingDirectory(request.workingDirectory); error != 0) {
         return {false, error};
     }
-    std::vector<char*> environment;
-    if (request.environment) {
-        environment = pointersTo(*request.environment);
+    ChildOutput output;
+    const bool reads = request.output && output.open();
+    if (reads) {
+        if (const int error = settings.setStreams(output); error != 0) {
+            return {false, error};
+        }
     }
+    const ChildEnvironment environment(request);
     RunningChild running;
     if (interruptSignal() != 0) {
         return {false, ECANCELED};
     }
     pid_t child = 0;
-    const int error = settings.spawn(request.arguments,
-                                     request.environment ? environment.data() : environ, child);
-    if (error != 0) {
+    if (const int error = start(request, settings, environment, child); error != 0) {
         return {false, error};
     }
     running.started(child);
+    if (reads) {
+        output.read(child, request.output);
+    }
     return {true, waitFor(child, running)};
 }
 

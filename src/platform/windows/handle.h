@@ -10,6 +10,7 @@ class Handle {
   public:
     explicit Handle(HANDLE value) noexcept : value_(value) {}
     ~Handle() { close(); }
+    Handle(Handle&& other) noexcept : value_(other.release()) {}
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
 

@@ -8,6 +8,7 @@
 
 #include "platform/interrupt.h"
 #include "platform/notes.h"
+#include "platform/windows/child_output.h"
 #include "platform/windows/console_interrupt.h"
 #include "platform/windows/handle.h"
 #include "platform/windows/wide.h"
@@ -83,17 +84,29 @@ ProcessResult runProcess(const ProcessRequest& request) {
         flags = CREATE_UNICODE_ENVIRONMENT;
     }
     std::wstring directory = request.workingDirectory.native();
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
+    STARTUPINFOEXW startup{};
+    startup.StartupInfo.cb = sizeof(startup.StartupInfo);
+    ChildOutput output;
+    const bool reads = request.output && output.open() && output.applyTo(startup);
+    if (reads) {
+        startup.StartupInfo.cb = sizeof(startup);
+        flags |= EXTENDED_STARTUPINFO_PRESENT;
+    } else {
+        startup.StartupInfo = {};
+        startup.StartupInfo.cb = sizeof(startup.StartupInfo);
+    }
     PROCESS_INFORMATION information{};
-    if (!::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, flags,
-                          environment.empty() ? nullptr : environment.data(),
-                          directory.empty() ? nullptr : directory.c_str(), &startup,
+    if (!::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, reads ? TRUE : FALSE,
+                          flags, environment.empty() ? nullptr : environment.data(),
+                          directory.empty() ? nullptr : directory.c_str(), &startup.StartupInfo,
                           &information)) {
         return notStarted(::GetLastError());
     }
     const Handle thread(information.hThread);
     const Handle process(information.hProcess);
+    if (reads) {
+        output.read(process.get(), request.output);
+    }
     DWORD exitCode = 0;
     if (::WaitForSingleObject(process.get(), INFINITE) != WAIT_OBJECT_0 ||
         !::GetExitCodeProcess(process.get(), &exitCode)) {

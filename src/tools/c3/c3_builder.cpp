@@ -229,6 +229,10 @@ CBuilder::Created C3Builder::doCreateRecipes(TargetContext& target,
     return {std::move(made.recipes), std::move(made.outputs)};
 }
 
+Overlap C3Builder::overlap(const TargetContext& target) const {
+    return outputTypeOf(target) == OutputType::Object ? Overlap::Never : Overlap::Always;
+}
+
 std::shared_ptr<Context> C3Builder::complete(TargetContext& target, int exitCode) {
     auto results = CBuilder::complete(target, exitCode);
     if (outputTypeOf(target) != OutputType::Object) {

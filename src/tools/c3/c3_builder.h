@@ -14,6 +14,9 @@ class C3Builder : public CBuilder {
     C3Builder(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs);
 
     /// The objects too, which are named after the modules in the sources.
+    /// What objects there are is known only afterwards.
+    Overlap overlap(const TargetContext& target) const override;
+
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
 
   protected:

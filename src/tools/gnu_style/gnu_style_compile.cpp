@@ -150,6 +150,7 @@ Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, const Compiler& co
     addInputs(recipe, "FLAGS", compiler.flagFiles);
     recipe.outputs.push_back(resolvedAssignment("OBJECTS", object, AssignModifier::Output));
     recipe.searchDirectories = style_.searchDirectories();
+    recipe.role = RecipeRole::Compile;
     recipe.pooled = true;
     return recipe;
 }

@@ -85,6 +85,7 @@ Recipe GnuStyleBuild::productRecipe(const Product& product, const std::string& p
     }
     Recipe recipe;
     recipe.stage = 1;
+    recipe.role = RecipeRole::Link;
     recipe.searchDirectories = style_.searchDirectories();
     addInputs(recipe, "OBJECTS", objects_);
     addInput(recipe, "program", program);
@@ -220,6 +221,7 @@ void GnuStyleBuild::copyObject() {
     objects_ = inputs;
     Recipe recipe = productRecipe(product, program);
     addInputs(recipe, "OBJCOPY_FLAGS", flagFiles(target_, paths_, {"OBJCOPY_FLAGS"}));
+    recipe.role = RecipeRole::Any;  // a source may include what it makes
     finishProduct(std::move(recipe), command, product);
 }
 

@@ -366,6 +366,7 @@ Recipe MsvcBuild::compileRecipe(const SourceFile& source, const Compiler& compil
     addOptionVariables(recipe, {"CL", "_CL_"});
     recipe.headerSearch = compiler.headerSearch;
     recipe.outputs.push_back(resolvedAssignment("OBJECTS", object, AssignModifier::Output));
+    recipe.role = RecipeRole::Compile;
     recipe.pooled = true;
     return recipe;
 }
@@ -422,6 +423,7 @@ Recipe MsvcBuild::assembleRecipe(const SourceFile& source) const {
     addOptionVariables(recipe, {"ML"});
     recipe.outputs.push_back(
         resolvedAssignment("OBJECTS", pathValue(source.object), AssignModifier::Output));
+    recipe.role = RecipeRole::Compile;
     recipe.pooled = true;
     return recipe;
 }
@@ -467,6 +469,7 @@ Recipe MsvcBuild::resourceRecipe(const std::string& script, const std::string& r
     recipe.tellsAll = true;
     recipe.outputs.push_back(
         resolvedAssignment("RES_FILES", pathValue(result), AssignModifier::Output));
+    recipe.role = RecipeRole::Compile;
     recipe.pooled = true;
     return recipe;
 }

@@ -239,6 +239,7 @@ void MsvcBuild::finishProduct(Recipe recipe, const CommandText& command, const P
     const auto output = [](const char* name, const std::string& path) {
         return resolvedAssignment(name, pathValue(path), AssignModifier::Output);
     };
+    recipe.role = RecipeRole::Link;
     recipe.outputs.push_back(output("OUTPUT", product.linked));
     if (!product.importLibrary.empty()) {
         recipe.outputs.push_back(output("LIBRARY", product.importLibrary));

@@ -35,6 +35,9 @@ class BasicBuilder : public Builder {
 
     std::string name() const override { return commandVariable_; }
 
+    Overlap overlap(const TargetContext&) const override { return Overlap::WhenAsked; }
+    LookedFor lookedFor(const TargetContext&) const override { return {false, {}}; }
+
     /// The exit code as the output "result".
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
 

@@ -125,6 +125,10 @@ MatchResult FileWriterMatcher::matchTool(const Context& target) const {
 FileWriterBuilder::FileWriterBuilder(const AssignmentMap& settings)
     : Builder(needsTable(), settings) {}
 
+std::shared_ptr<Context> FileWriterBuilder::expectedCompletion(TargetContext&) {
+    return std::make_shared<Context>();
+}
+
 std::shared_ptr<Context> FileWriterBuilder::complete(TargetContext& target, int) {
     const std::string text = textOf(target);
     const bool append = appends(target);

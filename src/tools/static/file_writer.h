@@ -34,6 +34,9 @@ class FileWriterBuilder : public Builder {
 
     /// Writes the file: bytes as they are, no line end added. Everything is checked before the file
     /// is touched. Throws VeskException.
+    Overlap overlap(const TargetContext&) const override { return Overlap::WhenAsked; }
+    LookedFor lookedFor(const TargetContext&) const override { return {false, {}}; }
+    std::shared_ptr<Context> expectedCompletion(TargetContext& target) override;
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
 
     /// The text and the file's absolute path as the outputs TEXT and FILE.

@@ -29,6 +29,8 @@ class NoToolBuilder : public Builder {
     NoToolBuilder();
 
     std::string name() const override { return "no_tool"; }
+    Overlap overlap(const TargetContext&) const override { return Overlap::Always; }
+    LookedFor lookedFor(const TargetContext&) const override { return {false, {}}; }
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
     RecipeSet createRecipes(TargetContext& target) override;
 };

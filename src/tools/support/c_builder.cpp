@@ -1,8 +1,13 @@
 #include "tools/support/c_builder.h"
 
+#include <algorithm>
 #include <set>
 
 #include "platform/files.h"
+#include "tools/support/file_patterns.h"
+#include "tools/support/libraries.h"
+#include "tools/support/target_paths.h"
+#include "tools/support/value_lists.h"
 #include "types/simple_values.h"
 
 namespace Vesk {
@@ -60,6 +65,21 @@ RecipeSet CBuilder::createRecipes(TargetContext& target) {
 }
 
 void CBuilder::postProcess(TargetContext&, const BuildEnv&, RecipeSet&) const {}
+
+LookedFor CBuilder::lookedFor(const TargetContext& target) const {
+    // A resource script is read for the files that it names.
+    LookedFor wanted{hasEntries(target, "RC_FILES"), {}};
+    for (const auto& [name, subject] : subjects()) {
+        wanted.patterns =
+            wanted.patterns || std::ranges::any_of(entriesOf(target, name.str()), isPattern);
+    }
+    if (hasEntries(target, "LIBS") && hasEntries(target, "LIB_DIRS")) {
+        const TargetPaths paths(target, BuildEnv(environmentSettings(target)));
+        wanted.files = libraryCandidates(paths.absolute(entriesOf(target, "LIB_DIRS")),
+                                         entriesOf(target, "LIBS"));
+    }
+    return wanted;
+}
 
 std::shared_ptr<Context> CBuilder::complete(TargetContext&, int exitCode) {
     auto results = std::make_shared<Context>();

@@ -21,6 +21,11 @@ class CBuilder : public Builder {
     /// for patterns only.
     RecipeSet createRecipes(TargetContext& target) final;
 
+    Overlap overlap(const TargetContext&) const override { return Overlap::Always; }
+
+    /// The libraries that LIBS may mean in LIB_DIRS, and patterns, if any text is one.
+    LookedFor lookedFor(const TargetContext& target) const override;
+
     /// The exit code as the output "result".
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
 

@@ -7,6 +7,8 @@ namespace Vesk {
 
 namespace {
 
+constexpr std::string_view kEndings[] = {".so", ".dylib", ".dll.a", ".a"};
+
 /// Where the system's own loader looks anyway.
 bool isSystemFolder(std::string_view folder) noexcept {
     return folder.starts_with("/lib") || folder.starts_with("/usr/lib");
@@ -16,7 +18,7 @@ bool isSystemFolder(std::string_view folder) noexcept {
 /// this folder: it may want a static one, which is elsewhere.
 bool takeForms(const std::string& stem, std::vector<std::string>& found) {
     bool isStatic = false;
-    for (const std::string_view ending : {".so", ".dylib", ".dll.a", ".a"}) {
+    for (const std::string_view ending : kEndings) {
         if (std::string path = stem + std::string(ending); isFile(path)) {
             found.push_back(std::move(path));
             isStatic = isStatic || ending.ends_with(".a");
@@ -44,6 +46,22 @@ bool isSharedLibrary(std::string_view file) noexcept {
     const std::string_view name = file.substr(file.rfind('/') + 1);
     return name.ends_with(".so") || name.find(".so.") != std::string_view::npos ||
            name.ends_with(".dylib") || name.ends_with(".dll") || name.ends_with(".dll.a");
+}
+
+std::vector<std::string> libraryCandidates(const std::vector<std::string>& folders,
+                                           const std::vector<std::string>& names) {
+    std::vector<std::string> files;
+    for (std::string name : names) {
+        name.erase(0, name.starts_with("-l") ? 2 : name.starts_with(":") ? 1 : 0);
+        for (const std::string& folder : folders) {
+            for (const std::string_view ending : kEndings) {
+                files.push_back(folder + "/lib" + name + std::string(ending));
+            }
+            files.push_back(folder + "/" + name);
+            files.push_back(folder + "/" + name + ".lib");
+        }
+    }
+    return files;
 }
 
 std::vector<std::string> librariesIn(const std::vector<std::string>& folders,

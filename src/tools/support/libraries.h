@@ -23,6 +23,10 @@ std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
                                      const std::vector<std::string>& names,
                                      const std::string& root);
 
+/// All files that a linker of any kind may take for one of the names there.
+std::vector<std::string> libraryCandidates(const std::vector<std::string>& folders,
+                                           const std::vector<std::string>& names);
+
 /// Where a product in `folder` looks for the shared libraries among `libraries` when it runs: as
 /// seen from the product, `origin`, for those of the project, by their paths for others. Without
 /// the folders of the system.

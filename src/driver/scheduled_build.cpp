@@ -1,0 +1,338 @@
+#include "driver/scheduled_build.h"
+
+#include <algorithm>
+#include <map>
+#include <unordered_set>
+#include <utility>
+
+#include "base/collector.h"
+#include "base/console.h"
+#include "base/interruption.h"
+#include "base/report.h"
+#include "driver/build_errors.h"
+#include "platform/interrupt.h"
+#include "types/context_value.h"
+
+namespace Vesk {
+namespace {
+
+/// Files that dependencies have told of; who has such a file among its outputs hands it on.
+std::unordered_set<std::string> filesOfDependencies(const Context& target) {
+    std::unordered_set<std::string> files;
+    for (const auto& [name, assignment] : target.assignments()) {
+        if (valueAs<VeskContext>(assignment.value.get()) != nullptr) {
+            for (std::string& file : pathsIn(assignment)) {
+                files.insert(std::move(file));
+            }
+        }
+    }
+    return files;
+}
+
+bool mentions(const Recipe& recipe, std::string_view text) {
+    const auto has = [text](const std::string& place) {
+        return place.find(text) != std::string::npos;
+    };
+    return has(recipe.command) ||
+           std::ranges::any_of(recipe.supportFiles, has, &SupportFile::content);
+}
+
+}  // namespace
+
+ScheduledBuild::ScheduledBuild(SharedSchedule& shared, std::unique_ptr<TargetBuild> build,
+                               Dependencies dependencies)
+    : shared_(shared),
+      build_(std::move(build)),
+      dependencies_(std::move(dependencies)),
+      name_(build_->subject().displayName),
+      isList_(build_->subject().builder->overlap(*build_->subject().context) ==
+              Overlap::WhenAsked) {}
+
+TargetResult ScheduledBuild::begin() {
+    TargetResult result = build_->expected();
+    stamp_ = result.stamp;
+    stampKnown_ = build_->cache().makesFiles() || build_->recipes().empty();
+    for (const CacheRequest::Part& part : build_->cache().request().parts) {
+        for (const std::string& file : part.writes) {
+            if (&part != build_->cache().request().parts.data()) {
+                shared_.schedule.requireUnmade(file, name_);
+            }
+        }
+    }
+    for (const std::string& file : ownFiles()) {
+        shared_.schedule.requireUnmade(file, name_);
+    }
+    addStages();
+    addCompletion();
+    addSources();
+    result.scheduled = shared_from_this();
+    return result;
+}
+
+/// What the target makes without a recipe that tells of it.
+std::vector<std::string> ScheduledBuild::ownFiles() const {
+    std::vector<std::string> files;
+    if (isList_) {
+        const auto handedOn = filesOfDependencies(*build_->subject().context);
+        std::ranges::copy_if(
+            build_->cache().request().parts[kSurroundingsPart].writes, std::back_inserter(files),
+            [&handedOn](const std::string& file) { return !handedOn.contains(file); });
+    }
+    return files;
+}
+
+NodeId ScheduledBuild::join(std::vector<NodeId> nodes) {
+    ScheduleNode node;
+    node.owner = name_;
+    node.after = std::move(nodes);
+    node.seconds = 0;
+    return shared_.schedule.add(std::move(node));
+}
+
+std::vector<NodeId> ScheduledBuild::unfinishedDependencies() const {
+    std::vector<NodeId> nodes;
+    for (const auto& dependency : dependencies_) {
+        nodes.push_back(dependency->completion());
+    }
+    return nodes;
+}
+
+/// Each stage after the one before it.
+void ScheduledBuild::addStages() {
+    std::map<std::uint32_t, std::vector<std::size_t>> stages;
+    for (std::size_t i = 0; i < build_->recipes().size(); ++i) {
+        stages[build_->recipes()[i].stage].push_back(i);
+    }
+    std::vector<NodeId> before;
+    for (auto& [number, members] : stages) {
+        if (before.size() > 1 && members.size() > 1) {
+            before = {join(std::move(before))};
+        }
+        const std::size_t first = recipeNodes_.size();
+        if (isList_) {
+            addBatch(std::move(members), before);
+        } else {
+            for (const std::size_t recipe : members) {
+                addBatch({recipe}, before);
+            }
+        }
+        before.assign(recipeNodes_.begin() + static_cast<std::ptrdiff_t>(first),
+                      recipeNodes_.end());
+    }
+}
+
+void ScheduledBuild::waitForSources(std::vector<NodeId>& after) {
+    if (!sourcesBelow_) {
+        std::vector<NodeId> nodes;
+        for (const auto& dependency : dependencies_) {
+            if (dependency->sources() && !shared_.schedule.finished(*dependency->sources())) {
+                nodes.push_back(*dependency->sources());
+            }
+        }
+        if (nodes.empty()) {
+            return;
+        }
+        sourcesBelow_ = nodes.size() == 1 ? nodes.front() : join(std::move(nodes));
+    }
+    after.push_back(*sourcesBelow_);
+}
+
+const std::vector<std::string>& ScheduledBuild::filesToBeMade() {
+    if (!filesToBeMade_) {
+        filesToBeMade_.emplace();
+        for (const auto& [name, assignment] : build_->subject().context->assignments()) {
+            for (std::string& file : pathsIn(assignment)) {
+                if (shared_.schedule.makerOf(file)) {
+                    filesToBeMade_->push_back(std::move(file));
+                }
+            }
+        }
+    }
+    return *filesToBeMade_;
+}
+
+/// A compiler may be given files among its flags: a launcher, a header for all sources.
+std::vector<std::string> ScheduledBuild::filesNamedByFlags(const Recipe& recipe) {
+    std::vector<std::string> files;
+    const TrackingRoot& root = build_->subject().cache.root();
+    for (const std::string& file : filesToBeMade()) {
+        if (mentions(recipe, root.stored(file))) {
+            files.push_back(file);
+        }
+    }
+    return files;
+}
+
+void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<NodeId> after) {
+    CacheStep& cache = build_->cache();
+    auto batch = std::make_shared<Batch>();
+    ScheduleNode node;
+    std::vector<std::string> reads;
+    bool makesSources = false;
+    for (const std::size_t number : recipes) {
+        const Recipe& recipe = build_->recipes()[number];
+        if (!shared_.schedule.idle()) {
+            std::ranges::move(cache.filesRead(number), std::back_inserter(reads));
+        }
+        if (recipe.role == RecipeRole::Compile) {
+            waitForSources(after);
+            std::ranges::move(filesNamedByFlags(recipe), std::back_inserter(reads));
+        } else {
+            std::ranges::copy(unfinishedDependencies(), std::back_inserter(after));
+        }
+        makesSources = makesSources || recipe.role == RecipeRole::Any;
+        const auto& writes = cache.request().parts[kFirstRecipePart + number].writes;
+        node.makes.insert(node.makes.end(), writes.begin(), writes.end());
+    }
+    std::ranges::move(ownFiles(), std::back_inserter(node.makes));
+    const unsigned most = shared_.setting.options.maxCommands;
+    const auto size = static_cast<unsigned>(recipes.size());
+    batch->recipes = std::move(recipes);
+    node.owner = name_;
+    node.after = std::move(after);
+    node.reads.assign(reads.begin(), reads.end());
+    node.slots = most == 0 ? size : std::min(size, most);
+    node.seconds = cache.secondsOf(batch->recipes);
+    node.ask = [self = shared_from_this(), batch] { return self->ask(*batch); };
+    node.work = [batch, prefix = build_->prefix(), most] {
+        batch->stage->runCollected(prefix, most);
+        return std::ranges::all_of(batch->stage->jobs(),
+                                   [](const auto& job) { return job->succeeded.load(); });
+    };
+    node.end = [self = shared_from_this(), batch](NodeEnd end) { return self->ended(*batch, end); };
+    recipeNodes_.push_back(shared_.schedule.add(std::move(node)));
+    if (makesSources) {
+        sourceNodes_.push_back(recipeNodes_.back());
+    }
+}
+
+void ScheduledBuild::addCompletion() {
+    ScheduleNode node;
+    node.owner = name_;
+    node.after = unfinishedDependencies();
+    node.after.insert(node.after.end(), recipeNodes_.begin(), recipeNodes_.end());
+    if (recipeNodes_.empty()) {
+        node.makes = ownFiles();
+    }
+    node.seconds = 0;
+    node.end = [self = shared_from_this()](NodeEnd end) { return self->completed(end); };
+    completion_ = shared_.schedule.add(std::move(node));
+    if (isList_) {
+        sourceNodes_ = {completion_};  // such as a file that is written in the end
+    }
+}
+
+void ScheduledBuild::addSources() {
+    std::vector<NodeId> nodes = sourceNodes_;
+    waitForSources(nodes);
+    if (!nodes.empty()) {
+        sources_ = nodes.size() == 1 ? nodes.front() : join(std::move(nodes));
+    }
+}
+
+void ScheduledBuild::keepProgress() {
+    if (build_ && std::exchange(news_, false)) {
+        build_->cache().keepProgress();
+    }
+}
+
+/// What was thrown while the target was being built.
+void ScheduledBuild::takeFailure() {
+    shared_.failed = true;
+    try {
+        rethrowWithNote(build_->subject().note);
+    } catch (const VeskException& exception) {
+        if (shared_.setting.options.keepGoing) {
+            reportError(exception);
+            return;
+        }
+        if (!shared_.error) {
+            shared_.error = std::current_exception();
+        }
+    } catch (...) {
+        if (!shared_.error) {
+            shared_.error = std::current_exception();
+        }
+    }
+    shared_.schedule.stop();
+}
+
+Turn ScheduledBuild::ask(Batch& batch) {
+    const console::PrefixScope scope(build_->prefix());
+    try {
+        std::vector<const Recipe*> recipes;
+        for (const std::size_t number : batch.recipes) {
+            if (build_->cache().stale(number)) {
+                batch.stale.push_back(number);
+                recipes.push_back(&build_->recipes()[number]);
+            }
+        }
+        if (recipes.empty()) {
+            return Turn::Nothing;
+        }
+        build_->cache().claim();
+        const BuildEnv& environment = build_->prepared(build_->recipes().size(), *recipes.front());
+        batch.stage = std::make_unique<Stage>(*build_->subject().builder, recipes, environment);
+        for (const auto& job : batch.stage->jobs()) {
+            for (Recipe& command : job->commands) {
+                command.environment = build_->variables();
+            }
+            console::normal("Starting build job");
+        }
+        return Turn::Run;
+    } catch (...) {
+        batch.stage.reset();
+        takeFailure();
+        return Turn::Failed;
+    }
+}
+
+bool ScheduledBuild::ended(Batch& batch, NodeEnd end) {
+    if (!batch.stage) {
+        return end == NodeEnd::Done;
+    }
+    const console::PrefixScope scope(build_->prefix());
+    const auto stage = std::exchange(batch.stage, nullptr);
+    stage->showTranscripts();
+    for (std::size_t i = 0; i < batch.stale.size(); ++i) {
+        const Job& job = *stage->jobs()[i];
+        if (job.succeeded) {
+            build_->cache().ran(batch.stale[i], job.seconds);
+            news_ = true;
+        }
+    }
+    if (stage->reportFailures()) {
+        ownFailure_ = true;
+        shared_.failed = true;
+        if (!shared_.setting.options.keepGoing) {
+            shared_.schedule.stop();
+        }
+    }
+    return end == NodeEnd::Done;
+}
+
+bool ScheduledBuild::completed(NodeEnd end) {
+    const console::PrefixScope scope(build_->prefix());
+    try {
+        CacheStep& cache = build_->cache();
+        if (end == NodeEnd::Done && platform::interruptSignal() == 0) {
+            if (!cache.asked()) {
+                cache.ask();
+            }
+            stamp_ = (cache.mustBuild() ? build_->complete() : build_->stored()).stamp;
+            console::normal("Build done");
+            succeeded_ = true;
+        } else {
+            cache.keepProgress();
+        }
+    } catch (...) {
+        takeFailure();
+    }
+    if (ownFailure_ && platform::interruptSignal() == 0) {
+        console::error("Build of {} failed. Exiting..", build_->subject().targetName);
+    }
+    build_.reset();
+    return succeeded_;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,59 @@
+// Targets side by side: what visits leave to be done while the next ones go on.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "driver/scheduled_build.h"
+
+namespace Vesk {
+
+/// Used on the driver's thread. What throws BuildFailed does so when something has failed and the
+/// user does not want to go on.
+class SideBySide {
+  public:
+    explicit SideBySide(const BuildSetting& setting);
+
+    /// Waits until a target's recipes can be made: for what its builder looks for, and, if it may
+    /// not overlap with others, for everything. Throws BuildFailed.
+    void waitForRecipes(const Builder& builder, const TargetContext& context,
+                        const ScheduledBuild::Dependencies& dependencies);
+
+    /// Waits until it is known how dependants see that the target was built. Throws BuildFailed,
+    /// also when that one has failed.
+    void waitForStamp(const ScheduledBuild& dependency);
+
+    /// Takes what the cache has, leaves the recipes to the schedule, or builds the target here and
+    /// now. Throws what building throws.
+    TargetResult build(std::unique_ptr<TargetBuild> build,
+                       ScheduledBuild::Dependencies dependencies);
+
+    /// Begins what can be begun. Throws BuildFailed, Interrupted, and what building has thrown.
+    void advance();
+
+    /// Waits until all is done. Throws as `advance`; with "keep going" failures are left to
+    /// `ScheduledBuild::failed`.
+    void finish();
+
+    /// When the build ends early: waits for what runs and keeps its results, begins nothing.
+    void abandon();
+
+  private:
+    bool mayOverlap(const Builder& builder, const TargetContext& context) const;
+    bool waitsForOthers(TargetBuild& build, const ScheduledBuild::Dependencies& dependencies) const;
+    void waitForAll();
+    void waitFor(NodeId node);
+    void waitForRecord(const BuildSubject& subject);
+    [[noreturn]] void throwFailure();
+    void keepProgress();
+
+    SharedSchedule shared_;
+
+    /// By cache and key: two visits may share a record.
+    std::map<std::pair<const ProjectCache*, std::string>, std::weak_ptr<ScheduledBuild>> builds_;
+};
+
+}  // namespace Vesk

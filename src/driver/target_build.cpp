@@ -1,0 +1,249 @@
+#include "driver/target_build.h"
+
+#include <fmt/format.h>
+#include <map>
+#include <random>
+
+#include "base/console.h"
+#include "base/interruption.h"
+#include "driver/build_errors.h"
+#include "platform/files.h"
+#include "platform/interrupt.h"
+#include "types/context_value.h"
+
+namespace Vesk {
+namespace {
+
+/// What is known only afterwards takes the place of what was known before.
+void addOutputsTo(Context& outputs, const std::vector<Assignment>& completed) {
+    for (Assignment assignment : completed) {
+        assignment.place = {};  // in no file, whatever line of the cache it comes from
+        outputs.erase(assignment.name.str());
+        outputs.addAssignment(assignment, ModifierMode::Copy);
+    }
+}
+
+std::vector<Assignment> assignmentsOf(const Context& context) {
+    std::vector<Assignment> assignments;
+    for (const auto& [name, assignment] : context.assignments()) {
+        assignments.push_back(assignment);
+    }
+    return assignments;
+}
+
+/// What a target's recipes say about it before they run.
+std::shared_ptr<Context> knownOutputs(const RecipeSet& set) {
+    auto outputs = std::make_shared<Context>();
+    for (Assignment assignment : set.assignments) {
+        assignment.state = ResolveState::Resolved;
+        outputs->addAssignment(assignment, ModifierMode::Copy);
+    }
+    return outputs;
+}
+
+/// Different from all others of all builds.
+std::string uniqueStamp() {
+    static const unsigned process = std::random_device()();
+    static unsigned count = 0;
+    return fmt::format("{:x}-{:x}-{}", process, platform::fileClock(), ++count);
+}
+
+BuildEnvSettings environmentSettings(const Context& context) {
+    BuildEnvSettings settings;
+    settings.outputName = context.textOf("OUTPUT_NAME").value_or("");
+    settings.outputDir = context.textOf("OUTPUT_DIR").value_or("");
+    settings.projectRoot = platform::pathFromUtf8(context.textOf("PROJECT_ROOT").value_or(""));
+    settings.outputDefDir = context.textOf("OUTPUT_DEF_DIR").value_or("");
+    settings.profile = context.textOf("PROFILE").value_or("");
+    return settings;
+}
+
+const Context* environmentOf(const Context& target) {
+    const Assignment* variables = target.find(kEnvironmentVariable);
+    const auto* nested =
+        variables != nullptr ? valueAs<VeskContext>(variables->value.get()) : nullptr;
+    return nested != nullptr ? nested->context().get() : nullptr;
+}
+
+}  // namespace
+
+TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
+    : setting_(setting),
+      subject_(std::move(subject)),
+      set_(subject_.builder->createRecipes(*subject_.context)) {
+    if (!set_.ok) {
+        throw VeskException("Tool '" + subject_.toolName + "' made no recipes.");
+    }
+    for (Recipe& command : subject_.builder->commandRecipes(*subject_.context)) {
+        set_.recipes.push_back(std::move(command));
+    }
+    if (setting_.onRecipes) {
+        setting_.onRecipes(set_.recipes);
+    }
+    CacheRequest request =
+        cacheRequest({*subject_.context, *subject_.builder, set_.assignments, set_.recipes,
+                      subject_.dependencies, setting_.options.hidden},
+                     subject_.cache.root());
+    request.rebuild = setting_.options.rebuild;
+    cache_ = std::make_unique<CacheStep>(subject_.cache, subject_.cacheKey, std::move(request),
+                                         setting_.options, subject_.displayName);
+}
+
+TargetResult TargetBuild::expected() {
+    TargetResult result{knownOutputs(set_), {}, {}};
+    addOutputsTo(*result.outputs,
+                 assignmentsOf(*subject_.builder->expectedCompletion(*subject_.context)));
+    if (set_.recipes.empty()) {
+        result.stamp = newStamp();
+    }
+    return result;
+}
+
+TargetResult TargetBuild::stored() const {
+    TargetResult result{knownOutputs(set_), cache_->stamp(), {}};
+    addOutputsTo(*result.outputs, cache_->storedOutputs());
+    return result;
+}
+
+TargetResult TargetBuild::complete() {
+    TargetResult result{knownOutputs(set_), {}, {}};
+    std::vector<Assignment> completed =
+        assignmentsOf(*subject_.builder->complete(*subject_.context, 0));
+    addOutputsTo(*result.outputs, completed);
+    result.stamp = newStamp();
+    cache_->record(std::move(completed), result.stamp);
+    return result;
+}
+
+TargetResult TargetBuild::buildNow() {
+    if (!cache_->asked()) {
+        cache_->ask();
+    }
+    if (!cache_->mustBuild()) {
+        return stored();
+    }
+    runRecipes();
+    environment_.reset();
+    return setting_.options.dryRun ? TargetResult{knownOutputs(set_), {}, {}} : complete();
+}
+
+/// Dependants have to be built when this target was. Where files tell what it made, they decide;
+/// a target that does nothing itself passes on what its dependencies say.
+std::string TargetBuild::newStamp() const {
+    if (cache_->makesFiles()) {
+        return {};
+    }
+    if (!set_.recipes.empty()) {
+        return uniqueStamp();
+    }
+    std::string text;
+    for (const DependencyStamp& dependency : subject_.dependencies) {
+        if (!dependency.stamp.empty()) {
+            text += dependency.name + "\n" + dependency.stamp + "\n";
+        }
+    }
+    if (text.empty()) {
+        return {};
+    }
+    const ContentHash hash = hashText(text);
+    return fmt::format("{:x}{:x}", hash.high, hash.low);
+}
+
+BuildEnv& TargetBuild::environment() {
+    return environment_ ? *environment_
+                        : environment_.emplace(environmentSettings(*subject_.context));
+}
+
+BuildEnv& TargetBuild::prepared(std::size_t jobs, const Recipe& first) {
+    if (!environment().prepared()) {
+        environment().prepare(jobs);
+        makeOutputDirectories(set_.assignments);
+        subject_.builder->prepare(first, environment());
+    }
+    return environment();
+}
+
+void TargetBuild::runRecipes() {
+    std::map<std::uint32_t, std::vector<std::size_t>> stages;
+    for (std::size_t i = 0; i < set_.recipes.size(); ++i) {
+        stages[set_.recipes[i].stage].push_back(i);
+    }
+    bool earlierShown = false;
+    for (const auto& [number, members] : stages) {
+        std::vector<std::size_t> stale;
+        std::vector<const Recipe*> staleRecipes;
+        for (const std::size_t i : members) {
+            if (cache_->stale(i) || earlierShown) {
+                stale.push_back(i);
+                staleRecipes.push_back(&set_.recipes[i]);
+            }
+        }
+        if (stale.empty()) {
+            continue;
+        }
+        if (setting_.options.dryRun) {
+            showCommands(*subject_.builder, staleRecipes, environment());
+            earlierShown = true;  // what the later stages would find is not known
+            continue;
+        }
+        if (!environment().prepared()) {
+            environment().prepare(stale.size());
+            makeOutputDirectories(set_.assignments);
+            setEnvironment();
+            subject_.builder->prepare(*staleRecipes.front(), environment());
+        }
+        runStage(Stage(*subject_.builder, staleRecipes, environment()), stale);
+    }
+}
+
+void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers) {
+    std::vector<bool> told(numbers.size());
+    const auto tellCache = [&] {
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            if (!told[i] && stage.jobs()[i]->succeeded) {
+                cache_->ran(numbers[i], stage.jobs()[i]->seconds);
+                told[i] = true;
+            }
+        }
+    };
+    const auto keepProgress = [&] {
+        tellCache();
+        cache_->keepProgress();
+    };
+    const DriverOptions& options = setting_.options;
+    // Commands may do their work on other machines, so this one's processors are no limit.
+    const unsigned workers = workerCount(options.jobCount, numbers.size(), numbers.size());
+    stage.run({workers, options.maxCommands, options.keepGoing, keepProgress});
+    tellCache();
+    const bool failed = stage.reportFailures();
+    if (failed || platform::interruptSignal() != 0) {
+        cache_->keepProgress();
+    }
+    stopIfInterrupted();
+    if (failed) {
+        console::error("Build of {} failed. Exiting..", subject_.targetName);
+        throw BuildFailed();
+    }
+}
+
+void TargetBuild::setEnvironment() {
+    if (const Context* variables = environmentOf(*subject_.context)) {
+        for (const auto& [name, assignment] : variables->assignments()) {
+            environment().setVariable(name.str(),
+                                      assignment.value ? assignment.value->toString() : "");
+        }
+    }
+}
+
+std::vector<std::string> TargetBuild::variables() const {
+    std::vector<std::string> entries;
+    if (const Context* variables = environmentOf(*subject_.context)) {
+        for (const auto& [name, assignment] : variables->assignments()) {
+            entries.push_back(name.str() + "=" +
+                              (assignment.value ? assignment.value->toString() : ""));
+        }
+    }
+    return entries;
+}
+
+}  // namespace Vesk

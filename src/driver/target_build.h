@@ -1,0 +1,84 @@
+// Building one target whose context is complete.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "driver/build_setting.h"
+#include "driver/cache_request.h"
+#include "driver/cache_step.h"
+#include "driver/jobs.h"
+#include "run/build_env.h"
+
+namespace Vesk {
+
+class ScheduledBuild;
+
+/// What a visit leaves to the dependants.
+struct TargetResult {
+    std::shared_ptr<Context> outputs;
+    std::string stamp;                          ///< see DependencyStamp
+    std::shared_ptr<ScheduledBuild> scheduled;  ///< which builds the target, or has; null: built
+};
+
+/// What a visit has found out.
+struct BuildSubject {
+    std::string displayName;  ///< unit::target
+    std::string targetName;
+    std::string note;  ///< "in target main::app (/p/vesk.txt:3)"
+    std::string toolName;
+    std::shared_ptr<Builder> builder;
+    std::shared_ptr<TargetContext> context;  ///< resolved
+    std::vector<DependencyStamp> dependencies;
+    ProjectCache& cache;
+    std::string cacheKey;
+};
+
+class TargetBuild {
+  public:
+    /// Makes the recipes. Throws what the builder throws.
+    TargetBuild(const BuildSetting& setting, BuildSubject subject);
+
+    const BuildSubject& subject() const noexcept { return subject_; }
+    const std::vector<Recipe>& recipes() const noexcept { return set_.recipes; }
+    CacheStep& cache() noexcept { return *cache_; }
+
+    /// Takes what the cache has, or runs what is stale, and returns when all is done.
+    TargetResult buildNow();
+
+    /// The pieces of that, for those who do not wait.
+    ///
+    /// What is known before anything has run.
+    TargetResult expected();
+
+    /// After a hit.
+    TargetResult stored() const;
+
+    /// After all recipes have run.
+    TargetResult complete();
+
+    /// The surroundings of the commands, with the output directory. Throws when it cannot be made.
+    BuildEnv& prepared(std::size_t jobs, const Recipe& first);
+
+    /// "NAME=value": what the target's ENV adds to the environment of its commands.
+    std::vector<std::string> variables() const;
+
+    std::string prefix() const { return "[" + subject_.displayName + "] "; }
+
+  private:
+    std::string newStamp() const;
+    void runRecipes();
+    void runStage(Stage stage, const std::vector<std::size_t>& numbers);
+    BuildEnv& environment();
+    void setEnvironment();
+
+    const BuildSetting& setting_;
+    BuildSubject subject_;
+    RecipeSet set_;
+    std::unique_ptr<CacheStep> cache_;
+    std::optional<BuildEnv> environment_;  ///< made when it is needed first
+};
+
+}  // namespace Vesk
