@@ -22,8 +22,11 @@ void VeskErrorCounter::syntaxError(antlr4::Recognizer*, antlr4::Token*, std::siz
     }
 }
 
-void PlaceListener::syntaxError(antlr4::Recognizer*, antlr4::Token*, std::size_t line,
-                                std::size_t column, const std::string&, std::exception_ptr) {
+void PlaceListener::syntaxError(antlr4::Recognizer* recognizer, antlr4::Token* offending,
+                                std::size_t line, std::size_t column, const std::string& message,
+                                std::exception_ptr cause) {
+    antlr4::ConsoleErrorListener::INSTANCE.syntaxError(recognizer, offending, line, column, message,
+                                                       cause);
     // The runtime counts columns from 0, editors from 1.
     for (const std::string& text : placeLines(name_, text_, line, column + 1)) {
         console::error("  {}", text);

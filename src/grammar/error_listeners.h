@@ -28,8 +28,9 @@ class VeskErrorCounter : public antlr4::BaseErrorListener {
     std::int32_t count_ = 0;
 };
 
-/// Shows the place of an error that the runtime has just printed: file, line and column, the line's
-/// text, and a caret below the column.
+/// Has the runtime's console listener print an error, and shows its place below: file, line and
+/// column, the line's text, and a caret below the column. It stands in for that listener, as the
+/// runtime calls several in the order of their addresses.
 class PlaceListener : public antlr4::BaseErrorListener {
   public:
     /// Name and text must outlive the listener.

@@ -70,14 +70,16 @@ FileTree* parseFast(Parse& parse, FileTree* (Parser::*startRule)()) {
     return tryRule(parse.recognisers, startRule);
 }
 
-/// Parses again what `parseFast` found faulty. The runtime prints each error as it is found, and
-/// its place is shown below. Errors of the lexer alone do not reject the file: what they are about
+/// Parses again what `parseFast` found faulty. Each error is printed as it is found, and its place
+/// is shown below. Errors of the lexer alone do not reject the file: what they are about
 /// is left out.
 Parser::UnitFileContext* parseReporting(Parse& parse, const SourceFile& file) {
     console::flush();      // the runtime writes to standard error by itself,
     platform::noteDeed();  // past what is kept to be repeated
     PlaceListener places(file.name(), file.text());
+    parse.recognisers.lexer.removeErrorListeners();
     parse.recognisers.lexer.addErrorListener(&places);
+    parse.recognisers.parser.removeErrorListeners();
     parse.recognisers.parser.addErrorListener(&places);
     Parser::UnitFileContext* const tree = parse.recognisers.parser.unitFile();
     parse.recognisers.lexer.removeErrorListener(&places);
