@@ -46,7 +46,10 @@ int runScript(std::string script) {
         } else if (accept(kMakeDirectory)) {
             fs::create_directories(path(1), error);
         } else if (accept(kCopy)) {
-            fs::copy_file(path(1), path(2), fs::copy_options::overwrite_existing, error);
+            // Not overwrite_existing: the library for Windows refuses it, taking any two files
+            // there for one.
+            fs::remove(path(2), error);
+            fs::copy_file(path(1), path(2), error);
         } else if (accept(kWrite)) {
             put(text(1) + "\n");
         } else if (accept(kExit)) {
