@@ -57,7 +57,7 @@ int VeskApplication::run() {
 }
 
 int VeskApplication::build() {
-    // Whoever wants to hear more than usual wants to see it done; a dry run writes nothing.
+    // A run with more messages than usual is done, not repeated; a dry run writes nothing.
     if (console::threshold() < console::level::kNormal || settings_.dryRun) {
         buildAnew();
         return 0;

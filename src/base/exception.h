@@ -22,7 +22,7 @@ class Noted {
     void addNote(std::string note);
 
     /// The same with a line that is worked out only when the error is printed: many errors are
-    /// caught by whoever asked and never seen.
+    /// caught by the caller and never seen.
     void addNote(std::function<std::string()> makeNote);
 
     /// Shows where the error lies, with the line of the file. Only the first place counts, the

@@ -28,7 +28,7 @@ class Freshness {
     bool everything();
 
     /// Whether a directory where compilers look for headers has got or lost names. The parts that
-    /// are fresh all the same have to be watched anew.
+    /// are fresh all the same have to be watched again.
     bool namesChanged() const noexcept { return namesChanged_; }
 
     /// What a compiler has read by the record: without the source, and without what its recipe

@@ -24,7 +24,7 @@ struct HeadersRead {
 /// looked.
 void eachEarlierPlace(const HeadersRead& read, const std::function<bool(const std::string&)>& take);
 
-/// The namesPath that tells of a file that appears at `place`: that of its directory, or of the
+/// The namesPath that shows a file that appears at `place`: that of its directory, or of the
 /// nearest one above that is there.
 std::string watchedNames(const std::string& place, FileStates& states);
 
