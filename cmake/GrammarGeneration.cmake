@@ -1,16 +1,16 @@
-# vesk_generate_recognisers(<target> <folder>)
+# vesk_generate_recognisers(<target> <directory>)
 #
 # Makes the static library <target> from the grammars CommonLexer.g4 and VeskTopParser.g4 in
-# <folder>: lexer, parser and visitor in the namespace Vesk::grammar, included by their plain names
+# <directory>: lexer, parser and visitor in the namespace Vesk::grammar, included by their plain names
 # ("VeskTopParserBaseVisitor.h").
 
 find_program(VESK_ANTLR4 antlr4 REQUIRED)
 
-function(vesk_generate_recognisers target folder)
+function(vesk_generate_recognisers target directory)
     set(out "${CMAKE_BINARY_DIR}/generated/grammar")
     set(grammars CommonLexer.g4 VeskTopParser.g4)
     set(stems CommonLexer VeskTopParser VeskTopParserVisitor VeskTopParserBaseVisitor)
-    list(TRANSFORM grammars PREPEND "${folder}/" OUTPUT_VARIABLE inputs)
+    list(TRANSFORM grammars PREPEND "${directory}/" OUTPUT_VARIABLE inputs)
     list(TRANSFORM stems PREPEND "${out}/")
     list(TRANSFORM stems APPEND ".cpp" OUTPUT_VARIABLE sources)
     list(TRANSFORM stems APPEND ".h" OUTPUT_VARIABLE headers)
@@ -21,7 +21,7 @@ function(vesk_generate_recognisers target folder)
         COMMAND "${VESK_ANTLR4}" -Werror -Dlanguage=Cpp -package Vesk::grammar -visitor -no-listener
                 -o "${out}" ${grammars}
         COMMAND "${CMAKE_COMMAND}" "-DFILES=${sources}" -P "${rewrite}"
-        WORKING_DIRECTORY "${folder}"
+        WORKING_DIRECTORY "${directory}"
         DEPENDS ${inputs} "${rewrite}"
         COMMENT "Generating the recognisers"
         VERBATIM

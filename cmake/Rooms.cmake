@@ -1,4 +1,4 @@
-# One static library per folder of src/ (a room), one test program per folder of tests/.
+# One static library per directory of src/ (a room), one test program per directory of tests/.
 
 if(WIN32)
     enable_language(RC)

@@ -17,10 +17,10 @@ void add(Context& context, const char* name, std::string text) {
 
 /// Empty when the system is of no family that we know.
 std::string osFamily() {
-    if (platform::isFolder("C:\\")) {
+    if (platform::isDirectory("C:\\")) {
         return "windows";
     }
-    return platform::isFolder("/bin") ? "unix" : "";
+    return platform::isDirectory("/bin") ? "unix" : "";
 }
 
 }  // namespace

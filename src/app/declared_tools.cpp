@@ -29,8 +29,8 @@ class Surroundings {
         if (!context_) {
             const auto nothing = std::make_shared<Target>();
             nothing->setBody({});
-            context_ =
-                InputContext::trial(nothing, project_.name, {nullptr, layersOf_(project_), {}});
+            context_ = InputContext::forToolChoice(nothing, project_.name,
+                                                   {nullptr, layersOf_(project_), {}});
         }
         return *context_;
     }

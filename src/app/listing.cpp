@@ -37,7 +37,8 @@ std::string descriptionOf(const std::shared_ptr<const Target>& target,
         return text;
     }
     try {
-        const auto context = InputContext::trial(target, target->name, {nullptr, implicit, {}});
+        const auto context =
+            InputContext::forToolChoice(target, target->name, {nullptr, implicit, {}});
         if (context->find(kDescription) != nullptr) {
             text = context->valueOfVariable(kDescription)->toString();
         }

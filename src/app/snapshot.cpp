@@ -8,7 +8,7 @@
 #include "cache/cache_text.h"
 #include "cache/file_state.h"
 #include "platform/files.h"
-#include "platform/questions.h"
+#include "platform/recorder.h"
 #include "platform/system.h"
 
 namespace Vesk {
@@ -20,7 +20,7 @@ constexpr std::string_view kHeader = "VESK_SNAPSHOT_2";
 struct Content {
     std::string_view key;
     std::string_view transcript;
-    std::string_view notes;
+    std::string_view recording;
 };
 
 /// Nothing for a file that was not written to its end, or not by this version.
@@ -34,7 +34,7 @@ std::optional<Content> contentOf(std::string_view bytes) {
     }
     const auto start = static_cast<std::size_t>(reader.position() - bytes.data());
     if (hash != digits(hashText(bytes.substr(start))) || !reader.text(content.key) ||
-        !reader.text(content.transcript) || !reader.text(content.notes)) {
+        !reader.text(content.transcript) || !reader.text(content.recording)) {
         return std::nullopt;
     }
     return content;
@@ -62,25 +62,25 @@ bool Snapshot::repeats() const {
         return false;
     }
     const auto content = contentOf(*bytes);
-    return content && content->key == key_ && platform::answersAreTheSame(content->notes) &&
+    return content && content->key == key_ && platform::stillValid(content->recording) &&
            console::repeat(content->transcript);
 }
 
 Snapshot::~Snapshot() {
     if (watches_) {
         console::transcript();
-        platform::questionsNoted();
+        platform::takeRecording();
     }
 }
 
 void Snapshot::begin() {
-    // A pattern may look at this folder. The file is there before, so that it is no news after.
+    // A pattern may look at this directory. The file is there before, so that it is no news after.
     if (!platform::isFile(file_) && platform::isFile(cache_)) {
         std::error_code ignored;
         platform::writePrivateFile(file_, "", platform::Append::no, ignored);
     }
     watches_ = true;
-    platform::startNotingQuestions();
+    platform::startRecording();
     platform::fileStatus(platform::executable());  // another build of vesk may find otherwise
     console::startTranscript();
 }
@@ -88,15 +88,15 @@ void Snapshot::begin() {
 void Snapshot::keep() {
     watches_ = false;
     const std::string transcript = console::transcript();
-    const auto notes = platform::questionsNoted();
-    if (!notes || !platform::isFile(cache_)) {
+    const auto recording = platform::takeRecording();
+    if (!recording || !platform::isFile(cache_)) {
         return;
     }
     std::string content;
-    content.reserve(key_.size() + transcript.size() + notes->size() + 64);
+    content.reserve(key_.size() + transcript.size() + recording->size() + 64);
     appendText(content, key_);
     appendText(content, transcript);
-    appendText(content, *notes);
+    appendText(content, *recording);
     std::string bytes(kHeader);
     bytes.append("\n").append(digits(hashText(content))).append("\n").append(content);
     std::error_code ignored;

@@ -1,9 +1,9 @@
 // The last run that found nothing to do, kept so that the next one need not find it out again.
 //
-// Such a run depends on the answers to its questions alone (see platform/questions.h): the files
-// that it read or looked at, what folders hold, variables of the environment, the month. They are
-// kept together with what it wrote to the console. While they are the same, the same command line
-// has the same outcome, and no unit file is read for it.
+// Such a run depends on the answers to its questions alone (see platform/recorder.h): the files
+// that it read or looked at, what directories hold, variables of the environment, the month. They
+// are kept together with what it wrote to the console. While they are the same, the same command
+// line has the same outcome, and no unit file is read for it.
 #pragma once
 
 #include <filesystem>

@@ -59,7 +59,7 @@ int VeskApplication::run() {
 int VeskApplication::build() {
     // A run with more messages than usual is done, not repeated; a dry run writes nothing.
     if (console::threshold() < console::level::kNormal || settings_.dryRun) {
-        buildAnew();
+        runBuild();
         return 0;
     }
     Snapshot snapshot(findProjectRoot(settings_).directory, arguments_);
@@ -67,12 +67,12 @@ int VeskApplication::build() {
         return 0;
     }
     snapshot.begin();
-    buildAnew();
+    runBuild();
     snapshot.keep();
     return 0;
 }
 
-void VeskApplication::buildAnew() {
+void VeskApplication::runBuild() {
     loadRegistry();
     loadProject();
     loadUnits();

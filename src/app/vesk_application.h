@@ -38,7 +38,7 @@ class VeskApplication {
 
   private:
     int build();
-    void buildAnew();
+    void runBuild();
     int listProfiles();
     int listUnits();
     int listTargets();

@@ -4,8 +4,8 @@
 
 #include "base/console.h"
 #include "cache/cache_text.h"
+#include "platform/directories.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 
 namespace Vesk {
 namespace {
@@ -84,7 +84,7 @@ CacheFileWriter::CacheFileWriter(std::filesystem::path file, std::size_t recordC
     : file_(std::move(file)), temporary_(file_) {
     temporary_ += ".tmp";
     std::error_code error;
-    platform::makeFolders(file_.parent_path(), error);
+    platform::makeDirectories(file_.parent_path(), error);
     if (error) {
         fail(fmt::format("Unable to create cache directory '{}': {}", directoryText(file_),
                          error.message()));

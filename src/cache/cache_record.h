@@ -72,12 +72,12 @@ struct CacheRequest {
         std::vector<std::string> writes;
         std::string source;  ///< the one that a compiler is given, among the reads
         std::filesystem::path dependencyFile;
-        std::shared_ptr<const HeaderSearch> headerSearch;      ///< see Recipe
-        std::filesystem::path outputDirectory;                 ///< see Recipe
-        std::filesystem::path directory;                       ///< of the relative paths in it
-        std::shared_ptr<const ToolSurroundings> surroundings;  ///< see Recipe
-        bool standsAlone = false;                              ///< see Recipe
-        bool tellsAll = false;                                 ///< see Recipe
+        std::shared_ptr<const HeaderSearch> headerSearch;     ///< see Recipe
+        std::filesystem::path outputDirectory;                ///< see Recipe
+        std::filesystem::path directory;                      ///< of the relative paths in it
+        std::shared_ptr<const ToolEnvironment> surroundings;  ///< see Recipe
+        bool standsAlone = false;                             ///< see Recipe
+        bool tellsAll = false;                                ///< see Recipe
     };
 
     std::vector<Part> parts;

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "cache/tracked_path.h"
-#include "platform/folders.h"
+#include "platform/directories.h"
 
 namespace Vesk {
 namespace {
@@ -36,9 +36,9 @@ bool sameStatus(const platform::FileStatus& a, const platform::FileStatus& b) {
 }  // namespace
 
 void FileStates::examine(Entry& entry, const std::string& path) {
-    const bool made = entry.made;
+    const bool builtHere = entry.builtHere;
     entry = Entry();
-    entry.made = made;
+    entry.builtHere = builtHere;
     entry.examined = true;
     entry.examinedAt = platform::fileClock();
     const bool names = isNamesPath(path);
@@ -69,7 +69,7 @@ void FileStates::readNames(Entry& entry, std::string_view path) {
     const std::filesystem::path directory = platform::pathFromUtf8(directoryOf(path));
     std::error_code error;
     std::vector<std::string> names;
-    for (platform::FolderEntry& each : platform::listFolder(directory, error)) {
+    for (platform::DirectoryEntry& each : platform::listDirectory(directory, error)) {
         if (!each.name.starts_with(kOwnFiles)) {
             names.push_back(std::move(each.name));
         }
@@ -81,15 +81,15 @@ void FileStates::readNames(Entry& entry, std::string_view path) {
     }
     entry.hash = hashText(text);
     entry.hashed = !error;
-    entry.torn = static_cast<bool>(error);
+    entry.changedWhileRead = static_cast<bool>(error);
 }
 
 void FileStates::read(Entry& entry, std::string_view path) {
-    if (entry.kind == FileState::Kind::Names && !entry.hashed && !entry.torn) {
+    if (entry.kind == FileState::Kind::Names && !entry.hashed && !entry.changedWhileRead) {
         readNames(entry, path);
         return;
     }
-    if (entry.hashed || entry.torn || !isFile(entry.kind)) {
+    if (entry.hashed || entry.changedWhileRead || !isFile(entry.kind)) {
         return;
     }
     const std::filesystem::path file = platform::pathFromUtf8(path);
@@ -99,7 +99,7 @@ void FileStates::read(Entry& entry, std::string_view path) {
         entry.hash = *hash;
         entry.hashed = true;
     } else {
-        entry.torn = true;
+        entry.changedWhileRead = true;
     }
 }
 
@@ -117,7 +117,7 @@ FileStates::Entry& FileStates::examined(std::string_view path) {
 FileState FileStates::stateOf(Entry& entry, std::string_view path) {
     read(entry, path);
     FileState state;
-    state.kind = entry.torn ? FileState::Kind::Unknown : entry.kind;
+    state.kind = entry.changedWhileRead ? FileState::Kind::Unknown : entry.kind;
     if (isFile(state.kind)) {
         state.device = entry.status.device;
         state.number = entry.status.number;
@@ -145,7 +145,7 @@ FileStates::Comparison FileStates::compareNames(Entry& entry, std::string_view p
         return Comparison::Changed;
     }
     if (!entry.hashed && untouched(entry.status, stored)) {
-        platform::noteTimes(std::string(directoryOf(path)), entry.status);
+        platform::recordTimes(std::string(directoryOf(path)), entry.status);
         entry.hash = stored.hash;
         entry.hashed = true;
     }
@@ -196,7 +196,7 @@ FileState::Kind FileStates::kindOf(std::string_view path) {
 /// commands before anybody had looked.
 bool FileStates::changedMeanwhile(const Entry& entry, std::string_view path,
                                   std::int64_t startedAt) {
-    if (entry.examinedAt > startedAt && !entry.made) {
+    if (entry.examinedAt > startedAt && !entry.builtHere) {
         return isFile(entry.kind) && platform::lastChange(entry.status) >= startedAt;
     }
     const std::filesystem::path file = platform::pathFromUtf8(path);
@@ -237,7 +237,7 @@ void FileStates::written(std::string_view path) {
     const std::lock_guard lock(mutex_);
     Entry& entry = entries_[std::string(path)];
     entry = Entry();
-    entry.made = true;
+    entry.builtHere = true;
     if (const auto names = entries_.find(namesPath(directoryOf(path))); names != entries_.end()) {
         names->second = Entry();
     }
@@ -248,12 +248,12 @@ void FileStates::writtenBelow(std::string_view directory) {
     for (auto& [path, entry] : entries_) {
         if (isBelow(path, directory)) {
             entry = Entry();
-            entry.made = true;
+            entry.builtHere = true;
         }
     }
 }
 
-bool FileStates::settle(std::string_view path, FileState& state) {
+bool FileStates::confirmRecent(std::string_view path, FileState& state) {
     const std::filesystem::path file = platform::pathFromUtf8(path);
     const auto status = platform::fileStatus(file);
     if (state.kind != FileState::Kind::Recent || !status || !untouched(*status, state) ||
@@ -269,7 +269,7 @@ void FileStates::readAhead(const std::vector<std::string>& paths, unsigned worke
     const std::lock_guard lock(mutex_);  // held throughout: the entries belong to the workers now
     for (const std::string& path : paths) {
         Entry& entry = entries_[path];
-        if (!entry.hashed && !entry.torn) {
+        if (!entry.hashed && !entry.changedWhileRead) {
             unread.emplace_back(&entry, &path);
         }
     }

@@ -50,7 +50,7 @@ class FileStates {
 
     /// Whether a state of kind Recent can be trusted by now: enough time has passed and the file
     /// is still the same. Makes it one of kind File then.
-    static bool settle(std::string_view path, FileState& state);
+    static bool confirmRecent(std::string_view path, FileState& state);
 
     /// Reads what `current` would have to read, for all of these, on this many threads.
     void readAhead(const std::vector<std::string>& paths, unsigned workers);
@@ -63,8 +63,8 @@ class FileStates {
         std::int64_t examinedAt = 0;  ///< of platform::fileClock
         bool examined = false;
         bool hashed = false;
-        bool torn = false;  ///< changed between being examined and being read
-        bool made = false;  ///< by this build, so that a new time is no news
+        bool changedWhileRead = false;  ///< changed between being examined and being read
+        bool builtHere = false;         ///< by this build, so that a new time is no news
     };
 
     Entry& examined(std::string_view path);

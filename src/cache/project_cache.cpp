@@ -86,7 +86,7 @@ void ProjectCache::load() {
     for (const std::string& key : *claimed) {
         changed_ = true;
         if (Entry* entry = find(key)) {
-            entry->overtake();
+            entry->invalidate();
         }
     }
 }
@@ -123,7 +123,7 @@ void ProjectCache::beginClaim(Entry& entry, ObtainResult& result) {
         platform::removeFile(file_, ignored);
     }
     entry.stored = false;
-    entry.overtake();
+    entry.invalidate();
     entry.claimed = true;
     entry.token = newToken();
     changed_ = true;
@@ -131,14 +131,14 @@ void ProjectCache::beginClaim(Entry& entry, ObtainResult& result) {
     result.token = entry.token;
 }
 
-ObtainResult ProjectCache::obtain(const std::string& key, const CacheRequest& request, Claim claim,
-                                  std::uint64_t waitMilliseconds) {
+ObtainResult ProjectCache::obtain(const std::string& key, const CacheRequest& request,
+                                  Lookup lookup, std::uint64_t waitMilliseconds) {
     Entry* entry = findOrCreate(key);
     if (entry == nullptr) {
         return {CacheAnswer::Refused, std::nullopt, 0};
     }
     std::unique_lock lock(entry->mutex);
-    const bool unseen = claim == Claim::unseen && !entry->closed;
+    const bool unseen = lookup == Lookup::claimUnseen && !entry->closed;
     ObtainResult result =
         unseen ? ObtainResult{CacheAnswer::Miss, entry->record, 0} : check(*entry, request);
     if (result.answer != CacheAnswer::Miss) {
@@ -147,7 +147,7 @@ ObtainResult ProjectCache::obtain(const std::string& key, const CacheRequest& re
     if (entry->claimed) {
         return obtainAfterWaiting(*entry, request, lock, waitMilliseconds);
     }
-    if (claim != Claim::no) {
+    if (lookup != Lookup::only) {
         beginClaim(*entry, result);
     }
     return result;
@@ -269,18 +269,18 @@ void ProjectCache::close() noexcept {
 }
 
 /// Files that had changed a moment before they were looked at: by now their times may tell.
-void ProjectCache::settle(Entry& entry) {
+void ProjectCache::confirmRecent(Entry& entry) {
     auto files = filesOf(entry.record->layout(kFirstRecipePart).parts);
     if (!files) {
         return;
     }
-    bool settled = false;
+    bool confirmed = false;
     for (RecordFile& file : *files) {
         if (file.state.kind == FileState::Kind::Recent) {
-            settled |= FileStates::settle(root_.absolute(file.path), file.state);
+            confirmed |= FileStates::confirmRecent(root_.absolute(file.path), file.state);
         }
     }
-    if (settled) {
+    if (confirmed) {
         entry.record = withFiles(*entry.record, *files);
     }
 }
@@ -312,7 +312,7 @@ bool ProjectCache::save() {
         const std::lock_guard lock(entry->mutex);
         if (entry->record && !isOutdated(*entry)) {
             if (entry->valid && !entry->stored) {
-                settle(*entry);
+                confirmRecent(*entry);
             }
             records.push_back({entry->key, *entry->record, entry->day});
             entry->stored = entry->valid;
@@ -331,7 +331,7 @@ bool ProjectCache::save() {
     return saved;
 }
 
-void ProjectCache::Entry::overtake() {
+void ProjectCache::Entry::invalidate() {
     valid = false;
     if (record) {
         record = unfinished(*record);

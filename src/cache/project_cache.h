@@ -42,10 +42,10 @@ struct ObtainResult {
 };
 
 /// What `obtain` does when nobody builds the record and it does not match.
-enum class Claim {
-    no,
-    yes,
-    unseen,  ///< as `yes`, without comparing: the caller knows that it does not match
+enum class Lookup {
+    only,  ///< answers and claims nothing
+    claim,
+    claimUnseen,  ///< as `claim`, without comparing: the caller knows that it does not match
 };
 
 /// All operations may be called from any thread.
@@ -66,7 +66,7 @@ class ProjectCache {
 
     /// Looks the key up and compares. While another build holds the claim this waits until it is
     /// released, at most `waitMilliseconds`; 0 waits as long as it takes.
-    ObtainResult obtain(const std::string& key, const CacheRequest& request, Claim claim,
+    ObtainResult obtain(const std::string& key, const CacheRequest& request, Lookup lookup,
                         std::uint64_t waitMilliseconds);
 
     /// The record of the last build, if any, which is compared with nothing. The key takes its
@@ -112,7 +112,7 @@ class ProjectCache {
 
         /// The record is no hit any more, and no recipe is fresh for its sake that does not tell
         /// what it writes.
-        void overtake();
+        void invalidate();
         void endClaim() noexcept;
     };
 
@@ -128,7 +128,7 @@ class ProjectCache {
                                     std::unique_lock<std::mutex>& lock,
                                     std::uint64_t waitMilliseconds);
     void saveWhenDue();
-    void settle(Entry& entry);
+    void confirmRecent(Entry& entry);
     bool isOutdated(const Entry& entry) const noexcept;
     void forgetEverything();
 

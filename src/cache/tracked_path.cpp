@@ -54,9 +54,9 @@ bool isBelow(std::string_view path, std::string_view directory) noexcept {
            beginsWith(path, directory);
 }
 
-bool isBelowAny(std::string_view path, const std::vector<std::string>& folders) noexcept {
-    return std::ranges::any_of(folders,
-                               [path](const std::string& folder) { return isBelow(path, folder); });
+bool isBelowAny(std::string_view path, const std::vector<std::string>& directories) noexcept {
+    return std::ranges::any_of(
+        directories, [path](const std::string& directory) { return isBelow(path, directory); });
 }
 
 TrackingRoot::TrackingRoot(const std::filesystem::path& directory)

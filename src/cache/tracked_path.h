@@ -25,8 +25,8 @@ std::string_view directoryOf(std::string_view path) noexcept;
 /// Whether a tracked path lies in a directory that is written in the same way.
 bool isBelow(std::string_view path, std::string_view directory) noexcept;
 
-/// Whether a tracked path lies in one of the folders, which are written in the same way.
-bool isBelowAny(std::string_view path, const std::vector<std::string>& folders) noexcept;
+/// Whether a tracked path lies in one of the directories, which are written in the same way.
+bool isBelowAny(std::string_view path, const std::vector<std::string>& directories) noexcept;
 
 /// A project's directory, from which records name the files below it, so that a project that has
 /// moved finds its records good.

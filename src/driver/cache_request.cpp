@@ -101,7 +101,7 @@ const Context* environmentOf(const TargetContext& target) {
 
 class RequestMaker {
   public:
-    RequestMaker(const CacheQuestion& question, const TrackingRoot& root)
+    RequestMaker(const TargetInputs& question, const TrackingRoot& root)
         : question_(question), root_(root), hidden_(question.hidden) {
         if (const Context* variables = environmentOf(question.target)) {
             hidden_.add(*variables);
@@ -357,18 +357,18 @@ class RequestMaker {
                CiString(std::string(kToolchainPrefix));
     }
 
-    const CacheQuestion& question_;
+    const TargetInputs& question_;
     const TrackingRoot& root_;
     HiddenValues hidden_;
     std::optional<std::vector<std::string>> namedFiles_;
-    const ToolSurroundings* marked_ = nullptr;
+    const ToolEnvironment* marked_ = nullptr;
     std::string mark_;
     CacheRequest request_;
 };
 
 }  // namespace
 
-CacheRequest cacheRequest(const CacheQuestion& question, const TrackingRoot& root) {
+CacheRequest cacheRequest(const TargetInputs& question, const TrackingRoot& root) {
     return RequestMaker(question, root).make();
 }
 

@@ -20,7 +20,7 @@ struct DependencyStamp {
 };
 
 /// All that a visit knows before it asks the cache.
-struct CacheQuestion {
+struct TargetInputs {
     const TargetContext& target;
     const Builder& builder;
     const std::vector<Assignment>& outputs;  ///< of the target, as far as known yet
@@ -32,7 +32,7 @@ struct CacheQuestion {
 /// What a build of the target would consist of: the variables that its builder consumes, the files
 /// that path values name, the recipes with their commands, the environment of the commands and the
 /// settings of the toolchain.
-CacheRequest cacheRequest(const CacheQuestion& question, const TrackingRoot& root);
+CacheRequest cacheRequest(const TargetInputs& question, const TrackingRoot& root);
 
 /// The process environment of a target's commands: a nested context of this name.
 inline constexpr const char* kEnvironmentVariable = "ENV";

@@ -9,8 +9,8 @@
 #include "base/console.h"
 #include "base/exception.h"
 #include "cache/record_files.h"
+#include "platform/directories.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 
 namespace Vesk {
 
@@ -34,7 +34,7 @@ CacheStep::CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
       seconds_(request_.parts.size()) {}
 
 void CacheStep::ask() {
-    obtained_ = cache_.obtain(key_, request_, options_.dryRun ? Claim::no : Claim::yes, 0);
+    obtained_ = cache_.obtain(key_, request_, options_.dryRun ? Lookup::only : Lookup::claim, 0);
     compareWithRecord();
     begin();
 }
@@ -49,7 +49,7 @@ void CacheStep::claim() {
         return;
     }
     // The record stays the one that the recipes have been held against.
-    const ObtainResult claimed = cache_.obtain(key_, request_, Claim::unseen, 0);
+    const ObtainResult claimed = cache_.obtain(key_, request_, Lookup::claimUnseen, 0);
     obtained_.answer = claimed.answer;
     obtained_.token = claimed.token;
     begin();
@@ -168,9 +168,10 @@ void CacheStep::takeOutputDirectory(CacheRequest::Part& part) {
         const std::filesystem::path directory = std::move(directories.back());
         directories.pop_back();
         std::error_code unreadable;
-        for (const platform::FolderEntry& entry : platform::listFolder(directory, unreadable)) {
+        for (const platform::DirectoryEntry& entry :
+             platform::listDirectory(directory, unreadable)) {
             const std::filesystem::path path = directory / platform::pathFromUtf8(entry.name);
-            if (!entry.folder) {
+            if (!entry.directory) {
                 part.writes.push_back(trackedPath(path));
             } else if (!entry.link) {
                 directories.push_back(path);

@@ -206,9 +206,9 @@ void InputContext::evaluateConditions() {
     evaluateConditions(Context::Unresolvable::fails);
 }
 
-std::shared_ptr<Context> InputContext::trial(const std::shared_ptr<const Target>& target,
-                                             const std::string& displayName,
-                                             const ContextLayers& layers) {
+std::shared_ptr<Context> InputContext::forToolChoice(const std::shared_ptr<const Target>& target,
+                                                     const std::string& displayName,
+                                                     const ContextLayers& layers) {
     InputContext input(target, displayName, layers);
     input.waiting_ = Waiting::no;
     input.context_->setSilent();

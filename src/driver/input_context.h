@@ -49,9 +49,9 @@ class InputContext {
 
     /// A context for choosing the tool: assembled without waiting, silent, conditions evaluated as
     /// far as they can be, hints replaced by their values.
-    static std::shared_ptr<Context> trial(const std::shared_ptr<const Target>& target,
-                                          const std::string& displayName,
-                                          const ContextLayers& layers);
+    static std::shared_ptr<Context> forToolChoice(const std::shared_ptr<const Target>& target,
+                                                  const std::string& displayName,
+                                                  const ContextLayers& layers);
 
   private:
     enum class Waiting { allowed, no };

@@ -12,8 +12,8 @@
 #include "base/exception.h"
 #include "base/interruption.h"
 #include "driver/cache_request.h"
+#include "platform/directories.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "platform/interrupt.h"
 #include "run/run_command.h"
 
@@ -95,7 +95,7 @@ class Preparation {
             prepareOutput(recipe.dependencyFile, true);
         }
         for (const SupportFile& file : recipe.supportFiles) {
-            makeFolder(file.path.parent_path());
+            makeDirectory(file.path.parent_path());
             std::error_code error;
             if (!platform::writeWholeFile(file.path, file.content, platform::Append::no, error)) {
                 throw VeskException("Unable to write '" + platform::pathToUtf8(file.path) +
@@ -106,9 +106,9 @@ class Preparation {
 
   private:
     void prepareOutput(const fs::path& file, bool remove) {
-        makeFolder(file.parent_path());
+        makeDirectory(file.parent_path());
         std::error_code error;
-        if (remove && !platform::isFolder(file) && !platform::removeFile(file, error) && error) {
+        if (remove && !platform::isDirectory(file) && !platform::removeFile(file, error) && error) {
             throw VeskException("Unable to remove '" + platform::pathToUtf8(file) +
                                 "', which is to be made anew: " + error.message());
         }
@@ -118,7 +118,7 @@ class Preparation {
         std::error_code error;
         platform::removeTree(directory, error);
         if (!error) {
-            platform::makeFolders(directory, error);
+            platform::makeDirectories(directory, error);
         }
         if (error) {
             throw VeskException("Unable to empty the directory '" +
@@ -126,15 +126,15 @@ class Preparation {
         }
     }
 
-    void makeFolder(const fs::path& folder) {
-        if (folder.empty() || !made_.insert(folder.native()).second) {
+    void makeDirectory(const fs::path& directory) {
+        if (directory.empty() || !made_.insert(directory.native()).second) {
             return;
         }
         std::error_code error;
-        platform::makeFolders(folder, error);
+        platform::makeDirectories(directory, error);
         if (error) {
-            throw VeskException("Unable to create the folder '" + platform::pathToUtf8(folder) +
-                                "': " + error.message());
+            throw VeskException("Unable to create the directory '" +
+                                platform::pathToUtf8(directory) + "': " + error.message());
         }
     }
 
@@ -252,7 +252,7 @@ void makeOutputDirectories(const std::vector<Assignment>& outputs) {
     for (const Assignment& output : outputs) {
         for (const std::string& file : pathsIn(output)) {
             std::error_code ignored;
-            platform::makeFolders(platform::pathFromUtf8(file).parent_path(), ignored);
+            platform::makeDirectories(platform::pathFromUtf8(file).parent_path(), ignored);
         }
     }
 }

@@ -42,8 +42,8 @@ struct StageOptions {
 /// happens.
 class Stage {
   public:
-    /// Writes the files and makes the folders that the commands need, and removes what is in their
-    /// way. Throws VeskException when that fails.
+    /// Writes the files and makes the directories that the commands need, and removes what is in
+    /// their way. Throws VeskException when that fails.
     Stage(const Builder& builder, const std::vector<const Recipe*>& recipes,
           const BuildEnv& environment);
 

@@ -94,7 +94,7 @@ void TargetVisit::begin() {
     announce();
     console::normal("Visiting target");
     try {
-        const auto trial = InputContext::trial(location_.target, displayName_, layers());
+        const auto trial = InputContext::forToolChoice(location_.target, displayName_, layers());
         choice_ = chooseTool(*trial, displayName_, setting_.staticTools,
                              setting_.declaredTools(*location_.project));
         input_.emplace(location_.target, displayName_, layers());

@@ -14,7 +14,7 @@
 #include "grammar/text_stream.h"
 #include "grammar/visitor.h"
 #include "platform/files.h"
-#include "platform/notes.h"
+#include "platform/recording.h"
 
 namespace Vesk {
 
@@ -74,8 +74,8 @@ FileTree* parseFast(Parse& parse, FileTree* (Parser::*startRule)()) {
 /// is shown below. Errors of the lexer alone do not reject the file: what they are about
 /// is left out.
 Parser::UnitFileContext* parseReporting(Parse& parse, const SourceFile& file) {
-    console::flush();      // the runtime writes to standard error by itself,
-    platform::noteDeed();  // past what is kept to be repeated
+    console::flush();              // the runtime writes to standard error by itself,
+    platform::recordSideEffect();  // past what is kept to be repeated
     PlaceListener places(file.name(), file.text());
     parse.recognisers.lexer.removeErrorListeners();
     parse.recognisers.lexer.addErrorListener(&places);

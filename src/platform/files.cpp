@@ -1,6 +1,6 @@
 #include "platform/files.h"
 
-#include "platform/notes.h"
+#include "platform/recording.h"
 #include "platform/system.h"
 
 namespace Vesk::platform {
@@ -41,7 +41,7 @@ bool isAbsolutePath(std::string_view text) noexcept {
 
 std::optional<FileStatus> fileStatus(const std::string& path, std::error_code& error) {
     const std::optional<FileStatus> status = statusAt(path.c_str(), error);
-    noteStatus(path, status, error);
+    recordStatus(path, status, error);
     return status;
 }
 
@@ -55,7 +55,7 @@ bool isFile(const fs::path& path) {
     return status && status->regular;
 }
 
-bool isFolder(const fs::path& path) {
+bool isDirectory(const fs::path& path) {
     const auto status = fileStatus(path);
     return status && status->directory;
 }
@@ -75,9 +75,9 @@ bool isRecent(const FileStatus& status) noexcept {
 
 fs::path canonicalPath(const fs::path& path, std::error_code& error) {
     fs::path canonical = fs::weakly_canonical(path, error);
-    if (notesAreTaken()) {
-        note(Question::Canonical, pathToUtf8(path),
-             digestOf(std::string_view(pathToUtf8(canonical))));
+    if (isRecording()) {
+        record(Question::Canonical, pathToUtf8(path),
+               digestOf(std::string_view(pathToUtf8(canonical))));
     }
     return canonical;
 }
@@ -92,20 +92,20 @@ bool removeFile(const fs::path& path, std::error_code& error) {
     error.clear();
     const bool removed = fs::remove(path, error);
     if (removed || error) {
-        noteDeed();
+        recordSideEffect();
     } else {
-        noteStatus(path, std::nullopt, error);
+        recordStatus(path, std::nullopt, error);
     }
     return removed;
 }
 
 bool copyFile(const fs::path& from, const fs::path& to, std::error_code& error) {
-    noteDeed();
+    recordSideEffect();
     return fs::copy_file(from, to, error);
 }
 
 void copyPermissions(const fs::path& from, const fs::path& to) noexcept {
-    noteDeed();
+    recordSideEffect();
     std::error_code ignored;
     fs::permissions(to, fs::status(from, ignored).permissions(), ignored);
 }

@@ -111,7 +111,7 @@ std::optional<FileStatus> fileStatus(const std::string& path, std::error_code& e
 
 /// False when it cannot be examined, like `fileStatus`.
 bool isFile(const std::filesystem::path& path);
-bool isFolder(const std::filesystem::path& path);
+bool isDirectory(const std::filesystem::path& path);
 
 /// Whether something is there. Sets `error` when the system does not tell.
 bool exists(const std::filesystem::path& path, std::error_code& error);

@@ -14,7 +14,7 @@ fs::path pathWrittenIn(const fs::path& directory, const std::string& text) {
 }
 
 fs::path projectFileAt(const fs::path& path) {
-    return platform::isFolder(path) ? path / kProjectFileName : path;
+    return platform::isDirectory(path) ? path / kProjectFileName : path;
 }
 
 fs::path canonicalPath(const fs::path& path) {

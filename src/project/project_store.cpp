@@ -26,7 +26,7 @@ void requireFile(const fs::path& path, const char* text) {
     }
     VeskException error(text + platform::pathToUtf8(path));
     std::error_code reason;
-    if (platform::isFolder(path)) {
+    if (platform::isDirectory(path)) {
         error.addNote("it is a directory");
     } else if (!platform::exists(path, reason) && reason) {
         error.addNote(reason.message());
@@ -57,7 +57,7 @@ Project& ProjectStore::addProject(std::unique_ptr<Project> project) {
 }
 
 void ProjectStore::requireStandaloneRoot(const fs::path& root) const {
-    if (!platform::isFolder(root)) {
+    if (!platform::isDirectory(root)) {
         throw VeskException("Standalone root is not a directory: " + platform::pathToUtf8(root));
     }
     if (standalone_) {

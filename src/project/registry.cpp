@@ -39,7 +39,7 @@ void warnOfSecond(std::string_view kind, std::string_view name, const fs::path& 
     throw error;
 }
 
-/// The file that a registry's path leads to: a link, say into a folder with settings, stays one.
+/// The file that a registry's path leads to: a link, say into a directory with settings, stays one.
 fs::path replacedFile(const fs::path& file) {
     std::error_code error;
     fs::path canonical = platform::canonicalPath(file, error);

@@ -4,8 +4,8 @@
 #include <unordered_set>
 
 #include "base/ci_string.h"
+#include "platform/directories.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "project/create_project.h"
 #include "project/project.h"
 #include "project/project_paths.h"
@@ -19,13 +19,13 @@ namespace fs = std::filesystem;
     throw fs::filesystem_error(std::string("directory_") + operation, path, why);
 }
 
-std::vector<platform::FolderEntry> entriesOf(const fs::path& directory) {
+std::vector<platform::DirectoryEntry> entriesOf(const fs::path& directory) {
     std::error_code error;
-    std::vector<platform::FolderEntry> entries = platform::listFolder(directory, error);
+    std::vector<platform::DirectoryEntry> entries = platform::listDirectory(directory, error);
     if (error) {
         throwWalkError("iterator::directory_iterator", directory, error);
     }
-    std::ranges::sort(entries, {}, &platform::FolderEntry::name);
+    std::ranges::sort(entries, {}, &platform::DirectoryEntry::name);
     return entries;
 }
 
@@ -60,12 +60,12 @@ class UnitFileWalk {
             return;
         }
         const std::size_t before = directories_.size();
-        for (const platform::FolderEntry& entry : entriesOf(directory)) {
+        for (const platform::DirectoryEntry& entry : entriesOf(directory)) {
             fs::path path = directory / platform::pathFromUtf8(entry.name);
             if (entry.error) {
                 throwWalkError("entry::status", path, entry.error);
             }
-            if (entry.folder) {
+            if (entry.directory) {
                 auto& found = entry.link ? links_ : directories_;
                 found.push_back(std::move(path));
             } else if (entry.file && equalsIgnoringCase(entry.name, kUnitFileName)) {

@@ -1,8 +1,8 @@
 #include <stdexcept>
 
+#include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "platform/system.h"
 #include "project/registry.h"
 
@@ -42,7 +42,7 @@ fs::path chosenDirectory() {
 fs::path userDataDirectory() {
     fs::path directory = chosenDirectory();
     std::error_code error;
-    platform::makeFolders(directory, error);
+    platform::makeDirectories(directory, error);
     if (error) {
         throw fs::filesystem_error("create_directories", directory, error);
     }

@@ -6,9 +6,9 @@
 
 #include "base/console.h"
 #include "base/exception.h"
+#include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 
 namespace Vesk {
 
@@ -26,8 +26,8 @@ std::filesystem::path deriveOutputDirectory(const BuildEnvSettings& settings) {
     if (!settings.outputDir.empty()) {
         return tidied(settings.projectRoot / platform::pathFromUtf8(settings.outputDir));
     }
-    const std::string folder = settings.outputDefDir.empty() ? "out" : settings.outputDefDir;
-    std::filesystem::path directory = settings.projectRoot / platform::pathFromUtf8(folder);
+    const std::string name = settings.outputDefDir.empty() ? "out" : settings.outputDefDir;
+    std::filesystem::path directory = settings.projectRoot / platform::pathFromUtf8(name);
     if (!settings.profile.empty()) {
         directory /= platform::pathFromUtf8(settings.profile);
     }
@@ -51,7 +51,7 @@ void BuildEnv::prepare(std::uint64_t jobCount) {
     if (!outputDirectory_.empty()) {
         console::normal("Output dir: {}", platform::pathToUtf8(outputDirectory_));
         std::error_code error;
-        platform::makeFolders(outputDirectory_, error);
+        platform::makeDirectories(outputDirectory_, error);
         if (error) {
             throw std::filesystem::filesystem_error("create_directories", outputDirectory_, error);
         }

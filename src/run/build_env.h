@@ -19,7 +19,7 @@ struct BuildEnvSettings {
 };
 
 /// OUTPUT_DIR under the project root when it is given, else OUTPUT_DEF_DIR (else "out") under the
-/// project root and in it a folder for the profile, if one is selected.
+/// project root and in it a directory for the profile, if one is selected.
 std::filesystem::path deriveOutputDirectory(const BuildEnvSettings& settings);
 
 /// The build environment of one target: its output directory, and the changes to the process

@@ -33,12 +33,12 @@ struct SupportFile {
 };
 
 /// What the commands of one toolchain have in common.
-struct ToolSurroundings {
+struct ToolEnvironment {
     std::vector<std::string> variables;  ///< "NAME=value", in the environment of its children only
 
-    /// What a dependency file names below these folders is a part of the toolchain, and is not
+    /// What a dependency file names below these directories is a part of the toolchain, and is not
     /// looked at again. Absolute, with forward slashes.
-    std::vector<std::string> systemFolders;
+    std::vector<std::string> systemDirectories;
 };
 
 /// Where a compiler looks for headers, besides the directory of the file that includes them: in the
@@ -67,7 +67,7 @@ struct Recipe {
     std::vector<std::filesystem::path> searchDirectories;  ///< before PATH, for this child only
 
     std::vector<std::string> furtherCommands;  ///< run after it, in order, as long as all succeed
-    std::shared_ptr<const ToolSurroundings> surroundings;  ///< null: nothing special
+    std::shared_ptr<const ToolEnvironment> surroundings;  ///< null: nothing special
     std::vector<std::string> environment;  ///< "NAME=value" of its target, for its children only
 
     /// Environment variables that the command text refers to, so that what they hold is shown and
@@ -75,7 +75,7 @@ struct Recipe {
     std::vector<std::string> secretVariables;
 
     std::vector<RecipeInput> inputs;
-    std::vector<Assignment> outputs;       ///< their folders are made before the command runs
+    std::vector<Assignment> outputs;       ///< their directories are made before the command runs
     std::filesystem::path dependencyFile;  ///< written by the command: files it has read; or empty
     std::shared_ptr<const HeaderSearch> headerSearch;  ///< of the headers among them; null: unknown
 

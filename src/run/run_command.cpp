@@ -120,7 +120,7 @@ std::string directoryFault(const std::filesystem::path& directory) {
     if (!platform::exists(directory, error)) {
         return error ? std::string() : fmt::format("Working directory '{}' does not exist.", name);
     }
-    if (!platform::isFolder(directory)) {
+    if (!platform::isDirectory(directory)) {
         return fmt::format("Working directory '{}' is not a directory.", name);
     }
     return {};

@@ -30,7 +30,7 @@ enum class Overlap {
 
 /// What the recipes depend on besides the target's context: files that are looked for.
 struct LookedFor {
-    bool patterns = true;  ///< whatever lies in some folders, or what is written in sources
+    bool patterns = true;  ///< whatever lies in some directories, or what is written in sources
     std::vector<std::string> files;  ///< these, absolute, with forward slashes
 };
 

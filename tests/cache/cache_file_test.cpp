@@ -88,11 +88,11 @@ TEST_F(CacheFileTest, TheFormatIsReadAndWrittenByteForByte) {
     EXPECT_EQ(read[3].modifier, AssignModifier::Output);
 
     fs::remove(file);
-    CacheFileWriter writer(directory / "new folder" / ".vesk_cache", 1);
+    CacheFileWriter writer(directory / "new directory" / ".vesk_cache", 1);
     writer.write("main::app", records.at("main::app"), today());
     EXPECT_TRUE(writer.finish());
-    EXPECT_EQ(contentOf(directory / "new folder" / ".vesk_cache"), kWholeFile);
-    EXPECT_FALSE(fs::exists(directory / "new folder" / ".vesk_cache.tmp"));
+    EXPECT_EQ(contentOf(directory / "new directory" / ".vesk_cache"), kWholeFile);
+    EXPECT_FALSE(fs::exists(directory / "new directory" / ".vesk_cache.tmp"));
 }
 
 TEST_F(CacheFileTest, EveryFaultIsNamed) {

@@ -58,7 +58,7 @@ class DamageTest : public testing::Test {
         ProjectCache cache(directory.path(), states);
         cache.load();
         for (const char* key : {kApp, kTool}) {
-            hits += cache.obtain(key, requestOf(key), Claim::no, 0).answer == CacheAnswer::Hit;
+            hits += cache.obtain(key, requestOf(key), Lookup::only, 0).answer == CacheAnswer::Hit;
         }
         return console.text();
     }
@@ -136,7 +136,7 @@ TEST_F(DamageTest, RecordsOfTargetsThatAreGoneAreDroppedAfterSomeTime) {
     const auto saveAfterAsking = [&](const char* key) {
         ProjectCache cache(directory.path(), states);
         cache.load();
-        cache.obtain(key, requestOf(key), Claim::no, 0);
+        cache.obtain(key, requestOf(key), Lookup::only, 0);
         EXPECT_TRUE(cache.upsert("main::new", recordOf(requestOf(kTool), states, root), 0));
         EXPECT_TRUE(cache.save());
     };

@@ -20,7 +20,7 @@ class FileStatesTest : public testing::Test {
         write(directory / name, content);
         FileState state = FileStates().current(path(name));
         while (state.kind == FileState::Kind::Recent) {
-            FileStates::settle(path(name), state);
+            FileStates::confirmRecent(path(name), state);
         }
         return path(name);
     }
@@ -85,7 +85,7 @@ TEST_F(FileStatesTest, ARecentFileIsComparedByContent) {
     forged.hash.low ^= 1;
     EXPECT_EQ(FileStates().compare(path("a"), forged), Comparison::Changed)
         << "same size and times, other content";
-    while (!FileStates::settle(path("a"), state)) {}
+    while (!FileStates::confirmRecent(path("a"), state)) {}
     EXPECT_EQ(state.kind, FileState::Kind::File);
 }
 

@@ -18,9 +18,9 @@ constexpr std::uint64_t kForever = 0;
 
 class ProjectCacheTest : public testing::Test {
   protected:
-    ObtainResult obtain(const char* command, Claim claim = Claim::yes,
+    ObtainResult obtain(const char* command, Lookup lookup = Lookup::claim,
                         std::uint64_t wait = kForever) {
-        return cache.obtain("main::app", requestFor(command), claim, wait);
+        return cache.obtain("main::app", requestFor(command), lookup, wait);
     }
 
     RecordText recordFor(const char* command) {
@@ -33,7 +33,7 @@ class ProjectCacheTest : public testing::Test {
 };
 
 TEST_F(ProjectCacheTest, ABuildThatIsRecordedIsAHitForTheSameRequest) {
-    EXPECT_EQ(obtain("cc", Claim::no).answer, CacheAnswer::Miss);
+    EXPECT_EQ(obtain("cc", Lookup::only).answer, CacheAnswer::Miss);
     const ObtainResult claimed = obtain("cc");
     EXPECT_EQ(claimed.answer, CacheAnswer::Claimed);
     EXPECT_NE(claimed.token, 0u);
@@ -41,9 +41,9 @@ TEST_F(ProjectCacheTest, ABuildThatIsRecordedIsAHitForTheSameRequest) {
     EXPECT_TRUE(cache.upsert("main::app", recordFor("cc"), claimed.token));
 
     EXPECT_EQ(obtain("cc").answer, CacheAnswer::Hit);
-    EXPECT_EQ(obtain("cc -O2", Claim::no).answer, CacheAnswer::Miss);
-    EXPECT_TRUE(obtain("cc -O2", Claim::no).record) << "what was built before";
-    EXPECT_EQ(cache.obtain("main::lib", requestFor("cc"), Claim::no, kForever).answer,
+    EXPECT_EQ(obtain("cc -O2", Lookup::only).answer, CacheAnswer::Miss);
+    EXPECT_TRUE(obtain("cc -O2", Lookup::only).record) << "what was built before";
+    EXPECT_EQ(cache.obtain("main::lib", requestFor("cc"), Lookup::only, kForever).answer,
               CacheAnswer::Miss);
 }
 
@@ -55,7 +55,7 @@ TEST_F(ProjectCacheTest, AFailedBuildLeavesNoHitBehindNorInTheFile) {
 
     ProjectCache killed(directory.path(), states);
     killed.load();
-    EXPECT_EQ(killed.obtain("main::app", requestFor("old"), Claim::no, kForever).answer,
+    EXPECT_EQ(killed.obtain("main::app", requestFor("old"), Lookup::only, kForever).answer,
               CacheAnswer::Miss)
         << "a process that dies while it builds";
 
@@ -67,7 +67,7 @@ TEST_F(ProjectCacheTest, AFailedBuildLeavesNoHitBehindNorInTheFile) {
     ASSERT_TRUE(cache.save());
     ProjectCache next(directory.path(), states);
     next.load();
-    EXPECT_EQ(next.obtain("main::app", requestFor("old"), Claim::no, kForever).answer,
+    EXPECT_EQ(next.obtain("main::app", requestFor("old"), Lookup::only, kForever).answer,
               CacheAnswer::Miss);
     EXPECT_TRUE(cache.upsert("main::app", recordFor("old"), again.token));
     EXPECT_EQ(obtain("old").answer, CacheAnswer::Hit);
@@ -96,7 +96,7 @@ TEST_F(ProjectCacheTest, WaitersGetTheRecordOfTheOneWhoBuilds) {
     std::vector<std::future<ObtainResult>> waiters;
     for (const std::uint64_t wait : {kForever, std::numeric_limits<std::uint64_t>::max()}) {
         waiters.push_back(std::async(std::launch::async,
-                                     [this, wait] { return obtain("cc", Claim::yes, wait); }));
+                                     [this, wait] { return obtain("cc", Lookup::claim, wait); }));
     }
     EXPECT_TRUE(cache.upsert("main::app", recordFor("cc"), claimed.token));
     for (auto& waiter : waiters) {
@@ -107,7 +107,7 @@ TEST_F(ProjectCacheTest, WaitersGetTheRecordOfTheOneWhoBuilds) {
 TEST_F(ProjectCacheTest, AWaitThatEndsWithoutARecordIsAMiss) {
     const ObtainResult claimed = obtain("cc");
     ConsoleCapture console(2);
-    EXPECT_EQ(obtain("cc", Claim::yes, 1).answer, CacheAnswer::Miss);
+    EXPECT_EQ(obtain("cc", Lookup::claim, 1).answer, CacheAnswer::Miss);
     EXPECT_EQ(console.text(),
               "Cache record for 'main::app' was claimed but resulted in invalid recipes upon "
               "completion.\n");
@@ -134,7 +134,7 @@ TEST_F(ProjectCacheTest, EachRecordIsBuiltOnce) {
         for (int i = 0; i < kKeys; ++i) {
             const std::string key = "main::" + std::to_string(i);
             const CacheRequest request = requestFor("cc", {trackedPath(directory / "shared")});
-            const ObtainResult result = cache.obtain(key, request, Claim::yes, kForever);
+            const ObtainResult result = cache.obtain(key, request, Lookup::claim, kForever);
             if (result.answer == CacheAnswer::Claimed) {
                 ++builds[static_cast<std::size_t>(i)];
                 EXPECT_TRUE(

@@ -1,11 +1,10 @@
-#include "platform/questions.h"
-
 #include <functional>
 #include <gtest/gtest.h>
 
+#include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/folders.h"
+#include "platform/recorder.h"
 #include "platform/support.h"
 
 namespace Vesk::platform {
@@ -20,9 +19,9 @@ void letAge(const fs::path& file) {
 }
 
 std::optional<std::string> notesOf(const std::function<void()>& asks) {
-    startNotingQuestions();
+    startRecording();
     asks();
-    return questionsNoted();
+    return takeRecording();
 }
 
 struct Case {
@@ -34,7 +33,7 @@ struct Case {
 TEST(Questions, AChangedAnswerIsNoticed) {
     const TempDir dir;
     const fs::path file = dir / "a file ö";
-    const fs::path folder = dir / "folder";
+    const fs::path directory = dir / "directory";
     const fs::path missing = dir / "missing";
     std::error_code error;
     const auto appears = [&] { test::write(missing, "x"); };
@@ -43,7 +42,7 @@ TEST(Questions, AChangedAnswerIsNoticed) {
         {"status", [&] { fileStatus(file); }, grows},
         {"status of none", [&] { fileStatus(missing); }, appears},
         {"a file", [&] { isFile(missing); }, appears},
-        {"a folder", [&] { isFolder(folder); }, [&] { fs::remove(folder); }},
+        {"a directory", [&] { isDirectory(directory); }, [&] { fs::remove(directory); }},
         {"is there", [&] { platform::exists(missing, error); }, appears},
         {"content", [&] { readWholeFile(file, error); }, grows},
         {"no content", [&] { readWholeFile(missing, error); }, appears},
@@ -51,27 +50,28 @@ TEST(Questions, AChangedAnswerIsNoticed) {
         {"start", [&] { readStart(file, 1, error); }, grows},
         {"pieces", [&] { readPieces(file, [](std::string_view) {}); }, grows},
         {"nothing to remove", [&] { removeFile(missing, error); }, appears},
-        {"no folder to make", [&] { makeFolders(folder, error); }, [&] { fs::remove(folder); }},
-        {"entries", [&] { listFolder(dir.path(), error); }, appears},
-        {"kind of an entry", [&] { listFolder(dir.path(), error); },
-         [&] { fs::remove(folder), test::write(folder, "now a file"); }},
-        {"entries of none", [&] { listFolder(missing, error); },
+        {"no directory to make", [&] { makeDirectories(directory, error); },
+         [&] { fs::remove(directory); }},
+        {"entries", [&] { listDirectory(dir.path(), error); }, appears},
+        {"kind of an entry", [&] { listDirectory(dir.path(), error); },
+         [&] { fs::remove(directory), test::write(directory, "now a file"); }},
+        {"entries of none", [&] { listDirectory(missing, error); },
          [&] { fs::create_directory(missing); }},
         {"variable", [] { environmentVariable("VESK_TEST_ASKED"); },
          [] { setEnvironmentVariable("VESK_TEST_ASKED", ""); }},
     };
     for (const Case& one : cases) {
         SCOPED_TRACE(one.name);
-        fs::remove_all(folder);
+        fs::remove_all(directory);
         fs::remove_all(missing);
-        fs::create_directory(folder);
+        fs::create_directory(directory);
         test::write(file, "short");
         letAge(file);
         const auto notes = notesOf(one.asks);
         ASSERT_TRUE(notes && !notes->empty());
-        EXPECT_TRUE(answersAreTheSame(*notes));
+        EXPECT_TRUE(stillValid(*notes));
         one.changes();
-        EXPECT_FALSE(answersAreTheSame(*notes));
+        EXPECT_FALSE(stillValid(*notes));
     }
     removeEnvironmentVariable("VESK_TEST_ASKED");
 }
@@ -88,7 +88,7 @@ TEST(Questions, ARunThatDidSomethingIsNotRepeatable) {
         {"copy", [&] { copyFile(file, other, error); }},
         {"replace", [&] { replaceFile(other, file, error); }},
         {"remove", [&] { removeFile(file, error); }},
-        {"folders", [&] { makeFolders(dir / "a/b", error); }},
+        {"directories", [&] { makeDirectories(dir / "a/b", error); }},
         {"tree", [&] { removeTree(dir / "a", error); }},
         {"process",
          [] {
@@ -108,11 +108,11 @@ TEST(Questions, ARunThatDidSomethingIsNotRepeatable) {
 
 TEST(Questions, WhatIsNoNotesIsNeverTheSame) {
     const auto notes = notesOf([] { environmentVariable("VESK_TEST_ASKED"); });
-    ASSERT_TRUE(notes && answersAreTheSame(*notes));
+    ASSERT_TRUE(notes && stillValid(*notes));
     for (std::size_t size = 1; size < notes->size(); ++size) {
-        EXPECT_FALSE(answersAreTheSame(std::string_view(*notes).substr(0, size))) << size;
+        EXPECT_FALSE(stillValid(std::string_view(*notes).substr(0, size))) << size;
     }
-    EXPECT_FALSE(answersAreTheSame("?" + notes->substr(1)));
+    EXPECT_FALSE(stillValid("?" + notes->substr(1)));
 }
 
 }  // namespace

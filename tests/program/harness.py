@@ -144,15 +144,15 @@ class ProgramTest(unittest.TestCase):
 
     def environment(self, env):
         """The environment of a run: little of our own, so that results do not depend on it."""
-        folders = [SETTINGS.children / "bin", SETTINGS.children / "powershell"]
+        directories = [SETTINGS.children / "bin", SETTINGS.children / "powershell"]
         result = {key: os.environ[key] for key in os.environ if key.endswith("SAN_OPTIONS")}
         result.update(LANG="C.UTF-8", HOME=os.environ.get("HOME", "/"))
         if SETTINGS.windows:
             result["PATH"] = os.environ["PATH"]
-            result["WINEPATH"] = ";".join(on_system(folder) for folder in folders)
+            result["WINEPATH"] = ";".join(on_system(directory) for directory in directories)
             env = {key: value for key, value in env.items() if key not in EMULATORS_OWN}
         else:
-            result["PATH"] = ":".join([*map(str, folders), "/usr/bin", "/bin"])
+            result["PATH"] = ":".join([*map(str, directories), "/usr/bin", "/bin"])
             result["APPDATA"] = str(self.base / "data")
         result.update(env)
         return {key: value for key, value in result.items() if value is not None}

@@ -111,26 +111,26 @@ class AndroidTest(ToolchainTest):
         (self.base / "user").mkdir()
         (self.base / "user/debug.keystore").write_bytes(debug_key())
 
-    def program(self, folder, name):
+    def program(self, directory, name):
         """A program of the system: a link, or what runs it from a Windows program."""
-        folder.mkdir(parents=True, exist_ok=True)
+        directory.mkdir(parents=True, exist_ok=True)
         if SETTINGS.windows:
-            shutil.copy(SETTINGS.children / "bridge/bridge.exe", folder / f"{name}.exe")
-            (folder / f"{name}.native").write_text(name)
+            shutil.copy(SETTINGS.children / "bridge/bridge.exe", directory / f"{name}.exe")
+            (directory / f"{name}.native").write_text(name)
         else:
-            (folder / name).symlink_to(shutil.which(name))
+            (directory / name).symlink_to(shutil.which(name))
 
     def build_tools(self, version):
-        folder = self.sdk / "build-tools" / version
-        self.program(folder, "aapt2")
-        (folder / "lib").mkdir()
-        (folder / "lib/apksigner.jar").symlink_to(DEBIAN / "apksigner.jar")
-        (folder / "lib/d8.jar").write_bytes(d8_jar())
+        directory = self.sdk / "build-tools" / version
+        self.program(directory, "aapt2")
+        (directory / "lib").mkdir()
+        (directory / "lib/apksigner.jar").symlink_to(DEBIAN / "apksigner.jar")
+        (directory / "lib/d8.jar").write_bytes(d8_jar())
 
     def platform(self, version):
-        folder = self.sdk / "platforms" / f"android-{version}"
-        folder.mkdir(parents=True)
-        (folder / "android.jar").write_bytes(android_jar())
+        directory = self.sdk / "platforms" / f"android-{version}"
+        directory.mkdir(parents=True)
+        (directory / "android.jar").write_bytes(android_jar())
 
     def build(self, *arguments, env=None):
         result = self.run_vesk(*arguments, env={**self.env, **(env or {})})
@@ -296,14 +296,14 @@ class Packages(AndroidTest):
                 ('NATIVE_LIBS = ["text.so"]', "'{DIR}/text.so' is no shared library for Android"),
                 ('NATIVE_LIBS = ["lib.so", "other/lib.so"]',
                  "'lib/x86_64/lib.so' comes into the package twice: of '{DIR}/lib.so' and of '"),
-                ('ASSET_DIRS = ["none"]', "There is no folder '{DIR}/none', which ASSET_DIRS"),
+                ('ASSET_DIRS = ["none"]', "There is no directory '{DIR}/none', which ASSET_DIRS"),
                 ('DEX_FILES = ["text.so"]', "'{DIR}/text.so' in DEX_FILES is no DEX file."),
                 ('OUTPUT_NAME = "../x"', "leads out of the output directory"),
                 ('build_tools_version = "28"', "no build tools that fit build_tools_version '28'. "
                                                "There are: 30.0.3."),
                 ('platform_version = 30', "no platform that fits platform_version '30'. "
                                           "There are: 29."),
-                ('java_path = P"(nowhere)"', "or its folder 'bin'. Correct java_path.")):
+                ('java_path = P"(nowhere)"', "or its directory 'bin'. Correct java_path.")):
             with self.subTest(body):
                 self.unit(APP + " " + body + " }")
                 self.assertIn(message, self.failure())
@@ -356,17 +356,17 @@ class Keys(AndroidTest):
                 self.assertNotIn("out/app.apk", self.files())
 
     def test_builds_at_once_make_one_debug_key(self):
-        folders = [self.base / name for name in ("one", "two", "three")]
-        for folder in folders:
-            shutil.copytree(self.dir, folder)
-            (folder / "vesk.txt").write_text(APP + "}")
-        builds = [self.start(env=self.env, cwd=folder, stderr=subprocess.STDOUT)
-                  for folder in folders]
+        directories = [self.base / name for name in ("one", "two", "three")]
+        for directory in directories:
+            shutil.copytree(self.dir, directory)
+            (directory / "vesk.txt").write_text(APP + "}")
+        builds = [self.start(env=self.env, cwd=directory, stderr=subprocess.STDOUT)
+                  for directory in directories]
         for build in builds:
             out, _ = build.communicate(timeout=HANGS)
             self.assertEqual(build.returncode, 0, out)
-        told = {self.asked("apksigner", "verify", "--print-certs", str(folder / "out/app.apk"))
-                for folder in folders}
+        told = {self.asked("apksigner", "verify", "--print-certs", str(directory / "out/app.apk"))
+                for directory in directories}
         self.assertEqual(len(told), 1, told)
         self.assertEqual(sorted(path.name for path in (self.base / "user").iterdir()),
                          ["debug.keystore", "debug.keystore.vesk-lock"])

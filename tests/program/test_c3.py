@@ -162,7 +162,7 @@ class C3(ToolchainTest):
 
     def test_found(self):
         self.registry("")
-        # A folder of its own in the path on Linux, told by a variable on Windows.
+        # A directory of its own in the path on Linux, told by a variable on Windows.
         env = {"C3C_HOME": on_system(self.bin.parent), "ANDROID_HOME": None}
         result = self.run_vesk("--find-compilers", env=env)
         found = [line for line in result.out.splitlines() if line.startswith("Registered")]

@@ -1,4 +1,4 @@
-"""Targets for MSVC, built with LLVM's and GNU's programs under the names of Microsoft's, in folders
+"""Targets for MSVC, built with LLVM's and GNU's programs under the names of Microsoft's, in directories
 laid out as Visual Studio and the Windows kits lay out theirs."""
 
 import os
@@ -39,23 +39,23 @@ class MsvcTest(test_toolchains.ToolchainTest):
         path.write_text(content)
         return path
 
-    def program(self, folder, name):
+    def program(self, directory, name):
         """A stand-in under the name."""
         if SETTINGS.windows:
-            self.place(f"{folder}/{name}.native", f"'{sys.executable}' '{STAND_IN}' {name}")
-            shutil.copy(SETTINGS.children / "bridge/bridge.exe", self.base / folder / f"{name}.exe")
+            self.place(f"{directory}/{name}.native", f"'{sys.executable}' '{STAND_IN}' {name}")
+            shutil.copy(SETTINGS.children / "bridge/bridge.exe", self.base / directory / f"{name}.exe")
         else:
-            script = self.place(f"{folder}/{name}",
+            script = self.place(f"{directory}/{name}",
                                 f"#!/bin/sh\nexec '{sys.executable}' '{STAND_IN}' {name} \"$@\"\n")
             script.chmod(0o755)
 
     def tool_set(self, version, studio="2022/BuildTools", machines=("x64",)):
-        folder = f"{STUDIO}{studio}/VC/Tools/MSVC/{version}"
+        directory = f"{STUDIO}{studio}/VC/Tools/MSVC/{version}"
         for machine in machines:
             for name in ("cl", "link", "lib"):
-                self.program(f"{folder}/bin/Hostx64/{machine}", name)
-        self.place(f"{folder}/include/vcruntime.h", "#define FROM_TOOL_SET 1\n")
-        return self.base / folder
+                self.program(f"{directory}/bin/Hostx64/{machine}", name)
+        self.place(f"{directory}/include/vcruntime.h", "#define FROM_TOOL_SET 1\n")
+        return self.base / directory
 
     def kit(self, version=KIT, drivers=False):
         self.place(f"{KITS}/Include/{version}/um/windows.h", "#define FROM_SDK 2\n")
@@ -67,20 +67,20 @@ class MsvcTest(test_toolchains.ToolchainTest):
             self.place(f"{KITS}/Include/wdf/kmdf/1.9/wdf.h")
             self.place(f"{KITS}/Include/wdf/kmdf/1.31/wdf.h", "#define FROM_KMDF 8\n")
 
-    def library(self, folder, *names, code=None):
+    def library(self, directory, *names, code=None):
         """Libraries with this code, or with a function of the first one's name."""
         code = code or f"int {names[0]}(void) {{ return 16; }}\n"
         source = self.place("made/made.c", code)
         subprocess.run([LLVM + "clang-cl", "/c", "made.c"], cwd=source.parent, check=True)
         for name in names:
-            (self.base / folder).mkdir(parents=True, exist_ok=True)
-            subprocess.run([LLVM + "llvm-lib", f"/out:{self.base / folder}/{name}.lib", "made.obj"],
+            (self.base / directory).mkdir(parents=True, exist_ok=True)
+            subprocess.run([LLVM + "llvm-lib", f"/out:{self.base / directory}/{name}.lib", "made.obj"],
                            cwd=source.parent, check=True)
 
-    def declare(self, folder, more=""):
+    def declare(self, directory, more=""):
         target = "" if SETTINGS.windows else 'toolchain_default = "machine"'
         self.registry(f"""
-            msvc {{ tool_type = "msvc" toolchain_path = P"({on_system(folder)})" {target}
+            msvc {{ tool_type = "msvc" toolchain_path = P"({on_system(directory)})" {target}
                    winsdk_path = P"({on_system(self.base / KITS)})" {more} }}
             """)
 
@@ -270,13 +270,13 @@ class Rebuilding(MsvcTest):
 
     def test_by_clang(self):
         self.sources()
-        folder = self.tool_set("14.38.33130")
+        directory = self.tool_set("14.38.33130")
         for name, role in (("clang-cl", "cl"), ("lld-link", "link")):
-            bin_folder = folder / "bin/Hostx64/x64"
+            bin_directory = directory / "bin/Hostx64/x64"
             for ending in (ENDING, ".native"):
-                if (bin_folder / (role + ending)).exists():
-                    shutil.copy(bin_folder / (role + ending), bin_folder / (name + ending))
-        self.declare(folder, 'toolchain_compiler = "clang-cl"')
+                if (bin_directory / (role + ending)).exists():
+                    shutil.copy(bin_directory / (role + ending), bin_directory / (name + ending))
+        self.declare(directory, 'toolchain_compiler = "clang-cl"')
         self.check_edits()
 
     def test_libraries_and_files_of_flags(self):
@@ -436,8 +436,8 @@ class Detection(MsvcTest):
         (self.base / STUDIO / "2022/Professional/Common7").mkdir(parents=True)
         self.kit("10.0.9.0", drivers=True)
         self.kit("10.0.10.0")
-        for folder in (f"Include/10.0.9.0/km", "Lib/10.0.9.0/km/x64", "Include/10.0.30.0/ucrt"):
-            (self.base / KITS / folder).mkdir(parents=True, exist_ok=True)
+        for directory in (f"Include/10.0.9.0/km", "Lib/10.0.9.0/km/x64", "Include/10.0.30.0/ucrt"):
+            (self.base / KITS / directory).mkdir(parents=True, exist_ok=True)
         names, out = self.found()
         self.assertEqual(names, ["msvc-14-38-33130-x86_64-pc-windows-msvc",
                                  "msvc-14-38-33130-i686-pc-windows-msvc",
@@ -466,10 +466,10 @@ class Detection(MsvcTest):
         self.assertIn('(Studio X))"', self.registry_text())
 
     def test_a_developer_prompt(self):
-        folder = self.tool_set("14.40.1")
+        directory = self.tool_set("14.40.1")
         shutil.move(self.base / PROGRAMS, self.base / "else")
-        folder = self.base / "else" / folder.relative_to(self.base / PROGRAMS)
-        names, out = self.found(VCToolsInstallDir=on_system(folder) + ("\\" if SETTINGS.windows else "/"))
+        directory = self.base / "else" / directory.relative_to(self.base / PROGRAMS)
+        names, out = self.found(VCToolsInstallDir=on_system(directory) + ("\\" if SETTINGS.windows else "/"))
         self.assertEqual(names, ["msvc-14-40-1-x86_64-pc-windows-msvc"])
         self.assertNotIn("winsdk_version", self.registry_text())
 
@@ -480,9 +480,9 @@ class Detection(MsvcTest):
         self.kit()
         shutil.move(self.base / KITS, self.base / "kits ö")
         key = r"HKLM\SOFTWARE\Microsoft\Windows Kits\Installed Roots"
-        folder = on_system(self.base / "kits ö") + "\\"
+        directory = on_system(self.base / "kits ö") + "\\"
         reg = [*SETTINGS.wine, "reg"]
-        subprocess.run([*reg, "add", key, "/v", "KitsRoot10", "/d", folder, "/f", "/reg:32"],
+        subprocess.run([*reg, "add", key, "/v", "KitsRoot10", "/d", directory, "/f", "/reg:32"],
                        check=True, capture_output=True)
         self.addCleanup(subprocess.run, [*reg, "delete", key, "/f", "/reg:32"], capture_output=True)
         self.found()
@@ -550,12 +550,12 @@ class Examples(MsvcTest):
 
     def test_program(self):
         self.take("msvc_program")
-        folder = self.tool_set("14.38.33130")
+        directory = self.tool_set("14.38.33130")
         self.kit()
-        self.declare(folder)
-        (folder / "include/stdio.h").write_text(STDIO)
+        self.declare(directory)
+        (directory / "include/stdio.h").write_text(STDIO)
         self.place(f"{KITS}/Include/{KIT}/um/windows.h", WINDOWS)
-        self.library((folder / "lib/x64").relative_to(self.base), "libcmt", code=C_LIBRARY)
+        self.library((directory / "lib/x64").relative_to(self.base), "libcmt", code=C_LIBRARY)
         self.library(f"{KITS}/Lib/{KIT}/um/x64", "user32", "oldnames",
                      code="int LoadStringA(void* a, unsigned b, char* c, int d) { return 0; }\n")
         self.built()

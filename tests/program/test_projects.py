@@ -185,16 +185,16 @@ class SeveralProjects(ProgramTest):
         self.env = {"APPDATA": on_system(self.base / "registry data")}
         self.file = self.base / "registry data" / "vesk" / ".vesk_registry.txt"
 
-    def project(self, folder, name, imports="", targets="t: { NO_TOOL }", profiles=""):
-        self.write(f"{folder}/.vesk_project.txt", f'name {name} import {{ {imports} }} units '
+    def project(self, directory, name, imports="", targets="t: { NO_TOOL }", profiles=""):
+        self.write(f"{directory}/.vesk_project.txt", f'name {name} import {{ {imports} }} units '
                    f'{{ main {{ "vesk.txt" }} }} profiles {{ {profiles} }}')
-        self.write(f"{folder}/vesk.txt", "unit main\n" + targets)
+        self.write(f"{directory}/vesk.txt", "unit main\n" + targets)
 
     def registered(self):
         return self.plain(self.file.read_bytes())
 
-    def register(self, folder):
-        result = self.run_vesk("-r", cwd=self.dir / folder, env=self.env)
+    def register(self, directory):
+        result = self.run_vesk("-r", cwd=self.dir / directory, env=self.env)
         self.assertEqual((result.err, result.status), ("", 0))
         self.assertRegex(result.out, r"^Updated file '.*\.vesk_registry\.txt'\.\n$")
 
@@ -270,9 +270,9 @@ class Registry(SeveralProjects):
         self.assertEqual(self.printed("--rebuild", "lib/main::t", cwd=nowhere, env=self.env), "lib\n")
 
     def test_again_and_in_order(self):
-        for folder, name in (("two", "zeta"), ("one", "alpha"), ("three", "zeta")):
-            self.project(folder, name)
-            self.register(folder)
+        for directory, name in (("two", "zeta"), ("one", "alpha"), ("three", "zeta")):
+            self.project(directory, name)
+            self.register(directory)
         self.assertEqual(self.run_vesk("--find-compilers", env=self.env).status, 0)
         self.assertTrue(self.registered().startswith(
             'projects {\n  alpha "{DIR}/one"\n  zeta "{DIR}/three"\n}\n'), self.registered())
@@ -348,22 +348,22 @@ class NewProject(ProgramTest):
         self.unit("unit a\nt: { NO_TOOL }")
         self.write("sub/vesk.txt", 's: { cmdline = "child print sub" }')
         self.write("zoo/vesk.txt", 'o: { cmdline = "child print zoo" }')
-        for arguments, folder, said, printed in (
+        for arguments, directory, said, printed in (
             ([], ".", ["No project file.", "Setting project root to {DIR}"], ""),
             ([], "sub", ["Found a project file at {DIR}", "Setting project root to {DIR}"],
              "sub\n"),
             (["-f", "../zoo/vesk.txt"], "sub", ["Setting project root to {DIR}/zoo"], "zoo\n"),
         ):
-            with self.subTest(arguments=arguments, folder=folder):
-                here = self.dir / folder
+            with self.subTest(arguments=arguments, directory=directory):
+                here = self.dir / directory
                 out = self.run_vesk("-v", "1", "--create-project", *arguments, cwd=here).out
                 self.assertEqual(out.splitlines()[:len(said)], said)
-                self.assertIn("Created file '{DIR}" + f"/{folder}/".replace("/./", "/"), out)
+                self.assertIn("Created file '{DIR}" + f"/{directory}/".replace("/./", "/"), out)
                 self.assertEqual(self.printed(cwd=here), printed)
 
     def test_names_that_cannot_be_identifiers(self):
-        for folder in ("2 - grün", "import", "a/same", "b/same"):
-            self.write(f"{folder}/vesk.txt", 't: { cmdline = "child print one" }')
+        for directory in ("2 - grün", "import", "a/same", "b/same"):
+            self.write(f"{directory}/vesk.txt", 't: { cmdline = "child print one" }')
         self.assertEqual(self.run_vesk("--create-project").status, 0)
         units = self.run_vesk("-u").out.split()
         self.assertEqual(len(set(units)), 4)

@@ -207,14 +207,14 @@ class Toolchains(ToolchainTest):
         self.assertIn("out/libgood.a", self.files())
         self.assertNotIn("out/app", self.files())
 
-    def snapshot_of(self, folder):
+    def snapshot_of(self, directory):
         """Names and contents of what was built, and the records of the cache without what differs
         from run to run: times, the seals over them, and random stamps."""
         made = {}
-        for path in sorted((folder / "out").rglob("*")):
+        for path in sorted((directory / "out").rglob("*")):
             if path.is_file():
-                made[path.relative_to(folder).as_posix()] = path.read_bytes()
-        cache = (folder / ".vesk_cache").read_text(errors="surrogateescape")
+                made[path.relative_to(directory).as_posix()] = path.read_bytes()
+        cache = (directory / ".vesk_cache").read_text(errors="surrogateescape")
         cache = re.sub(r"S 1 0\n19\nbuild: milliseconds\n\d+\n\d+\n", "", cache)
         cache = re.sub(r"(12\nbuild: stamp\n)\d+\n.*\n", r"\1", cache)
         cache = re.sub(r"\b[0-9a-f]{32}\b", "SEAL", cache)

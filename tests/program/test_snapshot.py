@@ -67,9 +67,9 @@ class Changes(SnapshotTest):
         os.utime(self.dir / name, ns=(times.st_atime_ns, times.st_mtime_ns))
 
     def registry(self, text):
-        folder = self.base / "data/vesk"
-        folder.mkdir(parents=True, exist_ok=True)
-        (folder / ".vesk_registry.txt").write_text(text)
+        directory = self.base / "data/vesk"
+        directory.mkdir(parents=True, exist_ok=True)
+        (directory / ".vesk_registry.txt").write_text(text)
 
     def test_each_is_seen(self):
         project = 'name p units { main { "vesk.txt" } }'

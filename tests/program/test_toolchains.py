@@ -53,9 +53,9 @@ class ToolchainTest(ProgramTest):
         self.registry(self.tools)
 
     def registry(self, tools):
-        folder = self.base / "data" / "vesk"
-        folder.mkdir(parents=True, exist_ok=True)
-        (folder / ".vesk_registry.txt").write_text("tools {" + tools + "}\n", encoding="utf-8")
+        directory = self.base / "data" / "vesk"
+        directory.mkdir(parents=True, exist_ok=True)
+        (directory / ".vesk_registry.txt").write_text("tools {" + tools + "}\n", encoding="utf-8")
 
     def bridge(self, name):
         """Puts a program of this name, which calls the system's own, where the compilers are."""
@@ -83,7 +83,7 @@ class ToolchainTest(ProgramTest):
 
 
 class GnuTest(ToolchainTest):
-    """With the system's compilers; under Wine with a GNU toolchain for Windows, in a folder with
+    """With the system's compilers; under Wine with a GNU toolchain for Windows, in a directory with
     characters that the interpreter trips over."""
 
     compilers = ("GCC",) if SETTINGS.windows else ("GCC", "Clang")
@@ -102,8 +102,8 @@ class GnuTest(ToolchainTest):
 
 class Programs(GnuTest):
     def test_sources_of_one_name_defines_and_flags(self):
-        for folder, number in (("a", 1), ("b b", 2)):
-            self.write(f"{folder}/x.c", f"int from_{folder[0]}(void) {{ return {number}; }}\n")
+        for directory, number in (("a", 1), ("b b", 2)):
+            self.write(f"{directory}/x.c", f"int from_{directory[0]}(void) {{ return {number}; }}\n")
         self.write("main.c", r"""
             #include <stdio.h>
             #include "number.h"
@@ -200,8 +200,8 @@ class Programs(GnuTest):
         for compiler in self.compilers:
             for earlier in ("src/sub/n.h", "quoted/sub/n.h", "one/sub/n.h"):
                 with self.subTest(compiler, earlier=earlier):
-                    for folder in ("src", "quoted", "one", "two", "out"):
-                        shutil.rmtree(self.dir / folder, ignore_errors=True)
+                    for directory in ("src", "quoted", "one", "two", "out"):
+                        shutil.rmtree(self.dir / directory, ignore_errors=True)
                     self.write("src/main.c", '#include "sub/n.h"\nint main(void) { return N; }\n')
                     self.write("two/sub/n.h", "#define N 2\n")
                     self.write("one/other.h", "")
@@ -542,11 +542,11 @@ class DryRuns(ToolchainTest):
     """Commands with everything that a target can say, and what it hands on."""
 
     def told(self, text, *arguments):
-        """What a dry run tells of the target named, programs without their folder."""
+        """What a dry run tells of the target named, programs without their directory."""
         self.unit(text)
         out = self.run_vesk("-n", *arguments).out
-        for folder in ("/usr/bin/", "{DIR}/", f"{self.dir}/"):
-            out = out.replace(folder, "")
+        for directory in ("/usr/bin/", "{DIR}/", f"{self.dir}/"):
+            out = out.replace(directory, "")
         return [line.split("] ", 1)[1] for line in out.splitlines()
                 if line.startswith("[") and not line.endswith(("Visiting target", "Build done"))]
 
@@ -677,7 +677,7 @@ class Detection(ToolchainTest):
         self.program("posing/clang", clang)
         (self.dir / "local").mkdir()
         os.symlink(self.dir / "bin/ccache", self.dir / "local/gcc")
-        path = ":".join(str(self.dir / folder) for folder in ("local", "posing", "bin"))
+        path = ":".join(str(self.dir / directory) for directory in ("local", "posing", "bin"))
         env = {"PATH": path + ":" + str(self.base / "tools")}
         (self.base / "tools").mkdir()
         os.symlink("/bin/sh", self.base / "tools/sh")
@@ -749,9 +749,9 @@ class Launchers(GnuTest):
 
     def distccd(self):
         """Starts a daemon on a free port. Returns its port, its log and a function that ends it."""
-        folder = Path(tempfile.mkdtemp(prefix="vesk-distcc-"))
-        self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
-        folder.chmod(0o777)  # as root it works as another user
+        directory = Path(tempfile.mkdtemp(prefix="vesk-distcc-"))
+        self.addCleanup(shutil.rmtree, directory, ignore_errors=True)
+        directory.chmod(0o777)  # as root it works as another user
         while True:
             with socket.socket() as probe:
                 probe.bind(("127.0.0.1", 0))
@@ -760,14 +760,14 @@ class Launchers(GnuTest):
             daemon = subprocess.Popen(
                 ["distccd", "--daemon", "--no-detach", "--no-fork", "--lifetime", "300", "--listen",
                  "127.0.0.1", "--port", str(port), "--allow", "127.0.0.1", "--enable-tcp-insecure",
-                 f"--log-file={folder / 'log'}", "--log-level=info"],
-                env={**os.environ, "TMPDIR": str(folder)}, stderr=subprocess.DEVNULL)
+                 f"--log-file={directory / 'log'}", "--log-level=info"],
+                env={**os.environ, "TMPDIR": str(directory)}, stderr=subprocess.DEVNULL)
             self.addCleanup(daemon.wait)
             self.addCleanup(daemon.kill)
             wait_until(lambda: daemon.poll() is not None or listens(port))
             if daemon.poll() is None:
-                return port, folder / "log", lambda: (daemon.kill(), daemon.wait())
-            self.assertIn("Address already in use", (folder / "log").read_text())
+                return port, directory / "log", lambda: (daemon.kill(), daemon.wait())
+            self.assertIn("Address already in use", (directory / "log").read_text())
 
     @posix_only("it is the system's own distcc")
     @needs("distcc", "distccd")

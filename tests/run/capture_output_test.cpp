@@ -27,19 +27,20 @@ TEST(CaptureOutput, DiscardsErrorsWhenAsked) {
 }
 
 // What command interpreters treat specially in a program's path.
-TEST(CaptureOutput, TakesProgramsFromAnyFolder) {
+TEST(CaptureOutput, TakesProgramsFromAnyDirectory) {
     const TempDir dir;
-    std::vector<std::string> folders{"Program Files (x86)", "a&b", "c@d", "e^f", "größe", "100%",
-                                     "semi;colon",          "it's"};
+    std::vector<std::string> directories{
+        "Program Files (x86)", "a&b", "c@d", "e^f", "größe", "100%", "semi;colon", "it's"};
     if (!platform::kWindows) {
-        folders.insert(folders.end(), {"do$HOME", "back`tick", "quo\"te", "back\\slash", "a|b<c>"});
+        directories.insert(directories.end(),
+                           {"do$HOME", "back`tick", "quo\"te", "back\\slash", "a|b<c>"});
     }
     const std::string name = platform::kWindows ? "tool.exe" : "tool";
-    for (const std::string& folder : folders) {
-        std::filesystem::create_directories(dir / folder);
-        const auto program = dir / folder / name;
+    for (const std::string& directory : directories) {
+        std::filesystem::create_directories(dir / directory);
+        const auto program = dir / directory / name;
         std::filesystem::copy_file(test::childProgram(), program);
-        EXPECT_EQ(captureOutput(program, "print \"q r\" \"\"", true), "q r") << folder;
+        EXPECT_EQ(captureOutput(program, "print \"q r\" \"\"", true), "q r") << directory;
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "platform/notes.h"
+#include "platform/recording.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): not every libc declares it
 
@@ -11,7 +11,7 @@ namespace Vesk::platform {
 std::optional<std::string> environmentVariable(const std::string& name) {
     const char* const text = std::getenv(name.c_str());
     auto value = text == nullptr ? std::nullopt : std::optional<std::string>(text);
-    note(Question::Variable, name, digestIfAny(value));
+    record(Question::Variable, name, digestIfAny(value));
     return value;
 }
 
@@ -28,7 +28,7 @@ bool removeEnvironmentVariable(const std::string& name) {
 }
 
 std::vector<std::string> environmentEntries() {
-    noteDeed();  // nobody wants to hold all of it against the next run
+    recordSideEffect();  // nobody wants to hold all of it against the next run
     std::vector<std::string> entries;
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
         entries.emplace_back(*entry);

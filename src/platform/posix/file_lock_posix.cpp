@@ -4,8 +4,8 @@
 
 #include "platform/files.h"
 #include "platform/interrupt.h"
-#include "platform/notes.h"
 #include "platform/posix/descriptor.h"
+#include "platform/recording.h"
 
 namespace Vesk::platform {
 
@@ -37,7 +37,7 @@ FileLock::FileLock(const std::filesystem::path& path, const std::function<void()
     }
     int result = ::flock(file.get(), LOCK_EX | LOCK_NB);
     if (result != 0 && errno == EWOULDBLOCK) {
-        noteDeed();  // the next run need not wait
+        recordSideEffect();  // the next run need not wait
         if (onWait) {
             onWait();
         }

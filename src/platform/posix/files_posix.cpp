@@ -7,8 +7,8 @@
 #include <sys/stat.h>
 #include <utility>
 
-#include "platform/notes.h"
 #include "platform/posix/descriptor.h"
+#include "platform/recording.h"
 
 namespace Vesk::platform {
 
@@ -94,9 +94,9 @@ FileStatus statusFrom(const struct stat& status) noexcept {
 
 /// Notes a status that is asked for along with something else.
 void noteStatusOf(const std::filesystem::path& path) {
-    if (notesAreTaken()) {
+    if (isRecording()) {
         std::error_code error;
-        noteStatus(path, statusAt(path.c_str(), error), error);
+        recordStatus(path, statusAt(path.c_str(), error), error);
     }
 }
 
@@ -146,7 +146,7 @@ bool writeAll(int descriptor, std::string_view bytes) noexcept {
 }
 
 bool writeAndClose(int descriptor, std::string_view bytes, std::error_code& error) noexcept {
-    noteDeed();
+    recordSideEffect();
     Descriptor file(descriptor);
     if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
         error = lastError();
@@ -176,7 +176,7 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path, std:
         noteStatusOf(path);
         return std::nullopt;
     }
-    noteStatus(path, statusFrom(status), error);
+    recordStatus(path, statusFrom(status), error);
     const auto size = static_cast<std::size_t>(status.st_size);
     if (size > maxBytes) {
         error = std::make_error_code(std::errc::file_too_large);
@@ -247,7 +247,7 @@ bool writePrivateFile(const std::filesystem::path& path, std::string_view bytes,
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
                  std::error_code& error) {
     error.clear();
-    noteDeed();
+    recordSideEffect();
     struct stat status {};
     if (::stat(to.c_str(), &status) == 0 && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
         error = std::make_error_code(std::errc::permission_denied);
@@ -291,7 +291,7 @@ FileWriter::FileWriter(const std::filesystem::path& path, Append append, Access 
     if (!isOpen()) {
         error_ = lastError();
     }
-    noteDeed();
+    recordSideEffect();
 }
 
 FileWriter::~FileWriter() {

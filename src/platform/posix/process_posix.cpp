@@ -9,11 +9,11 @@
 #include <system_error>
 
 #include "platform/interrupt.h"
-#include "platform/notes.h"
 #include "platform/posix/child_output.h"
 #include "platform/posix/children.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/program_search.h"
+#include "platform/recording.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): not every libc declares it
 
@@ -133,7 +133,7 @@ std::string readAll(int descriptor) {
 }  // namespace
 
 ProcessResult runProcess(const ProcessRequest& request) {
-    noteDeed();
+    recordSideEffect();
     SpawnSettings settings;
     if (const int error = settings.setWorkingDirectory(request.workingDirectory); error != 0) {
         return {false, error};
@@ -162,7 +162,7 @@ ProcessResult runProcess(const ProcessRequest& request) {
 }
 
 std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
-    noteDeed();
+    recordSideEffect();
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return std::nullopt;

@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-#include "platform/notes.h"
+#include "platform/recording.h"
 
 namespace Vesk::platform {
 
@@ -11,7 +11,7 @@ LocalMonth currentLocalMonth() {
     std::tm local{};
     ::localtime_r(&now, &local);
     const LocalMonth month{local.tm_year + 1900, local.tm_mon + 1};
-    note(Question::Month, {}, digestOf(month));
+    record(Question::Month, {}, digestOf(month));
     return month;
 }
 

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "platform/notes.h"
+#include "platform/recording.h"
 #include "platform/windows/wide.h"
 
 namespace Vesk::platform {
@@ -37,7 +37,7 @@ std::optional<std::string> valueOf(const std::string& name) {
 
 std::optional<std::string> environmentVariable(const std::string& name) {
     auto value = valueOf(name);
-    note(Question::Variable, name, digestIfAny(value));
+    record(Question::Variable, name, digestIfAny(value));
     return value;
 }
 
@@ -52,7 +52,7 @@ bool removeEnvironmentVariable(const std::string& name) {
 }
 
 std::vector<std::string> environmentEntries() {
-    noteDeed();  // nobody wants to hold all of it against the next run
+    recordSideEffect();  // nobody wants to hold all of it against the next run
     std::vector<std::string> entries;
     wchar_t* const block = ::GetEnvironmentStringsW();
     if (block == nullptr) {

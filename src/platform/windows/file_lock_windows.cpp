@@ -2,7 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/interrupt.h"
-#include "platform/notes.h"
+#include "platform/recording.h"
 #include "platform/windows/extended_path.h"
 #include "platform/windows/handle.h"
 
@@ -49,7 +49,7 @@ FileLock::FileLock(const std::filesystem::path& path, const std::function<void()
     }
     DWORD result = tryLock(file.get());
     if (result == ERROR_LOCK_VIOLATION) {
-        noteDeed();  // the next run need not wait
+        recordSideEffect();  // the next run need not wait
         if (onWait) {
             onWait();
         }

@@ -4,7 +4,7 @@
 #include <utility>
 #include <windows.h>
 
-#include "platform/notes.h"
+#include "platform/recording.h"
 #include "platform/windows/extended_path.h"
 #include "platform/windows/handle.h"
 #include "platform/windows/owner_only.h"
@@ -124,9 +124,9 @@ std::optional<FileStatus> statusOf(const std::filesystem::path& path, std::error
 
 /// Notes a status that is asked for along with something else.
 void noteStatusOf(const std::filesystem::path& path) {
-    if (notesAreTaken()) {
+    if (isRecording()) {
         std::error_code error;
-        noteStatus(path, statusOf(path, error), error);
+        recordStatus(path, statusOf(path, error), error);
     }
 }
 
@@ -183,7 +183,7 @@ HANDLE openNewPrivate(const std::filesystem::path& path) {
 }
 
 bool writeAndClose(HANDLE handle, std::string_view bytes, std::error_code& error) {
-    noteDeed();
+    recordSideEffect();
     Handle file(handle);
     if (!file.valid() || !writeAll(file.get(), bytes) || !file.close()) {
         error = lastError();
@@ -274,7 +274,7 @@ bool writePrivateFile(const std::filesystem::path& path, std::string_view bytes,
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to,
                  std::error_code& error) {
     error.clear();
-    noteDeed();
+    recordSideEffect();
     const std::wstring source = extendedPath(from);
     const std::wstring target = extendedPath(to);
     if (isReadOnly(target)) {
@@ -305,7 +305,7 @@ std::optional<FileStatus> statusAt(const char* path, std::error_code& error) {
 std::optional<FileStatus> fileStatus(const std::filesystem::path& path) {
     std::error_code error;
     const std::optional<FileStatus> status = statusOf(path, error);
-    noteStatus(path, status, error);
+    recordStatus(path, status, error);
     return status;
 }
 
@@ -321,7 +321,7 @@ FileWriter::FileWriter(const std::filesystem::path& path, Append append, Access 
     if (!isOpen()) {
         error_ = lastError();
     }
-    noteDeed();
+    recordSideEffect();
 }
 
 FileWriter::~FileWriter() {

@@ -7,7 +7,7 @@
 #include <windows.h>
 
 #include "platform/interrupt.h"
-#include "platform/notes.h"
+#include "platform/recording.h"
 #include "platform/windows/child_output.h"
 #include "platform/windows/console_interrupt.h"
 #include "platform/windows/handle.h"
@@ -71,7 +71,7 @@ ProcessResult notStarted(DWORD error) noexcept {
 }  // namespace
 
 ProcessResult runProcess(const ProcessRequest& request) {
-    noteDeed();
+    recordSideEffect();
     if (interruptSignal() != 0) {
         return notStarted(ERROR_CANCELLED);
     }
@@ -117,7 +117,7 @@ ProcessResult runProcess(const ProcessRequest& request) {
 }
 
 std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
-    noteDeed();
+    recordSideEffect();
     if (interruptSignal() != 0) {
         return std::nullopt;
     }

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "platform/notes.h"
+#include "platform/recording.h"
 #include "platform/windows/wide.h"
 
 namespace Vesk::platform {
@@ -45,7 +45,7 @@ std::optional<std::string> textAt(const std::string& key, const std::string& nam
 std::optional<std::string> registryText(const std::string& key, const std::string& name,
                                         RegistryView view) {
     auto text = textAt(key, name, view);
-    noteRegistry(key, name, view, text);
+    recordRegistry(key, name, view, text);
     return text;
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <windows.h>
 
-#include "platform/notes.h"
+#include "platform/recording.h"
 
 namespace Vesk::platform {
 
@@ -11,7 +11,7 @@ LocalMonth currentLocalMonth() {
     SYSTEMTIME local{};
     ::GetLocalTime(&local);
     const LocalMonth month{local.wYear, local.wMonth};
-    note(Question::Month, {}, digestOf(month));
+    record(Question::Month, {}, digestOf(month));
     return month;
 }
 

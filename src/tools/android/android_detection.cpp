@@ -14,27 +14,27 @@ namespace Vesk {
 
 namespace {
 
-void addBelow(std::vector<std::string>& folders, const char* variable, const char* below) {
-    const auto folder = platform::environmentVariable(variable);
-    if (folder && platform::isAbsolutePath(*folder)) {
-        folders.push_back(normalPath(*folder + below));
+void addBelow(std::vector<std::string>& directories, const char* variable, const char* below) {
+    const auto directory = platform::environmentVariable(variable);
+    if (directory && platform::isAbsolutePath(*directory)) {
+        directories.push_back(normalPath(*directory + below));
     }
 }
 
 std::vector<std::string> usualPlaces() {
-    std::vector<std::string> folders;
-    addBelow(folders, "ANDROID_HOME", "");
-    addBelow(folders, "ANDROID_SDK_ROOT", "");
+    std::vector<std::string> directories;
+    addBelow(directories, "ANDROID_HOME", "");
+    addBelow(directories, "ANDROID_SDK_ROOT", "");
     if (platform::kWindows) {
-        addBelow(folders, "LOCALAPPDATA", "/Android/Sdk");
-        addBelow(folders, "ProgramFiles(x86)", "/Android/android-sdk");
+        addBelow(directories, "LOCALAPPDATA", "/Android/Sdk");
+        addBelow(directories, "ProgramFiles(x86)", "/Android/android-sdk");
     } else {
-        addBelow(folders, "HOME", "/Android/Sdk");
-        addBelow(folders, "HOME", "/Library/Android/sdk");
-        folders.emplace_back("/usr/lib/android-sdk");
-        folders.emplace_back("/opt/android-sdk");
+        addBelow(directories, "HOME", "/Android/Sdk");
+        addBelow(directories, "HOME", "/Library/Android/sdk");
+        directories.emplace_back("/usr/lib/android-sdk");
+        directories.emplace_back("/opt/android-sdk");
     }
-    return folders;
+    return directories;
 }
 
 /// The first one is the user's own, whatever its place; the others go by theirs.
@@ -64,14 +64,14 @@ void reportParts(const AndroidSdk& sdk) {
 std::vector<DetectedTool> detectAndroidSdks() {
     std::vector<DetectedTool> tools;
     std::set<std::string> seen;
-    for (const std::string& folder : usualPlaces()) {
-        if (!seen.insert(realPath(folder)).second) {
+    for (const std::string& directory : usualPlaces()) {
+        if (!seen.insert(realPath(directory)).second) {
             continue;
         }
-        const AndroidSdk sdk(folder);
+        const AndroidSdk sdk(directory);
         if (sdk.buildTools().empty()) {
             console::message(console::level::kDetail, console::colour::kReport,
-                             "There is no Android SDK with build tools in '{}'.", folder);
+                             "There is no Android SDK with build tools in '{}'.", directory);
             continue;
         }
         reportParts(sdk);

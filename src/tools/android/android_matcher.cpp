@@ -87,7 +87,8 @@ MatchResult AndroidSdkMatcher::matchTool(const Context& target) const {
         if (const Assignment* root = target.find("PROJECT_ROOT")) {
             scratch->addAssignment(*root, ModifierMode::Copy);
         }
-        const AndroidSdk& sdk = sdks_->at(sdkFolder(wants().at("toolchain_path").value, *scratch));
+        const AndroidSdk& sdk =
+            sdks_->at(sdkDirectory(wants().at("toolchain_path").value, *scratch));
         note(kBuildToolsVersion, [&](const std::string& v) { return sdk.findBuildTools(v); });
         note(kPlatformVersion, [&](const std::string& v) { return sdk.findPlatform(v); });
     }

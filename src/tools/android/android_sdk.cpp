@@ -9,8 +9,8 @@
 
 #include "base/exception.h"
 #include "base/text.h"
+#include "platform/directories.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "platform/system.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/discovery/version.h"
@@ -26,16 +26,16 @@ constexpr std::string_view kPlatformPrefix = "android-";
 
 using IsWhole = std::function<bool(const SdkPart&)>;
 
-std::vector<SdkPart> partsIn(const std::string& folder, std::string_view prefix,
+std::vector<SdkPart> partsIn(const std::string& directory, std::string_view prefix,
                              const IsWhole& isWhole) {
     std::vector<SdkPart> parts;
     std::error_code ignored;
-    for (const platform::FolderEntry& entry :
-         platform::listFolder(platform::pathFromUtf8(folder), ignored)) {
+    for (const platform::DirectoryEntry& entry :
+         platform::listDirectory(platform::pathFromUtf8(directory), ignored)) {
         if (!entry.name.starts_with(prefix)) {
             continue;
         }
-        SdkPart part{entry.name.substr(prefix.size()), folder + "/" + entry.name};
+        SdkPart part{entry.name.substr(prefix.size()), directory + "/" + entry.name};
         if (isWhole(part)) {
             parts.push_back(std::move(part));
         }
@@ -70,7 +70,7 @@ struct PartKind {
     const char* fitting;
     const char* pronoun;
     const char* variable;
-    const char* folder;
+    const char* directory;
     const char* example;
 };
 
@@ -82,10 +82,11 @@ constexpr PartKind kPlatformKind = {"platform",         "that fits", "one",
 [[noreturn]] void throwMissing(const PartKind& kind, const std::string& root,
                                std::string_view asked, const std::vector<SdkPart>& parts) {
     if (parts.empty()) {
-        throw VeskException(fmt::format(
-            "The Android SDK in '{}' has no usable {} in its folder '{}'. Install {}, for example "
-            "with sdkmanager \"{}\", or correct toolchain_path of the tool.",
-            root, kind.name, kind.folder, kind.pronoun, kind.example));
+        throw VeskException(
+            fmt::format("The Android SDK in '{}' has no usable {} in its directory '{}'. Install "
+                        "{}, for example "
+                        "with sdkmanager \"{}\", or correct toolchain_path of the tool.",
+                        root, kind.name, kind.directory, kind.pronoun, kind.example));
     }
     std::vector<std::string> versions;
     for (const SdkPart& part : parts) {
@@ -161,13 +162,13 @@ const AndroidSdk& AndroidSdks::at(const std::string& root) {
 }
 
 std::string buildToolPath(const SdkPart& tools, std::string_view name) {
-    return fmt::format("{}/{}{}", tools.folder, name, programEnding());
+    return fmt::format("{}/{}{}", tools.directory, name, programEnding());
 }
 
 // Distributions put the archives beside the programs.
 std::string buildToolJar(const SdkPart& tools, std::string_view name) {
-    for (const char* folder : {"/lib/", "/"}) {
-        if (std::string path = fmt::format("{}{}{}.jar", tools.folder, folder, name);
+    for (const char* directory : {"/lib/", "/"}) {
+        if (std::string path = fmt::format("{}{}{}.jar", tools.directory, directory, name);
             isFile(path)) {
             return path;
         }
@@ -176,11 +177,11 @@ std::string buildToolJar(const SdkPart& tools, std::string_view name) {
 }
 
 std::string buildToolScript(const SdkPart& tools, std::string_view name) {
-    return fmt::format("{}/{}{}", tools.folder, name, platform::kWindows ? ".bat" : "");
+    return fmt::format("{}/{}{}", tools.directory, name, platform::kWindows ? ".bat" : "");
 }
 
 std::string platformJar(const SdkPart& platform) {
-    return platform.folder + "/android.jar";
+    return platform.directory + "/android.jar";
 }
 
 }  // namespace Vesk

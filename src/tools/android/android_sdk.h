@@ -11,14 +11,14 @@ namespace Vesk {
 
 /// One of several versions that are installed side by side.
 struct SdkPart {
-    std::string version;  ///< "34.0.0"; of a platform "34", "34-ext8"
-    std::string folder;   ///< absolute, with forward slashes
+    std::string version;    ///< "34.0.0"; of a platform "34", "34-ext8"
+    std::string directory;  ///< absolute, with forward slashes
 };
 
 class AndroidSdk {
   public:
-    /// Looks into the folders `build-tools` and `platforms` of an SDK. What is only half there, as
-    /// after a removal, does not count.
+    /// Looks into the directories `build-tools` and `platforms` of an SDK. What is only half there,
+    /// as after a removal, does not count.
     explicit AndroidSdk(std::string root);
 
     const std::string& root() const noexcept { return root_; }

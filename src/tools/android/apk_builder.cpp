@@ -62,7 +62,7 @@ const AssignmentMap& androidApkSubjects() {
     return table;
 }
 
-std::string sdkFolder(const ValuePtr& declared, Context& target) {
+std::string sdkDirectory(const ValuePtr& declared, Context& target) {
     return normalPath(resolvedText(declared, target),
                       normalPath(target.textOf("PROJECT_ROOT").value_or("")));
 }
@@ -76,7 +76,7 @@ RecipeSet AndroidApkBuilder::createRecipes(TargetContext& target) {
     const BuildEnv environment(environmentSettings(target));
     const TargetPaths paths(target, environment);
     ApkRecipes made(target, environment,
-                    toolsFor(target, paths, sdks_->at(sdkFolder(sdkPath_, target))));
+                    toolsFor(target, paths, sdks_->at(sdkDirectory(sdkPath_, target))));
     made.make();
     RecipeSet set{std::move(made.recipes), std::move(made.outputs), true};
     addDeclaredOutputs(target, set.assignments);

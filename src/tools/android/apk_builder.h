@@ -29,7 +29,7 @@ class AndroidApkBuilder : public Builder {
 /// The variables that the builder consumes.
 const AssignmentMap& androidApkSubjects();
 
-/// The SDK's folder, absolute; references in the declared path are those of the target.
-std::string sdkFolder(const ValuePtr& declared, Context& target);
+/// The SDK's directory, absolute; references in the declared path are those of the target.
+std::string sdkDirectory(const ValuePtr& declared, Context& target);
 
 }  // namespace Vesk

@@ -33,11 +33,11 @@ std::vector<std::string> quotedForJava(std::vector<std::string> arguments) {
     return arguments;
 }
 
-/// All class files below a folder, in the order of their names.
-void archiveClasses(const std::string& folder, const std::string& archive) {
+/// All class files below a directory, in the order of their names.
+void archiveClasses(const std::string& directory, const std::string& archive) {
     ZipWriter writer(platform::pathFromUtf8(archive));
-    for (const std::string& file : filesMatching(folder + "/**/*.class", {})) {
-        writer.add(file.substr(folder.size() + 1), platform::pathFromUtf8(file));
+    for (const std::string& file : filesMatching(directory + "/**/*.class", {})) {
+        writer.add(file.substr(directory.size() + 1), platform::pathFromUtf8(file));
     }
     writer.finish();
 }
@@ -50,7 +50,7 @@ void ApkRecipes::compileJava() {
         return;
     }
     javaClasses_ = inObjects("classes.jar");
-    const std::string folder = inObjects("classes");
+    const std::string directory = inObjects("classes");
     const std::string program = requireJavaProgram("javac", tools_.javaPath);
     const std::string list = inObjects("javac.args");
     std::vector<std::string> classPath = paths_.files("CLASS_PATH");
@@ -68,7 +68,7 @@ void ApkRecipes::compileJava() {
         command.addAsWritten("--release 8 -Xlint:-options");
     }
     command.add("-d");
-    command.add(paths_.inCommand(folder));
+    command.add(paths_.inCommand(directory));
     command.add("-classpath");
     std::string joinedPath;
     for (const std::string& entry : paths_.inCommand(classPath)) {
@@ -86,16 +86,16 @@ void ApkRecipes::compileJava() {
     addInput(recipe, "program", program);
     addOutput(recipe, "classes", javaClasses_);
     Recipe run = recipe;
-    recipe.action = [run = std::move(run), folder, list, sources = paths_.inCommand(sources),
-                     generated = javaFolder_, root = paths_.root(), archive = javaClasses_] {
+    recipe.action = [run = std::move(run), directory, list, sources = paths_.inCommand(sources),
+                     generated = javaDirectory_, root = paths_.root(), archive = javaClasses_] {
         std::vector<std::string> all = sources;
         for (const std::string& file : filesMatching(generated + "/**/*.java", {})) {
             all.push_back(file.starts_with(root + "/") ? file.substr(root.size() + 1) : file);
         }
         writeArguments(list, argumentLines(quotedForJava(std::move(all))));
-        renewFolder(platform::pathFromUtf8(folder));
+        renewDirectory(platform::pathFromUtf8(directory));
         runOrThrow(run);
-        archiveClasses(folder, archive);
+        archiveClasses(directory, archive);
     };
     recipes.push_back(std::move(recipe));
 }

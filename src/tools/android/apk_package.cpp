@@ -37,8 +37,8 @@ bool sameMachine(std::string_view told, std::string_view asked) noexcept {
     return told == asked || (told == "armeabi-v7a" && asked == "armeabi");
 }
 
-/// The folder of the package in which Android looks for the library.
-std::string abiFolder(const NativeLibrary& library, const PackageContents& contents) {
+/// The directory of the package in which Android looks for the library.
+std::string abiDirectory(const NativeLibrary& library, const PackageContents& contents) {
     const std::vector<std::string>& allowed = contents.abis;
     const std::string_view told =
         abiOf(firstBytes(contents.packedFile(library.path), kElfHeaderStart));
@@ -136,7 +136,7 @@ void writePackage(const PackageContents& contents, const std::filesystem::path& 
     }
     addDexFiles(writer, contents);
     for (const NativeLibrary& library : contents.libraries) {
-        writer.add("lib/" + abiFolder(library, contents) + "/" + fileName(library.path),
+        writer.add("lib/" + abiDirectory(library, contents) + "/" + fileName(library.path),
                    platform::pathFromUtf8(contents.packedFile(library.path)), library.path);
     }
     for (const ExtraFile& file : contents.extraFiles) {

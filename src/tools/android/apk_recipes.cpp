@@ -28,7 +28,7 @@ ApkRecipes::ApkRecipes(const TargetContext& target, const BuildEnv& environment,
       tools_(std::move(tools)),
       base_(inObjects("base.apk")),
       symbols_(inObjects("R.txt")),
-      javaFolder_(inObjects("java")),
+      javaDirectory_(inObjects("java")),
       unsigned_(inObjects("unsigned.apk")) {}
 
 void ApkRecipes::make() {
@@ -51,7 +51,7 @@ void ApkRecipes::make() {
     };
     output("APK", product_);
     output("OUTPUT", product_);
-    output("R_JAVA_DIR", javaFolder_);
+    output("R_JAVA_DIR", javaDirectory_);
 }
 
 std::string ApkRecipes::productPath() const {
@@ -77,14 +77,14 @@ std::string ApkRecipes::text(const char* variable) const {
     return target_.textOf(variable).value_or("");
 }
 
-std::vector<std::string> ApkRecipes::filesBelow(const std::string& folder, const char* pattern,
+std::vector<std::string> ApkRecipes::filesBelow(const std::string& directory, const char* pattern,
                                                 const char* variable) const {
-    const auto status = platform::fileStatus(platform::pathFromUtf8(folder));
+    const auto status = platform::fileStatus(platform::pathFromUtf8(directory));
     if (!status || !status->directory) {
         throw VeskException(
-            fmt::format("There is no folder '{}', which {} names.", folder, variable));
+            fmt::format("There is no directory '{}', which {} names.", directory, variable));
     }
-    return filesMatching(folder + "/" + pattern, paths_.outputDirectory());
+    return filesMatching(directory + "/" + pattern, paths_.outputDirectory());
 }
 
 CommandText ApkRecipes::javaTool(Recipe& recipe, std::string_view name,
@@ -97,7 +97,7 @@ CommandText ApkRecipes::javaTool(Recipe& recipe, std::string_view name,
             throw VeskException(fmt::format(
                 "The build tools in '{}' have no '{}', which this target needs. Choose a version "
                 "that has it with build_tools_version.",
-                tools_.buildTools.folder, name));
+                tools_.buildTools.directory, name));
         }
         command.add(nativePath(script));
         addInput(recipe, "program", script);
@@ -236,7 +236,7 @@ std::vector<NativeLibrary> ApkRecipes::nativeLibraries() const {
     return libraries;
 }
 
-/// A folder stands for all files in it, which keep their names from there.
+/// A directory stands for all files in it, which keep their names from there.
 std::vector<ExtraFile> ApkRecipes::extraFiles() const {
     std::vector<ExtraFile> files;
     for (const std::string& path : paths_.files("EXTRA_FILES")) {

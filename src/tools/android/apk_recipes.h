@@ -1,6 +1,6 @@
 // The recipes that make an Android package, stage by stage:
 //
-//     resource files -> compiled resources -> one archive a folder -> package with manifest and
+//     resource files -> compiled resources -> one archive a directory -> package with manifest and
 //     assets, R.java -> Java classes -> DEX -> whole package -> signed package
 //
 // A step runs again when something that it reads has changed: an edited picture is compiled with
@@ -46,9 +46,9 @@ class ApkRecipes {
     enum Stage : std::uint32_t { Compile, Bundle, Link, Java, Dex, Empty, Copy, Pack, Sign };
 
     void compileResources();
-    void compileFolder(const std::string& folder);
+    void compileDirectory(const std::string& directory);
     Recipe batchRecipe(const std::vector<std::string>& batch,
-                       const std::string& compiledFolder) const;
+                       const std::string& compiledDirectory) const;
     void bundle(const std::string& archive, std::vector<std::string> compiled);
 
     void link();
@@ -71,7 +71,7 @@ class ApkRecipes {
 
     Recipe newRecipe(Stage stage) const;
     std::string inObjects(std::string_view name) const;
-    std::vector<std::string> filesBelow(const std::string& folder, const char* pattern,
+    std::vector<std::string> filesBelow(const std::string& directory, const char* pattern,
                                         const char* variable) const;
     std::string text(const char* variable) const;
 
@@ -81,11 +81,11 @@ class ApkRecipes {
     const TargetContext& target_;
     TargetPaths paths_;
     ApkTools tools_;
-    std::vector<std::string> resources_;  ///< an archive for each folder of resources
+    std::vector<std::string> resources_;  ///< an archive for each directory of resources
     std::string manifest_;
-    std::string base_;        ///< what the resource linker makes
-    std::string symbols_;     ///< the symbols of R.java
-    std::string javaFolder_;  ///< where R.java is
+    std::string base_;           ///< what the resource linker makes
+    std::string symbols_;        ///< the symbols of R.java
+    std::string javaDirectory_;  ///< where R.java is
     std::string javaClasses_;
     std::string dexArchive_;
     std::string unsigned_;

@@ -29,7 +29,7 @@ std::string compiledName(std::string_view file) {
     return fmt::format("{}_{}{}.flat", type, name, values ? ".arsc" : "");
 }
 
-/// Whether a file, by its name in the folder of resources, begins the next batch. Names decide,
+/// Whether a file, by its name in the directory of resources, begins the next batch. Names decide,
 /// so that a new file changes one batch and not all behind it.
 bool endsBatch(const std::vector<std::string>& batch, std::string_view next) {
     constexpr std::size_t kUsualSize = 24;
@@ -45,32 +45,32 @@ bool endsBatch(const std::vector<std::string>& batch, std::string_view next) {
 }  // namespace
 
 void ApkRecipes::compileResources() {
-    for (const std::string& folder : paths_.absolute(entriesOf(target_, "RES_DIRS"))) {
-        compileFolder(folder);
+    for (const std::string& directory : paths_.absolute(entriesOf(target_, "RES_DIRS"))) {
+        compileDirectory(directory);
     }
 }
 
-void ApkRecipes::compileFolder(const std::string& folder) {
-    const std::string compiledFolder = paths_.objectStem(folder);
+void ApkRecipes::compileDirectory(const std::string& directory) {
+    const std::string compiledDirectory = paths_.objectStem(directory);
     std::vector<std::string> compiled;
     std::vector<std::string> batch;
-    for (std::string& file : filesBelow(folder, "*/*", "RES_DIRS")) {
-        compiled.push_back(compiledFolder + "/" + compiledName(file));
-        if (endsBatch(batch, std::string_view(file).substr(folder.size() + 1))) {
-            recipes.push_back(batchRecipe(batch, compiledFolder));
+    for (std::string& file : filesBelow(directory, "*/*", "RES_DIRS")) {
+        compiled.push_back(compiledDirectory + "/" + compiledName(file));
+        if (endsBatch(batch, std::string_view(file).substr(directory.size() + 1))) {
+            recipes.push_back(batchRecipe(batch, compiledDirectory));
             batch.clear();
         }
         batch.push_back(std::move(file));
     }
     if (!compiled.empty()) {
-        recipes.push_back(batchRecipe(batch, compiledFolder));
-        bundle(compiledFolder + ".zip", std::move(compiled));
+        recipes.push_back(batchRecipe(batch, compiledDirectory));
+        bundle(compiledDirectory + ".zip", std::move(compiled));
     }
 }
 
 /// A process for each file would take longer to start than to do its work, by far.
 Recipe ApkRecipes::batchRecipe(const std::vector<std::string>& batch,
-                               const std::string& compiledFolder) const {
+                               const std::string& compiledDirectory) const {
     const std::string program = buildToolPath(tools_.buildTools, "aapt2");
     Recipe recipe = newRecipe(Compile);
     CommandText command;
@@ -78,7 +78,7 @@ Recipe ApkRecipes::batchRecipe(const std::vector<std::string>& batch,
     command.add("compile");
     addFlags(command, target_, "AAPT2_COMPILE_FLAGS");
     command.add("-o");
-    command.add(paths_.inCommand(compiledFolder));
+    command.add(paths_.inCommand(compiledDirectory));
     command.add({}, paths_.inCommand(batch));
     recipe.command = command.text();
     recipe.pooled = true;
@@ -86,7 +86,7 @@ Recipe ApkRecipes::batchRecipe(const std::vector<std::string>& batch,
     addInputs(recipe, "RES_DIRS", batch);
     addInput(recipe, "program", program);
     for (const std::string& file : batch) {
-        addOutput(recipe, "compiled", compiledFolder + "/" + compiledName(file));
+        addOutput(recipe, "compiled", compiledDirectory + "/" + compiledName(file));
     }
     return recipe;
 }
@@ -129,10 +129,10 @@ void ApkRecipes::addManifestOptions(CommandText& command) const {
 }
 
 void ApkRecipes::addAssets(CommandText& command, Recipe& recipe) const {
-    for (const std::string& folder : paths_.absolute(entriesOf(target_, "ASSET_DIRS"))) {
+    for (const std::string& directory : paths_.absolute(entriesOf(target_, "ASSET_DIRS"))) {
         command.add("-A");
-        command.add(paths_.inCommand(folder));
-        addInputs(recipe, "ASSET_DIRS", filesBelow(folder, "**/*", "ASSET_DIRS"));
+        command.add(paths_.inCommand(directory));
+        addInputs(recipe, "ASSET_DIRS", filesBelow(directory, "**/*", "ASSET_DIRS"));
     }
 }
 
@@ -149,13 +149,13 @@ void ApkRecipes::link() {
     command.add("--manifest");
     command.add(paths_.inCommand(manifest_));
     command.add("--java");
-    command.add(paths_.inCommand(javaFolder_));
+    command.add(paths_.inCommand(javaDirectory_));
     command.add("--output-text-symbols");
     command.add(paths_.inCommand(symbols_));
     addManifestOptions(command);
     addAssets(command, recipe);
     addFlags(command, target_, "AAPT2_FLAGS");
-    // A later folder goes over an earlier one.
+    // A later directory goes over an earlier one.
     if (resources_.size() > 1) {
         command.add("--auto-add-overlay");
     }
@@ -173,7 +173,7 @@ void ApkRecipes::link() {
     addOutput(recipe, "base", base_);
     addOutput(recipe, "symbols", symbols_);
     // The package's name is that of a directory there; under an old name nothing may stay.
-    recipe.outputDirectory = platform::pathFromUtf8(javaFolder_);
+    recipe.outputDirectory = platform::pathFromUtf8(javaDirectory_);
     recipe.replacesOutputs = true;
     recipes.push_back(std::move(recipe));
 }

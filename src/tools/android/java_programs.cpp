@@ -12,8 +12,8 @@ namespace Vesk {
 namespace {
 
 std::string findIn(const std::string& kit, const std::string& file) {
-    for (const char* folder : {"/bin/", "/"}) {
-        if (std::string path = kit + folder + file; isFile(path)) {
+    for (const char* directory : {"/bin/", "/"}) {
+        if (std::string path = kit + directory + file; isFile(path)) {
             return path;
         }
     }
@@ -28,7 +28,7 @@ std::string requireJavaProgram(std::string_view name, const std::string& declare
         std::string path = findIn(normalPath(declared), file);
         if (path.empty()) {
             throw VeskException(
-                fmt::format("There is no '{}' in '{}' or its folder 'bin'. Correct java_path.",
+                fmt::format("There is no '{}' in '{}' or its directory 'bin'. Correct java_path.",
                             file, declared));
         }
         return path;
@@ -38,8 +38,8 @@ std::string requireJavaProgram(std::string_view name, const std::string& declare
             return path;
         }
     }
-    for (const std::string& folder : searchPath()) {
-        if (std::string path = folder + "/" + file; isFile(path)) {
+    for (const std::string& directory : searchPath()) {
+        if (std::string path = directory + "/" + file; isFile(path)) {
             return path;
         }
     }

@@ -6,9 +6,9 @@
 
 namespace Vesk {
 
-/// The path of "java", "keytool" or "javac". `declared` is the setting java_path: the kit's folder
-/// or its `bin`; when it is empty JAVA_HOME and PATH are asked. Throws VeskException when the
-/// program is not there.
+/// The path of "java", "keytool" or "javac". `declared` is the setting java_path: the kit's
+/// directory or its `bin`; when it is empty JAVA_HOME and PATH are asked. Throws VeskException when
+/// the program is not there.
 std::string requireJavaProgram(std::string_view name, const std::string& declared);
 
 }  // namespace Vesk

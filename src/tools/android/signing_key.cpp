@@ -5,9 +5,9 @@
 #include <system_error>
 
 #include "base/exception.h"
+#include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/support/run_step.h"
 #include "tools/support/value_lists.h"
@@ -29,9 +29,9 @@ constexpr const char* kNewStore = "debug.keystore.new";
 
 std::string debugKeystore() {
     const auto found = [](const char* variable, const char* below) -> std::string {
-        const auto folder = platform::environmentVariable(variable);
-        return folder && !folder->empty() ? normalPath(*folder) + below + kDebugStore
-                                          : std::string();
+        const auto directory = platform::environmentVariable(variable);
+        return directory && !directory->empty() ? normalPath(*directory) + below + kDebugStore
+                                                : std::string();
     };
     for (const auto& [variable, below] :
          {std::pair{"ANDROID_USER_HOME", "/"}, std::pair{"ANDROID_SDK_HOME", "/.android/"},
@@ -154,7 +154,7 @@ void makeDebugKey(const std::string& keystore, const CommandText& command) {
     }
     try {
         std::error_code error;
-        platform::makeFolders(file.parent_path(), error);
+        platform::makeDirectories(file.parent_path(), error);
         if (error) {
             throw std::system_error(error);
         }
@@ -178,7 +178,7 @@ void makeDebugKey(const std::string& keystore, const CommandText& command) {
         }
     } catch (const std::system_error& error) {
         throw VeskException(
-            fmt::format("The debug key '{}' cannot be made: {}. Make its folder writable, set "
+            fmt::format("The debug key '{}' cannot be made: {}. Make its directory writable, set "
                         "ANDROID_USER_HOME to another one, or give KEYSTORE.",
                         keystore, error.code().message()));
     }

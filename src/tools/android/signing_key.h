@@ -26,7 +26,7 @@ SigningKey signingKeyOf(const TargetContext& target, const TargetPaths& paths);
 /// signing: what is up to date needs no key.
 void requireSigningKey(const SigningKey& key);
 
-/// The command that makes a debug key, run in the folder where the store is to be.
+/// The command that makes a debug key, run in the directory where the store is to be.
 CommandText debugKeyCommand(const std::string& keytool);
 
 /// Makes the debug key unless there is one. Any number of builds may do so at once. Throws

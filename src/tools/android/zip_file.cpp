@@ -178,7 +178,7 @@ std::string_view ZipFile::packedBytes(const ZipEntry& entry) const {
 ZipWriter::ZipWriter(const std::filesystem::path& file)
     : file_(platform::pathToUtf8(file)), writer_(file) {
     if (!writer_.isOpen()) {
-        throw VeskException(fmt::format("Unable to write '{}'. Is its folder writable?", file_));
+        throw VeskException(fmt::format("Unable to write '{}'. Is its directory writable?", file_));
     }
 }
 

@@ -43,7 +43,7 @@ const AssignmentMap& c3Subjects() {
     return table;
 }
 
-std::string objectFolderOf(const TargetPaths& paths) {
+std::string objectDirectoryOf(const TargetPaths& paths) {
     return paths.objectDirectory() + "/objects";
 }
 
@@ -72,13 +72,14 @@ void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>&
     }
 }
 
-/// The C3 libraries of the names that lie in one of the folders; others the compiler has itself.
-std::vector<std::string> c3Libraries(const std::vector<std::string>& folders,
+/// The C3 libraries of the names that lie in one of the directories; others the compiler has
+/// itself.
+std::vector<std::string> c3Libraries(const std::vector<std::string>& directories,
                                      const std::vector<std::string>& names) {
     std::vector<std::string> found;
     for (const std::string& name : names) {
-        for (const std::string& folder : folders) {
-            const std::string path = folder + "/" + name + ".c3l";
+        for (const std::string& directory : directories) {
+            const std::string path = directory + "/" + name + ".c3l";
             if (platform::fileStatus(platform::pathFromUtf8(path))) {
                 found.push_back(path);
                 break;
@@ -148,10 +149,10 @@ class C3Recipe {
     }
 
     void makeObjects() {
-        command_.objectFolder = objectFolderOf(paths_);
+        command_.objectDirectory = objectDirectoryOf(paths_);
         Recipe recipe = newRecipe();
-        recipe.outputs.push_back(output("objects", pathValue(command_.objectFolder)));
-        recipe.outputDirectory = platform::pathFromUtf8(command_.objectFolder);
+        recipe.outputs.push_back(output("objects", pathValue(command_.objectDirectory)));
+        recipe.outputDirectory = platform::pathFromUtf8(command_.objectDirectory);
         recipe.replacesOutputs = true;  // the objects of modules that are gone would stay
         recipes.push_back(std::move(recipe));
     }
@@ -241,7 +242,7 @@ std::shared_ptr<Context> C3Builder::complete(TargetContext& target, int exitCode
     const TargetPaths paths(target, BuildEnv(environmentSettings(target)));
     std::vector<std::string> objects;
     for (const char* ending : {"/*.o", "/*.obj"}) {
-        std::ranges::move(filesMatching(objectFolderOf(paths) + ending, {}),
+        std::ranges::move(filesMatching(objectDirectoryOf(paths) + ending, {}),
                           std::back_inserter(objects));
     }
     results->addAssignment(output("OBJECTS", pathValues(objects)), ModifierMode::Copy);

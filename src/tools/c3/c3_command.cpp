@@ -191,7 +191,7 @@ CommandText c3CommandText(const C3Command& command, const TargetContext& target,
     text.add({}, paths.inCommand(command.sources));
     if (command.type == OutputType::Object) {
         text.add("--obj-out");
-        text.add(paths.inCommand(command.objectFolder));
+        text.add(paths.inCommand(command.objectDirectory));
     } else {
         text.add("-o");
         text.add(paths.inCommand(command.product.givenName));

@@ -39,8 +39,8 @@ struct C3Command {
     std::string ownTriple;               ///< what the compiler makes code for by itself
     std::string triple;                  ///< what the product is for
     OutputType type = OutputType::Executable;
-    C3Product product;         ///< not of objects
-    std::string objectFolder;  ///< of objects only
+    C3Product product;            ///< not of objects
+    std::string objectDirectory;  ///< of objects only
 };
 
 CommandText c3CommandText(const C3Command& command, const TargetContext& target,

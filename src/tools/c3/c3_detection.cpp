@@ -18,24 +18,24 @@ namespace Vesk {
 
 namespace {
 
-void addBelow(std::vector<std::string>& folders, const char* variable, const char* below) {
-    const auto folder = platform::environmentVariable(variable);
-    if (folder && platform::isAbsolutePath(*folder)) {
-        folders.push_back(normalPath(*folder + below));
+void addBelow(std::vector<std::string>& directories, const char* variable, const char* below) {
+    const auto directory = platform::environmentVariable(variable);
+    if (directory && platform::isAbsolutePath(*directory)) {
+        directories.push_back(normalPath(*directory + below));
     }
 }
 
-std::vector<std::string> searchedFolders() {
-    std::vector<std::string> folders = searchPath();
-    addBelow(folders, "C3C_HOME", "");
-    addBelow(folders, "C3C_HOME", "/bin");
+std::vector<std::string> searchedDirectories() {
+    std::vector<std::string> directories = searchPath();
+    addBelow(directories, "C3C_HOME", "");
+    addBelow(directories, "C3C_HOME", "/bin");
     if (platform::kWindows) {
-        folders.emplace_back("C:/c3");
-        addBelow(folders, "ProgramFiles", "/c3");
+        directories.emplace_back("C:/c3");
+        addBelow(directories, "ProgramFiles", "/c3");
     } else {
-        folders.insert(folders.end(), {"/usr/local/bin", "/opt/c3", "/opt/c3/bin"});
+        directories.insert(directories.end(), {"/usr/local/bin", "/opt/c3", "/opt/c3/bin"});
     }
-    return folders;
+    return directories;
 }
 
 /// The text behind a label: "C3 Compiler Version:       0.8.3 (...)".
@@ -53,7 +53,7 @@ std::string_view answerTo(std::string_view label, std::string_view answer) {
 std::vector<DetectedTool> detectC3() {
     std::vector<DetectedTool> tools;
     std::set<std::string> names;
-    for (const FoundCompiler& compiler : findCompilers("c3c", searchedFolders())) {
+    for (const FoundCompiler& compiler : findCompilers("c3c", searchedDirectories())) {
         const std::string answer = askCompiler(compiler, "--version");
         Toolchain toolchain = {RegisterC3Matcher.word(),
                                "C3",

@@ -8,9 +8,9 @@
 
 #include "base/console.h"
 #include "base/text.h"
+#include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "platform/system.h"
 #include "run/capture_output.h"
 #include "tools/discovery/triple.h"
@@ -60,12 +60,12 @@ bool isPrefix(std::string_view text) noexcept {
            (text.size() > 1 && text.back() == '-' && text != "c89-" && text != "c99-");
 }
 
-std::vector<FoundCompiler> compilersIn(const std::string& folder, std::string_view word) {
+std::vector<FoundCompiler> compilersIn(const std::string& directory, std::string_view word) {
     std::vector<FoundCompiler> found;
     std::error_code ignored;
-    for (const platform::FolderEntry& entry :
-         platform::listFolder(platform::pathFromUtf8(folder), ignored)) {
-        FoundCompiler compiler{folder + "/" + entry.name, {folder, {}, {}}};
+    for (const platform::DirectoryEntry& entry :
+         platform::listDirectory(platform::pathFromUtf8(directory), ignored)) {
+        FoundCompiler compiler{directory + "/" + entry.name, {directory, {}, {}}};
         if (splitCompilerName(stemOf(entry.name), word, compiler.place) && isFile(compiler.path)) {
             found.push_back(std::move(compiler));
         }
@@ -113,16 +113,16 @@ bool splitCompilerName(std::string_view name, std::string_view word, ToolchainPl
 }
 
 std::vector<FoundCompiler> findCompilers(std::string_view word,
-                                         const std::vector<std::string>& folders) {
+                                         const std::vector<std::string>& directories) {
     std::vector<FoundCompiler> all;
     std::set<std::string> searched;
     std::set<std::string> seen;
-    for (const std::string& folder : folders) {
-        if (isLauncher(folder.substr(folder.rfind('/') + 1)) ||
-            !searched.insert(realPath(folder)).second) {
+    for (const std::string& directory : directories) {
+        if (isLauncher(directory.substr(directory.rfind('/') + 1)) ||
+            !searched.insert(realPath(directory)).second) {
             continue;
         }
-        for (FoundCompiler& compiler : compilersIn(folder, word)) {
+        for (FoundCompiler& compiler : compilersIn(directory, word)) {
             const std::string real = realPath(compiler.path);
             const std::string_view realName = std::string_view(real).substr(real.rfind('/') + 1);
             if (!isLauncher(platform::kWindows ? stemOf(realName) : realName) &&
@@ -165,8 +165,9 @@ DetectedTool detectedTool(const Toolchain& toolchain, std::string_view word) {
     add("tool_type", toolchain.toolType);
     add("toolchain_name",
         toolchain.family + " " + toolchain.version + (native ? "" : " for " + toolchain.triple));
-    context->addAssignment(resolvedAssignment("toolchain_path", pathValue(toolchain.place.folder)),
-                           ModifierMode::Copy);
+    context->addAssignment(
+        resolvedAssignment("toolchain_path", pathValue(toolchain.place.directory)),
+        ModifierMode::Copy);
     add("toolchain_version", toolchain.version);
     add("toolchain_target", toolchain.triple);
     add("toolchain_prefix", toolchain.place.prefix);
@@ -181,7 +182,7 @@ void warnIfMissing(const Toolchain& toolchain, std::initializer_list<std::string
     ToolchainPrograms finder("");
     if (finder.find(toolchain.place, programs).empty()) {
         console::warning("{} {} in '{}' has no '{}{}': {}.", toolchain.family, toolchain.version,
-                         toolchain.place.folder, toolchain.place.prefix, *programs.begin(), use);
+                         toolchain.place.directory, toolchain.place.prefix, *programs.begin(), use);
     }
 }
 

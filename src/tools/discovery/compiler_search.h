@@ -15,18 +15,18 @@ struct FoundCompiler {
     ToolchainPlace place;
 };
 
-/// The file or folder behind all links; the path itself where that cannot be told.
+/// The file or directory behind all links; the path itself where that cannot be told.
 std::string realPath(const std::string& path);
 
 /// The prefix and suffix in a program's name, "x86_64-w64-mingw32-gcc-12-posix" for the word "gcc".
 /// False for programs that only begin or end alike, as "gcc-ar" and "c99-gcc" do.
 bool splitCompilerName(std::string_view name, std::string_view word, ToolchainPlace& place);
 
-/// The compilers in the folders, each file once, whatever names and links lead to it: first the
-/// folder's plain name, then newer versions before older ones. What runs other compilers, ccache
+/// The compilers in the directories, each file once, whatever names and links lead to it: first the
+/// directory's plain name, then newer versions before older ones. What runs other compilers, ccache
 /// and its like, is none.
 std::vector<FoundCompiler> findCompilers(std::string_view word,
-                                         const std::vector<std::string>& folders);
+                                         const std::vector<std::string>& directories);
 
 /// What the compiler answers; empty when it fails.
 std::string askCompiler(const FoundCompiler& compiler, std::string_view arguments);

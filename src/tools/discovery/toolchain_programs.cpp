@@ -15,13 +15,13 @@ namespace Vesk {
 namespace {
 
 std::string programPath(const ToolchainPlace& place, std::string_view name) {
-    return fmt::format("{}/{}{}{}{}", place.folder, place.prefix, name, place.suffix,
+    return fmt::format("{}/{}{}{}{}", place.directory, place.prefix, name, place.suffix,
                        programEnding());
 }
 
 std::string findInPath(const std::string& name) {
-    for (const std::string& folder : searchPath()) {
-        if (std::string path = folder + "/" + name; isFile(path)) {
+    for (const std::string& directory : searchPath()) {
+        if (std::string path = directory + "/" + name; isFile(path)) {
             return path;
         }
     }
@@ -30,7 +30,7 @@ std::string findInPath(const std::string& name) {
 
 std::string findProgram(const ToolchainPlace& place,
                         std::initializer_list<std::string_view> names) {
-    const ToolchainPlace plain = {place.folder, place.prefix, {}};
+    const ToolchainPlace plain = {place.directory, place.prefix, {}};
     for (const std::string_view name : names) {
         for (const ToolchainPlace* each : {&place, &plain}) {
             if (std::string path = programPath(*each, name); isFile(path)) {
@@ -82,11 +82,11 @@ std::string pathFor(const DeclaredPlace& declared, Context& target) {
                       normalPath(target.textOf("PROJECT_ROOT").value_or("")));
 }
 
-std::vector<std::filesystem::path> runFolders(const ToolchainPlace& place) {
+std::vector<std::filesystem::path> runDirectories(const ToolchainPlace& place) {
     if (!platform::kWindows) {
         return {};
     }
-    return {platform::pathFromUtf8(place.folder).make_preferred()};
+    return {platform::pathFromUtf8(place.directory).make_preferred()};
 }
 
 std::string_view programEnding() noexcept {
@@ -94,30 +94,30 @@ std::string_view programEnding() noexcept {
 }
 
 std::vector<std::string> searchPath() {
-    std::vector<std::string> folders;
+    std::vector<std::string> directories;
     const std::string path = platform::environmentVariable("PATH").value_or("");
     for (std::size_t start = 0; start <= path.size();) {
         const std::size_t end =
             std::min(path.find(platform::kPathListSeparator, start), path.size());
-        std::string_view folder = std::string_view(path).substr(start, end - start);
-        if (folder.size() > 1 && folder.front() == '"' && folder.back() == '"') {
-            folder = folder.substr(1, folder.size() - 2);
+        std::string_view directory = std::string_view(path).substr(start, end - start);
+        if (directory.size() > 1 && directory.front() == '"' && directory.back() == '"') {
+            directory = directory.substr(1, directory.size() - 2);
         }
-        // A relative folder would give another toolchain in every directory.
-        if (platform::isAbsolutePath(folder)) {
-            folders.push_back(normalPath(folder));
+        // A relative directory would give another toolchain in every directory.
+        if (platform::isAbsolutePath(directory)) {
+            directories.push_back(normalPath(directory));
         }
         start = end + 1;
     }
-    return folders;
+    return directories;
 }
 
 ToolchainPlace ToolchainPrograms::locate(const std::string& path, ToolchainPlace given) const {
-    given.folder = path;
+    given.directory = path;
     if (isFile(programPath(given, compiler_))) {
         return given;
     }
-    given.folder = path + "/bin";
+    given.directory = path + "/bin";
     if (isFile(programPath(given, compiler_))) {
         return given;
     }
@@ -130,9 +130,9 @@ ToolchainPlace ToolchainPrograms::locate(const std::string& path, ToolchainPlace
         }
         return {path.substr(0, nameStart - 1), path.substr(nameStart, word - nameStart), suffix};
     }
-    given.folder = path;
+    given.directory = path;
     throw VeskException(fmt::format(
-        "There is no compiler '{0}' in '{1}' or its folder 'bin', and '{1}' is none either. "
+        "There is no compiler '{0}' in '{1}' or its directory 'bin', and '{1}' is none either. "
         "Correct "
         "toolchain_path, toolchain_prefix or toolchain_suffix of the tool, or look for compilers "
         "anew with vesk --find-compilers.",
@@ -167,7 +167,7 @@ std::string ToolchainPrograms::require(const ToolchainPlace& place,
         throw VeskException(
             fmt::format("The toolchain in '{}' has no '{}', which this target needs, and PATH has "
                         "none either. Install it, or choose another toolchain.",
-                        place.folder, place.prefix + std::string(*names.begin())));
+                        place.directory, place.prefix + std::string(*names.begin())));
     }
     return program;
 }

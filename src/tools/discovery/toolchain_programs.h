@@ -1,4 +1,4 @@
-// The programs of a toolchain that is installed in one folder.
+// The programs of a toolchain that is installed in one directory.
 #pragma once
 
 #include <filesystem>
@@ -15,7 +15,7 @@ namespace Vesk {
 
 /// What the programs of one toolchain are called: "x86_64-w64-mingw32-" "gcc" "-posix".
 struct ToolchainPlace {
-    std::string folder;
+    std::string directory;
     std::string prefix;
     std::string suffix;
 };
@@ -44,9 +44,9 @@ class ToolchainPrograms {
     /// `compiler`: the word in the compiler's name, "gcc".
     explicit ToolchainPrograms(std::string compiler) : compiler_(std::move(compiler)) {}
 
-    /// The place of the compiler. The declared path is its folder, one whose `bin` has it, or the
-    /// compiler itself; references in it are those of the target. Throws VeskException when there
-    /// is no compiler.
+    /// The place of the compiler. The declared path is its directory, one whose `bin` has it, or
+    /// the compiler itself; references in it are those of the target. Throws VeskException when
+    /// there is no compiler.
     const ToolchainPlace& place(const DeclaredPlace& declared, Context& target);
 
     /// The first of these programs that is there: with the suffix, without it, then, with the
@@ -64,14 +64,14 @@ class ToolchainPrograms {
     std::map<std::string, std::string> programs_;
 };
 
-/// The folders in which a toolchain's programs find what they need to run: on Windows their own
+/// The directories in which a toolchain's programs find what they need to run: on Windows their own
 /// libraries lie beside them.
-std::vector<std::filesystem::path> runFolders(const ToolchainPlace& place);
+std::vector<std::filesystem::path> runDirectories(const ToolchainPlace& place);
 
 /// The system's ending for programs: ".exe" or nothing.
 std::string_view programEnding() noexcept;
 
-/// The folders of PATH, as text.
+/// The directories of PATH, as text.
 std::vector<std::string> searchPath();
 
 }  // namespace Vesk

@@ -18,17 +18,17 @@ namespace Vesk {
 namespace {
 
 /// Where the distributions for Windows put it when nobody chooses another place.
-void addWindowsPlaces(std::vector<std::string>& folders) {
-    for (const char* folder : {"C:/msys64/ucrt64/bin", "C:/msys64/mingw64/bin", "C:/mingw64/bin",
-                               "C:/MinGW/bin", "C:/TDM-GCC-64/bin", "C:/Strawberry/c/bin"}) {
-        folders.emplace_back(folder);
+void addWindowsPlaces(std::vector<std::string>& directories) {
+    for (const char* directory : {"C:/msys64/ucrt64/bin", "C:/msys64/mingw64/bin", "C:/mingw64/bin",
+                                  "C:/MinGW/bin", "C:/TDM-GCC-64/bin", "C:/Strawberry/c/bin"}) {
+        directories.emplace_back(directory);
     }
     if (const auto data = platform::environmentVariable("ProgramData")) {
-        folders.push_back(normalPath(*data + "/mingw64/mingw64/bin"));
+        directories.push_back(normalPath(*data + "/mingw64/mingw64/bin"));
     }
     if (const auto home = platform::environmentVariable("USERPROFILE")) {
         for (const char* package : {"gcc", "mingw", "mingw-winlibs"}) {
-            folders.push_back(normalPath(*home + "/scoop/apps/" + package + "/current/bin"));
+            directories.push_back(normalPath(*home + "/scoop/apps/" + package + "/current/bin"));
         }
     }
 }
@@ -48,14 +48,14 @@ std::string versionOf(const FoundCompiler& compiler) {
 }  // namespace
 
 std::vector<DetectedTool> detectGNU() {
-    std::vector<std::string> folders = searchPath();
+    std::vector<std::string> directories = searchPath();
     if (platform::kWindows) {
-        addWindowsPlaces(folders);
+        addWindowsPlaces(directories);
     }
     std::vector<DetectedTool> tools;
     std::set<std::string> triples;
     std::set<std::string> names;
-    for (const FoundCompiler& compiler : findCompilers("gcc", folders)) {
+    for (const FoundCompiler& compiler : findCompilers("gcc", directories)) {
         Toolchain toolchain = {RegisterGNUMatcher.word(),
                                "GCC",
                                versionOf(compiler),

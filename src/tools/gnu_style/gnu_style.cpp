@@ -19,7 +19,7 @@ std::vector<std::string> PlacedGnuStyle::compilerOptions() const {
 }
 
 std::vector<std::filesystem::path> PlacedGnuStyle::searchDirectories() const {
-    return runFolders(place_);
+    return runDirectories(place_);
 }
 
 }  // namespace Vesk

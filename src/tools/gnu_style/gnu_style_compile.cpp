@@ -59,7 +59,7 @@ void GnuStyleBuild::make(Language driver) {
 
     switch (type_) {
         case OutputType::Object:
-            passOn(outputs, "OBJ_FILES", pathValues(objects_));
+            exportAppend(outputs, "OBJ_FILES", pathValues(objects_));
             addLibraryOutputs({});
             break;
         case OutputType::Static:
@@ -107,13 +107,13 @@ GnuStyleBuild::Compiler GnuStyleBuild::compilerFor(Language language) const {
     addFlags(command, target_, "FLAGS");
     addFlags(command, target_, flagsVariable(language));
     command.add("-D", entriesOf(target_, "DEFINES"));
-    const auto folders = [this](const char* variable) {
+    const auto directories = [this](const char* variable) {
         return paths_.inCommand(paths_.absolute(entriesOf(target_, variable)));
     };
-    command.add("-I", folders("INCLUDE_DIRS"));
-    for (const std::string& folder : folders("SYSTEM_INCLUDE_DIRS")) {
+    command.add("-I", directories("INCLUDE_DIRS"));
+    for (const std::string& directory : directories("SYSTEM_INCLUDE_DIRS")) {
         command.add("-isystem");
-        command.add(folder);
+        command.add(directory);
     }
     return {std::move(command), resolvedAssignment("program", pathValue(program)),
             headerSearch(target_, paths_, {"FLAGS", flagsVariable(language)}),

@@ -19,7 +19,7 @@ namespace {
 
 constexpr const char* kCpp = "c++";
 
-std::string folderOf(const std::string& path) {
+std::string directoryOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
 }
 
@@ -164,7 +164,7 @@ void GnuStyleBuild::linkByHand() {
     addLibraries(command, recipe);
     finishProduct(std::move(recipe), command, product);
     if (type_ == OutputType::Relocatable) {
-        passOn(outputs, "OBJ_FILES", pathValues({product.path}));
+        exportAppend(outputs, "OBJ_FILES", pathValues({product.path}));
     }
 }
 
@@ -241,24 +241,24 @@ void GnuStyleBuild::addSharedOptions(CommandText& command, const Product& produc
     }
 }
 
-/// So that what was built runs where it was built, and anywhere else with the same folders.
+/// So that what was built runs where it was built, and anywhere else with the same directories.
 void GnuStyleBuild::addRunPaths(CommandText& command, const Product& product) const {
     if (isWindowsTriple(style_.triple())) {
         return;
     }
     const char* origin = isAppleTriple(style_.triple()) ? "@loader_path" : "$ORIGIN";
-    command.add("-Wl,-rpath,", runPaths(libraries_, folderOf(product.path), origin, paths_));
+    command.add("-Wl,-rpath,", runPaths(libraries_, directoryOf(product.path), origin, paths_));
 }
 
 void GnuStyleBuild::addLibraries(CommandText& command, Recipe& recipe) const {
-    const std::vector<std::string> folders = paths_.absolute(entriesOf(target_, "LIB_DIRS"));
+    const std::vector<std::string> directories = paths_.absolute(entriesOf(target_, "LIB_DIRS"));
     const std::vector<std::string> names = atLastPlace(entriesOf(target_, "LIBS"));
     command.add({}, paths_.inCommand(libraries_));
     addFlags(command, target_, "LINK_FLAGS");
-    command.add("-L", paths_.inCommand(folders));
+    command.add("-L", paths_.inCommand(directories));
     command.add({}, libraryOptions(names));
     addInputs(recipe, "LIB_FILES", libraries_);
-    addInputs(recipe, "LIBS", librariesIn(folders, names, paths_.root()));
+    addInputs(recipe, "LIBS", librariesIn(directories, names, paths_.root()));
     addInputs(recipe, "LINK_FLAGS", flagFiles(target_, paths_, {"LINK_FLAGS"}));
 }
 
@@ -290,12 +290,12 @@ void GnuStyleBuild::addLibraryOutputs(const Product& product) {
             files.push_back(each);
         }
     }
-    passOn(outputs, "LIB_FILES", pathValues(files));
+    exportAppend(outputs, "LIB_FILES", pathValues(files));
     if (linked) {
         return;
     }
-    passOn(outputs, "LIBS", textValues(atLastPlace(entriesOf(target_, "LIBS"))));
-    passOn(outputs, "LIB_DIRS", pathValues(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
+    exportAppend(outputs, "LIBS", textValues(atLastPlace(entriesOf(target_, "LIBS"))));
+    exportAppend(outputs, "LIB_DIRS", pathValues(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
     if (linksCpp()) {
         outputs.push_back(resolvedAssignment("LINK_LANGUAGE", std::make_shared<VeskRawString>(kCpp),
                                              AssignModifier::Output));

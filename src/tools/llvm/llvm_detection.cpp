@@ -5,9 +5,9 @@
 #include <system_error>
 
 #include "base/console.h"
+#include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "platform/system.h"
 #include "tools/discovery/compiler_search.h"
 #include "tools/discovery/toolchain_match.h"
@@ -19,12 +19,12 @@ namespace Vesk {
 
 namespace {
 
-/// The folders of Linux distributions, one for each version, newest first.
-void addVersionedFolders(std::vector<std::string>& folders) {
+/// The directories of Linux distributions, one for each version, newest first.
+void addVersionedDirectories(std::vector<std::string>& directories) {
     constexpr std::string_view kStart = "llvm-";
     std::vector<std::string> versions;
     std::error_code ignored;
-    for (const platform::FolderEntry& entry : platform::listFolder("/usr/lib", ignored)) {
+    for (const platform::DirectoryEntry& entry : platform::listDirectory("/usr/lib", ignored)) {
         if (entry.name.starts_with(kStart)) {
             versions.push_back(entry.name.substr(kStart.size()));
         }
@@ -33,17 +33,17 @@ void addVersionedFolders(std::vector<std::string>& folders) {
         return compareVersions(a, b) > 0;
     });
     for (const std::string& version : versions) {
-        folders.push_back("/usr/lib/llvm-" + version + "/bin");
+        directories.push_back("/usr/lib/llvm-" + version + "/bin");
     }
 }
 
-void addWindowsPlaces(std::vector<std::string>& folders) {
+void addWindowsPlaces(std::vector<std::string>& directories) {
     for (const char* variable : {"ProgramFiles", "ProgramW6432", "ProgramFiles(x86)"}) {
         if (const auto programs = platform::environmentVariable(variable)) {
-            folders.push_back(normalPath(*programs + "/LLVM/bin"));
+            directories.push_back(normalPath(*programs + "/LLVM/bin"));
         }
     }
-    folders.emplace_back("C:/msys64/clang64/bin");
+    directories.emplace_back("C:/msys64/clang64/bin");
 }
 
 /// "Ubuntu clang version 14.0.6-1", "Apple clang version 15.0.0 (clang-1500.3.9.4)".
@@ -59,17 +59,17 @@ std::string versionOf(const FoundCompiler& compiler) {
 }  // namespace
 
 std::vector<DetectedTool> detectLLVM() {
-    std::vector<std::string> folders = searchPath();
+    std::vector<std::string> directories = searchPath();
     // Where there is a GCC, it is the machine's compiler.
-    const bool hasGcc = !findCompilers("gcc", folders).empty();
+    const bool hasGcc = !findCompilers("gcc", directories).empty();
     if (platform::kWindows) {
-        addWindowsPlaces(folders);
+        addWindowsPlaces(directories);
     } else {
-        addVersionedFolders(folders);
+        addVersionedDirectories(directories);
     }
     std::vector<DetectedTool> tools;
     std::set<std::string> names;
-    for (const FoundCompiler& compiler : findCompilers("clang", folders)) {
+    for (const FoundCompiler& compiler : findCompilers("clang", directories)) {
         Toolchain toolchain = {RegisterLLVMMatcher.word(),
                                "Clang",
                                versionOf(compiler),

@@ -7,9 +7,9 @@ namespace Vesk {
 
 /// The names of one machine.
 struct Architecture {
-    std::string_view folder;   ///< in paths of Visual Studio and the kits: "x64"
-    std::string_view machine;  ///< for the linker's /MACHINE: "X64"
-    std::string_view triple;   ///< "x86_64-pc-windows-msvc"
+    std::string_view directory;  ///< in paths of Visual Studio and the kits: "x64"
+    std::string_view machine;    ///< for the linker's /MACHINE: "X64"
+    std::string_view triple;     ///< "x86_64-pc-windows-msvc"
 };
 
 inline constexpr Architecture kArchitectures[] = {

@@ -19,14 +19,15 @@ const char* frameworkOf(DriverModel model) noexcept {
     return model == DriverModel::Kmdf ? "kmdf" : model == DriverModel::Umdf ? "umdf" : nullptr;
 }
 
-std::string chooseFramework(const Context& target, DriverModel model, const MsvcFolders& folders) {
+std::string chooseFramework(const Context& target, DriverModel model,
+                            const MsvcDirectories& directories) {
     const char* framework = frameworkOf(model);
     if (framework == nullptr) {
         return {};
     }
     const char* variable = model == DriverModel::Kmdf ? "KMDF_VERSION" : "UMDF_VERSION";
     const std::string asked = target.textOf(variable).value_or("");
-    const std::vector<std::string> all = frameworkVersions(folders.kit.folder, framework);
+    const std::vector<std::string> all = frameworkVersions(directories.kit.directory, framework);
     // Versions of before the second one are another framework.
     const auto found = std::ranges::find_if(all, [&](const std::string& version) {
         return asked.empty() ? model == DriverModel::Kmdf || version[0] == '2'
@@ -35,7 +36,7 @@ std::string chooseFramework(const Context& target, DriverModel model, const Msvc
     if (found == all.end()) {
         throw VeskException(fmt::format(
             "The kit '{}' has no {} {}. It has: {}. Correct {}, or install another WDK.",
-            folders.kit.folder, framework, asked, all.empty() ? "none" : joined(all, ", "),
+            directories.kit.directory, framework, asked, all.empty() ? "none" : joined(all, ", "),
             variable));
     }
     return *found;
@@ -66,18 +67,21 @@ DriverModel driverModelOf(const Context& target) {
     throw error;
 }
 
-DriverSettings::DriverSettings(const Context& target, DriverModel model, const MsvcFolders& folders)
-    : model_(model), folders_(folders), framework_(chooseFramework(target, model, folders)) {}
+DriverSettings::DriverSettings(const Context& target, DriverModel model,
+                               const MsvcDirectories& directories)
+    : model_(model),
+      directories_(directories),
+      framework_(chooseFramework(target, model, directories)) {}
 
 std::vector<std::string> DriverSettings::compilerOptions() const {
     std::vector<std::string> options;
     if (kernel()) {
         // Clang has no such option, and is told its parts.
-        options = folders_.clang ? std::vector<std::string>{"/GR-", "/EHs-c-"}
-                                 : std::vector<std::string>{"/kernel"};
+        options = directories_.clang ? std::vector<std::string>{"/GR-", "/EHs-c-"}
+                                     : std::vector<std::string>{"/kernel"};
         options.emplace_back("/Zp8");
     }
-    if (kernel() && folders_.architecture->folder == "x86") {
+    if (kernel() && directories_.architecture->directory == "x86") {
         options.emplace_back("/Gz");
     }
     return options;
@@ -88,7 +92,7 @@ std::vector<std::string> DriverSettings::definitions() const {
     if (model_ == DriverModel::None) {
         return all;
     }
-    const std::string_view machine = folders_.architecture->folder;
+    const std::string_view machine = directories_.architecture->directory;
     if (machine == "x64") {
         all = {"_AMD64_", "AMD64"};
     } else if (machine == "x86") {
@@ -113,7 +117,7 @@ std::vector<std::string> DriverSettings::linkerOptions(bool entry) const {
     std::vector<std::string> options = {model_ == DriverModel::Wdm ? "/DRIVER:WDM" : "/DRIVER",
                                         "/SUBSYSTEM:NATIVE", "/NODEFAULTLIB"};
     if (!entry) {
-        const bool decorated = folders_.architecture->folder == "x86";
+        const bool decorated = directories_.architecture->directory == "x86";
         const std::string name = model_ == DriverModel::Kmdf ? "FxDriverEntry" : "GsDriverEntry";
         options.push_back("/ENTRY:" + name + (decorated ? "@8" : ""));
     }
@@ -135,48 +139,48 @@ std::vector<std::string> DriverSettings::libraries() const {
     return {"BufferOverflowFastFailK.lib", "ntoskrnl.lib", "hal.lib", "wmilib.lib"};
 }
 
-std::vector<std::string> DriverSettings::includeFolders() const {
-    const WindowsKit& kit = folders_.kit;
-    if (kit.folder.empty()) {
+std::vector<std::string> DriverSettings::includeDirectories() const {
+    const WindowsKit& kit = directories_.kit;
+    if (kit.directory.empty()) {
         return {};
     }
     if (kernel()) {
-        std::vector<std::string> folders = {kit.include("km"), kit.include("km/crt"),
-                                            kit.include("shared")};
+        std::vector<std::string> directories = {kit.include("km"), kit.include("km/crt"),
+                                                kit.include("shared")};
         if (!framework_.empty()) {
-            folders.push_back(fmt::format("{}/Include/wdf/kmdf/{}", kit.folder, framework_));
+            directories.push_back(fmt::format("{}/Include/wdf/kmdf/{}", kit.directory, framework_));
         }
-        return folders;
+        return directories;
     }
-    std::vector<std::string> folders;
+    std::vector<std::string> directories;
     for (const char* part : {"ucrt", "um", "shared", "winrt", "cppwinrt"}) {
-        folders.push_back(kit.include(part));
+        directories.push_back(kit.include(part));
     }
     if (model_ == DriverModel::Umdf) {
-        folders.push_back(fmt::format("{}/Include/wdf/umdf/{}", kit.folder, framework_));
+        directories.push_back(fmt::format("{}/Include/wdf/umdf/{}", kit.directory, framework_));
     }
-    return folders;
+    return directories;
 }
 
-std::vector<std::string> DriverSettings::libraryFolders() const {
-    const WindowsKit& kit = folders_.kit;
-    if (kit.folder.empty()) {
+std::vector<std::string> DriverSettings::libraryDirectories() const {
+    const WindowsKit& kit = directories_.kit;
+    if (kit.directory.empty()) {
         return {};
     }
-    std::vector<std::string> folders;
+    std::vector<std::string> directories;
     for (const char* part : {"ucrt", "um"}) {
         if (!kernel()) {
-            folders.push_back(kit.library(part, *folders_.architecture));
+            directories.push_back(kit.library(part, *directories_.architecture));
         }
     }
     if (kernel()) {
-        folders.push_back(kit.library("km", *folders_.architecture));
+        directories.push_back(kit.library("km", *directories_.architecture));
     }
     if (!framework_.empty()) {
-        folders.push_back(fmt::format("{}/Lib/wdf/{}/{}/{}", kit.folder, frameworkOf(model_),
-                                      folders_.architecture->folder, framework_));
+        directories.push_back(fmt::format("{}/Lib/wdf/{}/{}/{}", kit.directory, frameworkOf(model_),
+                                          directories_.architecture->directory, framework_));
     }
-    return folders;
+    return directories;
 }
 
 }  // namespace Vesk

@@ -23,8 +23,8 @@ DriverModel driverModelOf(const Context& target);
 class DriverSettings {
   public:
     /// KMDF_VERSION and UMDF_VERSION choose the framework; the newest without them. Throws
-    /// VeskException for a framework that the kit lacks. The folders outlive the settings.
-    DriverSettings(const Context& target, DriverModel model, const MsvcFolders& folders);
+    /// VeskException for a framework that the kit lacks. The directories outlive the settings.
+    DriverSettings(const Context& target, DriverModel model, const MsvcDirectories& directories);
 
     bool kernel() const noexcept {
         return model_ == DriverModel::Wdm || model_ == DriverModel::Kmdf;
@@ -39,13 +39,13 @@ class DriverSettings {
     std::vector<std::string> linkerOptions(bool entry) const;
     std::vector<std::string> libraries() const;
 
-    /// Folders of the kits, also for targets that are no drivers.
-    std::vector<std::string> includeFolders() const;
-    std::vector<std::string> libraryFolders() const;
+    /// Directories of the kits, also for targets that are no drivers.
+    std::vector<std::string> includeDirectories() const;
+    std::vector<std::string> libraryDirectories() const;
 
   private:
     DriverModel model_;
-    const MsvcFolders& folders_;
+    const MsvcDirectories& directories_;
     std::string framework_;  ///< "1.31"; empty without one
 };
 

@@ -51,7 +51,7 @@ class MsvcBuild {
     void compileMessages();
     void compile();
     Compiler compilerFor(Language language) const;
-    void addDefinitionsAndFolders(CommandText& command) const;
+    void addDefinitionsAndDirectories(CommandText& command) const;
     Recipe compileRecipe(const SourceFile& source, const Compiler& compiler) const;
     void addDependencyReport(const SourceFile& source, const Compiler& compiler,
                              CommandText& command, Recipe& recipe) const;
@@ -84,17 +84,17 @@ class MsvcBuild {
     const TargetPaths paths_;
     MsvcPrograms& programs_;
     const DriverModel model_;
-    const MsvcFolders& folders_;
+    const MsvcDirectories& directories_;
     const DriverSettings driver_;
     const Signing signing_;
-    std::shared_ptr<const ToolSurroundings> surroundings_;
+    std::shared_ptr<const ToolEnvironment> surroundings_;
     OutputType type_;
     std::uint32_t stage_ = 0;
     std::vector<SourceFile> sources_;
-    std::vector<std::string> scripts_;         ///< resource scripts, those from messages among them
-    std::vector<std::string> messageFolders_;  ///< with what was made of message files
-    std::vector<std::string> headers_;         ///< in there
-    std::vector<std::string> objects_;         ///< of the sources, then OBJ_FILES
+    std::vector<std::string> scripts_;  ///< resource scripts, those from messages among them
+    std::vector<std::string> messageDirectories_;  ///< with what was made of message files
+    std::vector<std::string> headers_;             ///< in there
+    std::vector<std::string> objects_;             ///< of the sources, then OBJ_FILES
     std::vector<std::string> resources_;
     std::vector<std::string> libraries_;
 };

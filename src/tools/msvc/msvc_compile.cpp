@@ -12,7 +12,7 @@
 #include "tools/discovery/version.h"
 #include "tools/msvc/msvc_build.h"
 #include "tools/msvc/resource_script.h"
-#include "tools/msvc/version_folders.h"
+#include "tools/msvc/version_directories.h"
 #include "tools/support/flag_files.h"
 #include "tools/support/header_search.h"
 #include "tools/support/libraries.h"
@@ -29,13 +29,13 @@ constexpr std::string_view kObjectSuffix = ".obj";
 /// How a compiler tells which headers it has read.
 enum class Report { Json, Makefile, Notes };
 
-Report reportOf(const MsvcFolders& folders) {
-    if (folders.clang) {
+Report reportOf(const MsvcDirectories& directories) {
+    if (directories.clang) {
         return Report::Makefile;
     }
     // That of Visual Studio 2019 16.7 and later ones know /sourceDependencies.
     const bool knowsJson =
-        folders.version.empty() || compareVersions(folders.version, "14.27") >= 0;
+        directories.version.empty() || compareVersions(directories.version, "14.27") >= 0;
     return knowsJson ? Report::Json : Report::Notes;
 }
 
@@ -72,11 +72,11 @@ std::string environmentOf(const Context& target, std::string_view name) {
 }
 
 /// "INCLUDE=a;b". What the target itself gives comes last.
-void addFolders(std::vector<std::string>& variables, const Context& target, const std::string& name,
-                const std::vector<std::string>& folders) {
+void addDirectories(std::vector<std::string>& variables, const Context& target,
+                    const std::string& name, const std::vector<std::string>& directories) {
     std::string value;
-    for (const std::string& folder : folders) {
-        value.append(value.empty() ? "" : ";").append(nativePath(folder));
+    for (const std::string& directory : directories) {
+        value.append(value.empty() ? "" : ";").append(nativePath(directory));
     }
     if (value.empty()) {
         return;
@@ -87,35 +87,36 @@ void addFolders(std::vector<std::string>& variables, const Context& target, cons
     variables.push_back(name + "=" + value);
 }
 
-std::vector<std::string> toolSetFolders(const MsvcFolders& folders, const std::string& part) {
+std::vector<std::string> toolSetDirectories(const MsvcDirectories& directories,
+                                            const std::string& part) {
     std::vector<std::string> found;
-    if (!folders.toolSet.empty()) {
-        found.push_back(folders.toolSet + "/" + part);
-        if (std::string atl = folders.toolSet + "/atlmfc/" + part; isFolder(atl)) {
+    if (!directories.toolSet.empty()) {
+        found.push_back(directories.toolSet + "/" + part);
+        if (std::string atl = directories.toolSet + "/atlmfc/" + part; isDirectory(atl)) {
             found.push_back(std::move(atl));
         }
     }
     return found;
 }
 
-std::shared_ptr<const ToolSurroundings> surroundingsOf(const Context& target,
-                                                       const MsvcFolders& folders,
-                                                       const DriverSettings& driver) {
-    auto surroundings = std::make_shared<ToolSurroundings>();
-    std::vector<std::string> include = toolSetFolders(folders, "include");
-    const std::vector<std::string> ofKit = driver.includeFolders();
+std::shared_ptr<const ToolEnvironment> surroundingsOf(const Context& target,
+                                                      const MsvcDirectories& directories,
+                                                      const DriverSettings& driver) {
+    auto surroundings = std::make_shared<ToolEnvironment>();
+    std::vector<std::string> include = toolSetDirectories(directories, "include");
+    const std::vector<std::string> ofKit = driver.includeDirectories();
     // In the kernel the kit has the C headers, and the tool set's are for applications.
     include.insert(driver.kernel() ? include.begin() : include.end(), ofKit.begin(), ofKit.end());
-    addFolders(surroundings->variables, target, "INCLUDE", include);
+    addDirectories(surroundings->variables, target, "INCLUDE", include);
 
-    const std::string machine(folders.architecture->folder);
-    std::vector<std::string> libraries = toolSetFolders(folders, "lib/" + machine);
-    std::ranges::move(driver.libraryFolders(), std::back_inserter(libraries));
-    addFolders(surroundings->variables, target, "LIB", libraries);
+    const std::string machine(directories.architecture->directory);
+    std::vector<std::string> libraries = toolSetDirectories(directories, "lib/" + machine);
+    std::ranges::move(driver.libraryDirectories(), std::back_inserter(libraries));
+    addDirectories(surroundings->variables, target, "LIB", libraries);
 
-    for (const std::string& folder : {folders.toolSet, folders.kit.folder}) {
-        if (!folder.empty()) {
-            surroundings->systemFolders.push_back(folder);
+    for (const std::string& directory : {directories.toolSet, directories.kit.directory}) {
+        if (!directory.empty()) {
+            surroundings->systemDirectories.push_back(directory);
         }
     }
     return surroundings;
@@ -160,10 +161,10 @@ MsvcBuild::MsvcBuild(TargetContext& target, const BuildEnv& environment,
       paths_(target, environment),
       programs_(programs),
       model_(driverModelOf(target)),
-      folders_(programs.folders(declared, target, model_ != DriverModel::None)),
-      driver_(target, model_, folders_),
+      directories_(programs.directories(declared, target, model_ != DriverModel::None)),
+      driver_(target, model_, directories_),
       signing_(target, paths_),
-      surroundings_(surroundingsOf(target, folders_, driver_)),
+      surroundings_(surroundingsOf(target, directories_, driver_)),
       type_(typeOf(target)),
       libraries_(atLastPlace(paths_.files("LIB_FILES"))) {}
 
@@ -178,7 +179,7 @@ void MsvcBuild::make() {
         case OutputType::Object: {
             std::vector<std::string> all = objects_;
             all.insert(all.end(), resources_.begin(), resources_.end());
-            passOn(outputs, "OBJ_FILES", pathValues(all));
+            exportAppend(outputs, "OBJ_FILES", pathValues(all));
             addLibraryOutputs({});
             break;
         }
@@ -191,7 +192,7 @@ void MsvcBuild::make() {
 }
 
 std::string MsvcBuild::program(MsvcProgram program, const std::string& name) const {
-    return programs_.require(folders_, program, name);
+    return programs_.require(directories_, program, name);
 }
 
 // These programs take what begins with a slash for an option.
@@ -229,9 +230,9 @@ Recipe MsvcBuild::stageRecipe(const std::string& program) const {
     Recipe recipe;
     recipe.stage = stage_;
     recipe.surroundings = surroundings_;
-    recipe.searchDirectories.push_back(platform::pathFromUtf8(folders_.bin).make_preferred());
-    for (const std::string& folder : folders_.kitBins) {
-        recipe.searchDirectories.push_back(platform::pathFromUtf8(folder).make_preferred());
+    recipe.searchDirectories.push_back(platform::pathFromUtf8(directories_.bin).make_preferred());
+    for (const std::string& directory : directories_.kitBins) {
+        recipe.searchDirectories.push_back(platform::pathFromUtf8(directory).make_preferred());
     }
     addInput(recipe, "program", program);
     return recipe;
@@ -240,14 +241,14 @@ Recipe MsvcBuild::stageRecipe(const std::string& program) const {
 void MsvcBuild::compileMessages() {
     for (const std::string& file : paths_.files("MC_FILES")) {
         const std::string compiler = program(MsvcProgram::MessageCompiler);
-        const std::string folder = paths_.objectStem(file) + ".gen";
-        const std::string name = folder + "/" + stemOf(file);
+        const std::string directory = paths_.objectStem(file) + ".gen";
+        const std::string name = directory + "/" + stemOf(file);
         CommandText command(ResponseFiles::Windows);
         command.add(nativePath(compiler));
         addFlags(command, target_, "MC_FLAGS");
         for (const char* option : {"-h", "-r"}) {
             command.add(option);
-            command.add(inCommand(folder));
+            command.add(inCommand(directory));
         }
         command.add(inCommand(file));
         Recipe recipe = stageRecipe(compiler);
@@ -259,7 +260,7 @@ void MsvcBuild::compileMessages() {
                 resolvedAssignment("MC_HEADERS", pathValue(name + ending), AssignModifier::Output));
         }
         recipes.push_back(std::move(recipe));
-        messageFolders_.push_back(folder);
+        messageDirectories_.push_back(directory);
         headers_.push_back(name + ".h");
         scripts_.push_back(name + ".rc");
     }
@@ -270,7 +271,7 @@ void MsvcBuild::compileMessages() {
     addOutput("MC_HEADERS", pathValues(headers_));
     const Assignment* own = target_.find("INCLUDE_DIRS");
     if (own == nullptr || own->modifier != AssignModifier::Output) {
-        passOn(outputs, "INCLUDE_DIRS", pathValues(messageFolders_));
+        exportAppend(outputs, "INCLUDE_DIRS", pathValues(messageDirectories_));
     }
 }
 
@@ -287,7 +288,7 @@ void MsvcBuild::compile() {
         }
         source.dependencyFile =
             source.object.substr(0, source.object.size() - kObjectSuffix.size()) +
-            endingOf(reportOf(folders_));
+            endingOf(reportOf(directories_));
         reports.push_back(source.dependencyFile);
         auto& compiler = compilers[static_cast<std::size_t>(source.language)];
         if (!compiler) {
@@ -307,8 +308,8 @@ MsvcBuild::Compiler MsvcBuild::compilerFor(Language language) const {
     command.add(nativePath(compiler.program));
     command.add("/nologo");
     command.allowResponseFile();
-    if (folders_.clang) {
-        command.add("--target=", folders_.architecture->triple);
+    if (directories_.clang) {
+        command.add("--target=", directories_.architecture->triple);
     }
     // Without times in objects, one that is compiled to the same code is the same.
     if (says("REPRODUCIBLE", true)) {
@@ -327,24 +328,24 @@ MsvcBuild::Compiler MsvcBuild::compilerFor(Language language) const {
     }
     addFlags(command, target_, "FLAGS");
     addFlags(command, target_, flagsVariable(language));
-    addDefinitionsAndFolders(command);
+    addDefinitionsAndDirectories(command);
     const std::vector<std::string> system =
         inCommand(paths_.absolute(entriesOf(target_, "SYSTEM_INCLUDE_DIRS")));
-    if (!system.empty() && !folders_.clang) {
+    if (!system.empty() && !directories_.clang) {
         command.add("/external:W0");
     }
-    for (const std::string& folder : system) {
-        command.add(folders_.clang ? "/imsvc" : "/external:I");
-        command.add(folder);
+    for (const std::string& directory : system) {
+        command.add(directories_.clang ? "/imsvc" : "/external:I");
+        command.add(directory);
     }
     return compiler;
 }
 
-void MsvcBuild::addDefinitionsAndFolders(CommandText& command) const {
+void MsvcBuild::addDefinitionsAndDirectories(CommandText& command) const {
     command.add("/D", driver_.definitions());
     command.add("/D", entriesOf(target_, "DEFINES"));
     command.add("/I", inCommand(paths_.absolute(entriesOf(target_, "INCLUDE_DIRS"))));
-    command.add("/I", inCommand(messageFolders_));
+    command.add("/I", inCommand(messageDirectories_));
 }
 
 Recipe MsvcBuild::compileRecipe(const SourceFile& source, const Compiler& compiler) const {
@@ -377,7 +378,7 @@ void MsvcBuild::addDependencyReport(const SourceFile& source, const Compiler& co
                                     CommandText& command, Recipe& recipe) const {
     const std::string file = inCommand(source.dependencyFile);
     recipe.dependencyFile = platform::pathFromUtf8(source.dependencyFile);
-    switch (reportOf(folders_)) {
+    switch (reportOf(directories_)) {
         case Report::Json:
             command.add("/sourceDependencies");
             command.add(file);
@@ -405,7 +406,7 @@ Recipe MsvcBuild::assembleRecipe(const SourceFile& source) const {
     Recipe recipe = stageRecipe(assembler);
     CommandText command(ResponseFiles::Windows);
     command.add(nativePath(assembler));
-    if (folders_.architecture->folder == "arm64") {
+    if (directories_.architecture->directory == "arm64") {
         command.add("-nologo");
         addFlags(command, target_, "ASM_FLAGS");
         command.add("-o");
@@ -414,7 +415,7 @@ Recipe MsvcBuild::assembleRecipe(const SourceFile& source) const {
         command.add("/nologo");
         command.add("/c");
         addFlags(command, target_, "ASM_FLAGS");
-        addDefinitionsAndFolders(command);
+        addDefinitionsAndDirectories(command);
         command.add("/Fo", inCommand(source.object));
     }
     command.add(inCommand(source.path));
@@ -432,7 +433,8 @@ void MsvcBuild::compileResources() {
     const std::size_t made = scripts_.size();
     std::ranges::move(paths_.files("RC_FILES"), std::back_inserter(scripts_));
     const std::vector<std::string> messages = paths_.files("MC_FILES");
-    const std::vector<std::string> folders = paths_.absolute(entriesOf(target_, "INCLUDE_DIRS"));
+    const std::vector<std::string> directories =
+        paths_.absolute(entriesOf(target_, "INCLUDE_DIRS"));
     for (std::size_t i = 0; i < scripts_.size(); ++i) {
         const std::string& script = scripts_[i];
         // One made of messages lies among the objects already.
@@ -442,7 +444,7 @@ void MsvcBuild::compileResources() {
         if (i < made) {
             addInput(recipe, "MC_FILES", messages[i]);
         } else {
-            addInputs(recipe, "RC_FILES", filesOfResourceScript(script, folders));
+            addInputs(recipe, "RC_FILES", filesOfResourceScript(script, directories));
             addInputs(recipe, "MC_HEADERS", headers_);
         }
         recipes.push_back(std::move(recipe));
@@ -460,7 +462,7 @@ Recipe MsvcBuild::resourceRecipe(const std::string& script, const std::string& r
     command.add(nativePath(compiler));
     command.add("/nologo");
     addFlags(command, target_, "RC_FLAGS");
-    addDefinitionsAndFolders(command);
+    addDefinitionsAndDirectories(command);
     command.add("/fo");
     command.add(inCommand(result));
     command.add(inCommand(script));

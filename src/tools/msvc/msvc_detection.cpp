@@ -22,8 +22,9 @@ namespace Vesk {
 namespace {
 
 /// What the installer knows, previews and build tools included.
-std::vector<VisualStudio> registeredInstallations(const std::vector<std::string>& programFolders) {
-    for (const std::string& programs : programFolders) {
+std::vector<VisualStudio> registeredInstallations(
+    const std::vector<std::string>& programDirectories) {
+    for (const std::string& programs : programDirectories) {
         const std::string search =
             programs + "/Microsoft Visual Studio/Installer/vswhere" + std::string(programEnding());
         if (isFile(search)) {
@@ -38,19 +39,19 @@ std::vector<VisualStudio> registeredInstallations(const std::vector<std::string>
 /// A developer prompt's, and those whose compiler and linker are in PATH. The linker too: there are
 /// other programs that are called link.
 std::vector<ToolSet> toolSetsOfEnvironment() {
-    std::vector<std::string> folders;
-    if (const auto folder = platform::environmentVariable("VCToolsInstallDir")) {
-        folders.push_back(normalPath(*folder));
+    std::vector<std::string> directories;
+    if (const auto directory = platform::environmentVariable("VCToolsInstallDir")) {
+        directories.push_back(normalPath(*directory));
     }
     const std::string ending(programEnding());
-    for (std::string& folder : searchPath()) {
-        if (isFile(folder + "/cl" + ending) && isFile(folder + "/link" + ending)) {
-            folders.push_back(std::move(folder));
+    for (std::string& directory : searchPath()) {
+        if (isFile(directory + "/cl" + ending) && isFile(directory + "/link" + ending)) {
+            directories.push_back(std::move(directory));
         }
     }
     std::vector<ToolSet> sets;
-    for (const std::string& folder : folders) {
-        if (ToolSet set = toolSetAround(folder); !set.folder.empty()) {
+    for (const std::string& directory : directories) {
+        if (ToolSet set = toolSetAround(directory); !set.directory.empty()) {
             sets.push_back(std::move(set));
         }
     }
@@ -58,15 +59,15 @@ std::vector<ToolSet> toolSetsOfEnvironment() {
 }
 
 /// Each once, newest first.
-std::vector<ToolSet> allToolSets(const std::vector<std::string>& programFolders) {
-    std::vector<VisualStudio> studios = registeredInstallations(programFolders);
-    for (const std::string& programs : programFolders) {
+std::vector<ToolSet> allToolSets(const std::vector<std::string>& programDirectories) {
+    std::vector<VisualStudio> studios = registeredInstallations(programDirectories);
+    for (const std::string& programs : programDirectories) {
         std::ranges::move(installationsBelow(programs), std::back_inserter(studios));
     }
     std::vector<ToolSet> all;
     std::set<std::string> seen;
     const auto add = [&](ToolSet& set) {
-        if (seen.insert(realPath(set.folder)).second) {
+        if (seen.insert(realPath(set.directory)).second) {
             all.push_back(std::move(set));
         }
     };
@@ -74,7 +75,7 @@ std::vector<ToolSet> allToolSets(const std::vector<std::string>& programFolders)
         std::vector<ToolSet> sets = toolSetsIn(studio);
         if (sets.empty()) {
             console::message(console::level::kDetail, console::colour::kReport,
-                             "'{}' is left out: it has no C and C++ compilers.", studio.folder);
+                             "'{}' is left out: it has no C and C++ compilers.", studio.directory);
         }
         std::ranges::for_each(sets, add);
     }
@@ -89,25 +90,25 @@ std::vector<ToolSet> allToolSets(const std::vector<std::string>& programFolders)
 /// The kits as settings of a tool, so that a build looks for nothing.
 class Kits {
   public:
-    explicit Kits(const std::vector<std::string>& programFolders) {
-        for (const std::string& folder : kitFolders(programFolders)) {
-            for (const WindowsKit& kit : kitsIn(folder)) {
+    explicit Kits(const std::vector<std::string>& programDirectories) {
+        for (const std::string& directory : kitDirectories(programDirectories)) {
+            for (const WindowsKit& kit : kitsIn(directory)) {
                 takeNewer(sdk_, kit, kit.hasSdk);
                 takeNewer(driverKit_, kit, kit.hasSdk && kit.hasDriverKit);
             }
         }
     }
 
-    bool found() const { return !sdk_.folder.empty(); }
+    bool found() const { return !sdk_.directory.empty(); }
 
     void addTo(Context& tool) const {
         if (!found()) {
             return;
         }
-        tool.addAssignment(resolvedAssignment("winsdk_path", pathValue(sdk_.folder)),
+        tool.addAssignment(resolvedAssignment("winsdk_path", pathValue(sdk_.directory)),
                            ModifierMode::Copy);
         tool.addAssignment(textAssignment("winsdk_version", sdk_.version), ModifierMode::Copy);
-        if (driverKit_.folder == sdk_.folder) {
+        if (driverKit_.directory == sdk_.directory) {
             tool.addAssignment(textAssignment("wdk_version", driverKit_.version),
                                ModifierMode::Copy);
         }
@@ -115,7 +116,7 @@ class Kits {
 
   private:
     static void takeNewer(WindowsKit& best, const WindowsKit& kit, bool usable) {
-        if (usable && (best.folder.empty() || compareVersions(kit.version, best.version) > 0)) {
+        if (usable && (best.directory.empty() || compareVersions(kit.version, best.version) > 0)) {
             best = kit;
         }
     }
@@ -132,7 +133,7 @@ std::string displayName(const Toolchain& toolchain, const Context& tool, const T
 }  // namespace
 
 std::vector<DetectedTool> detectMSVC() {
-    const std::vector<std::string> programs = programFolders();
+    const std::vector<std::string> programs = programDirectories();
     const std::vector<ToolSet> sets = allToolSets(programs);
     if (sets.empty()) {
         return {};
@@ -146,7 +147,7 @@ std::vector<DetectedTool> detectMSVC() {
     std::set<std::string_view> triples;
     for (const ToolSet& set : sets) {
         for (const Architecture& architecture : kArchitectures) {
-            const std::string bin = binFolder(set.folder, architecture);
+            const std::string bin = binDirectory(set.directory, architecture);
             if (bin.empty()) {
                 continue;
             }
@@ -154,7 +155,7 @@ std::vector<DetectedTool> detectMSVC() {
                                    "MSVC",
                                    set.version,
                                    std::string(architecture.triple),
-                                   {set.folder, {}, {}},
+                                   {set.directory, {}, {}},
                                    kNoDefault};
             if (triples.insert(architecture.triple).second) {
                 toolchain.isDefault = others ? kFamilyDefault : kMachineDefault;
@@ -167,7 +168,7 @@ std::vector<DetectedTool> detectMSVC() {
                 textAssignment("toolchain_name", displayName(toolchain, *tool.context, set)),
                 ModifierMode::Copy);
             kits.addTo(*tool.context);
-            toolchain.place.folder = bin;
+            toolchain.place.directory = bin;
             warnIfMissing(toolchain, {"link"}, "it links nothing");
             warnIfMissing(toolchain, {"lib"}, "it makes no static libraries");
             tools.push_back(std::move(tool));

@@ -33,20 +33,20 @@ std::vector<std::string> libraryFiles(const std::vector<std::string>& names) {
     return files;
 }
 
-/// Those that lie in one of the folders, so that a change of them is noticed. The linker looks into
-/// the directory where it runs first; a name may be a path from there.
-std::vector<std::string> filesIn(std::vector<std::string> folders,
+/// Those that lie in one of the directories, so that a change of them is noticed. The linker looks
+/// into the directory where it runs first; a name may be a path from there.
+std::vector<std::string> filesIn(std::vector<std::string> directories,
                                  const std::vector<std::string>& names, const std::string& root) {
     constexpr std::string_view kOption = "defaultlib:";
-    folders.insert(folders.begin(), root);
+    directories.insert(directories.begin(), root);
     std::vector<std::string> found;
     for (std::string name : names) {
         if (equalsIgnoringCase(std::string_view(name).substr(1, kOption.size()), kOption)) {
             name.erase(0, 1 + kOption.size());
             name += hasEnding(name) ? "" : ".lib";
         }
-        for (const std::string& folder : folders) {
-            if (std::string path = normalPath(name, folder); isFile(path)) {
+        for (const std::string& directory : directories) {
+            if (std::string path = normalPath(name, directory); isFile(path)) {
                 found.push_back(std::move(path));
                 break;
             }
@@ -78,9 +78,9 @@ std::string copyCommand(const std::string& from, const std::string& to) {
 
 /// What catalogues call the oldest system that the drivers are for.
 const char* catalogueSystem(const Architecture& architecture) {
-    return architecture.folder == "x64"   ? "10_X64"
-           : architecture.folder == "x86" ? "10_X86"
-                                          : "10_RS3_ARM64";
+    return architecture.directory == "x64"   ? "10_X64"
+           : architecture.directory == "x86" ? "10_X86"
+                                             : "10_RS3_ARM64";
 }
 
 std::string fileName(const std::string& path) {
@@ -133,13 +133,13 @@ void MsvcBuild::archive() {
     command.add("/nologo");
     command.add("/OUT:", inCommand(product.path));
     command.allowResponseFile();
-    command.add("/MACHINE:", folders_.architecture->machine);
+    command.add("/MACHINE:", directories_.architecture->machine);
     addFlags(command, target_, "AR_FLAGS");
     command.add({}, inCommand(objects_));
     addInputs(recipe, "AR_FLAGS", flagFiles(target_, paths_, {"AR_FLAGS"}));
     finishProduct(std::move(recipe), command, product);
     // A library holds no resources; who links it links them.
-    passOn(outputs, "OBJ_FILES", pathValues(resources_));
+    exportAppend(outputs, "OBJ_FILES", pathValues(resources_));
     addLibraryOutputs(product.path);
 }
 
@@ -175,7 +175,7 @@ void MsvcBuild::link() {
 }
 
 void MsvcBuild::addLinkOptions(CommandText& command, Recipe& recipe, const Product& product) const {
-    command.add("/MACHINE:", folders_.architecture->machine);
+    command.add("/MACHINE:", directories_.architecture->machine);
     if (says("REPRODUCIBLE", true)) {
         command.add("/Brepro");
         command.add("/INCREMENTAL:NO");
@@ -216,16 +216,16 @@ void MsvcBuild::addLinkOptions(CommandText& command, Recipe& recipe, const Produ
 
 void MsvcBuild::addLibraries(CommandText& command, Recipe& recipe) const {
     const std::vector<std::string> names = libraryFiles(atLastPlace(entriesOf(target_, "LIBS")));
-    const std::vector<std::string> folders = paths_.absolute(entriesOf(target_, "LIB_DIRS"));
+    const std::vector<std::string> directories = paths_.absolute(entriesOf(target_, "LIB_DIRS"));
     command.add({}, inCommand(libraries_));
     addFlags(command, target_, "LINK_FLAGS");
-    command.add("/LIBPATH:", inCommand(folders));
+    command.add("/LIBPATH:", inCommand(directories));
     command.add({}, names);
     command.add({}, driver_.libraries());
     addInputs(recipe, "OBJECTS", objects_);
     addInputs(recipe, "RES_FILES", resources_);
     addInputs(recipe, "LIB_FILES", libraries_);
-    addInputs(recipe, "LIBS", filesIn(folders, names, paths_.root()));
+    addInputs(recipe, "LIBS", filesIn(directories, names, paths_.root()));
     addInputs(recipe, "LINK_FLAGS", flagFiles(target_, paths_, {"LINK_FLAGS"}));
 }
 
@@ -269,10 +269,11 @@ void MsvcBuild::addLibraryOutputs(const std::string& library) {
     if (!linked) {
         files.insert(files.end(), libraries_.begin(), libraries_.end());
     }
-    passOn(outputs, "LIB_FILES", pathValues(files));
+    exportAppend(outputs, "LIB_FILES", pathValues(files));
     if (!linked) {
-        passOn(outputs, "LIBS", textValues(atLastPlace(entriesOf(target_, "LIBS"))));
-        passOn(outputs, "LIB_DIRS", pathValues(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
+        exportAppend(outputs, "LIBS", textValues(atLastPlace(entriesOf(target_, "LIBS"))));
+        exportAppend(outputs, "LIB_DIRS",
+                     pathValues(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
     }
 }
 
@@ -286,15 +287,15 @@ Recipe MsvcBuild::copyRecipe(const std::string& from, const std::string& to) con
     return recipe;
 }
 
-/// A folder with everything that belongs to the driver, and a catalogue of it.
+/// A directory with everything that belongs to the driver, and a catalogue of it.
 void MsvcBuild::package(const std::string& product) {
     const std::string description = oneFile(paths_, "INF_FILE");
-    const std::string folder = paths_.inOutputDirectory(outputNameOf(target_) + ".package");
+    const std::string directory = paths_.inOutputDirectory(outputNameOf(target_) + ".package");
     std::vector<std::string> files = {product, description};
     std::ranges::move(paths_.files("PACKAGE_FILES"), std::back_inserter(files));
     std::vector<std::string> packed;
     for (const std::string& file : files) {
-        packed.push_back(folder + "/" + fileName(file));
+        packed.push_back(directory + "/" + fileName(file));
         recipes.push_back(copyRecipe(file, packed.back()));
     }
     ++stage_;
@@ -302,14 +303,14 @@ void MsvcBuild::package(const std::string& product) {
     const std::string inf = fileName(description);
     const std::string named = target_.textOf("CAT_FILE").value_or("");
     const std::string catalogue =
-        folder + "/" + (named.empty() ? inf.substr(0, inf.rfind('.')) + ".cat" : named);
+        directory + "/" + (named.empty() ? inf.substr(0, inf.rfind('.')) + ".cat" : named);
     const std::string maker = program(MsvcProgram::CatalogueMaker);
     const std::string systems = target_.textOf("CAT_OS").value_or("");
     Recipe recipe = stageRecipe(maker);
     CommandText command(ResponseFiles::Windows);
     command.add(nativePath(maker));
-    command.add("/driver:", nativePath(folder));
-    command.add("/os:", systems.empty() ? catalogueSystem(*folders_.architecture) : systems);
+    command.add("/driver:", nativePath(directory));
+    command.add("/os:", systems.empty() ? catalogueSystem(*directories_.architecture) : systems);
     addFlags(command, target_, "INF2CAT_FLAGS");
     recipe.command = command.text();
     addInputs(recipe, "PACKAGE_FILES", packed);

@@ -1,4 +1,4 @@
-// The programs and folders that a declaration of the toolchain stands for.
+// The programs and directories that a declaration of the toolchain stands for.
 #pragma once
 
 #include <initializer_list>
@@ -24,14 +24,14 @@ enum class MsvcProgram {
 };
 
 /// Where the parts of a toolchain are, for targets with the same wishes.
-struct MsvcFolders {
+struct MsvcDirectories {
     const Architecture* architecture = nullptr;
     std::string compiler;  ///< its name: "cl", "clang-cl"
     bool clang = false;
     std::string bin;      ///< of the compiler
     std::string toolSet;  ///< what the compiler's headers and libraries lie in; may be empty
     std::string version;  ///< of the tool set; empty where that is not known
-    WindowsKit kit;       ///< its folder is empty where there is none
+    WindowsKit kit;       ///< its directory is empty where there is none
     std::vector<std::string> kitBins;
 };
 
@@ -39,18 +39,20 @@ struct MsvcFolders {
 /// matcher; used on the driver's thread only.
 class MsvcPrograms {
   public:
-    /// Settings that the target or the declaration gives: toolchain_path (a tool set, a folder of
-    /// programs, or an installation of Visual Studio, of which the newest tool set is taken),
+    /// Settings that the target or the declaration gives: toolchain_path (a tool set, a directory
+    /// of programs, or an installation of Visual Studio, of which the newest tool set is taken),
     /// toolchain_compiler, winsdk_path, winsdk_version, wdk_version. Throws VeskException for what
     /// is not there.
-    const MsvcFolders& folders(const DeclaredPlace& declared, Context& target, bool forDrivers);
+    const MsvcDirectories& directories(const DeclaredPlace& declared, Context& target,
+                                       bool forDrivers);
 
     /// Throws VeskException when the program is missing. `name`, when given, is what is looked for
     /// in its stead.
-    std::string require(const MsvcFolders& folders, MsvcProgram program, const std::string& name);
+    std::string require(const MsvcDirectories& directories, MsvcProgram program,
+                        const std::string& name);
 
   private:
-    std::map<std::string, MsvcFolders> folders_;
+    std::map<std::string, MsvcDirectories> directories_;
     std::map<std::string, std::string> programs_;
 };
 

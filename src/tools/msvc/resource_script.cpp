@@ -73,7 +73,7 @@ bool isText(std::string_view path) {
 
 class Search {
   public:
-    explicit Search(const std::vector<std::string>& folders) : folders_(folders) {}
+    explicit Search(const std::vector<std::string>& directories) : directories_(directories) {}
 
     void lookInto(const std::string& path) {
         const std::string text = textOfFile(path);
@@ -92,11 +92,11 @@ class Search {
   private:
     void add(const std::string& own, const std::string& name) {
         std::string path = normalPath(name, own);
-        for (auto folder = folders_.begin(); !isFile(path); ++folder) {
-            if (folder == folders_.end()) {
+        for (auto directory = directories_.begin(); !isFile(path); ++directory) {
+            if (directory == directories_.end()) {
                 return;
             }
-            path = normalPath(name, *folder);
+            path = normalPath(name, *directory);
         }
         if (!seen_.insert(path).second) {
             return;
@@ -107,15 +107,15 @@ class Search {
         }
     }
 
-    const std::vector<std::string>& folders_;
+    const std::vector<std::string>& directories_;
     std::set<std::string> seen_;
 };
 
 }  // namespace
 
 std::vector<std::string> filesOfResourceScript(const std::string& script,
-                                               const std::vector<std::string>& folders) {
-    Search search(folders);
+                                               const std::vector<std::string>& directories) {
+    Search search(directories);
     search.lookInto(script);
     return std::move(search.found);
 }

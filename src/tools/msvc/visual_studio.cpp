@@ -7,7 +7,7 @@
 #include "base/ci_string.h"
 #include "platform/environment.h"
 #include "tools/discovery/toolchain_programs.h"
-#include "tools/msvc/version_folders.h"
+#include "tools/msvc/version_directories.h"
 #include "tools/support/target_paths.h"
 
 namespace Vesk {
@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::string_view kToolSets = "/VC/Tools/MSVC";
 
-/// The folders of programs for hosts that this machine can be.
-std::vector<std::string_view> hostFolders() {
+/// The directories of programs for hosts that this machine can be.
+std::vector<std::string_view> hostDirectories() {
     const std::string own = platform::environmentVariable("PROCESSOR_ARCHITECTURE").value_or("");
     if (equalsIgnoringCase(own, "ARM64")) {
         return {"HostARM64", "Hostarm64", "Hostx64", "Hostx86"};
@@ -30,7 +30,7 @@ std::vector<std::string_view> hostFolders() {
 
 bool hasCompiler(const std::string& toolSet) {
     return std::ranges::any_of(kArchitectures, [&toolSet](const Architecture& architecture) {
-        return !binFolder(toolSet, architecture).empty();
+        return !binDirectory(toolSet, architecture).empty();
     });
 }
 
@@ -60,11 +60,11 @@ std::vector<VisualStudio> installationsIn(std::string_view json) {
     return installations;
 }
 
-std::vector<VisualStudio> installationsBelow(const std::string& programFolder) {
+std::vector<VisualStudio> installationsBelow(const std::string& programDirectory) {
     std::vector<VisualStudio> installations;
-    const std::string all = programFolder + "/Microsoft Visual Studio";
-    for (const std::string& year : versionFolders(all)) {
-        for (const std::string& edition : subfolders(all + "/" + year)) {
+    const std::string all = programDirectory + "/Microsoft Visual Studio";
+    for (const std::string& year : versionDirectories(all)) {
+        for (const std::string& edition : subdirectories(all + "/" + year)) {
             installations.push_back({fmt::format("{}/{}/{}", all, year, edition),
                                      fmt::format("Visual Studio {} {}", edition, year)});
         }
@@ -74,23 +74,23 @@ std::vector<VisualStudio> installationsBelow(const std::string& programFolder) {
 
 std::vector<ToolSet> toolSetsIn(const VisualStudio& studio) {
     std::vector<ToolSet> sets;
-    const std::string all = studio.folder + std::string(kToolSets);
-    for (const std::string& version : versionFolders(all)) {
+    const std::string all = studio.directory + std::string(kToolSets);
+    for (const std::string& version : versionDirectories(all)) {
         ToolSet set = {all + "/" + version, version, studio.name};
-        if (hasCompiler(set.folder)) {
+        if (hasCompiler(set.directory)) {
             sets.push_back(std::move(set));
         }
     }
     return sets;
 }
 
-ToolSet toolSetAround(const std::string& folder) {
-    std::string at = folder;
-    // bin/Hostx64/x64 is the deepest of its folders.
+ToolSet toolSetAround(const std::string& directory) {
+    std::string at = directory;
+    // bin/Hostx64/x64 is the deepest of its directories.
     for (int level = 0; level < 4 && at.find('/') != std::string::npos; ++level) {
         const std::string version = lastPart(at);
         if (!version.empty() && version[0] >= '0' && version[0] <= '9' &&
-            isFolder(at + "/include") && isFolder(at + "/bin")) {
+            isDirectory(at + "/include") && isDirectory(at + "/bin")) {
             return {at, version, {}};
         }
         at.resize(at.rfind('/'));
@@ -98,12 +98,12 @@ ToolSet toolSetAround(const std::string& folder) {
     return {};
 }
 
-std::string binFolder(const std::string& toolSet, const Architecture& architecture,
-                      std::string_view compiler) {
-    for (const std::string_view host : hostFolders()) {
-        std::string folder = fmt::format("{}/bin/{}/{}", toolSet, host, architecture.folder);
-        if (isFile(fmt::format("{}/{}{}", folder, compiler, programEnding()))) {
-            return folder;
+std::string binDirectory(const std::string& toolSet, const Architecture& architecture,
+                         std::string_view compiler) {
+    for (const std::string_view host : hostDirectories()) {
+        std::string directory = fmt::format("{}/bin/{}/{}", toolSet, host, architecture.directory);
+        if (isFile(fmt::format("{}/{}{}", directory, compiler, programEnding()))) {
+            return directory;
         }
     }
     return {};

@@ -9,48 +9,48 @@
 #include "platform/registry.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/discovery/version.h"
-#include "tools/msvc/version_folders.h"
+#include "tools/msvc/version_directories.h"
 #include "tools/support/target_paths.h"
 
 namespace Vesk {
 
 namespace {
 
-void addFolder(std::vector<std::string>& folders, std::string folder) {
-    if (std::ranges::find(folders, folder) == folders.end() && isFolder(folder)) {
-        folders.push_back(std::move(folder));
+void addDirectory(std::vector<std::string>& directories, std::string directory) {
+    if (std::ranges::find(directories, directory) == directories.end() && isDirectory(directory)) {
+        directories.push_back(std::move(directory));
     }
 }
 
 /// Installers of both widths have written these keys.
-void addRegisteredFolders(std::vector<std::string>& folders) {
+void addRegisteredDirectories(std::vector<std::string>& directories) {
     struct Value {
         const char* key;
         const char* name;
     };
     constexpr Value kValues[] = {
         {R"(SOFTWARE\Microsoft\Windows Kits\Installed Roots)", "KitsRoot10"},
-        {R"(SOFTWARE\Microsoft\Microsoft SDKs\Windows\v10.0)", "InstallationFolder"},
+        {R"(SOFTWARE\Microsoft\Microsoft SDKs\Windows\v10.0)", "InstallationDirectory"},
     };
     for (const Value& value : kValues) {
         for (const auto view : {platform::RegistryView::Bits32, platform::RegistryView::Bits64}) {
-            if (const auto folder = platform::registryText(value.key, value.name, view)) {
-                addFolder(folders, normalPath(*folder));
+            if (const auto directory = platform::registryText(value.key, value.name, view)) {
+                addDirectory(directories, normalPath(*directory));
             }
         }
     }
 }
 
 bool hasSdk(const WindowsKit& kit) {
-    const std::string folder = kit.include("um");
-    return isFile(folder + "/Windows.h") || isFile(folder + "/windows.h");
+    const std::string directory = kit.include("um");
+    return isFile(directory + "/Windows.h") || isFile(directory + "/windows.h");
 }
 
 bool hasDriverKit(const WindowsKit& kit) {
     const auto hasLibraries = [&kit](const Architecture& architecture) {
-        return isFolder(kit.library("km", architecture));
+        return isDirectory(kit.library("km", architecture));
     };
-    return isFolder(kit.include("km")) && std::ranges::any_of(kArchitectures, hasLibraries);
+    return isDirectory(kit.include("km")) && std::ranges::any_of(kArchitectures, hasLibraries);
 }
 
 bool meets(const WindowsKit& kit, const KitWish& wish) {
@@ -70,26 +70,26 @@ std::string listed(const std::vector<WindowsKit>& kits) {
 }  // namespace
 
 std::string WindowsKit::include(std::string_view part) const {
-    return fmt::format("{}/Include/{}/{}", folder, version, part);
+    return fmt::format("{}/Include/{}/{}", directory, version, part);
 }
 
 std::string WindowsKit::library(std::string_view part, const Architecture& architecture) const {
-    return fmt::format("{}/Lib/{}/{}/{}", folder, version, part, architecture.folder);
+    return fmt::format("{}/Lib/{}/{}/{}", directory, version, part, architecture.directory);
 }
 
-std::vector<std::string> kitFolders(const std::vector<std::string>& programFolders) {
-    std::vector<std::string> folders;
-    addRegisteredFolders(folders);
-    for (const std::string& programs : programFolders) {
-        addFolder(folders, programs + "/Windows Kits/10");
+std::vector<std::string> kitDirectories(const std::vector<std::string>& programDirectories) {
+    std::vector<std::string> directories;
+    addRegisteredDirectories(directories);
+    for (const std::string& programs : programDirectories) {
+        addDirectory(directories, programs + "/Windows Kits/10");
     }
-    return folders;
+    return directories;
 }
 
-std::vector<WindowsKit> kitsIn(const std::string& folder) {
+std::vector<WindowsKit> kitsIn(const std::string& directory) {
     std::vector<WindowsKit> kits;
-    for (const std::string& version : versionFolders(folder + "/Include")) {
-        WindowsKit kit = {folder, version};
+    for (const std::string& version : versionDirectories(directory + "/Include")) {
+        WindowsKit kit = {directory, version};
         kit.hasSdk = hasSdk(kit);
         kit.hasDriverKit = hasDriverKit(kit);
         if (kit.hasSdk || kit.hasDriverKit) {
@@ -99,17 +99,18 @@ std::vector<WindowsKit> kitsIn(const std::string& folder) {
     return kits;
 }
 
-std::vector<std::string> frameworkVersions(const std::string& kitFolder,
+std::vector<std::string> frameworkVersions(const std::string& kitDirectory,
                                            std::string_view framework) {
-    return versionFolders(fmt::format("{}/Include/wdf/{}", kitFolder, framework));
+    return versionDirectories(fmt::format("{}/Include/wdf/{}", kitDirectory, framework));
 }
 
-WindowsKit chooseKit(const KitWish& wish, const std::vector<std::string>& programFolders) {
-    const std::vector<std::string> folders =
-        wish.folder.empty() ? kitFolders(programFolders) : std::vector<std::string>{wish.folder};
+WindowsKit chooseKit(const KitWish& wish, const std::vector<std::string>& programDirectories) {
+    const std::vector<std::string> directories = wish.directory.empty()
+                                                     ? kitDirectories(programDirectories)
+                                                     : std::vector<std::string>{wish.directory};
     std::vector<WindowsKit> all;
-    for (const std::string& folder : folders) {
-        std::ranges::move(kitsIn(folder), std::back_inserter(all));
+    for (const std::string& directory : directories) {
+        std::ranges::move(kitsIn(directory), std::back_inserter(all));
     }
     std::ranges::stable_sort(all, [](const WindowsKit& a, const WindowsKit& b) {
         return compareVersions(a.version, b.version) > 0;
@@ -119,7 +120,7 @@ WindowsKit chooseKit(const KitWish& wish, const std::vector<std::string>& progra
     if (best != all.end()) {
         return *best;
     }
-    if (wish.folder.empty() && wish.version.empty() && !wish.forDrivers) {
+    if (wish.directory.empty() && wish.version.empty() && !wish.forDrivers) {
         return {};
     }
     throw VeskException(fmt::format(
@@ -127,19 +128,20 @@ WindowsKit chooseKit(const KitWish& wish, const std::vector<std::string>& progra
         "winsdk_version or wdk_version.",
         wish.forDrivers ? "Driver Kit together with an SDK" : "SDK",
         wish.version.empty() ? "" : " of version ", wish.version,
-        folders.empty() ? "the registry's or the usual place" : "'" + joined(folders, "', '") + "'",
+        directories.empty() ? "the registry's or the usual place"
+                            : "'" + joined(directories, "', '") + "'",
         listed(all)));
 }
 
-std::vector<std::string> programFolders() {
-    std::vector<std::string> folders;
+std::vector<std::string> programDirectories() {
+    std::vector<std::string> directories;
     for (const char* variable : {"ProgramFiles(x86)", "ProgramFiles", "ProgramW6432"}) {
-        if (const auto folder = platform::environmentVariable(variable);
-            folder && !folder->empty()) {
-            addFolder(folders, normalPath(*folder));
+        if (const auto directory = platform::environmentVariable(variable);
+            directory && !directory->empty()) {
+            addDirectory(directories, normalPath(*directory));
         }
     }
-    return folders;
+    return directories;
 }
 
 }  // namespace Vesk

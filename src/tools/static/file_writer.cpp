@@ -71,7 +71,7 @@ std::filesystem::path fileOf(const Context& target) {
 
 void requireParentDirectory(const std::filesystem::path& file) {
     const std::filesystem::path parent = parentDirectory(file);
-    if (!parent.empty() && !platform::isFolder(parent)) {
+    if (!parent.empty() && !platform::isDirectory(parent)) {
         throw VeskException(fmt::format("File writer parent directory does not exist: '{}'.",
                                         platform::pathToUtf8(parent)));
     }

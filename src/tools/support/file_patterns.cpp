@@ -9,8 +9,8 @@
 
 #include "base/ci_string.h"
 #include "base/exception.h"
+#include "platform/directories.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "platform/system.h"
 
 namespace Vesk {
@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kAnyFolders = "**";
+constexpr std::string_view kAnyDirectories = "**";
 
 using Parts = std::span<const std::string_view>;
 
@@ -79,7 +79,7 @@ bool partsMatch(Parts path, Parts pattern) noexcept {
     if (pattern.empty()) {
         return path.empty();
     }
-    if (pattern.front() == kAnyFolders) {
+    if (pattern.front() == kAnyDirectories) {
         for (std::size_t taken = 0; taken < path.size(); ++taken) {
             if (partsMatch(path.subspan(taken), pattern.subspan(1))) {
                 return true;
@@ -91,16 +91,17 @@ bool partsMatch(Parts path, Parts pattern) noexcept {
            partsMatch(path.subspan(1), pattern.subspan(1));
 }
 
-using Entry = platform::FolderEntry;
+using Entry = platform::DirectoryEntry;
 
-/// The entries of a folder that is there; a folder that is not has none.
-std::vector<Entry> entriesIn(const std::string& folder) {
+/// The entries of a directory that is there; a directory that is not has none.
+std::vector<Entry> entriesIn(const std::string& directory) {
     std::error_code error;
-    std::vector<Entry> entries = platform::listFolder(platform::pathFromUtf8(folder + "/"), error);
+    std::vector<Entry> entries =
+        platform::listDirectory(platform::pathFromUtf8(directory + "/"), error);
     if (error && error != std::errc::no_such_file_or_directory &&
         error != std::errc::not_a_directory) {
-        throw VeskException(
-            fmt::format("Folder '{}' cannot be searched for files: {}.", folder, error.message()));
+        throw VeskException(fmt::format("Directory '{}' cannot be searched for files: {}.",
+                                        directory, error.message()));
     }
     return entries;
 }
@@ -109,14 +110,15 @@ class Search {
   public:
     explicit Search(const std::string& skipped) : skipped_(skipped) {}
 
-    /// Looks in one folder for what the parts say. The folder is read once, whatever they are.
-    void in(const std::string& folder, Parts parts) {
+    /// Looks in one directory for what the parts say. The directory is read once, whatever they
+    /// are.
+    void in(const std::string& directory, Parts parts) {
         const std::string_view part = parts.front();
-        if (part != kAnyFolders && !isPattern(part)) {
-            inNamed(folder + "/" + std::string(part), parts.subspan(1));
+        if (part != kAnyDirectories && !isPattern(part)) {
+            inNamed(directory + "/" + std::string(part), parts.subspan(1));
             return;
         }
-        inRead(folder, entriesIn(folder), parts);
+        inRead(directory, entriesIn(directory), parts);
     }
 
     std::vector<std::string> found;
@@ -131,22 +133,22 @@ class Search {
         }
     }
 
-    void inRead(const std::string& folder, const std::vector<Entry>& entries, Parts parts) {
+    void inRead(const std::string& directory, const std::vector<Entry>& entries, Parts parts) {
         const std::string_view part = parts.front();
         const bool last = parts.size() == 1;
-        if (part != kAnyFolders) {
+        if (part != kAnyDirectories) {
             for (const Entry& entry : entries) {
-                if (entry.folder != last && nameMatches(entry.name, part)) {
-                    inNamed(folder + "/" + entry.name, parts.subspan(1), entry);
+                if (entry.directory != last && nameMatches(entry.name, part)) {
+                    inNamed(directory + "/" + entry.name, parts.subspan(1), entry);
                 }
             }
             return;
         }
         static constexpr std::string_view kAnyFile[] = {"*"};
-        inRead(folder, entries, last ? Parts(kAnyFile) : parts.subspan(1));
+        inRead(directory, entries, last ? Parts(kAnyFile) : parts.subspan(1));
         for (const Entry& entry : entries) {
-            const std::string path = folder + "/" + entry.name;
-            if (entry.folder && !entry.link && entry.name.front() != '.' && path != skipped_) {
+            const std::string path = directory + "/" + entry.name;
+            if (entry.directory && !entry.link && entry.name.front() != '.' && path != skipped_) {
                 in(path, parts);
             }
         }
@@ -154,7 +156,7 @@ class Search {
 
     /// The same for an entry that has been read: nothing has to be asked about a file.
     void inNamed(const std::string& path, Parts rest, const Entry& entry) {
-        if (entry.folder) {
+        if (entry.directory) {
             in(path, rest);
         } else {
             found.push_back(path);
@@ -171,11 +173,11 @@ bool isPattern(std::string_view text) noexcept {
 }
 
 std::vector<std::string> filesMatching(const std::string& pattern, const std::string& skipped) {
-    const std::size_t folderEnd = pattern.rfind('/', pattern.find_first_of("*?"));
+    const std::size_t directoryEnd = pattern.rfind('/', pattern.find_first_of("*?"));
     const std::vector<std::string_view> parts =
-        partsOf(std::string_view(pattern).substr(folderEnd + 1));
+        partsOf(std::string_view(pattern).substr(directoryEnd + 1));
     Search search(skipped);
-    search.in(pattern.substr(0, folderEnd), parts);
+    search.in(pattern.substr(0, directoryEnd), parts);
     std::ranges::sort(search.found);
     const auto repeated = std::ranges::unique(search.found);
     search.found.erase(repeated.begin(), repeated.end());

@@ -10,12 +10,12 @@ namespace {
 constexpr std::string_view kEndings[] = {".so", ".dylib", ".dll.a", ".a"};
 
 /// Where the system's own loader looks anyway.
-bool isSystemFolder(std::string_view folder) noexcept {
-    return folder.starts_with("/lib") || folder.starts_with("/usr/lib");
+bool isSystemDirectory(std::string_view directory) noexcept {
+    return directory.starts_with("/lib") || directory.starts_with("/usr/lib");
 }
 
 /// Which of a library's forms the linker takes depends on its flags. Whether it is content with
-/// this folder: it may want a static one, which is elsewhere.
+/// this directory: it may want a static one, which is elsewhere.
 bool takeForms(const std::string& stem, std::vector<std::string>& found) {
     bool isStatic = false;
     for (const std::string_view ending : kEndings) {
@@ -48,23 +48,23 @@ bool isSharedLibrary(std::string_view file) noexcept {
            name.ends_with(".dylib") || name.ends_with(".dll") || name.ends_with(".dll.a");
 }
 
-std::vector<std::string> libraryCandidates(const std::vector<std::string>& folders,
+std::vector<std::string> libraryCandidates(const std::vector<std::string>& directories,
                                            const std::vector<std::string>& names) {
     std::vector<std::string> files;
     for (std::string name : names) {
         name.erase(0, name.starts_with("-l") ? 2 : name.starts_with(":") ? 1 : 0);
-        for (const std::string& folder : folders) {
+        for (const std::string& directory : directories) {
             for (const std::string_view ending : kEndings) {
-                files.push_back(folder + "/lib" + name + std::string(ending));
+                files.push_back(directory + "/lib" + name + std::string(ending));
             }
-            files.push_back(folder + "/" + name);
-            files.push_back(folder + "/" + name + ".lib");
+            files.push_back(directory + "/" + name);
+            files.push_back(directory + "/" + name + ".lib");
         }
     }
     return files;
 }
 
-std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
+std::vector<std::string> librariesIn(const std::vector<std::string>& directories,
                                      const std::vector<std::string>& names,
                                      const std::string& root) {
     std::vector<std::string> found;
@@ -87,9 +87,9 @@ std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
         if (name.empty() || name.front() == '-') {
             continue;  // another option of the linker
         }
-        for (const std::string& folder : folders) {
-            if (name.front() == ':' ? takeFile(folder + "/" + std::string(name.substr(1)))
-                                    : takeForms(folder + "/lib" + std::string(name), found)) {
+        for (const std::string& directory : directories) {
+            if (name.front() == ':' ? takeFile(directory + "/" + std::string(name.substr(1)))
+                                    : takeForms(directory + "/lib" + std::string(name), found)) {
                 break;
             }
         }
@@ -98,16 +98,16 @@ std::vector<std::string> librariesIn(const std::vector<std::string>& folders,
 }
 
 std::vector<std::string> runPaths(const std::vector<std::string>& libraries,
-                                  const std::string& folder, const std::string& origin,
+                                  const std::string& directory, const std::string& origin,
                                   const TargetPaths& paths) {
     std::vector<std::string> found;
     for (const std::string& library : libraries) {
         const std::string place = library.substr(0, library.rfind('/'));
-        if (!isSharedLibrary(library) || isSystemFolder(place)) {
+        if (!isSharedLibrary(library) || isSystemDirectory(place)) {
             continue;
         }
         const bool ours = paths.inCommand(place) != place;
-        const std::string way = ours ? relativePath(place, folder) : place;
+        const std::string way = ours ? relativePath(place, directory) : place;
         std::string path = ours ? (way == "." ? origin : origin + "/" + way) : way;
         if (std::ranges::find(found, path) == found.end()) {
             found.push_back(std::move(path));

@@ -33,7 +33,7 @@ ValuePtr textValues(const std::vector<std::string>& texts) {
     return list;
 }
 
-void passOn(std::vector<Assignment>& outputs, const char* variable, const ValuePtr& list) {
+void exportAppend(std::vector<Assignment>& outputs, const char* variable, const ValuePtr& list) {
     if (static_cast<const VeskList&>(*list).items.empty()) {
         return;
     }

@@ -23,6 +23,6 @@ std::string outputNameOf(const TargetContext& target);
 ValuePtr textValues(const std::vector<std::string>& texts);
 
 /// Adds an output that dependants with "+" append to their own variable; nothing for an empty list.
-void passOn(std::vector<Assignment>& outputs, const char* variable, const ValuePtr& list);
+void exportAppend(std::vector<Assignment>& outputs, const char* variable, const ValuePtr& list);
 
 }  // namespace Vesk

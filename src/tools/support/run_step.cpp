@@ -4,8 +4,8 @@
 #include <system_error>
 
 #include "base/exception.h"
+#include "platform/directories.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "run/run_command.h"
 
 namespace Vesk {
@@ -22,15 +22,15 @@ void runOrThrow(const Recipe& recipe) {
     }
 }
 
-void renewFolder(const std::filesystem::path& folder) {
+void renewDirectory(const std::filesystem::path& directory) {
     std::error_code error;
-    platform::removeTree(folder, error);
+    platform::removeTree(directory, error);
     if (!error) {
-        platform::makeFolders(folder, error);
+        platform::makeDirectories(directory, error);
     }
     if (error) {
-        throw VeskException(fmt::format("Unable to make the folder '{}' anew: {}.",
-                                        platform::pathToUtf8(folder), error.message()));
+        throw VeskException(fmt::format("Unable to make the directory '{}' anew: {}.",
+                                        platform::pathToUtf8(directory), error.message()));
     }
 }
 

@@ -12,8 +12,8 @@ namespace Vesk {
 /// Runs the command of the recipe, and nothing else of it. Throws VeskException when it fails.
 void runOrThrow(const Recipe& recipe);
 
-/// Makes an empty folder, whatever was there. Throws VeskException.
-void renewFolder(const std::filesystem::path& folder);
+/// Makes an empty directory, whatever was there. Throws VeskException.
+void renewDirectory(const std::filesystem::path& directory);
 
 /// Writes a file with arguments for a command. Throws VeskException.
 void writeArguments(const std::string& file, std::string_view text);

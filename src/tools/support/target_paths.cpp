@@ -23,11 +23,11 @@ bool beginsWith(std::string_view text, std::string_view start) noexcept {
     return platform::kWindows ? equalsIgnoringCase(head, start) : head == start;
 }
 
-/// The part of `path` below `folder`; empty for what does not lie there.
-std::string_view below(const std::string& folder, std::string_view path) noexcept {
-    const bool inside =
-        path.size() > folder.size() + 1 && path[folder.size()] == '/' && beginsWith(path, folder);
-    return inside ? path.substr(folder.size() + 1) : std::string_view();
+/// The part of `path` below `directory`; empty for what does not lie there.
+std::string_view below(const std::string& directory, std::string_view path) noexcept {
+    const bool inside = path.size() > directory.size() + 1 && path[directory.size()] == '/' &&
+                        beginsWith(path, directory);
+    return inside ? path.substr(directory.size() + 1) : std::string_view();
 }
 
 /// The same target with other arguments makes other objects.
@@ -58,7 +58,7 @@ std::string textDirectoryOf(const TargetContext& target, const std::string& root
     return file ? normalPath(platform::pathToUtf8(fs::absolute(*file).parent_path())) : root;
 }
 
-/// A folder's name in the object directory. ".." becomes "__", so names of underscores get one
+/// A directory's name in the object directory. ".." becomes "__", so names of underscores get one
 /// more; a drive loses its colon.
 void appendMirrored(std::string& path, std::string_view part) {
     if (part == "..") {

@@ -30,8 +30,8 @@ class TargetPaths {
     std::string absolute(std::string_view name) const;
     std::vector<std::string> absolute(const std::vector<std::string>& names) const;
 
-    /// A variable that holds names of files or folders, patterns replaced by what they meet. Throws
-    /// VeskException for a pattern that meets nothing.
+    /// A variable that holds names of files or directories, patterns replaced by what they meet.
+    /// Throws VeskException for a pattern that meets nothing.
     std::vector<std::string> files(std::string_view variable) const;
 
     /// The path as commands name it: relative to the root if it lies below it, so that a project
@@ -59,7 +59,7 @@ class TargetPaths {
 /// `path`, which is absolute or below `base`, in the form that the top of this file describes.
 std::string normalPath(std::string_view path, std::string_view base = {});
 
-/// `path` seen from the folder `from`; the path itself where there is no way.
+/// `path` seen from the directory `from`; the path itself where there is no way.
 std::string relativePath(const std::string& path, const std::string& from);
 
 /// The path as the system writes it: what names programs, and what users see.

@@ -73,15 +73,15 @@ def main():
     if prefix is None:
         fail(f"unknown target {target}")
     windows = target == "mingw-x64"
-    with tempfile.TemporaryDirectory() as folder:
+    with tempfile.TemporaryDirectory() as directory:
         objects = []
         for source in sources:
             text = source.read_text(encoding="utf-8")
             module = re.search(r"^module (\w+);", text, re.MULTILINE)
             name = module[1] if module else source.stem
-            c = Path(folder) / f"{name}.c"
+            c = Path(directory) / f"{name}.c"
             c.write_text(as_c(text, options.get("-D", [])), encoding="utf-8")
-            where = options.get("--obj-out", [folder])[-1]
+            where = options.get("--obj-out", [directory])[-1]
             os.makedirs(where, exist_ok=True)
             objects.append(f"{where}/{name}{'.obj' if windows else '.o'}")
             run(f"{prefix}gcc", "-c", "-fPIC", "-w", str(c), "-o", objects[-1])

@@ -5,7 +5,7 @@
 #include "platform/files.h"
 #include "platform/system.h"
 #include "tools/android/apk_recipes.h"
-#include "tools/scratch_folder.h"
+#include "tools/scratch_directory.h"
 #include "tools/support/powershell_staging.h"
 #include "tools/tool_fixture.h"
 
@@ -13,11 +13,11 @@ namespace Vesk::test {
 namespace {
 
 TEST(ApkStaging, EmptiesTheDirectoryThenCopiesThenPacks) {
-    const ScratchFolder folder;
+    const ScratchDirectory directory;
     const char* ending = platform::kWindows ? ".bat" : "";
-    folder.write(std::string("tools/apksigner") + ending, "");
+    directory.write(std::string("tools/apksigner") + ending, "");
     for (const char* file : {"a's/x.so", "b/x.so", "own.dex", "AndroidManifest.xml", "key"}) {
-        folder.write(file, "");
+        directory.write(file, "");
     }
     auto target = std::make_shared<Target>();
     target->name = "app";
@@ -27,19 +27,19 @@ TEST(ApkStaging, EmptiesTheDirectoryThenCopiesThenPacks) {
          var("KEYSTORE_PASS", str("env:P"))},
         target, "main::app");
     BuildEnvSettings settings;
-    settings.projectRoot = platform::pathFromUtf8(folder.path());
+    settings.projectRoot = platform::pathFromUtf8(directory.path());
     const BuildEnv environment(settings);
     ApkRecipes made(*context, environment,
-                    {{"30.0.3", folder.path() + "/tools"}, "android.jar", "29", "", true});
+                    {{"30.0.3", directory.path() + "/tools"}, "android.jar", "29", "", true});
     made.make();
 
-    const std::string stage = folder.path() + "/out/.obj/main/app/stage";
+    const std::string stage = directory.path() + "/out/.obj/main/app/stage";
     const auto quoted = [](const std::string& path) {
         return quoteForPowerShell(nativePath(path));
     };
     const auto copy = [&](const char* source, const std::string& number, const char* name) {
         return "New-Item -ItemType Directory -Force -Path " + quoted(stage + "/" + number) +
-               " | Out-Null; Copy-Item -LiteralPath " + quoted(folder.path() + "/" + source) +
+               " | Out-Null; Copy-Item -LiteralPath " + quoted(directory.path() + "/" + source) +
                " -Destination " + quoted(stage + "/" + number + "/" + name) + " -Force";
     };
     const std::vector<std::string> expected = {

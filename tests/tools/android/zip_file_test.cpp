@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "base/exception.h"
-#include "tools/scratch_folder.h"
+#include "tools/scratch_directory.h"
 
 namespace Vesk::test {
 namespace {
@@ -13,13 +13,13 @@ namespace {
 class ZipFiles : public testing::Test {
   protected:
     std::filesystem::path at(const char* name) const {
-        return platform::pathFromUtf8(folder_.path() + "/" + name);
+        return platform::pathFromUtf8(directory_.path() + "/" + name);
     }
 
     /// Two files: one that is mapped by pages, and one with a name beyond ASCII.
     void writeSample(const char* archive) const {
-        folder_.write("a.so", "library");
-        folder_.write("b", "");
+        directory_.write("a.so", "library");
+        directory_.write("b", "");
         ZipWriter writer(at(archive));
         writer.add("lib/x86/a.so", at("a.so"));
         writer.add("ä.txt", at("b"));
@@ -31,7 +31,7 @@ class ZipFiles : public testing::Test {
         return platform::readWholeFile(at(name), error).value_or("");
     }
 
-    ScratchFolder folder_;
+    ScratchDirectory directory_;
 };
 
 TEST_F(ZipFiles, RoundTripThroughACopy) {
@@ -68,14 +68,14 @@ TEST_F(ZipFiles, CutOffAnywhereIsDamage) {
         lengths.push_back(length);
     }
     for (const std::size_t length : lengths) {
-        folder_.write("cut.zip", std::string_view(whole).substr(0, length));
+        directory_.write("cut.zip", std::string_view(whole).substr(0, length));
         EXPECT_THROW(ZipFile(at("cut.zip")), VeskException) << length;
     }
     // A directory that leads out of the file.
     for (std::size_t i = whole.size() - 150; i < whole.size() - 22; ++i) {
         std::string changed = whole;
         changed[i] = '\xFF';
-        folder_.write("changed.zip", changed);
+        directory_.write("changed.zip", changed);
         try {
             const ZipFile file(at("changed.zip"));
             for (const ZipEntry& entry : file.entries()) {
@@ -88,8 +88,8 @@ TEST_F(ZipFiles, CutOffAnywhereIsDamage) {
 }
 
 TEST_F(ZipFiles, OneNameOnce) {
-    folder_.write("a", "1");
-    folder_.write("b", "2");
+    directory_.write("a", "1");
+    directory_.write("b", "2");
     ZipWriter writer(at("x.zip"));
     writer.add("name", at("a"));
     EXPECT_THROW(writer.add("name", at("b")), VeskException);

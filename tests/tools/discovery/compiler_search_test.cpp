@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/system.h"
-#include "tools/scratch_folder.h"
+#include "tools/scratch_directory.h"
 
 namespace Vesk::test {
 namespace {
@@ -42,23 +42,25 @@ TEST(CompilerName, PrefixAndSuffix) {
 
 class CompilerSearch : public testing::Test {
   protected:
-    void put(const std::string& name) { folder_.write(name + std::string(programEnding()), name); }
+    void put(const std::string& name) {
+        directory_.write(name + std::string(programEnding()), name);
+    }
 
-    std::string found(const std::vector<std::string>& folders) {
+    std::string found(const std::vector<std::string>& directories) {
         std::vector<std::string> paths;
-        for (const std::string& folder : folders) {
-            paths.push_back(folder_.path() + "/" + folder);
+        for (const std::string& directory : directories) {
+            paths.push_back(directory_.path() + "/" + directory);
         }
         std::string names;
         for (const FoundCompiler& compiler : findCompilers("gcc", paths)) {
-            std::string name = compiler.path.substr(folder_.path().size() + 1);
+            std::string name = compiler.path.substr(directory_.path().size() + 1);
             name.resize(name.size() - programEnding().size());
             names += (names.empty() ? "" : " ") + name;
         }
         return names;
     }
 
-    ScratchFolder folder_;
+    ScratchDirectory directory_;
 };
 
 TEST_F(CompilerSearch, PlainNameThenNewestThenCross) {
@@ -66,7 +68,7 @@ TEST_F(CompilerSearch, PlainNameThenNewestThenCross) {
                              "a/gcc-13", "ccache/gcc", "distcc/gcc"}) {
         put(name);
     }
-    folder_.write("b/gcc-11/readme", "");
+    directory_.write("b/gcc-11/readme", "");
     EXPECT_EQ(found({"ccache", "b", "missing", "b", "a", "distcc"}),
               "b/gcc b/gcc-12 b/gcc-9 b/arm-none-eabi-gcc a/gcc-13");
 }
@@ -79,8 +81,9 @@ TEST_F(CompilerSearch, LinksToOneCompilerAreOne) {
     put("bin/ccache");
     const auto link = [this](const char* target, const char* name) {
         std::filesystem::create_directories(
-            std::filesystem::path(folder_.path() + "/" + name).parent_path());
-        std::filesystem::create_symlink(folder_.path() + "/" + target, folder_.path() + "/" + name);
+            std::filesystem::path(directory_.path() + "/" + name).parent_path());
+        std::filesystem::create_symlink(directory_.path() + "/" + target,
+                                        directory_.path() + "/" + name);
     };
     link("bin/gcc-12", "bin/gcc");
     link("bin/gcc-12", "bin/x86_64-linux-gnu-gcc-12");

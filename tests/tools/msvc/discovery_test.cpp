@@ -7,7 +7,7 @@
 #include "tools/msvc/resource_script.h"
 #include "tools/msvc/visual_studio.h"
 #include "tools/msvc/windows_kits.h"
-#include "tools/scratch_folder.h"
+#include "tools/scratch_directory.h"
 
 namespace Vesk::test {
 namespace {
@@ -15,7 +15,7 @@ namespace {
 class Discovery : public testing::Test {
   protected:
     void program(const std::string& name) {
-        folder_.write(name + std::string(programEnding()), "");
+        directory_.write(name + std::string(programEnding()), "");
     }
 
     std::string chosen(const KitWish& wish) {
@@ -26,16 +26,16 @@ class Discovery : public testing::Test {
         }
     }
 
-    ScratchFolder folder_;
+    ScratchDirectory directory_;
 };
 
 TEST_F(Discovery, KitsByVersionAndPurpose) {
-    const std::string kits = folder_.path() + "/kits";
+    const std::string kits = directory_.path() + "/kits";
     for (const char* file : {"Include/10.0.9.0/um/Windows.h", "Include/10.0.9.0/km/wdm.h",
                              "Lib/10.0.9.0/km/arm64/hal.lib", "Include/10.0.10.0/um/windows.h",
                              "Include/10.0.11.0/km/wdm.h", "Include/10.0.30.0/ucrt/stdio.h",
                              "Include/wdf/kmdf/1.9/wdf.h", "Include/wdf/kmdf/1.31/wdf.h"}) {
-        folder_.write(std::string("kits/") + file, "");
+        directory_.write(std::string("kits/") + file, "");
     }
     EXPECT_EQ(chosen({kits, "", false}), "10.0.10.0");
     EXPECT_EQ(chosen({kits, "", true}), "10.0.9.0");
@@ -48,45 +48,45 @@ TEST_F(Discovery, KitsByVersionAndPurpose) {
 }
 
 TEST_F(Discovery, ToolSetsAndTheirPrograms) {
-    const std::string studio = folder_.path() + "/Microsoft Visual Studio/2022/Community";
+    const std::string studio = directory_.path() + "/Microsoft Visual Studio/2022/Community";
     const std::string sets = "Microsoft Visual Studio/2022/Community/VC/Tools/MSVC/";
     program(sets + "14.9.1/bin/Hostx86/x86/cl");
     program(sets + "14.38.3/bin/Hostx64/arm64/cl");
     program(sets + "14.38.3/bin/Hostx86/arm64/cl");
     program(sets + "14.40.1/bin/Hostx64/x64/link");
-    folder_.write(sets + "14.38.3/include/vcruntime.h", "");
-    const auto studios = installationsBelow(folder_.path());
+    directory_.write(sets + "14.38.3/include/vcruntime.h", "");
+    const auto studios = installationsBelow(directory_.path());
     ASSERT_EQ(studios.size(), 1u);
-    EXPECT_EQ(studios[0].folder, studio);
+    EXPECT_EQ(studios[0].directory, studio);
     EXPECT_EQ(studios[0].name, "Visual Studio Community 2022");
 
     const auto found = toolSetsIn(studios[0]);
     ASSERT_EQ(found.size(), 2u);
     EXPECT_EQ(found[0].version, "14.38.3");
     EXPECT_EQ(found[1].version, "14.9.1");
-    const std::string bin = found[0].folder + "/bin/Hostx64/arm64";
-    EXPECT_EQ(binFolder(found[0].folder, architectureOf("arm64")), bin);
-    EXPECT_EQ(binFolder(found[0].folder, architectureOf("x64")), "");
-    EXPECT_EQ(binFolder(found[1].folder, architectureOf("i686-pc-windows-msvc")),
-              found[1].folder + "/bin/Hostx86/x86");
-    EXPECT_EQ(toolSetAround(bin).folder, found[0].folder);
-    EXPECT_EQ(toolSetAround(studio).folder, "");
+    const std::string bin = found[0].directory + "/bin/Hostx64/arm64";
+    EXPECT_EQ(binDirectory(found[0].directory, architectureOf("arm64")), bin);
+    EXPECT_EQ(binDirectory(found[0].directory, architectureOf("x64")), "");
+    EXPECT_EQ(binDirectory(found[1].directory, architectureOf("i686-pc-windows-msvc")),
+              found[1].directory + "/bin/Hostx86/x86");
+    EXPECT_EQ(toolSetAround(bin).directory, found[0].directory);
+    EXPECT_EQ(toolSetAround(studio).directory, "");
     EXPECT_THROW(architectureOf("riscv64-linux"), VeskException);
 }
 
 TEST_F(Discovery, ResourceScriptsNameTheirFiles) {
-    const std::string at = folder_.path() + "/";
-    folder_.write("res/app.rc",
-                  "#include <own.h>\n#include \"..\\inc\\b.h\"\n// \"not.this\"\n"
-                  "1 ICON app.ico\n2 RCDATA \"da ta\\\\x.bin\"\n3 RCDATA \"no.where\"\n");
+    const std::string at = directory_.path() + "/";
+    directory_.write("res/app.rc",
+                     "#include <own.h>\n#include \"..\\inc\\b.h\"\n// \"not.this\"\n"
+                     "1 ICON app.ico\n2 RCDATA \"da ta\\\\x.bin\"\n3 RCDATA \"no.where\"\n");
     const std::string wide(
         "\xFF\xFE"
         "1\0 \0I\0C\0O\0N\0 \0\"\0a\0.\0b\0\"\0",
         24);
-    folder_.write("inc/own.h", "#include \"own.h\"\n#include \"w.rc2\"\n");
-    folder_.write("inc/w.rc2", wide);
+    directory_.write("inc/own.h", "#include \"own.h\"\n#include \"w.rc2\"\n");
+    directory_.write("inc/w.rc2", wide);
     for (const char* file : {"inc/b.h", "res/app.ico", "res/da ta/x.bin", "inc/a.b", "not.this"}) {
-        folder_.write(file, "");
+        directory_.write(file, "");
     }
     EXPECT_EQ(
         filesOfResourceScript(at + "res/app.rc", {at + "inc"}),

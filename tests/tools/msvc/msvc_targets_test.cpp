@@ -6,7 +6,7 @@
 #include "tools/builder.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/msvc_matcher.h"
-#include "tools/scratch_folder.h"
+#include "tools/scratch_directory.h"
 #include "tools/tool_fixture.h"
 
 namespace Vesk::test {
@@ -20,24 +20,25 @@ class MsvcTargets : public testing::Test {
                 program(std::string("vc/14.30.1/bin/Hostx64/") + machine + "/" + name);
             }
         }
-        folder_.write("vc/14.30.1/include/a.h", "");
+        directory_.write("vc/14.30.1/include/a.h", "");
         for (const char* file : {"um/windows.h", "km/wdm.h"}) {
-            folder_.write(std::string("kits/Include/10.0.9.0/") + file, "");
+            directory_.write(std::string("kits/Include/10.0.9.0/") + file, "");
         }
-        folder_.write("kits/Lib/10.0.9.0/km/x86/hal.lib", "");
-        folder_.write("kits/Include/wdf/umdf/1.11/a.h", "");
-        folder_.write("kits/Include/wdf/umdf/2.33/a.h", "");
+        directory_.write("kits/Lib/10.0.9.0/km/x86/hal.lib", "");
+        directory_.write("kits/Include/wdf/umdf/1.11/a.h", "");
+        directory_.write("kits/Include/wdf/umdf/2.33/a.h", "");
     }
 
     void program(const std::string& name) {
-        folder_.write(name + std::string(programEnding()), "");
+        directory_.write(name + std::string(programEnding()), "");
     }
 
     RecipeSet build(const char* triple, std::vector<Assignment> assignments) {
-        const MSVCMatcher matcher("tool", {},
-                                  mapOf({var("toolchain_path", str(folder_.path() + "/vc/14.30.1")),
-                                         var("toolchain_target", str(triple))}));
-        assignments.push_back(var("PROJECT_ROOT", str(folder_.path())));
+        const MSVCMatcher matcher(
+            "tool", {},
+            mapOf({var("toolchain_path", str(directory_.path() + "/vc/14.30.1")),
+                   var("toolchain_target", str(triple))}));
+        assignments.push_back(var("PROJECT_ROOT", str(directory_.path())));
         assignments.push_back(var("winsdk_path", path("kits")));
         auto target = std::make_shared<Target>();
         target->name = "app";
@@ -59,13 +60,13 @@ class MsvcTargets : public testing::Test {
     std::string variable(const Recipe& recipe, std::size_t number) const {
         std::string text = recipe.surroundings->variables.at(number);
         std::ranges::replace(text, '\\', '/');
-        for (std::size_t at = 0; (at = text.find(folder_.path() + "/")) != std::string::npos;) {
-            text.erase(at, folder_.path().size() + 1);
+        for (std::size_t at = 0; (at = text.find(directory_.path() + "/")) != std::string::npos;) {
+            text.erase(at, directory_.path().size() + 1);
         }
         return text;
     }
 
-    ScratchFolder folder_;
+    ScratchDirectory directory_;
 };
 
 TEST_F(MsvcTargets, AnotherMachine) {

@@ -4,7 +4,7 @@
 
 #include "base/exception.h"
 #include "platform/files.h"
-#include "tools/scratch_folder.h"
+#include "tools/scratch_directory.h"
 
 namespace Vesk::test {
 namespace {
@@ -15,14 +15,14 @@ class Patterns : public testing::Test {
         for (const char* file :
              {"src/b.c", "src/a.c", "src/a.h", "src/.hidden.c", "src/sub/c.c", "src/sub/deep/d.c",
               "src/sub/deep/main.c", "src/.git/e.c", "src/out/f.c", "größe/ä.c", "main.c"}) {
-            folder_.write(file, "");
+            directory_.write(file, "");
         }
     }
 
-    /// What a pattern below the folder meets, names separated by blanks.
+    /// What a pattern below the directory meets, names separated by blanks.
     std::string found(const std::string& pattern, const char* skipped = "/none") {
         std::string names;
-        const std::string root = folder_.path();
+        const std::string root = directory_.path();
         for (const std::string& file : filesMatching(root + "/" + pattern, root + skipped)) {
             names += (names.empty() ? "" : " ") + file.substr(root.size() + 1);
             EXPECT_TRUE(pathMatches(file, root + "/" + pattern)) << file;
@@ -30,7 +30,7 @@ class Patterns : public testing::Test {
         return names;
     }
 
-    ScratchFolder folder_;
+    ScratchDirectory directory_;
 };
 
 TEST_F(Patterns, MeetFilesInOrder) {
@@ -45,7 +45,7 @@ TEST_F(Patterns, MeetFilesInOrder) {
     EXPECT_EQ(found("main.c/*.c"), "");
 }
 
-TEST_F(Patterns, AnyNumberOfFolders) {
+TEST_F(Patterns, AnyNumberOfDirectories) {
     const char* all =
         "src/a.c src/b.c src/out/f.c src/sub/c.c src/sub/deep/d.c "
         "src/sub/deep/main.c";
@@ -60,8 +60,8 @@ TEST_F(Patterns, AnyNumberOfFolders) {
 
 TEST_F(Patterns, LinksAreNotFollowedRoundAndRound) {
     std::error_code error;
-    std::filesystem::create_directory_symlink(folder_.path() + "/src",
-                                              folder_.path() + "/src/sub/up", error);
+    std::filesystem::create_directory_symlink(directory_.path() + "/src",
+                                              directory_.path() + "/src/sub/up", error);
     if (error) {
         GTEST_SKIP() << "no links here";
     }

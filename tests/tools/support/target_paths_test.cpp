@@ -4,7 +4,7 @@
 
 #include "base/exception.h"
 #include "platform/system.h"
-#include "tools/scratch_folder.h"
+#include "tools/scratch_directory.h"
 #include "tools/support/libraries.h"
 #include "tools/support/output_type.h"
 #include "tools/support/parent_directory.h"
@@ -87,7 +87,7 @@ class Sources : public testing::Test {
     std::string names(std::vector<Assignment> assignments) {
         auto context = contextOf<TargetContext>(assignments, std::make_shared<Target>(), "u::t");
         BuildEnvSettings where;
-        where.projectRoot = platform::pathFromUtf8(folder_.path());
+        where.projectRoot = platform::pathFromUtf8(directory_.path());
         const TargetPaths paths(*context, BuildEnv(where));
         std::string all;
         for (const SourceFile& source : sourceFiles(*context, paths, ".o")) {
@@ -97,12 +97,12 @@ class Sources : public testing::Test {
         return all;
     }
 
-    ScratchFolder folder_;
+    ScratchDirectory directory_;
 };
 
 TEST_F(Sources, InOrderWithoutRepetitionsAndExclusions) {
     for (const char* file : {"a.c", "b.c", "main.c", "sub/a.c", "x.cpp"}) {
-        folder_.write(file, "");
+        directory_.write(file, "");
     }
     EXPECT_EQ(names({var("C_FILES", list({str("main.c"), str("*.c")})),
                      var("CPP_FILES", str("x.cpp y.cpp")), var("ASM_FILES", path("s t.S"))}),
@@ -121,14 +121,14 @@ TEST_F(Sources, InOrderWithoutRepetitionsAndExclusions) {
               "'a.c' is named in C_FILES and in CPP_FILES. Leave one out.");
     EXPECT_EQ(failure("*.cc", ""),
               "No file fits the pattern '*.cc' in C_FILES. It was looked for as '" +
-                  folder_.path() + "/*.cc'.");
+                  directory_.path() + "/*.cc'.");
 }
 
-TEST_F(Sources, LibrariesInFolders) {
-    folder_.write("l1/libboth.a", "");
-    folder_.write("l1/libboth.so", "");
-    folder_.write("l2/libonly.a", "");
-    const std::string root = folder_.path();
+TEST_F(Sources, LibrariesInDirectories) {
+    directory_.write("l1/libboth.a", "");
+    directory_.write("l1/libboth.so", "");
+    directory_.write("l2/libonly.a", "");
+    const std::string root = directory_.path();
     const std::vector<std::pair<const char*, const char*>> cases = {
         {"only", "l2/libonly.a "},
         {"both", "l1/libboth.so l1/libboth.a "},

@@ -62,15 +62,15 @@ def mc(arguments):
 def inf2cat(arguments):
     """A catalogue with the names of what it is about."""
     options = dict(each.split(":", 1) for each in arguments if each[0] == "/" and ":" in each)
-    folder = Path(options.get("/driver", ""))
-    if len(options) != len(arguments) or not options.get("/os") or not folder.is_dir():
+    directory = Path(options.get("/driver", ""))
+    if len(options) != len(arguments) or not options.get("/os") or not directory.is_dir():
         return fail(f"inf2cat {arguments}")
-    names = sorted(file.name for file in folder.iterdir() if file.suffix != ".cat")
-    for inf in folder.glob("*.inf"):
+    names = sorted(file.name for file in directory.iterdir() if file.suffix != ".cat")
+    for inf in directory.glob("*.inf"):
         catalogue = re.search(r"^CatalogFile\s*=\s*(\S+)", inf.read_text(), re.M)
         if catalogue is None:
             return fail(f"no CatalogFile in {inf}")
-        (folder / catalogue[1]).write_text("\n".join([options["/os"], *names, ""]))
+        (directory / catalogue[1]).write_text("\n".join([options["/os"], *names, ""]))
     return 0
 
 

@@ -1,57 +1,57 @@
-#include "platform/folders.h"
+#include "platform/directories.h"
 
 #include "platform/files.h"
-#include "platform/notes.h"
+#include "platform/recording.h"
 
 namespace Vesk::platform {
 
 namespace fs = std::filesystem;
 
-std::vector<FolderEntry> listFolder(const fs::path& folder, std::error_code& error) {
-    std::vector<FolderEntry> entries;
-    fs::directory_iterator at(folder, error);
+std::vector<DirectoryEntry> listDirectory(const fs::path& directory, std::error_code& error) {
+    std::vector<DirectoryEntry> entries;
+    fs::directory_iterator at(directory, error);
     while (!error && at != fs::directory_iterator()) {
-        FolderEntry entry;
+        DirectoryEntry entry;
         entry.name = pathToUtf8(at->path().filename());
         const fs::file_status status = at->status(entry.error);
         if (status.type() != fs::file_type::none) {
             entry.error.clear();
         }
-        entry.folder = fs::is_directory(status);
+        entry.directory = fs::is_directory(status);
         entry.file = fs::is_regular_file(status);
         std::error_code ignored;
         entry.link = at->is_symlink(ignored);
         entries.push_back(std::move(entry));
         at.increment(error);
     }
-    if (notesAreTaken()) {
-        note(Question::Entries, pathToUtf8(folder), digestOfEntries(entries, error));
+    if (isRecording()) {
+        record(Question::Entries, pathToUtf8(directory), digestOfEntries(entries, error));
     }
     return entries;
 }
 
-std::uint64_t digestOfEntries(const std::vector<FolderEntry>& entries,
+std::uint64_t digestOfEntries(const std::vector<DirectoryEntry>& entries,
                               const std::error_code& error) {
     std::string text = std::to_string(error.value());
-    for (const FolderEntry& entry : entries) {
+    for (const DirectoryEntry& entry : entries) {
         text += '\0';
         text += entry.name;
-        text += entry.folder ? 'd' : entry.file ? 'f' : 'o';
+        text += entry.directory ? 'd' : entry.file ? 'f' : 'o';
         text += entry.link ? 'l' : '-';
     }
     return digestOf(std::string_view(text));
 }
 
-void makeFolders(const fs::path& folder, std::error_code& error) {
+void makeDirectories(const fs::path& directory, std::error_code& error) {
     error.clear();
-    if (!isFolder(folder)) {
-        noteDeed();
-        fs::create_directories(folder, error);
+    if (!isDirectory(directory)) {
+        recordSideEffect();
+        fs::create_directories(directory, error);
     }
 }
 
 void removeTree(const fs::path& path, std::error_code& error) {
-    noteDeed();
+    recordSideEffect();
     fs::remove_all(path, error);
 }
 

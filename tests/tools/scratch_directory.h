@@ -1,4 +1,4 @@
-// A folder for the files of one test.
+// A directory for the files of one test.
 #pragma once
 
 #include <algorithm>
@@ -12,38 +12,38 @@
 
 namespace Vesk::test {
 
-class ScratchFolder {
+class ScratchDirectory {
   public:
-    ScratchFolder() {
+    ScratchDirectory() {
         const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = std::filesystem::canonical(std::filesystem::temp_directory_path()) /
-                  (std::string("vesk ") + test->test_suite_name() + " " + test->name());
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
+        directory_ = std::filesystem::canonical(std::filesystem::temp_directory_path()) /
+                     (std::string("vesk ") + test->test_suite_name() + " " + test->name());
+        std::filesystem::remove_all(directory_);
+        std::filesystem::create_directories(directory_);
     }
-    ~ScratchFolder() {
+    ~ScratchDirectory() {
         std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
+        std::filesystem::remove_all(directory_, ignored);
     }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    ScratchDirectory(const ScratchDirectory&) = delete;
+    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
 
     /// With forward slashes.
     std::string path() const {
-        std::string text = platform::pathToUtf8(folder_);
+        std::string text = platform::pathToUtf8(directory_);
         std::ranges::replace(text, '\\', '/');
         return text;
     }
 
     void write(std::string_view name, std::string_view content) const {
-        const auto file = folder_ / platform::pathFromUtf8(name);
+        const auto file = directory_ / platform::pathFromUtf8(name);
         std::filesystem::create_directories(file.parent_path());
         std::error_code error;
         EXPECT_TRUE(platform::writeWholeFile(file, content, platform::Append::no, error));
     }
 
   private:
-    std::filesystem::path folder_;
+    std::filesystem::path directory_;
 };
 
 }  // namespace Vesk::test

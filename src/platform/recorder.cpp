@@ -1,4 +1,4 @@
-#include "platform/questions.h"
+#include "platform/recorder.h"
 
 #include <array>
 #include <atomic>
@@ -7,9 +7,9 @@
 #include <utility>
 #include <xxhash.h>
 
+#include "platform/directories.h"
 #include "platform/environment.h"
-#include "platform/folders.h"
-#include "platform/notes.h"
+#include "platform/recording.h"
 #include "platform/registry.h"
 #include "platform/system.h"
 
@@ -21,10 +21,10 @@ constexpr char kBits32 = '3';
 constexpr char kBits64 = '6';
 constexpr char kRegistrySeparator = '\n';
 
-std::atomic<bool> taken{false};
+std::atomic<bool> active{false};
 std::atomic<bool> repeatable{true};
 std::mutex mutex;
-std::string notes;  // of each question its letter, the answer's digest, the subject, a zero
+std::string recording;  // of each question its letter, the answer's digest, the subject, a zero
 
 /// Of a directory only which one it is: what is in it is a question of its own, and its times
 /// change with it.
@@ -80,7 +80,7 @@ std::optional<std::uint64_t> answerTo(Question question, const char* subject) {
         case Question::Times:
             return digestOfTimes(statusAt(subject, error));
         case Question::Entries:
-            return digestOfEntries(listFolder(pathFromUtf8(subject), error), error);
+            return digestOfEntries(listDirectory(pathFromUtf8(subject), error), error);
         case Question::Canonical:
             return digestOf(pathToUtf8(canonicalPath(pathFromUtf8(subject), error)));
         case Question::Variable:
@@ -95,55 +95,55 @@ std::optional<std::uint64_t> answerTo(Question question, const char* subject) {
 
 }  // namespace
 
-bool notesAreTaken() noexcept {
-    return taken.load(std::memory_order_relaxed);
+bool isRecording() noexcept {
+    return active.load(std::memory_order_relaxed);
 }
 
-void note(Question question, std::string_view subject, std::uint64_t answer) {
-    if (!notesAreTaken()) {
+void record(Question question, std::string_view subject, std::uint64_t answer) {
+    if (!isRecording()) {
         return;
     }
     if (subject.find('\0') != std::string_view::npos) {
-        noteDeed();
+        recordSideEffect();
         return;
     }
     std::array<char, sizeof answer> digest;
     std::memcpy(digest.data(), &answer, sizeof answer);
     const std::lock_guard lock(mutex);
-    notes += static_cast<char>(question);
-    notes.append(digest.data(), digest.size()).append(subject).append(1, '\0');
+    recording += static_cast<char>(question);
+    recording.append(digest.data(), digest.size()).append(subject).append(1, '\0');
 }
 
-void noteDeed() noexcept {
+void recordSideEffect() noexcept {
     repeatable = false;
 }
 
-void noteStatus(const std::filesystem::path& path, const std::optional<FileStatus>& status,
-                const std::error_code& error) {
-    if (notesAreTaken()) {
-        noteStatus(pathToUtf8(path), status, error);
+void recordStatus(const std::filesystem::path& path, const std::optional<FileStatus>& status,
+                  const std::error_code& error) {
+    if (isRecording()) {
+        recordStatus(pathToUtf8(path), status, error);
     }
 }
 
-void noteStatus(const std::string& path, const std::optional<FileStatus>& status,
-                const std::error_code& error) {
-    if (!notesAreTaken()) {
+void recordStatus(const std::string& path, const std::optional<FileStatus>& status,
+                  const std::error_code& error) {
+    if (!isRecording()) {
         return;
     }
     if (status && !status->directory && isRecent(*status)) {
-        noteDeed();
+        recordSideEffect();
     }
-    note(Question::Status, path, digestOfStatus(status, error));
+    record(Question::Status, path, digestOfStatus(status, error));
 }
 
-void noteTimes(const std::string& directory, const FileStatus& status) {
-    if (!notesAreTaken()) {
+void recordTimes(const std::string& directory, const FileStatus& status) {
+    if (!isRecording()) {
         return;
     }
     if (isRecent(status)) {
-        noteDeed();
+        recordSideEffect();
     }
-    note(Question::Times, directory, digestOfTimes(status));
+    record(Question::Times, directory, digestOfTimes(status));
 }
 
 std::uint64_t digestOf(std::string_view text) noexcept {
@@ -158,37 +158,37 @@ std::uint64_t digestOf(const LocalMonth& month) noexcept {
     return static_cast<std::uint64_t>(month.year) * 100 + static_cast<std::uint64_t>(month.month);
 }
 
-void noteRegistry(std::string_view key, std::string_view name, RegistryView view,
-                  const std::optional<std::string>& text) {
-    if (notesAreTaken()) {
+void recordRegistry(std::string_view key, std::string_view name, RegistryView view,
+                    const std::optional<std::string>& text) {
+    if (isRecording()) {
         std::string subject(1, view == RegistryView::Bits32 ? kBits32 : kBits64);
         subject.append(key).append(1, kRegistrySeparator).append(name);
-        note(Question::Registry, subject, digestIfAny(text));
+        record(Question::Registry, subject, digestIfAny(text));
     }
 }
 
-void startNotingQuestions() {
-    notes.clear();
+void startRecording() {
+    recording.clear();
     repeatable = true;
-    taken = true;
+    active = true;
 }
 
-std::optional<std::string> questionsNoted() {
-    taken = false;
-    return repeatable ? std::optional(std::exchange(notes, {})) : std::nullopt;
+std::optional<std::string> takeRecording() {
+    active = false;
+    return repeatable ? std::optional(std::exchange(recording, {})) : std::nullopt;
 }
 
-bool answersAreTheSame(std::string_view notes) {
+bool stillValid(std::string_view recording) {
     constexpr std::size_t kDigestBytes = sizeof(std::uint64_t);
-    for (std::size_t at = 0; at < notes.size();) {
+    for (std::size_t at = 0; at < recording.size();) {
         const std::size_t subject = at + 1 + kDigestBytes;
-        const std::size_t end = notes.find('\0', subject);
-        if (subject >= notes.size() || end == std::string_view::npos) {
+        const std::size_t end = recording.find('\0', subject);
+        if (subject >= recording.size() || end == std::string_view::npos) {
             return false;
         }
         std::uint64_t answer = 0;
-        std::memcpy(&answer, notes.data() + at + 1, kDigestBytes);
-        if (answerTo(static_cast<Question>(notes[at]), notes.data() + subject) != answer) {
+        std::memcpy(&answer, recording.data() + at + 1, kDigestBytes);
+        if (answerTo(static_cast<Question>(recording[at]), recording.data() + subject) != answer) {
             return false;
         }
         at = end + 1;

@@ -1,20 +1,20 @@
-#include "tools/msvc/version_folders.h"
+#include "tools/msvc/version_directories.h"
 
 #include <algorithm>
 #include <system_error>
 
+#include "platform/directories.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "tools/discovery/version.h"
 
 namespace Vesk {
 
-std::vector<std::string> subfolders(const std::string& folder) {
+std::vector<std::string> subdirectories(const std::string& directory) {
     std::vector<std::string> names;
     std::error_code ignored;
-    for (platform::FolderEntry& entry :
-         platform::listFolder(platform::pathFromUtf8(folder), ignored)) {
-        if (entry.folder) {
+    for (platform::DirectoryEntry& entry :
+         platform::listDirectory(platform::pathFromUtf8(directory), ignored)) {
+        if (entry.directory) {
             names.push_back(std::move(entry.name));
         }
     }
@@ -22,8 +22,8 @@ std::vector<std::string> subfolders(const std::string& folder) {
     return names;
 }
 
-std::vector<std::string> versionFolders(const std::string& folder) {
-    std::vector<std::string> names = subfolders(folder);
+std::vector<std::string> versionDirectories(const std::string& directory) {
+    std::vector<std::string> names = subdirectories(directory);
     std::erase_if(names, [](const std::string& name) { return name[0] < '0' || name[0] > '9'; });
     std::ranges::stable_sort(names, [](const std::string& a, const std::string& b) {
         return compareVersions(a, b) > 0;
@@ -31,8 +31,8 @@ std::vector<std::string> versionFolders(const std::string& folder) {
     return names;
 }
 
-bool isFolder(const std::string& path) {
-    return platform::isFolder(platform::pathFromUtf8(path));
+bool isDirectory(const std::string& path) {
+    return platform::isDirectory(platform::pathFromUtf8(path));
 }
 
 }  // namespace Vesk

@@ -1,0 +1,27 @@
+// What a run has asked about the world around it, and whether the answers are still the same.
+//
+// While a run is recorded, every function of this floor that reads files, directories, links, the
+// environment, the date or the registry of Windows records what it was asked and what it answered.
+// A run that only asked, that wrote no file and started no process, would do exactly the same again
+// for as long as every answer stays the same.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Vesk::platform {
+
+/// From now on questions are recorded.
+void startRecording();
+
+/// Ends that. All questions with their answers, as bytes for `stillValid`. Nothing when the
+/// run did more than ask, or when an answer may change without a trace: a file that was written a
+/// moment ago can be written once more and keep its times.
+std::optional<std::string> takeRecording();
+
+/// Asks all of it again. False at the first answer that differs, and for bytes that are no such
+/// recording. Not while another recording goes on.
+bool stillValid(std::string_view notes);
+
+}  // namespace Vesk::platform

@@ -1,0 +1,18 @@
+// Directories that are named by version numbers, as Visual Studio and the kits keep theirs.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Vesk {
+
+/// The names of the subdirectories, in the order of their letters. Empty for a directory that
+/// cannot be read.
+std::vector<std::string> subdirectories(const std::string& directory);
+
+/// Those that begin with a digit, highest version first.
+std::vector<std::string> versionDirectories(const std::string& directory);
+
+bool isDirectory(const std::string& path);
+
+}  // namespace Vesk
