@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <limits>
 #include <memory>
@@ -64,6 +65,12 @@ inline constexpr std::size_t kSurroundingsPart = 0;
 inline constexpr std::size_t kVariablesPart = 1;
 inline constexpr std::size_t kFirstRecipePart = 2;
 
+/// What decides whether a recipe runs again.
+enum class Judged : std::uint8_t {
+    WithTarget,  ///< anything that changed of its target
+    Alone,       ///< what changed of itself: it has outputs of its own
+};
+
 /// What a build of the target would consist of now.
 struct CacheRequest {
     struct Part {
@@ -72,12 +79,12 @@ struct CacheRequest {
         std::vector<std::string> writes;
         std::string source;  ///< the one that a compiler is given, among the reads
         std::filesystem::path dependencyFile;
-        std::shared_ptr<const HeaderSearch> headerSearch;     ///< see Recipe
-        std::filesystem::path outputDirectory;                ///< see Recipe
-        std::filesystem::path directory;                      ///< of the relative paths in it
-        std::shared_ptr<const ToolEnvironment> surroundings;  ///< see Recipe
-        bool standsAlone = false;                             ///< see Recipe
-        bool tellsAll = false;                                ///< see Recipe
+        std::shared_ptr<const HeaderSearch> headerSearch;        ///< see Recipe
+        std::filesystem::path outputDirectory;                   ///< see Recipe
+        std::filesystem::path directory;                         ///< of the relative paths in it
+        std::shared_ptr<const ToolEnvironment> toolEnvironment;  ///< see Command
+        Judged judged = Judged::WithTarget;
+        Declaration declaration = Declaration::Partial;  ///< see Recipe
     };
 
     std::vector<Part> parts;

@@ -178,7 +178,7 @@ bool Freshness::fresh(std::size_t part) {
         return false;
     }
     const CacheRequest::Part& wanted = request_.parts[part];
-    if (!wanted.standsAlone) {
+    if (wanted.judged == Judged::WithTarget) {
         // Recipes that run together: nothing of the target may differ.
         return sameText() && partUnchanged(kSurroundingsPart, request_.parts[kSurroundingsPart]);
     }
@@ -188,9 +188,10 @@ bool Freshness::fresh(std::size_t part) {
     }
     // A compiler tells all that it has read. Other commands may depend on what dependencies have
     // done without telling, and may make more of the target's outputs than their recipe says.
-    return wanted.tellsAll || (samePart(kSurroundingsPart) &&
-                               filesUnchanged(kSurroundingsPart, recordField::kWrites,
-                                              request_.parts[kSurroundingsPart].writes.size()));
+    return wanted.declaration == Declaration::Complete ||
+           (samePart(kSurroundingsPart) &&
+            filesUnchanged(kSurroundingsPart, recordField::kWrites,
+                           request_.parts[kSurroundingsPart].writes.size()));
 }
 
 std::string Freshness::reason() {

@@ -213,7 +213,7 @@ class RecordMaker {
         HeadersRead headers{part.headerSearch.get(), part.source, {}};
         for (const std::string& name : *names) {
             const std::string path = reportedPath(part.directory, name);
-            if (part.surroundings && isBelowAny(path, part.surroundings->systemDirectories)) {
+            if (part.toolEnvironment && isBelowAny(path, part.toolEnvironment->systemDirectories)) {
                 continue;
             }
             const std::size_t number = numberOfRead(path);

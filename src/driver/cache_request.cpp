@@ -120,17 +120,17 @@ class RequestMaker {
     }
 
   private:
-    /// Stands for the variables of the recipe's surroundings, of which there are mostly one for all
-    /// recipes.
+    /// Stands for the variables of the recipe's tool environment, which is mostly one for all
+    /// recipes of a target.
     const std::string& markOf(const Recipe& recipe) {
-        if (marked_ != recipe.surroundings.get()) {
+        if (marked_ != recipe.toolEnvironment.get()) {
             std::string text;
-            for (const std::string& variable : recipe.surroundings->variables) {
+            for (const std::string& variable : recipe.toolEnvironment->variables) {
                 text.append(variable).append(1, '\0');
             }
             const ContentHash hash = hashText(text);
             mark_ = fmt::format("{:x}{:x}", hash.high, hash.low);
-            marked_ = recipe.surroundings.get();
+            marked_ = recipe.toolEnvironment.get();
         }
         return mark_;
     }
@@ -145,7 +145,7 @@ class RequestMaker {
         for (const std::string& command : recipe.furtherCommands) {
             inputs.push_back({textAssignment("command", hidden_.masked(command)), std::nullopt});
         }
-        if (recipe.surroundings) {
+        if (recipe.toolEnvironment) {
             inputs.push_back({textAssignment("surroundings", markOf(recipe)), std::nullopt});
         }
         for (const SupportFile& file : recipe.supportFiles) {
@@ -167,9 +167,10 @@ class RequestMaker {
             collectPaths(output.value.get(),
                          [&part](std::string path) { part.writes.push_back(std::move(path)); });
         }
-        part.standsAlone = !part.writes.empty();
-        part.tellsAll = recipe.tellsAll || !recipe.dependencyFile.empty();
-        if (part.standsAlone && !part.tellsAll) {
+        part.judged = part.writes.empty() ? Judged::WithTarget : Judged::Alone;
+        part.declaration =
+            recipe.dependencyFile.empty() ? recipe.declaration : Declaration::Complete;
+        if (part.judged == Judged::Alone && part.declaration == Declaration::Partial) {
             addFilesInText(recipe, part);
         }
         sortUnique(part.reads);
@@ -178,7 +179,7 @@ class RequestMaker {
         part.headerSearch = recipe.headerSearch;
         part.outputDirectory = recipe.outputDirectory;
         part.directory = recipe.workingDirectory;
-        part.surroundings = recipe.surroundings;
+        part.toolEnvironment = recipe.toolEnvironment;
         return part;
     }
 
@@ -220,9 +221,9 @@ class RequestMaker {
         CacheRequest::Part part;
         const std::unordered_set<std::string> reports = dependencyFiles();
         // Recipes that stand alone know what they read and write.
-        const bool allStandAlone =
-            std::ranges::all_of(request_.parts.begin() + kFirstRecipePart, request_.parts.end(),
-                                &CacheRequest::Part::standsAlone);
+        const bool allStandAlone = std::ranges::all_of(
+            request_.parts.begin() + kFirstRecipePart, request_.parts.end(),
+            [](const CacheRequest::Part& recipe) { return recipe.judged == Judged::Alone; });
         for (const Assignment& output : question_.outputs) {
             const auto takeUnlessReport = [&](std::string path) {
                 if (!reports.contains(path)) {

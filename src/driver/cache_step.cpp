@@ -75,7 +75,7 @@ void CacheStep::begin() {
 std::vector<std::string> CacheStep::filesRead(std::size_t recipe) const {
     const std::size_t part = kFirstRecipePart + recipe;
     std::vector<std::string> files = request_.parts[part].reads;
-    if (!request_.parts[part].standsAlone) {
+    if (request_.parts[part].judged == Judged::WithTarget) {
         const std::vector<std::string>& all = request_.parts[kSurroundingsPart].reads;
         files.insert(files.end(), all.begin(), all.end());
     }

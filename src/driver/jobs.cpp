@@ -26,9 +26,9 @@ namespace fs = std::filesystem;
 constexpr std::chrono::seconds kInterval{30};
 
 /// Nothing may leave the thread of a job but the status and the reason.
-std::int32_t runAction(const Recipe& step, std::string& failure) {
+std::int32_t runAction(const std::function<void()>& action, std::string& failure) {
     try {
-        step.action();
+        action();
         return 0;
     } catch (const VeskException& exception) {
         failure = exception.report();
@@ -43,12 +43,13 @@ std::int32_t runAction(const Recipe& step, std::string& failure) {
 /// The body of a job's task. Writes to its own job only.
 void runJob(Job& job) {
     const auto began = std::chrono::steady_clock::now();
-    for (const Recipe& command : job.commands) {
+    const auto& action = job.recipe->action;
+    for (const Command& command : job.commands) {
         if (platform::interruptSignal() != 0) {
             return;
         }
-        const std::int32_t status = command.action ? runAction(command, job.startFailure)
-                                                   : runCommand(command, &job.startFailure);
+        const std::int32_t status =
+            action ? runAction(action, job.startFailure) : runCommand(command, &job.startFailure);
         if (status != 0) {
             job.failedCommand = command.command;
             job.result = status;
@@ -82,12 +83,13 @@ void join(std::future<void>& task, const std::function<void()>& onInterval) {
 class Preparation {
   public:
     void prepare(const Recipe& recipe) {
+        const bool remove = recipe.oldOutputs == OldOutputs::Go;
         for (const Assignment& output : recipe.outputs) {
             for (const std::string& file : pathsIn(output)) {
-                prepareOutput(platform::pathFromUtf8(file), recipe.replacesOutputs);
+                prepareOutput(platform::pathFromUtf8(file), remove);
             }
         }
-        if (recipe.replacesOutputs && !recipe.outputDirectory.empty()) {
+        if (remove && !recipe.outputDirectory.empty()) {
             renew(recipe.outputDirectory);
         }
         if (!recipe.dependencyFile.empty()) {
@@ -151,24 +153,23 @@ void reportFailure(const Job& job) {
 
 }  // namespace
 
-Stage::Stage(const Builder& builder, const std::vector<const Recipe*>& recipes,
-             const BuildEnv& environment) {
+Stage::Stage(const Builder& builder, const SharedRecipes& recipes, const BuildEnv& environment) {
     Preparation preparation;
-    for (const Recipe* recipe : recipes) {
+    for (const auto& recipe : recipes) {
         preparation.prepare(*recipe);
         auto job = std::make_unique<Job>();
-        job->recipe = std::make_shared<const Recipe>(*recipe);
-        job->commands = builder.commandsOf(*job->recipe, environment);
+        job->recipe = recipe;
+        job->commands = builder.commandsOf(*recipe, environment);
         jobs_.push_back(std::move(job));
     }
 }
 
 void Stage::run(const StageOptions& options) {
-    std::vector<Job*> pooled;
+    std::vector<Job*> queued;
     std::vector<Job*> others;
     std::vector<std::function<void()>> tasks;
     for (const auto& job : jobs_) {
-        (job->recipe->pooled ? pooled : others).push_back(job.get());
+        (job->recipe->start == Start::Queued ? queued : others).push_back(job.get());
     }
     std::atomic<std::size_t> nextOther{0};
     const auto workOffOthers = [&] {
@@ -183,21 +184,21 @@ void Stage::run(const StageOptions& options) {
     std::atomic<std::size_t> next{0};
     std::atomic<bool> failed{false};
     const auto workOff = [&] {
-        for (std::size_t i = next++; i < pooled.size(); i = next++) {
+        for (std::size_t i = next++; i < queued.size(); i = next++) {
             if (failed && !options.keepGoing) {
                 return;
             }
-            runJob(*pooled[i]);
-            failed = failed || pooled[i]->result != 0;
+            runJob(*queued[i]);
+            failed = failed || queued[i]->result != 0;
         }
     };
-    for (unsigned i = 0; i < options.workers && i < pooled.size(); ++i) {
+    for (unsigned i = 0; i < options.workers && i < queued.size(); ++i) {
         tasks.emplace_back(workOff);
     }
     for (std::size_t i = 0; i < tasks.size(); ++i) {
         console::normal("Starting build job");
     }
-    if (tasks.size() == 1 && pooled.empty()) {
+    if (tasks.size() == 1 && queued.empty()) {
         tasks.front()();
         return;
     }
@@ -257,10 +258,10 @@ void makeOutputDirectories(const std::vector<Assignment>& outputs) {
     }
 }
 
-void showCommands(const Builder& builder, const std::vector<const Recipe*>& recipes,
+void showCommands(const Builder& builder, const SharedRecipes& recipes,
                   const BuildEnv& environment) {
-    for (const Recipe* recipe : recipes) {
-        for (const Recipe& command : builder.commandsOf(*recipe, environment)) {
+    for (const auto& recipe : recipes) {
+        for (const Command& command : builder.commandsOf(*recipe, environment)) {
             console::normal("{}", command.command);
         }
     }

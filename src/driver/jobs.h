@@ -14,10 +14,12 @@
 
 namespace Vesk {
 
+using SharedRecipes = std::vector<std::shared_ptr<const Recipe>>;
+
 /// One recipe, the commands that the builder made of it, and how they ended.
 struct Job {
     std::shared_ptr<const Recipe> recipe;
-    std::vector<Recipe> commands;
+    std::vector<Command> commands;
     std::int32_t result = 0;    ///< 0: success; else the status of the command that failed
     std::string failedCommand;  ///< set with a result other than 0
     std::string startFailure;   ///< why it could not be started, or why an action failed
@@ -30,22 +32,21 @@ struct Job {
 
 /// How the jobs of a stage share the machine.
 struct StageOptions {
-    unsigned workers = 1;              ///< pooled recipes run on this many tasks
+    unsigned workers = 1;              ///< queued recipes run on this many tasks
     unsigned maxCommands = 0;          ///< and the others on this many; 0: each on its own
-    bool keepGoing = false;            ///< pooled recipes go on after one has failed
+    bool keepGoing = false;            ///< queued recipes go on after one has failed
     std::function<void()> onInterval;  ///< called now and then while the stage runs
 };
 
-/// Each recipe is a job. All that are not pooled are started at once, each as a task of its own,
-/// unless the user limits them; the pooled ones are worked off by as many tasks as there are
-/// workers, which take the next one when they are done with one. All tasks are waited for, whatever
-/// happens.
+/// Each recipe is a job. Those that start with their stage are started at once, each as a task of
+/// its own, unless the user limits them; the queued ones are worked off by as many tasks as there
+/// are workers, which take the next one when they are done with one. All tasks are waited for,
+/// whatever happens.
 class Stage {
   public:
     /// Writes the files and makes the directories that the commands need, and removes what is in
     /// their way. Throws VeskException when that fails.
-    Stage(const Builder& builder, const std::vector<const Recipe*>& recipes,
-          const BuildEnv& environment);
+    Stage(const Builder& builder, const SharedRecipes& recipes, const BuildEnv& environment);
 
     void run(const StageOptions& options);
 
@@ -70,7 +71,7 @@ class Stage {
 void makeOutputDirectories(const std::vector<Assignment>& outputs);
 
 /// Shows the commands that the recipes would run.
-void showCommands(const Builder& builder, const std::vector<const Recipe*>& recipes,
+void showCommands(const Builder& builder, const SharedRecipes& recipes,
                   const BuildEnv& environment);
 
 }  // namespace Vesk

@@ -260,21 +260,22 @@ void ScheduledBuild::takeFailure() {
 Turn ScheduledBuild::ask(Batch& batch) {
     const console::PrefixScope scope(build_->prefix());
     try {
-        std::vector<const Recipe*> recipes;
+        SharedRecipes recipes;
         for (const std::size_t number : batch.recipes) {
             if (build_->cache().stale(number)) {
                 batch.stale.push_back(number);
-                recipes.push_back(&build_->recipes()[number]);
+                recipes.push_back(build_->recipe(number));
             }
         }
         if (recipes.empty()) {
             return Turn::Nothing;
         }
         build_->cache().claim();
-        const BuildEnv& environment = build_->prepared(build_->recipes().size(), *recipes.front());
+        const BuildEnv& environment =
+            build_->prepared(build_->recipes().size(), *recipes.front(), VariablesOf::Commands);
         batch.stage = std::make_unique<Stage>(*build_->subject().builder, recipes, environment);
         for (const auto& job : batch.stage->jobs()) {
-            for (Recipe& command : job->commands) {
+            for (Command& command : job->commands) {
                 command.environment = build_->variables();
             }
             console::normal("Starting build job");

@@ -70,18 +70,18 @@ const Context* environmentOf(const Context& target) {
 TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
     : setting_(setting),
       subject_(std::move(subject)),
-      set_(subject_.builder->createRecipes(*subject_.context)) {
-    if (!set_.ok) {
+      set_(std::make_shared<RecipeSet>(subject_.builder->createRecipes(*subject_.context))) {
+    if (!set_->ok) {
         throw VeskException("Tool '" + subject_.toolName + "' made no recipes.");
     }
     for (Recipe& command : subject_.builder->commandRecipes(*subject_.context)) {
-        set_.recipes.push_back(std::move(command));
+        set_->recipes.push_back(std::move(command));
     }
     if (setting_.onRecipes) {
-        setting_.onRecipes(set_.recipes);
+        setting_.onRecipes(set_->recipes);
     }
     CacheRequest request =
-        cacheRequest({*subject_.context, *subject_.builder, set_.assignments, set_.recipes,
+        cacheRequest({*subject_.context, *subject_.builder, set_->assignments, set_->recipes,
                       subject_.dependencies, setting_.options.hidden},
                      subject_.cache.root());
     request.rebuild = setting_.options.rebuild;
@@ -89,24 +89,28 @@ TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
                                          setting_.options, subject_.displayName);
 }
 
+std::shared_ptr<const Recipe> TargetBuild::recipe(std::size_t number) const {
+    return {set_, &set_->recipes[number]};
+}
+
 TargetResult TargetBuild::expected() {
-    TargetResult result{knownOutputs(set_), {}, {}};
+    TargetResult result{knownOutputs(*set_), {}, {}};
     addOutputsTo(*result.outputs,
                  assignmentsOf(*subject_.builder->expectedCompletion(*subject_.context)));
-    if (set_.recipes.empty()) {
+    if (set_->recipes.empty()) {
         result.stamp = newStamp();
     }
     return result;
 }
 
 TargetResult TargetBuild::stored() const {
-    TargetResult result{knownOutputs(set_), cache_->stamp(), {}};
+    TargetResult result{knownOutputs(*set_), cache_->stamp(), {}};
     addOutputsTo(*result.outputs, cache_->storedOutputs());
     return result;
 }
 
 TargetResult TargetBuild::complete() {
-    TargetResult result{knownOutputs(set_), {}, {}};
+    TargetResult result{knownOutputs(*set_), {}, {}};
     std::vector<Assignment> completed =
         assignmentsOf(*subject_.builder->complete(*subject_.context, 0));
     addOutputsTo(*result.outputs, completed);
@@ -124,7 +128,7 @@ TargetResult TargetBuild::buildNow() {
     }
     runRecipes();
     environment_.reset();
-    return setting_.options.dryRun ? TargetResult{knownOutputs(set_), {}, {}} : complete();
+    return setting_.options.dryRun ? TargetResult{knownOutputs(*set_), {}, {}} : complete();
 }
 
 /// Dependants have to be built when this target was. Where files tell what it made, they decide;
@@ -133,7 +137,7 @@ std::string TargetBuild::newStamp() const {
     if (cache_->makesFiles()) {
         return {};
     }
-    if (!set_.recipes.empty()) {
+    if (!set_->recipes.empty()) {
         return uniqueStamp();
     }
     std::string text;
@@ -154,10 +158,13 @@ BuildEnv& TargetBuild::environment() {
                         : environment_.emplace(environmentSettings(*subject_.context));
 }
 
-BuildEnv& TargetBuild::prepared(std::size_t jobs, const Recipe& first) {
+BuildEnv& TargetBuild::prepared(std::size_t jobs, const Recipe& first, VariablesOf variables) {
     if (!environment().prepared()) {
         environment().prepare(jobs);
-        makeOutputDirectories(set_.assignments);
+        makeOutputDirectories(set_->assignments);
+        if (variables == VariablesOf::Process) {
+            setVariables();
+        }
         subject_.builder->prepare(first, environment());
     }
     return environment();
@@ -165,17 +172,17 @@ BuildEnv& TargetBuild::prepared(std::size_t jobs, const Recipe& first) {
 
 void TargetBuild::runRecipes() {
     std::map<std::uint32_t, std::vector<std::size_t>> stages;
-    for (std::size_t i = 0; i < set_.recipes.size(); ++i) {
-        stages[set_.recipes[i].stage].push_back(i);
+    for (std::size_t i = 0; i < set_->recipes.size(); ++i) {
+        stages[set_->recipes[i].stage].push_back(i);
     }
     bool earlierShown = false;
     for (const auto& [number, members] : stages) {
         std::vector<std::size_t> stale;
-        std::vector<const Recipe*> staleRecipes;
+        SharedRecipes staleRecipes;
         for (const std::size_t i : members) {
             if (cache_->stale(i) || earlierShown) {
                 stale.push_back(i);
-                staleRecipes.push_back(&set_.recipes[i]);
+                staleRecipes.push_back(recipe(i));
             }
         }
         if (stale.empty()) {
@@ -186,13 +193,9 @@ void TargetBuild::runRecipes() {
             earlierShown = true;  // what the later stages would find is not known
             continue;
         }
-        if (!environment().prepared()) {
-            environment().prepare(stale.size());
-            makeOutputDirectories(set_.assignments);
-            setEnvironment();
-            subject_.builder->prepare(*staleRecipes.front(), environment());
-        }
-        runStage(Stage(*subject_.builder, staleRecipes, environment()), stale);
+        const BuildEnv& environment =
+            prepared(stale.size(), *staleRecipes.front(), VariablesOf::Process);
+        runStage(Stage(*subject_.builder, staleRecipes, environment), stale);
     }
 }
 
@@ -226,7 +229,7 @@ void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers)
     }
 }
 
-void TargetBuild::setEnvironment() {
+void TargetBuild::setVariables() {
     if (const Context* variables = environmentOf(*subject_.context)) {
         for (const auto& [name, assignment] : variables->assignments()) {
             environment().setVariable(name.str(),

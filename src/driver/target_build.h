@@ -1,6 +1,7 @@
 // Building one target whose context is complete.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,13 +37,20 @@ struct BuildSubject {
     std::string cacheKey;
 };
 
+/// Whose environment gets the variables of the target's ENV.
+enum class VariablesOf : std::uint8_t {
+    Process,   ///< vesk's own, from which commands inherit them; one target at a time
+    Commands,  ///< only that of the commands
+};
+
 class TargetBuild {
   public:
     /// Makes the recipes. Throws what the builder throws.
     TargetBuild(const BuildSetting& setting, BuildSubject subject);
 
     const BuildSubject& subject() const noexcept { return subject_; }
-    const std::vector<Recipe>& recipes() const noexcept { return set_.recipes; }
+    const std::vector<Recipe>& recipes() const noexcept { return set_->recipes; }
+    std::shared_ptr<const Recipe> recipe(std::size_t number) const;
     CacheStep& cache() noexcept { return *cache_; }
 
     /// Takes what the cache has, or runs what is stale, and returns when all is done.
@@ -59,8 +67,8 @@ class TargetBuild {
     /// After all recipes have run.
     TargetResult complete();
 
-    /// The surroundings of the commands, with the output directory. Throws when it cannot be made.
-    BuildEnv& prepared(std::size_t jobs, const Recipe& first);
+    /// Where the commands run, with the output directory. Throws when it cannot be made.
+    BuildEnv& prepared(std::size_t jobs, const Recipe& first, VariablesOf variables);
 
     /// "NAME=value": what the target's ENV adds to the environment of its commands.
     std::vector<std::string> variables() const;
@@ -72,11 +80,11 @@ class TargetBuild {
     void runRecipes();
     void runStage(Stage stage, const std::vector<std::size_t>& numbers);
     BuildEnv& environment();
-    void setEnvironment();
+    void setVariables();
 
     const BuildSetting& setting_;
     BuildSubject subject_;
-    RecipeSet set_;
+    std::shared_ptr<RecipeSet> set_;  ///< jobs share it
     std::unique_ptr<CacheStep> cache_;
     std::optional<BuildEnv> environment_;  ///< made when it is needed first
 };

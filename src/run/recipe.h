@@ -1,4 +1,4 @@
-// One command to run, and what makes its result worth keeping.
+// What a builder makes of a target: commands, the files that they read and make, and their order.
 #pragma once
 
 #include <cstdint>
@@ -55,31 +55,55 @@ enum class RecipeRole : std::uint8_t {
     Link,     ///< products of objects and libraries; no compiler reads them
 };
 
-/// Made by a builder, run by the driver, kept in the cache.
-///
-/// A recipe with outputs of its own stands or falls alone: it runs again when its command, one of
-/// the files among its inputs, one that its dependency file names, or one of its outputs changed.
-/// Recipes without outputs run again together, when anything of their target changed.
-struct Recipe {
+/// When a recipe's commands start.
+enum class Start : std::uint8_t {
+    WithStage,  ///< together with all others of their stage
+    Queued,     ///< one of many small steps: as many run at once as the user allows
+};
+
+/// What a recipe's inputs and outputs say of the files that its commands read and make.
+enum class Declaration : std::uint8_t {
+    Partial,   ///< the commands may read and make other files of the target as well
+    Complete,  ///< they name all of them
+};
+
+/// What becomes of the outputs of an earlier run.
+enum class OldOutputs : std::uint8_t {
+    Stay,
+    Go,  ///< they are removed before the commands run, which would add to them
+};
+
+/// One command to run.
+struct Command {
     std::string command;  ///< the command text, UTF-8, exactly as the builder composed it
     std::filesystem::path workingDirectory;  ///< empty: the child inherits ours
     std::uint32_t shell = shell::kInterpreter;
     std::vector<std::filesystem::path> searchDirectories;  ///< before PATH, for this child only
 
-    std::vector<std::string> furtherCommands;  ///< run after it, in order, as long as all succeed
-    std::shared_ptr<const ToolEnvironment> surroundings;  ///< null: nothing special
+    std::shared_ptr<const ToolEnvironment> toolEnvironment;  ///< null: nothing special
     std::vector<std::string> environment;  ///< "NAME=value" of its target, for its children only
 
     /// Environment variables that the command text refers to, so that what they hold is shown and
     /// kept nowhere. No command runs without them.
     std::vector<std::string> secretVariables;
+};
+
+/// A command, the files that it reads and makes, and when it runs. Made by a builder, run by the
+/// driver, kept in the cache.
+///
+/// A recipe with outputs of its own stands or falls alone: it runs again when its command, one of
+/// the files among its inputs, one that its dependency file names, or one of its outputs changed.
+/// Recipes without outputs run again together, when anything of their target changed.
+struct Recipe : Command {
+    /// Texts of commands that run after it, where and as it does, in order, as long as all succeed.
+    std::vector<std::string> furtherCommands;
 
     std::vector<RecipeInput> inputs;
     std::vector<Assignment> outputs;       ///< their directories are made before the command runs
     std::filesystem::path dependencyFile;  ///< written by the command: files it has read; or empty
     std::shared_ptr<const HeaderSearch> headerSearch;  ///< of the headers among them; null: unknown
 
-    /// A directory of which everything is the command's: the files that are in it afterwards are
+    /// A directory whose whole contents are the command's: the files that are in it afterwards are
     /// outputs too, whatever they are called. Empty: there is none.
     std::filesystem::path outputDirectory;
 
@@ -91,13 +115,10 @@ struct Recipe {
     std::function<void()> action;
 
     std::uint32_t stage = 0;  ///< recipes of a stage run together, after those of the lower stages
-
     RecipeRole role = RecipeRole::Any;
-
-    bool pooled = false;  ///< one of many small steps: as many run at once as the user allows
-    bool tellsAll =
-        false;  ///< it makes nothing of the target but its outputs, reads but its inputs
-    bool replacesOutputs = false;  ///< the outputs are removed first: the command would add to them
+    Start start = Start::WithStage;
+    Declaration declaration = Declaration::Partial;
+    OldOutputs oldOutputs = OldOutputs::Stay;
 };
 
 }  // namespace Vesk

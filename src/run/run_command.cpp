@@ -21,14 +21,14 @@ namespace Vesk {
 
 namespace {
 
-bool usesPowershell(const Recipe& recipe) {
-    return recipe.shell == shell::kPowershell;
+bool usesPowershell(const Command& command) {
+    return command.shell == shell::kPowershell;
 }
 
-/// A variable as the recipe's children see it; empty without one.
-std::string variableFor(const Recipe& recipe, const std::string& name) {
+/// A variable as the command's children see it; empty without one.
+std::string variableFor(const Command& command, const std::string& name) {
     const std::string start = name + "=";
-    for (const std::string& variable : recipe.environment) {
+    for (const std::string& variable : command.environment) {
         if (platform::kWindows ? equalsIgnoringCase(variable.substr(0, start.size()), start)
                                : variable.starts_with(start)) {
             return variable.substr(start.size());
@@ -38,41 +38,41 @@ std::string variableFor(const Recipe& recipe, const std::string& name) {
 }
 
 /// Nothing for children that inherit ours.
-std::optional<std::vector<std::string>> environmentFor(const Recipe& recipe) {
-    const bool ownPath = !recipe.searchDirectories.empty() || recipe.surroundings;
-    if (!ownPath && recipe.environment.empty()) {
+std::optional<std::vector<std::string>> environmentFor(const Command& command) {
+    const bool ownPath = !command.searchDirectories.empty() || command.toolEnvironment;
+    if (!ownPath && command.environment.empty()) {
         return std::nullopt;
     }
     std::vector<std::string> entries =
-        environmentOf(platform::environmentEntries(), recipe.environment);
+        environmentOf(platform::environmentEntries(), command.environment);
     if (!ownPath) {
         return entries;
     }
-    if (recipe.surroundings) {
-        entries = environmentWith(std::move(entries), recipe.surroundings->variables);
+    if (command.toolEnvironment) {
+        entries = environmentWith(std::move(entries), command.toolEnvironment->variables);
     }
     std::vector<std::string> directories;
-    directories.reserve(recipe.searchDirectories.size());
-    for (const std::filesystem::path& directory : recipe.searchDirectories) {
+    directories.reserve(command.searchDirectories.size());
+    for (const std::filesystem::path& directory : command.searchDirectories) {
         directories.push_back(platform::pathToUtf8(directory));
     }
-    return environmentWithPath(std::move(entries), directories, variableFor(recipe, "PATH"),
+    return environmentWithPath(std::move(entries), directories, variableFor(command, "PATH"),
                                platform::kPathListSeparator);
 }
 
-platform::ProcessRequest requestFor(const Recipe& recipe) {
+platform::ProcessRequest requestFor(const Command& command) {
     platform::ProcessRequest request;
     if constexpr (platform::kWindows) {
-        request.commandLine = usesPowershell(recipe) ? powershellCommandLine(recipe.command)
-                                                     : interpreterCommandLine(recipe.command);
-    } else if (usesPowershell(recipe)) {
-        request.arguments = powershellArguments(recipe.command);
+        request.commandLine = usesPowershell(command) ? powershellCommandLine(command.command)
+                                                      : interpreterCommandLine(command.command);
+    } else if (usesPowershell(command)) {
+        request.arguments = powershellArguments(command.command);
     } else {
-        request.arguments = interpreterArguments(recipe.command);
-        request.directArguments = directArguments(recipe.command);
+        request.arguments = interpreterArguments(command.command);
+        request.directArguments = directArguments(command.command);
     }
-    request.workingDirectory = recipe.workingDirectory;
-    request.environment = environmentFor(recipe);
+    request.workingDirectory = command.workingDirectory;
+    request.environment = environmentFor(command);
     if (console::collects()) {
         request.output = console::writeOutput;
     }
@@ -92,19 +92,19 @@ std::size_t characterCount(std::string_view text) noexcept {
         text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
-bool exceedsInterpreter(const Recipe& recipe) {
-    if (!platform::kWindows || usesPowershell(recipe) ||
-        recipe.command.size() <= kMaxInterpreterText) {
+bool exceedsInterpreter(const Command& command) {
+    if (!platform::kWindows || usesPowershell(command) ||
+        command.command.size() <= kMaxInterpreterText) {
         return false;
     }
     const std::string name =
         platform::pathToUtf8(platform::pathFromUtf8(commandInterpreter()).filename());
     return equalsIgnoringCase(name, "cmd.exe") &&
-           characterCount(recipe.command) > kMaxInterpreterText;
+           characterCount(command.command) > kMaxInterpreterText;
 }
 
-std::string startedProgram(const Recipe& recipe) {
-    if (usesPowershell(recipe)) {
+std::string startedProgram(const Command& command) {
+    if (usesPowershell(command)) {
         return platform::kWindows ? "powershell.exe" : powershellArguments("").front();
     }
     return platform::kWindows ? commandInterpreter() : interpreterArguments("").front();
@@ -126,28 +126,28 @@ std::string directoryFault(const std::filesystem::path& directory) {
     return {};
 }
 
-std::string explainStart(const Recipe& recipe, int code) {
+std::string explainStart(const Command& command, int code) {
     if (platform::interruptSignal() != 0) {
         return "The command was not started: vesk was interrupted.";
     }
-    if (std::string fault = directoryFault(recipe.workingDirectory); !fault.empty()) {
+    if (std::string fault = directoryFault(command.workingDirectory); !fault.empty()) {
         return fault;
     }
     const std::string where =
-        recipe.workingDirectory.empty()
+        command.workingDirectory.empty()
             ? ""
-            : fmt::format(" in '{}'", platform::pathToUtf8(recipe.workingDirectory));
+            : fmt::format(" in '{}'", platform::pathToUtf8(command.workingDirectory));
     return fmt::format("{} '{}' could not be started{}: {} (code {}).{}",
-                       usesPowershell(recipe) ? "PowerShell" : "Command interpreter",
-                       startedProgram(recipe), where, platform::systemErrorText(code), code,
-                       usesPowershell(recipe) ? " Is it installed and in PATH?" : "");
+                       usesPowershell(command) ? "PowerShell" : "Command interpreter",
+                       startedProgram(command), where, platform::systemErrorText(code), code,
+                       usesPowershell(command) ? " Is it installed and in PATH?" : "");
 }
 
 /// Why a value that the command text refers to cannot be had, if so. The interpreter of Windows
 /// puts it between quotes before anything reads them.
-std::string secretFault(const Recipe& recipe) {
-    for (const std::string& name : recipe.secretVariables) {
-        const std::string value = variableFor(recipe, name);
+std::string secretFault(const Command& command) {
+    for (const std::string& name : command.secretVariables) {
+        const std::string value = variableFor(command, name);
         if (value.empty()) {
             return fmt::format("The command needs the environment variable '{}', which is not set.",
                                name);
@@ -167,18 +167,18 @@ constexpr std::int32_t kBadEnvironment = platform::kWindows ? 10 : 22;
 
 }  // namespace
 
-std::int32_t runCommand(const Recipe& recipe, std::string* startFailure) {
-    console::normal("{}", recipe.command);
-    if (exceedsInterpreter(recipe)) {
+std::int32_t runCommand(const Command& command, std::string* startFailure) {
+    console::normal("{}", command.command);
+    if (exceedsInterpreter(command)) {
         if (startFailure != nullptr) {
             *startFailure = fmt::format(
                 "The command has {} characters, the command interpreter takes at most {}. Pass the "
                 "arguments in a response file.",
-                characterCount(recipe.command), kMaxInterpreterText);
+                characterCount(command.command), kMaxInterpreterText);
         }
         return kTooLong;
     }
-    if (std::string fault = secretFault(recipe); !fault.empty()) {
+    if (std::string fault = secretFault(command); !fault.empty()) {
         if (startFailure != nullptr) {
             *startFailure = std::move(fault);
         }
@@ -187,9 +187,9 @@ std::int32_t runCommand(const Recipe& recipe, std::string* startFailure) {
     if (!console::collects()) {
         console::flush();
     }
-    const platform::ProcessResult result = platform::runProcess(requestFor(recipe));
+    const platform::ProcessResult result = platform::runProcess(requestFor(command));
     if (startFailure != nullptr) {
-        *startFailure = result.started ? std::string() : explainStart(recipe, result.status);
+        *startFailure = result.started ? std::string() : explainStart(command, result.status);
     }
     return result.status;
 }

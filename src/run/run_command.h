@@ -1,4 +1,4 @@
-// Running one recipe.
+// Running one command.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,6 @@ namespace Vesk {
 /// child's exit code (on POSIX 128+N for one that signal N killed), or the system's error code when
 /// the child could not be started; `startFailure`, when given, then gets a sentence for the user.
 /// It stays empty when the child ran. Thread-safe; throws nothing of its own.
-std::int32_t runCommand(const Recipe& recipe, std::string* startFailure = nullptr);
+std::int32_t runCommand(const Command& command, std::string* startFailure = nullptr);
 
 }  // namespace Vesk

@@ -52,11 +52,11 @@ std::vector<Recipe> Builder::commandRecipes(TargetContext&) {
     return {};
 }
 
-std::vector<Recipe> Builder::commandsOf(const Recipe& recipe, const BuildEnv&) const {
-    std::vector<Recipe> commands = {recipe};
-    for (const std::string& command : recipe.furtherCommands) {
+std::vector<Command> Builder::commandsOf(const Recipe& recipe, const BuildEnv&) const {
+    std::vector<Command> commands = {recipe};
+    for (const std::string& text : recipe.furtherCommands) {
         commands.push_back(recipe);
-        commands.back().command = command;
+        commands.back().command = text;
     }
     return commands;
 }

@@ -69,7 +69,8 @@ class Builder {
     virtual std::vector<Recipe> commandRecipes(TargetContext& target);
 
     /// The commands of a job: what runs, in order, for one recipe.
-    virtual std::vector<Recipe> commandsOf(const Recipe& recipe, const BuildEnv& environment) const;
+    virtual std::vector<Command> commandsOf(const Recipe& recipe,
+                                            const BuildEnv& environment) const;
 
     /// The variables that the builder consumes from a target.
     const AssignmentMap& subjects() const noexcept { return subjects_; }

@@ -103,8 +103,8 @@ TEST_F(DamageTest, ATableOfFilesThatIsNotWhole) {
     ProjectCache cache(directory.path(), states);
     CacheRequest request = requestOf(kApp);
     request.parts[kFirstRecipePart].reads = request.parts[kSurroundingsPart].reads;
-    request.parts[kFirstRecipePart].standsAlone = true;
-    request.parts[kFirstRecipePart].tellsAll = true;
+    request.parts[kFirstRecipePart].judged = Judged::Alone;
+    request.parts[kFirstRecipePart].declaration = Declaration::Complete;
     const RecordText whole = recordOf(request, states, cache.root());
     const auto verdict = [&](const RecordText& record) {
         Freshness freshness(request, &record, states, cache.root());

@@ -17,12 +17,12 @@ class ListBuilder : public Builder {
 
     std::shared_ptr<Context> complete(TargetContext&, int) override { return nullptr; }
     RecipeSet createRecipes(TargetContext&) override { return {}; }
-    std::vector<Recipe> commandsOf(const Recipe& recipe, const BuildEnv&) const override {
-        std::vector<Recipe> commands;
+    std::vector<Command> commandsOf(const Recipe& recipe, const BuildEnv&) const override {
+        std::vector<Command> commands;
         std::string rest = recipe.command;
         while (!rest.empty()) {
             const auto bar = rest.find('|');
-            Recipe command = recipe;
+            Command command = recipe;
             command.command = rest.substr(0, bar);
             commands.push_back(command);
             rest = bar == std::string::npos ? "" : rest.substr(bar + 1);
@@ -37,9 +37,9 @@ Recipe recipe(std::string command) {
     return result;
 }
 
-Recipe pooled(std::string command) {
+Recipe queued(std::string command) {
     Recipe result = recipe(std::move(command));
-    result.pooled = true;
+    result.start = Start::Queued;
     return result;
 }
 
@@ -49,14 +49,14 @@ struct StageRun {
     bool failed = false;
 
     StageRun(const std::vector<Recipe>& recipes, const StageOptions& options = {}) {
-        std::vector<const Recipe*> pointers;
+        std::vector<std::shared_ptr<const Recipe>> shared;
         for (const Recipe& recipe : recipes) {
-            pointers.push_back(&recipe);
+            shared.push_back(std::make_shared<const Recipe>(recipe));
         }
         const ListBuilder builder;
         const BuildEnv environment{std::filesystem::path()};
         ConsoleCapture capture;
-        Stage stage(builder, pointers, environment);
+        Stage stage(builder, shared, environment);
         stage.run(options);
         failed = stage.reportFailures();
         for (const auto& job : stage.jobs()) {
@@ -73,9 +73,9 @@ TEST(Stage, AJobEndsAtItsFirstFailure) {
     EXPECT_TRUE(run.failed);
 }
 
-TEST(Stage, PooledJobsShareTheirWorkers) {
-    const std::vector<Recipe> recipes = {pooled("exit 0"), pooled("exit 3"), pooled("exit 00"),
-                                         pooled("exit 000")};
+TEST(Stage, QueuedJobsShareTheirWorkers) {
+    const std::vector<Recipe> recipes = {queued("exit 0"), queued("exit 3"), queued("exit 00"),
+                                         queued("exit 000")};
     const StageRun stops(recipes);
     EXPECT_EQ(stops.succeeded, "ynnn") << "one worker stops at a failure";
     EXPECT_EQ(stops.messages.find("exit 00"), std::string::npos);

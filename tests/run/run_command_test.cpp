@@ -26,13 +26,13 @@ TEST(RunCommand, SearchDirectoriesComeFirst) {
     std::filesystem::copy_file(test::childProgram(),
                                dir / ("bin ü/" + name + (kWindows ? ".exe" : "")));
     console::setThreshold(console::level::kError);
-    Recipe recipe;
-    recipe.command = name + " env out";
-    recipe.workingDirectory = dir.path();
-    EXPECT_NE(runCommand(recipe), 0);
+    Command command;
+    command.command = name + " env out";
+    command.workingDirectory = dir.path();
+    EXPECT_NE(runCommand(command), 0);
 
-    recipe.searchDirectories = {dir / "bin ü", dir / "second"};
-    EXPECT_EQ(runCommand(recipe), 0);
+    command.searchDirectories = {dir / "bin ü", dir / "second"};
+    EXPECT_EQ(runCommand(command), 0);
     const std::string expected = "PATH=" + dir.text("bin ü") + platform::kPathListSeparator +
                                  dir.text("second") + platform::kPathListSeparator +
                                  platform::environmentVariable("PATH").value();
@@ -41,20 +41,20 @@ TEST(RunCommand, SearchDirectoriesComeFirst) {
     console::setThreshold(console::kDefaultThreshold);
 }
 
-Recipe recipeFor(std::string command) {
-    Recipe recipe;
-    recipe.command = std::move(command);
-    return recipe;
+Command commandOf(std::string text) {
+    Command command;
+    command.command = std::move(text);
+    return command;
 }
 
 /// What a command writes, and after it the status; the echo of the command is left out.
-std::string collected(const Recipe& recipe) {
+std::string collected(const Command& command) {
     console::setThreshold(console::level::kError);
     std::string transcript;
     std::int32_t status = 0;
     {
         console::Collector collector("");
-        status = runCommand(recipe);
+        status = runCommand(command);
         transcript = collector.take();
     }
     console::setThreshold(console::kDefaultThreshold);
@@ -64,12 +64,12 @@ std::string collected(const Recipe& recipe) {
 }
 
 TEST(RunCommand, CollectsAllThatTheCommandWrites) {
-    std::string lines = collected(recipeFor(test::childCommand({"fill", "20000"})));
+    std::string lines = collected(commandOf(test::childCommand({"fill", "20000"})));
     std::erase_if(lines, [](char c) { return c == '\r'; });
     EXPECT_GT(lines.size(), 20000U * 64);
     EXPECT_THAT(lines, HasSubstr("19999............"));
     const std::string both =
-        collected(recipeFor(test::childCommand({"print", "to output", "to errors"})));
+        collected(commandOf(test::childCommand({"print", "to output", "to errors"})));
     EXPECT_THAT(both, HasSubstr("to output"));
     EXPECT_THAT(both, HasSubstr("to errors"));
     EXPECT_THAT(both, HasSubstr("status 0"));
@@ -82,7 +82,7 @@ TEST(RunCommand, WaitsForNobodyWhomTheCommandLeavesBehind) {
     const TempDir dir;
     const std::string release = "'" + dir.text("release") + "'";
     const std::string output =
-        collected(recipeFor("(while [ ! -e " + release + " ]; do sleep 0.01; done) & echo done"));
+        collected(commandOf("(while [ ! -e " + release + " ]; do sleep 0.01; done) & echo done"));
     test::write(dir / "release", "");
     EXPECT_THAT(output, HasSubstr("done\n"));
 }
@@ -123,11 +123,11 @@ TEST(RunCommand, DoesWhatTheShellWouldDo) {
                              "/bin/echo a\tb",
                              "/bin/echo a\nexit 5",
                              "printenv PWD"}) {
-        Recipe recipe = recipeFor(text);
-        recipe.workingDirectory = dir.path();
-        Recipe inShell = recipe;
+        Command command = commandOf(text);
+        command.workingDirectory = dir.path();
+        Command inShell = command;
         inShell.command += " #";  // a comment is the shell's business
-        EXPECT_EQ(collected(recipe), collected(inShell)) << text;
+        EXPECT_EQ(collected(command), collected(inShell)) << text;
     }
 }
 

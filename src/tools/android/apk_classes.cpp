@@ -85,7 +85,7 @@ void ApkRecipes::compileJava() {
     addInput(recipe, "symbols", symbols_);
     addInput(recipe, "program", program);
     addOutput(recipe, "classes", javaClasses_);
-    Recipe run = recipe;
+    Command run = recipe;
     recipe.action = [run = std::move(run), directory, list, sources = paths_.inCommand(sources),
                      generated = javaDirectory_, root = paths_.root(), archive = javaClasses_] {
         std::vector<std::string> all = sources;
@@ -142,7 +142,7 @@ void ApkRecipes::compileClasses() {
     recipe.command = command.text();
     recipe.supportFiles.push_back(
         {platform::pathFromUtf8(list), argumentLines(paths_.inCommand(files))});
-    recipe.replacesOutputs = true;
+    recipe.oldOutputs = OldOutputs::Go;
     addInputs(recipe, "CLASS_FILES", files);
     addInput(recipe, "platform", tools_.platformJar);
     addOutput(recipe, "dex", dexArchive_);

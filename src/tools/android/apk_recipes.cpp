@@ -151,14 +151,14 @@ void ApkRecipes::stageFiles(PackageContents& contents) {
     for (std::size_t i = 0; i < staging.size(); ++i) {
         Recipe& recipe = staging[i];
         recipe.workingDirectory = platform::pathFromUtf8(paths_.root());
-        recipe.tellsAll = true;
+        recipe.declaration = Declaration::Complete;
         if (i == 0) {
             recipe.inputs.push_back({textAssignment("staged", names), std::nullopt});
             recipe.outputDirectory = platform::pathFromUtf8(directory);
             addOutput(recipe, "stage", directory);
         } else {
             const std::string source = normalPath(platform::pathToUtf8(files[i - 1].source));
-            recipe.pooled = true;
+            recipe.start = Start::Queued;
             addInput(recipe, "source", source);
             addOutput(recipe, "staged", contents.staged.at(source));
         }
@@ -193,7 +193,7 @@ void ApkRecipes::pack() {
         names.push_back(paths_.inCommand(file.path) + " as " + file.name);
     }
     addOutput(recipe, "unsigned", unsigned_);
-    recipe.tellsAll = true;
+    recipe.declaration = Declaration::Complete;
     recipe.command = fmt::format("Packing {}", paths_.inCommand(unsigned_));
     if (!names.empty()) {
         recipe.command += " with " + joined(names, ", ");
@@ -257,7 +257,7 @@ void ApkRecipes::makeDebugKey(const SigningKey& key) {
     Recipe recipe = newRecipe(Compile);
     recipe.command = command.text();
     addOutput(recipe, "KEYSTORE", key.keystore);
-    recipe.tellsAll = true;
+    recipe.declaration = Declaration::Complete;
     recipe.action = [keystore = key.keystore, command] { Vesk::makeDebugKey(keystore, command); };
     recipes.push_back(std::move(recipe));
 }
@@ -291,12 +291,12 @@ void ApkRecipes::sign() {
     command.add(paths_.inCommand(unsigned_));
 
     recipe.command = command.text();
-    recipe.replacesOutputs = true;
+    recipe.oldOutputs = OldOutputs::Go;
     addInput(recipe, "unsigned", unsigned_);
     addInput(recipe, "KEYSTORE", key.keystore);
     addOutput(recipe, "APK", product_);
-    recipe.tellsAll = true;
-    Recipe run = recipe;
+    recipe.declaration = Declaration::Complete;
+    Command run = recipe;
     recipe.action = [key = std::move(key), run = std::move(run), product = product_] {
         requireSigningKey(key);
         runOrThrow(run);

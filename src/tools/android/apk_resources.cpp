@@ -81,8 +81,8 @@ Recipe ApkRecipes::batchRecipe(const std::vector<std::string>& batch,
     command.add(paths_.inCommand(compiledDirectory));
     command.add({}, paths_.inCommand(batch));
     recipe.command = command.text();
-    recipe.pooled = true;
-    recipe.tellsAll = true;
+    recipe.start = Start::Queued;
+    recipe.declaration = Declaration::Complete;
     addInputs(recipe, "RES_DIRS", batch);
     addInput(recipe, "program", program);
     for (const std::string& file : batch) {
@@ -97,7 +97,7 @@ void ApkRecipes::bundle(const std::string& archive, std::vector<std::string> com
     recipe.command = fmt::format("Bundling {}", paths_.inCommand(archive));
     addInputs(recipe, "compiled", compiled);
     addOutput(recipe, "resources", archive);
-    recipe.tellsAll = true;
+    recipe.declaration = Declaration::Complete;
     recipe.action = [archive, compiled = std::move(compiled), shown = recipe.command] {
         console::normal("{}", shown);
         ZipWriter writer(platform::pathFromUtf8(archive));
@@ -174,7 +174,7 @@ void ApkRecipes::link() {
     addOutput(recipe, "symbols", symbols_);
     // The package's name is that of a directory there; under an old name nothing may stay.
     recipe.outputDirectory = platform::pathFromUtf8(javaDirectory_);
-    recipe.replacesOutputs = true;
+    recipe.oldOutputs = OldOutputs::Go;
     recipes.push_back(std::move(recipe));
 }
 

@@ -164,10 +164,10 @@ void makeDebugKey(const std::string& keystore, const CommandText& command) {
             return;
         }
         platform::removeFile(fresh, error);
-        Recipe recipe;
-        recipe.command = command.text();
-        recipe.workingDirectory = file.parent_path();
-        runOrThrow(recipe);
+        Command keytool;
+        keytool.command = command.text();
+        keytool.workingDirectory = file.parent_path();
+        runOrThrow(keytool);
         // Another program may have made it meanwhile, and keys in use are not replaced.
         if (exists()) {
             platform::removeFile(fresh, error);

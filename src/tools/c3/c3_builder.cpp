@@ -153,7 +153,7 @@ class C3Recipe {
         Recipe recipe = newRecipe();
         recipe.outputs.push_back(output("objects", pathValue(command_.objectDirectory)));
         recipe.outputDirectory = platform::pathFromUtf8(command_.objectDirectory);
-        recipe.replacesOutputs = true;  // the objects of modules that are gone would stay
+        recipe.oldOutputs = OldOutputs::Go;  // the objects of modules that are gone would stay
         recipes.push_back(std::move(recipe));
     }
 
@@ -164,7 +164,7 @@ class C3Recipe {
         }
         command_.product = c3Product(name, command_.type, command_.triple, paths_);
         Recipe recipe = newRecipe();
-        recipe.replacesOutputs = true;
+        recipe.oldOutputs = OldOutputs::Go;
         addInputs(recipe, "OBJ_FILES", command_.objects);
         addInputs(recipe, "LIB_FILES", command_.libraries);
         addInputs(recipe, "LIBS",

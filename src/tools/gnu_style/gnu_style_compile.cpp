@@ -151,7 +151,7 @@ Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, const Compiler& co
     recipe.outputs.push_back(resolvedAssignment("OBJECTS", object, AssignModifier::Output));
     recipe.searchDirectories = style_.searchDirectories();
     recipe.role = RecipeRole::Compile;
-    recipe.pooled = true;
+    recipe.start = Start::Queued;
     return recipe;
 }
 

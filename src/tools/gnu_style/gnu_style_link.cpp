@@ -173,8 +173,9 @@ void GnuStyleBuild::archive() {
     const std::string program = style_.program(GnuProgram::Archiver);
     Recipe recipe = productRecipe(product, program);
     // An archiver adds to an archive that is there; members whose sources are gone would stay.
-    recipe.replacesOutputs = true;
-    recipe.tellsAll = true;  // libraries that the target uses are not put into its own
+    recipe.oldOutputs = OldOutputs::Go;
+    recipe.declaration =
+        Declaration::Complete;  // libraries that the target uses are not put into its own
     CommandText command;
     command.add(nativePath(program));
     command.add("rcs");

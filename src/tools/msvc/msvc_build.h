@@ -87,7 +87,7 @@ class MsvcBuild {
     const MsvcDirectories& directories_;
     const DriverSettings driver_;
     const Signing signing_;
-    std::shared_ptr<const ToolEnvironment> surroundings_;
+    std::shared_ptr<const ToolEnvironment> toolEnvironment_;
     OutputType type_;
     std::uint32_t stage_ = 0;
     std::vector<SourceFile> sources_;

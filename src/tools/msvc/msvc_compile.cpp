@@ -99,27 +99,27 @@ std::vector<std::string> toolSetDirectories(const MsvcDirectories& directories,
     return found;
 }
 
-std::shared_ptr<const ToolEnvironment> surroundingsOf(const Context& target,
-                                                      const MsvcDirectories& directories,
-                                                      const DriverSettings& driver) {
-    auto surroundings = std::make_shared<ToolEnvironment>();
+std::shared_ptr<const ToolEnvironment> toolEnvironmentOf(const Context& target,
+                                                         const MsvcDirectories& directories,
+                                                         const DriverSettings& driver) {
+    auto environment = std::make_shared<ToolEnvironment>();
     std::vector<std::string> include = toolSetDirectories(directories, "include");
     const std::vector<std::string> ofKit = driver.includeDirectories();
     // In the kernel the kit has the C headers, and the tool set's are for applications.
     include.insert(driver.kernel() ? include.begin() : include.end(), ofKit.begin(), ofKit.end());
-    addDirectories(surroundings->variables, target, "INCLUDE", include);
+    addDirectories(environment->variables, target, "INCLUDE", include);
 
     const std::string machine(directories.architecture->directory);
     std::vector<std::string> libraries = toolSetDirectories(directories, "lib/" + machine);
     std::ranges::move(driver.libraryDirectories(), std::back_inserter(libraries));
-    addDirectories(surroundings->variables, target, "LIB", libraries);
+    addDirectories(environment->variables, target, "LIB", libraries);
 
     for (const std::string& directory : {directories.toolSet, directories.kit.directory}) {
         if (!directory.empty()) {
-            surroundings->systemDirectories.push_back(directory);
+            environment->systemDirectories.push_back(directory);
         }
     }
-    return surroundings;
+    return environment;
 }
 
 /// Variables in which these programs look for options of their own.
@@ -164,7 +164,7 @@ MsvcBuild::MsvcBuild(TargetContext& target, const BuildEnv& environment,
       directories_(programs.directories(declared, target, model_ != DriverModel::None)),
       driver_(target, model_, directories_),
       signing_(target, paths_),
-      surroundings_(surroundingsOf(target, directories_, driver_)),
+      toolEnvironment_(toolEnvironmentOf(target, directories_, driver_)),
       type_(typeOf(target)),
       libraries_(atLastPlace(paths_.files("LIB_FILES"))) {}
 
@@ -229,7 +229,7 @@ void MsvcBuild::addOutput(const char* name, const ValuePtr& value) {
 Recipe MsvcBuild::stageRecipe(const std::string& program) const {
     Recipe recipe;
     recipe.stage = stage_;
-    recipe.surroundings = surroundings_;
+    recipe.toolEnvironment = toolEnvironment_;
     recipe.searchDirectories.push_back(platform::pathFromUtf8(directories_.bin).make_preferred());
     for (const std::string& directory : directories_.kitBins) {
         recipe.searchDirectories.push_back(platform::pathFromUtf8(directory).make_preferred());
@@ -254,7 +254,7 @@ void MsvcBuild::compileMessages() {
         Recipe recipe = stageRecipe(compiler);
         recipe.command = command.text();
         addInput(recipe, "MC_FILES", file);
-        recipe.tellsAll = true;
+        recipe.declaration = Declaration::Complete;
         for (const char* ending : {".h", ".rc"}) {
             recipe.outputs.push_back(
                 resolvedAssignment("MC_HEADERS", pathValue(name + ending), AssignModifier::Output));
@@ -368,7 +368,7 @@ Recipe MsvcBuild::compileRecipe(const SourceFile& source, const Compiler& compil
     recipe.headerSearch = compiler.headerSearch;
     recipe.outputs.push_back(resolvedAssignment("OBJECTS", object, AssignModifier::Output));
     recipe.role = RecipeRole::Compile;
-    recipe.pooled = true;
+    recipe.start = Start::Queued;
     return recipe;
 }
 
@@ -425,7 +425,7 @@ Recipe MsvcBuild::assembleRecipe(const SourceFile& source) const {
     recipe.outputs.push_back(
         resolvedAssignment("OBJECTS", pathValue(source.object), AssignModifier::Output));
     recipe.role = RecipeRole::Compile;
-    recipe.pooled = true;
+    recipe.start = Start::Queued;
     return recipe;
 }
 
@@ -468,11 +468,11 @@ Recipe MsvcBuild::resourceRecipe(const std::string& script, const std::string& r
     command.add(inCommand(script));
     recipe.command = command.text();
     addInput(recipe, "RC_FILES", script);
-    recipe.tellsAll = true;
+    recipe.declaration = Declaration::Complete;
     recipe.outputs.push_back(
         resolvedAssignment("RES_FILES", pathValue(result), AssignModifier::Output));
     recipe.role = RecipeRole::Compile;
-    recipe.pooled = true;
+    recipe.start = Start::Queued;
     return recipe;
 }
 

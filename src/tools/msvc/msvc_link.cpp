@@ -232,7 +232,7 @@ void MsvcBuild::addLibraries(CommandText& command, Recipe& recipe) const {
 void MsvcBuild::finishProduct(Recipe recipe, const CommandText& command, const Product& product) {
     if (type_ == OutputType::Static) {
         addInputs(recipe, "OBJECTS", objects_);
-        recipe.replacesOutputs = true;
+        recipe.oldOutputs = OldOutputs::Go;
     }
     const std::string stem = paths_.objectDirectory() + "/" + fileName(product.path);
     command.finish(recipe, platform::pathFromUtf8(stem), inCommand(stem));
@@ -280,7 +280,7 @@ void MsvcBuild::addLibraryOutputs(const std::string& library) {
 Recipe MsvcBuild::copyRecipe(const std::string& from, const std::string& to) const {
     Recipe recipe;
     recipe.stage = stage_;
-    recipe.tellsAll = true;
+    recipe.declaration = Declaration::Complete;
     recipe.command = copyCommand(paths_.inCommand(from), paths_.inCommand(to));
     addInput(recipe, "FILES", from);
     recipe.outputs.push_back(resolvedAssignment("FILES", pathValue(to), AssignModifier::Output));
@@ -320,7 +320,7 @@ void MsvcBuild::package(const std::string& product) {
     if (signing_.wanted()) {
         signing_.addTo(recipe, program(MsvcProgram::Signer), inCommand(catalogue));
     }
-    recipe.replacesOutputs = true;
+    recipe.oldOutputs = OldOutputs::Go;
     recipes.push_back(std::move(recipe));
     outputs.push_back(output);
 }

@@ -10,15 +10,15 @@
 
 namespace Vesk {
 
-void runOrThrow(const Recipe& recipe) {
+void runOrThrow(const Command& command) {
     std::string failure;
-    const std::int32_t status = runCommand(recipe, &failure);
+    const std::int32_t status = runCommand(command, &failure);
     if (!failure.empty()) {
         throw VeskException(failure);
     }
     if (status != 0) {
         throw VeskException(
-            fmt::format("Command ended with status {}: {}", status, recipe.command));
+            fmt::format("Command ended with status {}: {}", status, command.command));
     }
 }
 

@@ -9,8 +9,8 @@
 
 namespace Vesk {
 
-/// Runs the command of the recipe, and nothing else of it. Throws VeskException when it fails.
-void runOrThrow(const Recipe& recipe);
+/// Throws VeskException when the command fails.
+void runOrThrow(const Command& command);
 
 /// Makes an empty directory, whatever was there. Throws VeskException.
 void renewDirectory(const std::filesystem::path& directory);

@@ -58,7 +58,7 @@ TEST(ApkStaging, EmptiesTheDirectoryThenCopiesThenPacks) {
         }
         commands.push_back(recipe.command);
         stages.push_back(recipe.stage - made.recipes.front().stage);
-        EXPECT_TRUE(recipe.tellsAll);
+        EXPECT_EQ(recipe.declaration, Declaration::Complete);
         for (std::size_t i = 1; packs && i < recipe.inputs.size(); ++i) {
             copies.push_back(normalPath(recipe.inputs[i].assignment.value->toString()));
         }

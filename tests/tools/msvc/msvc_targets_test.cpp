@@ -58,7 +58,7 @@ class MsvcTargets : public testing::Test {
     }
 
     std::string variable(const Recipe& recipe, std::size_t number) const {
-        std::string text = recipe.surroundings->variables.at(number);
+        std::string text = recipe.toolEnvironment->variables.at(number);
         std::ranges::replace(text, '\\', '/');
         for (std::size_t at = 0; (at = text.find(directory_.path() + "/")) != std::string::npos;) {
             text.erase(at, directory_.path().size() + 1);
