@@ -25,15 +25,17 @@ std::string osFamily() {
 
 }  // namespace
 
-void addBuiltinVariables(Context& context, const fs::path& projectRoot) {
+std::shared_ptr<Context> builtinVariables(const fs::path& projectRoot) {
+    auto context = std::make_shared<Context>();
     if (std::string family = osFamily(); !family.empty()) {
-        add(context, "os_family", std::move(family));
+        add(*context, "os_family", std::move(family));
     }
     const platform::LocalMonth now = platform::currentLocalMonth();
-    add(context, "year", fmt::format("{:04}", now.year));
-    add(context, "month", std::to_string(now.month));
-    add(context, "project_root", platform::pathToUtf8(projectRoot));
-    add(context, "output_def_dir", kDefaultOutputDirectory);
+    add(*context, "year", fmt::format("{:04}", now.year));
+    add(*context, "month", std::to_string(now.month));
+    add(*context, "project_root", platform::pathToUtf8(projectRoot));
+    add(*context, "output_def_dir", kDefaultOutputDirectory);
+    return context;
 }
 
 }  // namespace Vesk

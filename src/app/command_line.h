@@ -1,12 +1,16 @@
-// The options of the command line.
+// Reads the command line.
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/settings.h"
 
 namespace Vesk {
+
+/// The environment variable with options for every run.
+inline constexpr const char* kOptionsVariable = "VESK_OPTIONS";
 
 /// Reads the arguments, without the program's name, into the settings. Arguments that begin with
 /// "-" and are no option are ignored. -v changes the console's threshold at once.
@@ -15,7 +19,9 @@ namespace Vesk {
 /// std::invalid_argument for -l without a unit, std::out_of_range for a number beyond 32 bits.
 void parseCommandLine(const std::vector<std::string>& arguments, Settings& settings);
 
-/// What -h prints, with a line end after the last line.
-extern const char* const kHelpText;
+/// The same for the text of `kOptionsVariable`, whose words are separated by blanks; single and
+/// double quotes group, and nothing escapes. A word that is no option is left out, with a warning.
+/// Throws likewise, with a note that names the variable, and VeskException for an open quote.
+void parseOptionsVariable(std::string_view text, Settings& settings);
 
 }  // namespace Vesk

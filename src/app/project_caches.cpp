@@ -50,8 +50,8 @@ std::unique_ptr<platform::FileLock> lock(const fs::path& directory) {
 
 }  // namespace
 
-void ProjectCaches::load(const std::vector<const Project*>& projects, Use use) {
-    use_ = use;
+ProjectCaches::ProjectCaches(const std::vector<const Project*>& projects, Use use)
+    : states_(std::make_unique<FileStates>()), use_(use) {
     for (const Project* project : projects) {
         caches_.try_emplace(project->root);
     }
@@ -64,7 +64,7 @@ void ProjectCaches::load(const std::vector<const Project*>& projects, Use use) {
             entry.lock = lock(directory);
             here += platform::pathToUtf8(directory) + "\n";
         }
-        entry.cache = std::make_unique<ProjectCache>(directory, states_);
+        entry.cache = std::make_unique<ProjectCache>(directory, *states_);
         entry.cache->load();
     }
     if (use == Use::build) {

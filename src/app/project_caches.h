@@ -25,7 +25,7 @@ class ProjectCaches {
     /// Loads the caches of all the projects. While another vesk builds in one of their directories
     /// this waits, and says so. Throws VeskException when that other one waits for this process,
     /// and std::system_error when an interruption ends the waiting.
-    void load(const std::vector<const Project*>& projects, Use use);
+    ProjectCaches(const std::vector<const Project*>& projects, Use use);
 
     /// Throws std::out_of_range for a project that was not among them.
     ProjectCache& of(const Project& project) { return *caches_.at(project.root).cache; }
@@ -39,9 +39,9 @@ class ProjectCaches {
         std::unique_ptr<ProjectCache> cache;
     };
 
-    FileStates states_;
+    std::unique_ptr<FileStates> states_;              ///< the caches refer to it
     std::map<std::filesystem::path, Locked> caches_;  ///< by directory
-    Use use_ = Use::build;
+    Use use_;
 };
 
 }  // namespace Vesk

@@ -29,9 +29,11 @@ enum class RunMode : std::int32_t {
     CreateProject = 6,
     Version = 7,
     Help = 8,
+    Options = 9,
 };
 
 struct Settings {
+    std::vector<std::string> arguments;  ///< what the settings were read from, in any form
     std::filesystem::path unitFile = kUnitFileName;
     UnitFileSource unitFileSource = UnitFileSource::Default;
     RunMode runMode = RunMode::Build;

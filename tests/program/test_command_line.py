@@ -1,5 +1,8 @@
 """Options, modes and exit statuses that need no project."""
 
+import re
+from pathlib import Path
+
 from harness import ProgramTest, SETTINGS, posix_only
 
 HELP = """
@@ -83,6 +86,46 @@ class Options(ProgramTest):
         self.assertEqual(result.status, 1)
         self.assertIn("Error: Target 'vesk::nowhere' not found.\n", result.err)
         self.assertEqual(self.files(), ["good.txt", "vesk.txt"])
+
+
+    def test_list_is_the_documented_one(self):
+        page = Path(__file__).parents[2] / "docs" / "command-line.md"
+        documented = []
+        for line in page.read_text(encoding="utf-8").splitlines():
+            if row := re.match(r"### (.+)|\| (`-.+?`) \| (.+?) \| `", line):
+                documented.append(row[1] or (row[2].replace("`", ""), row[3]))
+            if line.startswith("## "):
+                break
+        listed = self.run_vesk("--options").out.splitlines()
+        self.assertEqual(len(listed), len(documented))
+        for shown, entry in zip(listed, documented):
+            if isinstance(entry, str):
+                self.assertEqual(shown, entry)
+            else:
+                option, meaning = re.fullmatch(r"  (.+?)   *(.+)", shown).groups()
+                self.assertEqual(option, entry[0])
+                self.assertTrue(entry[1].startswith(meaning), (meaning, entry[1]))
+
+    def test_from_the_environment(self):
+        self.write("other unit.txt", TWO_TARGETS)
+
+        def check(options, *arguments, **expected):
+            self.check(*arguments, env={"VESK_OPTIONS": options}, **expected)
+        check(' -v\t6  -f "other"\' \'unit.txt', "second", out="second\n")
+        check("-v 1 -f 'other unit.txt' -j", "-v", "6", "2", "second", status=1, err="""
+              Error: Parsing assignment failed due to syntax errors.
+                '2' names no target of unit 'other unit' and no profile, so it was read as an assignment
+              """)
+        check("", "--version", out="3.16.1.0\n")
+        check("first -v 6 x=1 -f 'other unit.txt'", "second", out="second\n", err="""
+            'first' in the environment variable VESK_OPTIONS is no option and is ignored.
+              targets, profiles and assignments are given on the command line
+            'x=1' in the environment variable VESK_OPTIONS is no option and is ignored.
+              targets, profiles and assignments are given on the command line
+            """)
+        where = "  in the environment variable VESK_OPTIONS\n"
+        check("-v 6 -f", "vesk.txt", err="unknown switch\n" + where, status=1)
+        check("-k 'x y", err="Error: A quote is not closed: 'x y\n" + where, status=1)
 
 
 class CommandLineMode(ProgramTest):

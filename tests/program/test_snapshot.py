@@ -146,7 +146,8 @@ class Repeated(SnapshotTest):
     def test_only_for_the_same_command_line(self):
         self.settle()
         for arguments, options in ((("app",), {}), (("all", "x=1"), {}),
-                                   (("all",), {"env": {"NO_COLOR": "1"}})):
+                                   (("all",), {"env": {"NO_COLOR": "1"}}),
+                                   (("all",), {"env": {"VESK_OPTIONS": "-j2"}})):
             with self.subTest(arguments=arguments, options=options):
                 self.assertFalse(self.repeats(*arguments, **options))
                 self.settle()

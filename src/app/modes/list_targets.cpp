@@ -1,5 +1,3 @@
-#include "app/listing.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <exception>
@@ -8,13 +6,16 @@
 #include <string_view>
 #include <vector>
 
+#include "app/builtin_variables.h"
+#include "app/modes/modes.h"
+#include "app/request.h"
 #include "base/ci_string.h"
 #include "base/console.h"
 #include "base/text.h"
 #include "driver/input_context.h"
 #include "types/errors.h"
 
-namespace Vesk {
+namespace Vesk::modes {
 namespace {
 
 constexpr std::string_view kDescription = "DESCRIPTION";
@@ -67,31 +68,12 @@ std::string secondColumnOf(const std::shared_ptr<const Target>& target,
     return description.empty() ? dependenciesOf(*target) : description;
 }
 
-}  // namespace
-
-void listProfiles(const Project& project) {
-    for (const std::string& name : project.profileNames()) {
-        console::normal("{}", name);
-    }
-}
-
-void listUnits(const Project& project) {
-    for (const std::string& name : project.unitNames()) {
-        console::normal("{}", name);
-    }
-}
-
-void listTargets(const Project& project, const std::string& unitName,
-                 const ImplicitLayers& implicit) {
-    const auto unit = project.findUnit(unitName);
-    if (!unit) {
-        throw NotFoundException("Unit", unitName, didYouMean(unitName, project.unitNames()));
-    }
+void print(const Unit& unit, const ImplicitLayers& implicit) {
     std::size_t width = 0;
-    for (const auto& target : unit->targets) {
+    for (const auto& target : unit.targets) {
         width = std::max(width, target->name.size());
     }
-    for (const auto& target : unit->targets) {
+    for (const auto& target : unit.targets) {
         const std::string column = secondColumnOf(target, implicit);
         if (column.empty()) {
             console::normal("{}", target->name);
@@ -103,4 +85,22 @@ void listTargets(const Project& project, const std::string& unitName,
     }
 }
 
-}  // namespace Vesk
+}  // namespace
+
+int listTargets(const Settings& settings) {
+    UserRegistry registry;
+    Workspace workspace = loadWorkspaceOrUnit(settings, registry);
+    const Request request = readRequest(settings, workspace, registry);
+    const Project& project = *workspace.project;
+    const auto implicit =
+        implicitLayers(project, *builtinVariables(workspace.root.directory), *request.assignments);
+    const auto unit = project.findUnit(settings.unitToList);
+    if (!unit) {
+        throw NotFoundException("Unit", settings.unitToList,
+                                didYouMean(settings.unitToList, project.unitNames()));
+    }
+    print(*unit, implicit);
+    return 0;
+}
+
+}  // namespace Vesk::modes

@@ -1,0 +1,25 @@
+// The run modes. Each does its work and returns the exit status; what goes wrong is thrown.
+#pragma once
+
+#include "app/settings.h"
+
+namespace Vesk::modes {
+
+/// Builds the requested target, or repeats a build that found nothing to do.
+int build(const Settings& settings);
+
+/// Without a project file these report so and return -1.
+int listProfiles(const Settings& settings);
+int listUnits(const Settings& settings);
+
+int listTargets(const Settings& settings);
+int registerProject(const Settings& settings);
+int findCompilers(const Settings& settings);
+int createProject(const Settings& settings);
+int printVersion(const Settings& settings);
+
+/// What -h prints never changes; `printOptions` prints the whole table.
+int printHelp(const Settings& settings);
+int printOptions(const Settings& settings);
+
+}  // namespace Vesk::modes

@@ -1,0 +1,144 @@
+#include "app/options.h"
+
+#include <algorithm>
+#include <array>
+#include <thread>
+
+#include "base/console.h"
+#include "base/text.h"
+#include "platform/files.h"
+
+namespace Vesk {
+namespace {
+
+constexpr std::string_view kWhatIsBuilt = "What is built";
+constexpr std::string_view kHow = "How it is built";
+constexpr std::string_view kWhatIsShown = "What is shown and written";
+constexpr std::string_view kInstead = "Instead of a build";
+
+std::uint32_t count(const std::string& digits) {
+    return static_cast<std::uint32_t>(leadingInteger(digits));
+}
+
+void setCommandLineMode(Settings& settings, const std::string& /*value*/) {
+    settings.commandLineMode = true;
+    settings.unitFile.clear();
+    settings.unitFileSource = UnitFileSource::CommandLine;
+}
+
+void setUnitFile(Settings& settings, const std::string& value) {
+    const std::filesystem::path path = platform::pathFromUtf8(value);
+    // An empty path has no absolute form; whoever opens the file says what is wrong with it.
+    settings.unitFile = path.empty() ? path : std::filesystem::absolute(path).lexically_normal();
+    settings.unitFileSource = UnitFileSource::Given;
+}
+
+void setVerbosity(Settings& settings, const std::string& value) {
+    settings.verbosity = value.empty() ? console::level::kDetail : leadingInteger(value);
+    console::setThreshold(settings.verbosity);
+}
+
+void setJobCount(Settings& settings, const std::string& value) {
+    settings.jobCount =
+        value.empty() ? std::max(1U, std::thread::hardware_concurrency()) : count(value);
+}
+
+void setMaxCommands(Settings& settings, const std::string& value) {
+    const bool isNumber = !value.empty() && value.front() >= '0' && value.front() <= '9';
+    settings.maxCommands = isNumber ? count(value) : settings.maxCommands;
+}
+
+void askFor(Settings& settings, RunMode mode) {
+    settings.runMode = std::max(settings.runMode, mode);
+}
+
+void setUnitToList(Settings& settings, const std::string& value) {
+    settings.unitToList = value;
+    askFor(settings, RunMode::ListTargets);
+}
+
+template <RunMode mode>
+void choose(Settings& settings, const std::string& /*value*/) {
+    askFor(settings, mode);
+}
+
+template <bool Settings::*flag>
+void set(Settings& settings, const std::string& /*value*/) {
+    settings.*flag = true;
+}
+
+template <std::string Settings::*text>
+void take(Settings& settings, const std::string& value) {
+    settings.*text = value;
+}
+
+// clang-format off
+constexpr std::array kOptions = {
+    Option{kWhatIsBuilt, "f", "file", ArgumentForm::Path, "PATH",
+           "reads this unit file, and no project", setUnitFile},
+    Option{kWhatIsBuilt, "c", "cmdMode", ArgumentForm::None, "",
+           "no file: the assignments on the command line are the target", setCommandLineMode},
+
+    Option{kHow, "j", "jobs", ArgumentForm::AttachedNumber, "[N]",
+           "how many commands run at once, over all targets", setJobCount},
+    Option{kHow, "", "max-commands", ArgumentForm::Attached, "N",
+           "of the commands of a list, too, at most N run at once", setMaxCommands},
+    Option{kHow, "k", "keep-going", ArgumentForm::None, "",
+           "after a failure goes on with what does not need the failed target",
+           set<&Settings::keepGoing>},
+    Option{kHow, "", "rebuild", ArgumentForm::None, "",
+           "builds the target and all that it needs, also what is up to date",
+           set<&Settings::rebuild>},
+    Option{kHow, "n", "dry-run", ArgumentForm::None, "",
+           "shows the commands, runs and writes nothing", set<&Settings::dryRun>},
+
+    Option{kWhatIsShown, "v", "verbose", ArgumentForm::Number, "[N]",
+           "shows messages of level N and above", setVerbosity},
+    Option{kWhatIsShown, "d", "dump", ArgumentForm::None, "",
+           "shows what every target of each project sees first", set<&Settings::dump>},
+    Option{kWhatIsShown, "o", "out", ArgumentForm::Path, "PATH",
+           "writes the outputs of the requested target to a file", take<&Settings::mainOutput>},
+    Option{kWhatIsShown, "", "compile-commands", ArgumentForm::Attached, "FILE",
+           "writes the compilation database of the target and all that it needs",
+           take<&Settings::compileCommands>},
+
+    Option{kInstead, "l", "list-targets", ArgumentForm::Unit, "UNIT",
+           "lists a unit's targets", setUnitToList},
+    Option{kInstead, "u", "list-units", ArgumentForm::None, "",
+           "lists the project's units", choose<RunMode::ListUnits>},
+    Option{kInstead, "p", "list-profiles", ArgumentForm::None, "",
+           "lists the project's profiles", choose<RunMode::ListProfiles>},
+    Option{kInstead, "r", "register", ArgumentForm::None, "",
+           "enters the project into the registry", choose<RunMode::Register>},
+    Option{kInstead, "", "find-compilers", ArgumentForm::None, "",
+           "registers the toolchains that are found", choose<RunMode::FindCompilers>},
+    Option{kInstead, "", "create-project", ArgumentForm::None, "",
+           "writes a project file from the unit files below", choose<RunMode::CreateProject>},
+    Option{kInstead, "", "version", ArgumentForm::None, "",
+           "prints the version", choose<RunMode::Version>},
+    Option{kInstead, "h", "help", ArgumentForm::Rest, "",
+           "prints the usual options", choose<RunMode::Help>},
+    Option{kInstead, "", "options", ArgumentForm::None, "",
+           "prints this list", choose<RunMode::Options>},
+};
+// clang-format on
+
+}  // namespace
+
+std::span<const Option> options() noexcept {
+    return kOptions;
+}
+
+std::string synopsis(const Option& option) {
+    std::string text;
+    if (!option.shortForm.empty()) {
+        text.append("-").append(option.shortForm).append(", ");
+    }
+    text.append("--").append(option.longForm);
+    if (!option.argument.empty()) {
+        text.append(option.form == ArgumentForm::Attached ? "=" : " ").append(option.argument);
+    }
+    return text;
+}
+
+}  // namespace Vesk

@@ -1,0 +1,48 @@
+#include "app/session.h"
+
+#include <utility>
+
+#include "app/builtin_variables.h"
+#include "tools/static/static_tools.h"
+
+namespace Vesk {
+namespace {
+
+Toolbox makeStaticTools() {
+    Toolbox tools;
+    createStaticTools(tools);
+    return tools;
+}
+
+DeclaredTools makeDeclaredTools(const Registry& registry, const ProjectStore& store,
+                                const Context& builtins, const Request& request) {
+    return {registry, store.projects(), [&](const Project& project) {
+                return implicitLayers(project, builtins, *request.assignments);
+            }};
+}
+
+}  // namespace
+
+ProjectCatalog makeCatalog(Workspace& workspace, const Context& builtins, const Request& request) {
+    ProjectCatalog catalog(std::move(*workspace.store), builtins, *request.overrides);
+    catalog.setActive(*workspace.project);
+    return catalog;
+}
+
+Session openSession(const Settings& settings) {
+    UserRegistry registry;
+    registry.read();
+    Workspace workspace = loadWorkspaceOrUnit(settings, registry);
+    Request request = readRequest(settings, workspace, registry);
+    const auto builtins = builtinVariables(workspace.root.directory);
+    Toolbox staticTools = makeStaticTools();
+    DeclaredTools declared =
+        makeDeclaredTools(registry.read(), *workspace.store, *builtins, request);
+    ProjectCatalog catalog = makeCatalog(workspace, *builtins, request);
+    ProjectCaches caches(catalog.projects(),
+                         settings.dryRun ? ProjectCaches::Use::look : ProjectCaches::Use::build);
+    return {std::move(request), std::move(staticTools), std::move(declared), std::move(catalog),
+            std::move(caches)};
+}
+
+}  // namespace Vesk

@@ -1,0 +1,29 @@
+// All that a build works with.
+#pragma once
+
+#include "app/declared_tools.h"
+#include "app/project_caches.h"
+#include "app/request.h"
+#include "app/settings.h"
+#include "project/project_catalog.h"
+#include "tools/toolbox.h"
+
+namespace Vesk {
+
+struct Session {
+    Request request;
+    Toolbox staticTools;
+    DeclaredTools declaredTools;
+    ProjectCatalog catalog;
+    ProjectCaches caches;
+};
+
+/// Takes all steps of the set-up, from the registry to the caches, which it locks unless the build
+/// is a dry run. Throws what is wrong with any of it.
+Session openSession(const Settings& settings);
+
+/// The catalog of the workspace's projects, with the project that the run works on in front. The
+/// workspace's store moves into it. Throws what the catalog throws.
+ProjectCatalog makeCatalog(Workspace& workspace, const Context& builtins, const Request& request);
+
+}  // namespace Vesk

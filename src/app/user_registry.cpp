@@ -1,0 +1,12 @@
+#include "app/user_registry.h"
+
+namespace Vesk {
+
+const Registry& UserRegistry::read() {
+    if (!registry_) {
+        registry_ = loadRegistry(userDataDirectory() / kRegistryFileName);
+    }
+    return *registry_;
+}
+
+}  // namespace Vesk
