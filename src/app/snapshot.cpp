@@ -1,5 +1,7 @@
 #include "app/snapshot.h"
 
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <system_error>
 
@@ -14,37 +16,49 @@
 namespace Vesk {
 namespace {
 
-constexpr std::string_view kHeader = "VESK_SNAPSHOT_2";
+constexpr std::string_view kHeader = "VESK_SNAPSHOT_3\n";
 
-/// The parts of a snapshot: which run it is of, what it wrote, what it asked.
+/// Of a run with more questions than that the repetition is no gain.
+constexpr std::size_t kMaxBytes = std::size_t{64} * 1024 * 1024;
+
+/// The parts of a snapshot: what the run wrote, what it asked.
 struct Content {
-    std::string_view key;
     std::string_view transcript;
     std::string_view recording;
 };
 
-/// Nothing for a file that was not written to its end, or not by this version.
+/// Nothing for a file that was not written to its end.
 std::optional<Content> contentOf(std::string_view bytes) {
     CacheReader reader(bytes);
-    std::string_view header;
     std::string_view hash;
     Content content;
-    if (!reader.line(header) || header != kHeader || !reader.line(hash)) {
+    if (!reader.line(hash)) {
         return std::nullopt;
     }
     const auto start = static_cast<std::size_t>(reader.position() - bytes.data());
-    if (hash != digits(hashText(bytes.substr(start))) || !reader.text(content.key) ||
-        !reader.text(content.transcript) || !reader.text(content.recording)) {
+    if (hash != digits(hashText(bytes.substr(start))) || !reader.text(content.transcript) ||
+        !reader.text(content.recording)) {
         return std::nullopt;
     }
     return content;
+}
+
+bool startsWith(const std::filesystem::path& file, std::string_view start) {
+    std::error_code ignored;
+    return platform::readStart(file, start.size(), ignored) == start;
 }
 
 }  // namespace
 
 Snapshot::Snapshot(const std::filesystem::path& directory,
                    const std::vector<std::string>& arguments)
-    : cache_(directory / kCacheFileName), file_(directory / kSnapshotFileName) {
+    : cache_(directory / kCacheFileName) {
+    for (std::size_t i = 1; i <= kSnapshotCount; ++i) {
+        files_.push_back(directory / kSnapshotFileName);
+        if (i > 1) {
+            files_.back() += "." + std::to_string(i);
+        }
+    }
     std::string run;
     appendText(run, VESK_VERSION);
     appendText(run, console::coloursWanted() ? "colours" : "");
@@ -52,18 +66,45 @@ Snapshot::Snapshot(const std::filesystem::path& directory,
     for (const std::string& argument : arguments) {
         appendText(run, argument);
     }
-    key_ = digits(hashText(run));  // arguments may be secrets
+    start_.append(kHeader).append(digits(hashText(run))).append("\n");  // they may be secrets
 }
 
 bool Snapshot::repeats() const {
-    std::error_code ignored;
-    const auto bytes = platform::readWholeFile(file_, ignored);
-    if (!bytes) {
-        return false;
+    for (const std::filesystem::path& file : files_) {
+        if (!startsWith(file, start_)) {
+            continue;
+        }
+        std::error_code ignored;
+        const auto bytes = platform::readWholeFile(file, ignored);
+        if (!bytes || !bytes->starts_with(start_)) {
+            return false;
+        }
+        const auto content = contentOf(std::string_view(*bytes).substr(start_.size()));
+        return content && platform::stillValid(content->recording) &&
+               console::repeat(content->transcript);
     }
-    const auto content = contentOf(*bytes);
-    return content && content->key == key_ && platform::stillValid(content->recording) &&
-           console::repeat(content->transcript);
+    return false;
+}
+
+/// The file that holds this run, else the first that holds none, else the oldest.
+std::filesystem::path Snapshot::fileToWrite() const {
+    const std::filesystem::path* unused = nullptr;
+    const std::filesystem::path* oldest = &files_.front();
+    std::int64_t oldestTime = std::numeric_limits<std::int64_t>::max();
+    for (const std::filesystem::path& file : files_) {
+        if (startsWith(file, start_)) {
+            return file;
+        }
+        const auto status = platform::fileStatus(file);
+        if (unused == nullptr && !startsWith(file, kHeader)) {
+            unused = &file;
+        }
+        if (status && status->modifiedNanoseconds < oldestTime) {
+            oldest = &file;
+            oldestTime = status->modifiedNanoseconds;
+        }
+    }
+    return unused != nullptr ? *unused : *oldest;
 }
 
 Snapshot::~Snapshot() {
@@ -74,6 +115,7 @@ Snapshot::~Snapshot() {
 }
 
 void Snapshot::begin() {
+    file_ = fileToWrite();
     // A pattern may look at this directory. The file is there before, so that it is no news after.
     if (!platform::isFile(file_) && platform::isFile(cache_)) {
         std::error_code ignored;
@@ -93,12 +135,14 @@ void Snapshot::keep() {
         return;
     }
     std::string content;
-    content.reserve(key_.size() + transcript.size() + recording->size() + 64);
-    appendText(content, key_);
+    content.reserve(transcript.size() + recording->size() + 64);
     appendText(content, transcript);
     appendText(content, *recording);
-    std::string bytes(kHeader);
-    bytes.append("\n").append(digits(hashText(content))).append("\n").append(content);
+    if (content.size() > kMaxBytes) {
+        return;
+    }
+    std::string bytes = start_;
+    bytes.append(digits(hashText(content))).append("\n").append(content);
     std::error_code ignored;
     platform::writePrivateFile(file_, bytes, platform::Append::no, ignored);
 }

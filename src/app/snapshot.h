@@ -1,4 +1,5 @@
-// The last run that found nothing to do, kept so that the next one need not find it out again.
+// Runs that found nothing to do, kept so that the next ones need not find it out again: of each
+// command line the last one, of the last few command lines.
 //
 // Such a run depends on the answers to its questions alone (see platform/recorder.h): the files
 // that it read or looked at, what directories hold, variables of the environment, the month. They
@@ -6,6 +7,7 @@
 // line has the same outcome, and no unit file is read for it.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -13,8 +15,11 @@
 
 namespace Vesk {
 
-/// Next to the cache of the project.
+/// Next to the cache of the project. Further ones have numbers: ".vesk_cache.snapshot.2".
 inline constexpr const char* kSnapshotFileName = ".vesk_cache.snapshot";
+
+/// How many command lines are kept; a further one takes the place of the oldest.
+inline constexpr std::size_t kSnapshotCount = 8;
 
 class Snapshot {
   public:
@@ -24,8 +29,8 @@ class Snapshot {
     Snapshot(const Snapshot&) = delete;
     Snapshot& operator=(const Snapshot&) = delete;
 
-    /// True when the run is the one that was kept and would go the same way; then what it wrote has
-    /// been written.
+    /// True when this run was kept and would go the same way again; then what it wrote has been
+    /// written.
     bool repeats() const;
 
     /// Begins to watch a run.
@@ -36,9 +41,12 @@ class Snapshot {
     void keep();
 
   private:
+    std::filesystem::path fileToWrite() const;
+
     std::filesystem::path cache_;
-    std::filesystem::path file_;
-    std::string key_;  ///< a hash of all that makes it this run
+    std::vector<std::filesystem::path> files_;
+    std::string start_;  ///< of its file: the version, and a hash of what makes it this run
+    std::filesystem::path file_;  ///< where it is kept
     bool watches_ = false;
 };
 

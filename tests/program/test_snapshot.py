@@ -39,9 +39,9 @@ class SnapshotTest(ProgramTest):
 
     def stamp(self):
         """Changes with every kept run; None when none is kept."""
-        if not self.file.is_file() or self.file.stat().st_size == 0:
-            return None
-        return self.file.stat().st_mtime_ns
+        kept = {path.name: path.stat().st_mtime_ns for path in self.dir.glob(SNAPSHOT + "*")
+                if path.is_file() and path.stat().st_size > 0}
+        return kept or None
 
     def repeats(self, *arguments, **options):
         """Whether a run that finds nothing to do is a repeated one: else it would be kept anew."""
@@ -52,7 +52,11 @@ class SnapshotTest(ProgramTest):
     def settle(self, *arguments, **options):
         """Builds until a run is kept and repeated. What was written a moment ago may be written
         again without a trace; until it is older no run is kept."""
-        self.file.unlink(missing_ok=True)
+        for path in self.dir.glob(SNAPSHOT + "*"):
+            path.unlink()
+        self.settle_beside(*arguments, **options)
+
+    def settle_beside(self, *arguments, **options):
         for _ in range(200):
             if self.repeats(*arguments, **options):
                 return
@@ -157,6 +161,22 @@ class Repeated(SnapshotTest):
         self.settle(*said)
         self.assertIn("child print said", self.build(*said, cwd=self.base).out)
 
+    def test_command_lines_in_turns(self):
+        """The last eight are kept side by side; a ninth one takes the place of the oldest."""
+        runs = [("all",), ("all", "-j2")] + [("all", f"x={number}") for number in range(7)]
+        for run in runs[:8]:
+            self.settle_beside(*run)
+        for run in runs[:8]:
+            self.assertTrue(self.repeats(*run), run)
+        self.settle_beside(*runs[8])
+        self.assertEqual(len(self.stamp()), 8)
+        self.assertFalse(self.repeats(*runs[0]))
+        self.assertTrue(self.repeats(*runs[8]))
+        self.write("app.txt", "new")
+        for run in runs:
+            self.build(*run)
+            self.assertEqual(self.read("out/app"), "new")
+
     def test_a_dry_run_is_not_taken_for_a_build(self):
         self.settle()
         self.write("app.txt", "new")
@@ -189,7 +209,7 @@ class Files(SnapshotTest):
             self.file.write_bytes(content)
             result = self.build()
             self.assertEqual((result.out, result.err), (expected.out, expected.err))
-            self.assertEqual(self.file.read_bytes()[:15], b"VESK_SNAPSHOT_2")
+            self.assertEqual(self.file.read_bytes()[:15], b"VESK_SNAPSHOT_3")
         self.settle()
 
     def test_where_none_can_be_written(self):
