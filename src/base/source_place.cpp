@@ -41,7 +41,7 @@ bool continuesCodePoint(char c) noexcept {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
 }
 
-std::optional<std::string_view> lineOf(std::string_view text, std::size_t number) {
+std::optional<std::string_view> fromLine(std::string_view text, std::size_t number) {
     for (; number > 1; --number) {
         const std::size_t end = text.find('\n');
         if (end == std::string_view::npos) {
@@ -49,7 +49,15 @@ std::optional<std::string_view> lineOf(std::string_view text, std::size_t number
         }
         text.remove_prefix(end + 1);
     }
-    std::string_view line = text.substr(0, text.find('\n'));
+    return text;
+}
+
+std::optional<std::string_view> lineOf(std::string_view text, std::size_t number) {
+    const auto rest = fromLine(text, number);
+    if (!rest) {
+        return std::nullopt;
+    }
+    std::string_view line = rest->substr(0, rest->find('\n'));
     if (line.ends_with('\r')) {
         line.remove_suffix(1);
     }
@@ -104,6 +112,11 @@ std::vector<std::string> placeLines(std::string_view fileName, std::string_view 
                                 to < source->size() ? kCut : ""));
     lines.push_back(caret + "^");
     return lines;
+}
+
+std::string_view textFrom(std::string_view text, std::size_t line, std::size_t column) {
+    const auto rest = fromLine(text, line);
+    return rest && column > 0 ? rest->substr(byteOf(*rest, column)) : std::string_view();
 }
 
 std::vector<std::string> placeLines(const SourcePlace& place) {

@@ -29,4 +29,7 @@ std::vector<std::string> placeLines(const SourcePlace& place);
 std::vector<std::string> placeLines(std::string_view fileName, std::string_view text,
                                     std::size_t line, std::size_t column);
 
+/// The text from that place on; empty when there is no such place.
+std::string_view textFrom(std::string_view text, std::size_t line, std::size_t column);
+
 }  // namespace Vesk

@@ -6,6 +6,7 @@
 
 #include "base/console.h"
 #include "base/source_place.h"
+#include "grammar/syntax_hints.h"
 
 namespace Vesk {
 
@@ -22,21 +23,33 @@ void VeskErrorCounter::syntaxError(antlr4::Recognizer*, antlr4::Token*, std::siz
     }
 }
 
+std::vector<std::string> ErrorHelp::lines(antlr4::Recognizer* recognizer,
+                                          const antlr4::Token* offending, std::size_t line,
+                                          std::size_t column) {
+    ++column;  // the runtime counts columns from 0, editors from 1
+    std::vector<std::string> lines = placeLines(name_, text_, line, column);
+    std::string hint = hintFor(recognizer, offending, textFrom(text_, line, column));
+    if (!hint.empty() && line != hinted_ && given_.insert(hint).second) {
+        hinted_ = line;
+        lines.push_back(std::move(hint));
+    }
+    return lines;
+}
+
 void PlaceListener::syntaxError(antlr4::Recognizer* recognizer, antlr4::Token* offending,
                                 std::size_t line, std::size_t column, const std::string& message,
                                 std::exception_ptr cause) {
     antlr4::ConsoleErrorListener::INSTANCE.syntaxError(recognizer, offending, line, column, message,
                                                        cause);
-    // The runtime counts columns from 0, editors from 1.
-    for (const std::string& text : placeLines(name_, text_, line, column + 1)) {
+    for (const std::string& text : help_.lines(recognizer, offending, line, column)) {
         console::error("  {}", text);
     }
 }
 
-ThrowingErrorListener::ThrowingErrorListener(std::string sourceName)
-    : sourceName_(std::move(sourceName)) {}
+ThrowingErrorListener::ThrowingErrorListener(std::string sourceName, std::string_view text)
+    : sourceName_(std::move(sourceName)), help_(sourceName_, text) {}
 
-void ThrowingErrorListener::syntaxError(antlr4::Recognizer*, antlr4::Token* offending,
+void ThrowingErrorListener::syntaxError(antlr4::Recognizer* recognizer, antlr4::Token* offending,
                                         std::size_t line, std::size_t column,
                                         const std::string& message, std::exception_ptr) {
     std::string text = fmt::format("{}({},{}): ", sourceName_, line, column);
@@ -44,6 +57,9 @@ void ThrowingErrorListener::syntaxError(antlr4::Recognizer*, antlr4::Token* offe
         text += fmt::format("'{}' ", offending->getText());
     }
     messages_.push_back(text + message);
+    for (std::string& note : help_.lines(recognizer, offending, line, column)) {
+        notes_.push_back(std::move(note));
+    }
 }
 
 }  // namespace Vesk

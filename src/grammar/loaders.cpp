@@ -94,13 +94,17 @@ Parser::UnitFileContext* parseReporting(Parse& parse, const SourceFile& file) {
 template <class FileTree>
 [[noreturn]] void throwCollected(const SourceFile& file, FileTree* (Parser::*startRule)()) {
     Parse parse(file);
-    ThrowingErrorListener listener(file.name());
+    ThrowingErrorListener listener(file.name(), file.text());
     parse.recognisers.lexer.removeErrorListeners();
     parse.recognisers.lexer.addErrorListener(&listener);
     parse.recognisers.parser.removeErrorListeners();
     parse.recognisers.parser.addErrorListener(&listener);
     (parse.recognisers.parser.*startRule)();
-    throw VeskException(joined(listener.messages(), "\n"));
+    VeskException error(joined(listener.messages(), "\n"));
+    for (const std::string& note : listener.notes()) {
+        error.addNote(note);
+    }
+    throw error;
 }
 
 template <class Model, class FileTree, class TopTree>

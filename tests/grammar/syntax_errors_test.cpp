@@ -18,7 +18,7 @@ class SyntaxErrors : public LoaderTest {
   protected:
     /// The messages of a parse in the runtime's default modes.
     static std::string plainMessages(const std::string& name, const std::string& text) {
-        ThrowingErrorListener listener(name);
+        ThrowingErrorListener listener(name, text);
         antlr4::ANTLRInputStream input(text);
         grammar::CommonLexer lexer(&input);
         antlr4::CommonTokenStream tokens(&lexer);
@@ -43,7 +43,8 @@ TEST_F(SyntaxErrors, AreThoseOfAPlainParse) {
         const auto path = write("p.txt", text);
         const std::string expected = plainMessages(platform::pathToUtf8(path), text);
         ASSERT_FALSE(expected.empty()) << body;
-        EXPECT_EQ(outcome([&] { return parseProjectFile(path).name; }), readable(expected));
+        const std::string said = outcome([&] { return parseProjectFile(path).name; });
+        EXPECT_TRUE(said.starts_with(readable(expected))) << said;
     }
 }
 

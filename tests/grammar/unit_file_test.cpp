@@ -136,10 +136,12 @@ TEST_F(UnitFile, GoesOnAfterErrorsOfTheLexerAlone) {
          "  DIR/vesk.txt:2:1\n  \u00e4 b: {}\n  ^\n"},
         {"a: { x = \"\u00e4\" # }",
          "line 1:13 token recognition error at: '#'\n"
-         "  DIR/vesk.txt:1:14\n  a: { x = \"\u00e4\" # }\n               ^\n"},
+         "  DIR/vesk.txt:1:14\n  a: { x = \"\u00e4\" # }\n               ^\n"
+         "  a comment begins with '//'\n"},
         {"a: {} /* b",
          "line 1:6 token recognition error at: '/* b'\n"
-         "  DIR/vesk.txt:1:7\n  a: {} /* b\n        ^\n"},
+         "  DIR/vesk.txt:1:7\n  a: {} /* b\n        ^\n"
+         "  the comment is not closed: '*/' is missing\n"},
     };
     for (const auto& [text, printed] : cases) {
         test::ConsoleCapture console;

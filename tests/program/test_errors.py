@@ -81,6 +81,7 @@ class Syntax(ProgramTest):
                   {DIR}/vesk.txt:1:8
                   app: { # cmdline = "child print \N{SNOWMAN}" $ } /* open
                          ^
+                  a comment begins with '//'
                 line 1:35 token recognition error at: '$'
                   {DIR}/vesk.txt:1:36
                   app: { # cmdline = "child print \N{SNOWMAN}" $ } /* open
@@ -90,6 +91,54 @@ class Syntax(ProgramTest):
                   app: { # cmdline = "child print \N{SNOWMAN}" $ } /* open
                                                          ^
                 """)
+
+    def test_habits_of_other_languages(self):
+        for body, hint in (
+                (r'a = "-DX=\"1\""', 'a string has no escapes: a double quote in it is ${ascii[34]}, '
+                                     'or write the whole as R"(...)"'),
+                ('; said', "a comment begins with '//'"),
+                ('if a == "b" { }', "one '=' compares"),
+                ('if a = "b" { } else { }', "there is no 'else': write a second 'if' with '!=' for '='"),
+                ('if a = "b" and c = "d" { }', "a condition is one comparison: "),
+                ('if a = "b" && c = "d" { }', "a condition is one comparison: "),
+                ('if not a { }', "a condition compares with '=', '!=', '<' or '>'"),
+                ('a = ["b", "c",]', "leave out the comma before ']'"),
+                ('a = ["b" "c"]', "commas separate the elements of a list"),
+                ('a = ("b", "c")', 'write a list in square brackets: ["a", "b"]'),
+                ('a = {"b", "c"}', 'write a list in square brackets: ["a", "b"]'),
+                ('a = "b", c = "d"', "blanks separate assignments"),
+                ('a = "b";', "nothing ends a value or a name: leave out the ';'"),
+                ('a: "b"', "'=' gives a variable its value: a = ..."),
+                ('a = src/a.c', 'write text in double quotes: "src/a.c"'),
+                ('a = [../b/a.c, c]', 'write text in double quotes: "../b/a.c"'),
+                ('a = [*.c]', 'write text in double quotes: "*.c"'),
+                ('a = -O2', 'write text in double quotes: "-O2"'),
+                ("a = 'b c'", 'write text in double quotes: "b c"'),
+                ('a = 1.5', 'a number is whole; write text in double quotes: "1.5"'),
+                ('a = [ "b" ', "the '[' of line 2 is not closed"),
+                ('a = "b', "the string is not closed: '\"' is missing")):
+            with self.subTest(body=body):
+                self.unit("app: {\n%s\n}" % body)
+                self.assertIn("\n  " + hint, self.error())
+        for text, hint in (("app { }", "put a ':' after the target's name: app: { ... }"),
+                           ("app: { }\nlib: app, app { }", "blanks separate dependencies"),
+                           ('a = "b"', "put variables into the braces of a target or a profile"),
+                           ('unit "main"', "write the unit's name without quotes"),
+                           ("app: {\n", "the '{' of line 1 is not closed")):
+            with self.subTest(text=text):
+                self.unit(text)
+                self.assertIn("\n  " + hint, self.error())
+
+    def test_errors_of_a_project_file_show_their_place(self):
+        self.write(".vesk_project.txt", "name p\nprofiles { debug { a = 1; } }")
+        self.check_error(err="""
+            Error: {DIR}/.vesk_project.txt(2,24): ';' extraneous input ';' expecting \
+{LINE_COMMENT, BLOCK_COMMENT, '}', '^', '!', '\\u003F', 'if', IDENTIFIER}
+              {DIR}/.vesk_project.txt:2:25
+              profiles { debug { a = 1; } }
+                                      ^
+              nothing ends a value or a name: leave out the ';'
+            """)
 
     def test_forms(self):
         for text in ("app { }", "app: ", "unit a unit b", "app: { a = 1 } }", "app: { /* open }",
