@@ -1,6 +1,7 @@
 #include "driver/mistyped_names.h"
 
 #include <algorithm>
+#include <array>
 #include <fmt/format.h>
 #include <iterator>
 #include <string>
@@ -10,6 +11,7 @@
 #include "base/report.h"
 #include "base/text.h"
 #include "platform/files.h"
+#include "tools/tool_registry.h"
 
 namespace Vesk {
 namespace {
@@ -50,10 +52,38 @@ bool isReferredTo(const Target& target, const Context& context, const CiString& 
            });
 }
 
+bool isAmong(const std::vector<std::string>& names, std::string_view name) {
+    return std::ranges::any_of(
+        names, [name](const std::string& each) { return equalsIgnoringCase(each, name); });
+}
+
+/// "" or "did you mean 'C_FILES' or 'CPP_FILES'?": what is called like this elsewhere, else what is
+/// nearly called like this. `type`: whose names count; null: those of all types.
+std::string suggestionFor(std::string_view name, const std::vector<std::string>& known,
+                          const ToolType* type) {
+    std::vector<std::string> meant = meantBy(name, type);
+    std::erase_if(meant, [&known](const std::string& each) { return !isAmong(known, each); });
+    return meant.empty() ? didYouMean(name, known)
+                         : fmt::format("did you mean '{}'?", fmt::join(meant, "' or '"));
+}
+
+/// The tables of all that the tool looks at.
+using Tables = std::array<const AssignmentMap*, 3>;
+
+std::vector<std::string> namesIn(const Tables& tables) {
+    std::vector<std::string> names;
+    for (const AssignmentMap* table : tables) {
+        std::ranges::transform(*table, std::back_inserter(names),
+                               [](const auto& entry) { return entry.first.str(); });
+    }
+    return names;
+}
+
 }  // namespace
 
 void warnOfMistypedNames(const Target& target, const Context& context, const ToolChoice& choice) {
-    const auto tables = {&choice.builder->subjects(), &choice.tool->wants(), &choice.tool->needs()};
+    const Tables tables = {&choice.builder->subjects(), &choice.tool->wants(),
+                           &choice.tool->needs()};
     std::vector<std::string> known;
     for (const Assignment& assignment : target.body.assignments) {
         const CiString& name = assignment.name;
@@ -63,12 +93,9 @@ void warnOfMistypedNames(const Target& target, const Context& context, const Too
             continue;
         }
         if (known.empty()) {
-            for (const AssignmentMap* table : tables) {
-                std::ranges::transform(*table, std::back_inserter(known),
-                                       [](const auto& entry) { return entry.first.str(); });
-            }
+            known = namesIn(tables);
         }
-        const std::string hint = didYouMean(name, known);
+        const std::string hint = suggestionFor(name, known, findToolType(choice.tool->typeWord()));
         if (!hint.empty() && !isReferredTo(target, context, name)) {
             reportWarning(
                 fmt::format("Variable '{}' ({}:{}) has no effect on the target.", name,
@@ -80,16 +107,15 @@ void warnOfMistypedNames(const Target& target, const Context& context, const Too
 }
 
 std::string mistypedSource(const Context& context) {
-    static const std::vector<CiString> sources = {"C_FILES",    "CPP_FILES", "C3_FILES",
-                                                  "ASM_FILES",  "OBJ_FILES", "cmdline",
-                                                  "WRITE_FILE", "NO_TOOL",   "pwsh"};
     std::vector<std::string> known;
-    std::ranges::transform(sources, std::back_inserter(known), &CiString::str);
+    for (const ToolType* type : toolTypes()) {
+        known.insert(known.end(), type->sources.begin(), type->sources.end());
+    }
     for (const auto& [name, assignment] : context.assignments()) {
-        if (std::ranges::find(sources, name) != sources.end()) {
+        if (isAmong(known, name)) {
             continue;
         }
-        if (const std::string hint = didYouMean(name, known); !hint.empty()) {
+        if (const std::string hint = suggestionFor(name, known, nullptr); !hint.empty()) {
             return "'" + name.str() + "' (" + hint + ")";
         }
     }

@@ -1,10 +1,8 @@
 #include "driver/tool_choice.h"
 
-#include <algorithm>
-#include <array>
-
 #include "base/console.h"
 #include "driver/mistyped_names.h"
+#include "tools/tool_registry.h"
 #include "types/string_values.h"
 
 namespace Vesk {
@@ -29,15 +27,9 @@ void resolveCompared(Context& trial, const Toolbox& toolbox) {
     }
 }
 
-bool hasSources(const Context& target) {
-    return std::ranges::any_of(
-        std::array{"C_FILES", "CPP_FILES", "ASM_FILES", "OBJ_FILES"},
-        [&target](const char* name) { return target.find(name) != nullptr; });
-}
-
 [[noreturn]] void throwNoTool(const std::string& displayName, const Context& target) {
     VeskException error("No tool to build " + displayName);
-    if (hasSources(target)) {
+    if (namesToolchainSources(target)) {
         error.addNote(
             "no toolchain that is registered fits it; vesk --find-compilers registers those of "
             "this machine");

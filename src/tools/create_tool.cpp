@@ -50,8 +50,8 @@ Declared splitDeclaration(const Context& context) {
 }
 
 std::unique_ptr<Matcher> makeMatcher(const ToolDeclaration& tool, const std::string& word) {
-    const MatcherFactory* factory = findToolType(word);
-    if (factory == nullptr) {
+    const ToolType* type = findToolType(word);
+    if (type == nullptr) {
         reportWarning(
             fmt::format("Unable to create {} tool '{}' for '{}'.", tool.origin, tool.name, word),
             {didYouMean(word, toolTypeWords())});
@@ -61,7 +61,7 @@ std::unique_ptr<Matcher> makeMatcher(const ToolDeclaration& tool, const std::str
     std::string reason;
     try {
         std::unique_ptr<Matcher> matcher =
-            (*factory)(CiString(tool.name), declared.must, declared.others);
+            type->factory(CiString(tool.name), declared.must, declared.others);
         if (matcher) {
             return matcher;
         }

@@ -1,5 +1,6 @@
 #include "tools/tool_registry.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -7,7 +8,7 @@ namespace Vesk {
 
 namespace {
 
-using Registry = std::map<CiString, MatcherFactory, CiLess>;
+using Registry = std::map<CiString, ToolType, CiLess>;
 
 /// Made on first use: registration objects of other files may run before this file's own.
 Registry& registry() {
@@ -15,14 +16,23 @@ Registry& registry() {
     return types;
 }
 
-}  // namespace
-
-ToolTypeRegistration::ToolTypeRegistration(std::string word, MatcherFactory factory)
-    : word_(std::move(word)) {
-    registry().try_emplace(CiString(word_), std::move(factory));
+bool namesSources(const Context& target, bool ofToolchains) {
+    return std::ranges::any_of(registry(), [&](const auto& entry) {
+        const ToolType& type = entry.second;
+        return type.isToolchain() == ofToolchains &&
+               std::ranges::any_of(type.sources, [&target](std::string_view name) {
+                   return target.find(name) != nullptr;
+               });
+    });
 }
 
-const MatcherFactory* findToolType(std::string_view word) {
+}  // namespace
+
+ToolTypeRegistration::ToolTypeRegistration(ToolType type) : word_(type.word) {
+    registry().try_emplace(CiString(word_), std::move(type));
+}
+
+const ToolType* findToolType(std::string_view word) {
     const auto found = registry().find(word);
     return found == registry().end() ? nullptr : &found->second;
 }
@@ -31,12 +41,42 @@ bool isKnownToolType(std::string_view word) {
     return findToolType(word) != nullptr;
 }
 
+std::vector<const ToolType*> toolTypes() {
+    std::vector<const ToolType*> types;
+    for (const auto& [word, type] : registry()) {
+        types.push_back(&type);
+    }
+    std::ranges::stable_sort(types, {}, &ToolType::rank);
+    return types;
+}
+
 std::vector<std::string> toolTypeWords() {
     std::vector<std::string> words;
-    for (const auto& [word, factory] : registry()) {
+    for (const auto& [word, type] : registry()) {
         words.push_back(word.str());
     }
     return words;
+}
+
+bool namesToolchainSources(const Context& target) {
+    return namesSources(target, true);
+}
+
+bool spellsOutCommands(const Context& target) {
+    return namesSources(target, false);
+}
+
+std::vector<std::string> meantBy(std::string_view typed, const ToolType* only) {
+    std::vector<std::string> names;
+    for (const ToolType* type : toolTypes()) {
+        for (const Misnomer& misnomer : type->misnomers) {
+            if ((only == nullptr || only == type) && equalsIgnoringCase(misnomer.typed, typed) &&
+                std::ranges::find(names, misnomer.meant) == names.end()) {
+                names.emplace_back(misnomer.meant);
+            }
+        }
+    }
+    return names;
 }
 
 }  // namespace Vesk

@@ -1,4 +1,5 @@
-// The types of tool that this program knows, by the word that `tool_type` names them with.
+// The types of tool that this program knows, by the word that `tool_type` names them with, and all
+// that the rest of the program has to know of each.
 //
 // Filled before main starts, by one ToolTypeRegistration object in the source file of each matcher
 // class, and only read afterwards. A linker takes such an object out of a static library only when
@@ -8,11 +9,13 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tools/matcher.h"
+#include "tools/toolchain_detection.h"
 
 namespace Vesk {
 
@@ -21,16 +24,36 @@ namespace Vesk {
 using MatcherFactory = std::function<std::unique_ptr<Matcher>(
     const CiString& name, const AssignmentMap& must, const AssignmentMap& others)>;
 
+/// A name that people know from other tools, "LDFLAGS", and the variable of that meaning here.
+struct Misnomer {
+    std::string_view typed;
+    std::string_view meant;
+};
+
+/// What is referred to lives as long as the program.
+struct ToolType {
+    std::string_view word;
+    MatcherFactory factory;
+    std::span<const std::string_view> sources = {};  ///< variables by which a target asks for it
+    std::span<const Misnomer> misnomers = {};
+
+    /// For a toolchain: finds those of this machine. A type without exists without being declared.
+    ToolchainDetector detect = nullptr;
+    int rank = 0;  ///< detectors are asked in this order, the lowest first
+
+    bool isToolchain() const noexcept { return detect != nullptr; }
+};
+
 /// Registers a type for as long as the program runs; a word that is registered already keeps its
-/// first factory.
+/// first type.
 class ToolTypeRegistration {
   public:
-    ToolTypeRegistration(std::string word, MatcherFactory factory);
+    explicit ToolTypeRegistration(ToolType type);
 
-    const std::string& word() const noexcept { return word_; }
+    std::string word() const { return std::string(word_); }
 
   private:
-    std::string word_;
+    std::string_view word_;
 };
 
 /// The factory for classes whose constructor takes what a factory is given.
@@ -42,11 +65,24 @@ MatcherFactory matcherFactory() {
 }
 
 /// Null for an unknown word. Case does not matter.
-const MatcherFactory* findToolType(std::string_view word);
+const ToolType* findToolType(std::string_view word);
 
 bool isKnownToolType(std::string_view word);
 
+/// Every registered type, in the order of their ranks and then of their words.
+std::vector<const ToolType*> toolTypes();
+
 /// Every registered word, in order.
 std::vector<std::string> toolTypeWords();
+
+/// Whether the target names a source of a toolchain.
+bool namesToolchainSources(const Context& target);
+
+/// Whether the target names a source of a tool that exists without being declared: it is for that
+/// tool, whatever else it holds.
+bool spellsOutCommands(const Context& target);
+
+/// The variables that people mean who type this name: those of one type, or of all. Each once.
+std::vector<std::string> meantBy(std::string_view typed, const ToolType* only = nullptr);
 
 }  // namespace Vesk

@@ -1,10 +1,7 @@
-// Finding the toolchains that are installed on this machine.
-//
-// Each toolchain registers a detector before main starts, by one ToolchainDetectorRegistration
-// object; what tool_registry.h says about linking such objects holds here too.
+// Finding the toolchains that are installed on this machine, with the detectors of the registered
+// types (tool_registry.h).
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,20 +17,7 @@ struct DetectedTool {
 };
 
 /// Looks for the toolchains of one tool type. What it cannot use it leaves out.
-using ToolchainDetector = std::function<std::vector<DetectedTool>()>;
-
-class ToolchainDetectorRegistration {
-  public:
-    /// `toolType` as in ToolTypeRegistration. Detectors are asked in the order of `rank`, the
-    /// lowest first.
-    ToolchainDetectorRegistration(std::string toolType, int rank,
-                                  const ToolchainDetector& detector);
-
-    const std::string& toolType() const noexcept { return toolType_; }
-
-  private:
-    std::string toolType_;
-};
+using ToolchainDetector = std::vector<DetectedTool> (*)();
 
 /// What all detectors find, in their order. One that throws is warned about; the
 /// others are still asked.

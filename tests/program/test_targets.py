@@ -179,6 +179,20 @@ class ToolSelection(ProgramTest):
             hint = f"no tool is chosen by '{name}' (did you mean '{meant}'?)"
             self.assertEqual(hint in self.error(), meant is not None)
 
+    def test_sources_of_a_toolchain_that_is_not_there(self):
+        for name in ("C_FILES", "OBJ_FILES", "C3_FILES", "RC_FILES", "MC_FILES", "OBJCOPY_INPUT", "MANIFEST"):
+            with self.subTest(name):
+                self.unit(f't: {{ {name} = ["x"] }}')
+                self.assertIn("\n  no toolchain that is registered fits it; vesk --find-compilers", self.error())
+
+    def test_names_of_other_tools(self):
+        self.unit('t: { LDFLAGS = "-s" SOURCES = ["a.c"] }')
+        self.assertIn("no tool is chosen by 'SOURCES' (did you mean 'C_FILES' or 'CPP_FILES' or "
+                      "'C3_FILES'?)", self.error())
+        self.unit('t: { NO_TOOL }\nu: { cmdline = [] workdir = "a" ^result = 1 }')
+        self.check("u", out=None, err="[vesk::u] Variable 'workdir' (vesk.txt:2) has no effect on the "
+                                      "target.\n  did you mean 'cwd'?\n")
+
     def test_variables_that_are_nearly_right(self):
         warning = "[vesk::t] Variable 'cwdd' (vesk.txt:2) has no effect on the target.\n  did you mean 'cwd'?\n"
         for body, err in (

@@ -707,6 +707,30 @@ class Detection(ToolchainTest):
         self.assertIn("/gcc ", self.build())
 
 
+class NamesOfOtherTools(ToolchainTest):
+    @needs("gcc")
+    def test_they_are_warned_of(self):
+        self.write("main.c", "int main(void) { return 0; }\n")
+        self.unit("""
+            app: {
+                C_FILES = ["main.c"]
+                cflags = "-O2"
+                LDFLAGS = "-s"
+                INCLUDES = "include"
+                LIBRARIES = mine
+                mine = "m"
+                LIBS = LIBRARIES
+            }
+            """)
+        result = self.run_vesk()
+        self.assertEqual(result.status, 0, result.err)
+        self.assertEqual(result.err, "".join(
+            f"[vesk::app] Variable '{name}' (vesk.txt:{line}) has no effect on the target.\n"
+            f"  did you mean '{meant}'?\n"
+            for name, line, meant in (("cflags", 3, "C_FLAGS"), ("LDFLAGS", 4, "LINK_FLAGS"),
+                                      ("INCLUDES", 5, "INCLUDE_DIRS"))))
+
+
 class Launchers(GnuTest):
     def setUp(self):
         super().setUp()

@@ -14,14 +14,15 @@ namespace {
 
 using Factory = std::unique_ptr<Matcher>;
 
-const ToolTypeRegistration kThrowing("test_throwing", [](const auto&, const auto&, const auto&) {
-    throw std::runtime_error("no compiler");
-    return Factory();
-});
-const ToolTypeRegistration kRefusing("test_refusing", [](const auto&, const auto&, const auto&) {
-    throw VeskException("TestMatcher requires want variable 'x'.");
-    return Factory();
-});
+const ToolTypeRegistration kThrowing({"test_throwing", [](const auto&, const auto&, const auto&) {
+                                          throw std::runtime_error("no compiler");
+                                          return Factory();
+                                      }});
+const ToolTypeRegistration kRefusing({"test_refusing", [](const auto&, const auto&, const auto&) {
+                                          throw VeskException(
+                                              "TestMatcher requires want variable 'x'.");
+                                          return Factory();
+                                      }});
 
 TEST(CreateTool, LeavesOutWhatItCannotMakeAndSaysWhy) {
     const std::pair<std::vector<Assignment>, const char*> cases[] = {

@@ -16,6 +16,14 @@ constexpr const char* kToolType = "android-sdk";
 constexpr const char* kBuildToolsVersion = "build_tools_version";
 constexpr const char* kPlatformVersion = "platform_version";
 
+constexpr std::string_view kSources[] = {"MANIFEST"};
+constexpr Misnomer kMisnomers[] = {
+    {"RESOURCES", "RES_DIRS"},      {"RES_DIR", "RES_DIRS"},
+    {"ASSETS", "ASSET_DIRS"},       {"MIN_SDK_VERSION", "MIN_SDK"},
+    {"CLASSPATH", "CLASS_PATH"},    {"TARGET_SDK_VERSION", "TARGET_SDK"},
+    {"JAVA_SOURCES", "JAVA_FILES"}, {"JAVACFLAGS", "JAVA_FLAGS"},
+};
+
 const AssignmentMap& wantsTable() {
     static const AssignmentMap table =
         makeTable({{"toolchain_path"}, {kBuildToolsVersion}, {kPlatformVersion}, {"java_path"}});
@@ -37,9 +45,14 @@ bool isGiven(const Assignment* assignment) {
 
 }  // namespace
 
-const ToolTypeRegistration RegisterAndroidSdkMatcher(kToolType,
-                                                     matcherFactory<AndroidSdkMatcher>());
-const ToolchainDetectorRegistration RegisterAndroidSdkDetector(kToolType, 5, detectAndroidSdks);
+const ToolTypeRegistration RegisterAndroidSdkMatcher({
+    .word = kToolType,
+    .factory = matcherFactory<AndroidSdkMatcher>(),
+    .sources = kSources,
+    .misnomers = kMisnomers,
+    .detect = detectAndroidSdks,
+    .rank = 5,
+});
 
 AndroidSdkMatcher::AndroidSdkMatcher(const CiString& name, const AssignmentMap& must,
                                      const AssignmentMap& others)

@@ -6,12 +6,10 @@
 #include "tools/android/android_sdk.h"
 #include "tools/matcher.h"
 #include "tools/tool_registry.h"
-#include "tools/toolchain_detection.h"
 
 namespace Vesk {
 
 extern const ToolTypeRegistration RegisterAndroidSdkMatcher;
-extern const ToolchainDetectorRegistration RegisterAndroidSdkDetector;
 
 /// Fits targets with an Android manifest. A target of sources or objects that names a MANIFEST
 /// means one of another kind.

@@ -21,17 +21,26 @@ const AssignmentMap& needsTable() {
     return table;
 }
 
-/// Those of C as well: a target of both languages has to come here, to be told of its mistake.
-const std::vector<const char*>& subjects() {
-    static const std::vector<const char*> names = {"C3_FILES",  "C3_FLAGS",  "C_FILES",
-                                                   "CPP_FILES", "ASM_FILES", "OBJ_FILES"};
-    return names;
-}
+constexpr std::string_view kSources[] = {"C3_FILES"};
+constexpr Misnomer kMisnomers[] = {
+    {"SOURCES", "C3_FILES"},   {"SRCS", "C3_FILES"},  {"C3FLAGS", "C3_FLAGS"},
+    {"LDFLAGS", "LINK_FLAGS"}, {"LIBRARIES", "LIBS"},
+};
+
+/// Those of C as well: a target of both languages has to come here, where its mistake is reported.
+constexpr std::string_view kScored[] = {"C3_FILES",  "C3_FLAGS",  "C_FILES",
+                                        "CPP_FILES", "ASM_FILES", "OBJ_FILES"};
 
 }  // namespace
 
-const ToolTypeRegistration RegisterC3Matcher(kToolType, matcherFactory<C3Matcher>());
-const ToolchainDetectorRegistration RegisterC3Detector(kToolType, 4, detectC3);
+const ToolTypeRegistration RegisterC3Matcher({
+    .word = kToolType,
+    .factory = matcherFactory<C3Matcher>(),
+    .sources = kSources,
+    .misnomers = kMisnomers,
+    .detect = detectC3,
+    .rank = 4,
+});
 
 C3Matcher::C3Matcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others)
     : Matcher(name, kToolType, wantsTable(), needsTable(), must, others),
@@ -50,7 +59,7 @@ std::vector<CiString> C3Matcher::comparedNames() const {
 }
 
 MatchResult C3Matcher::matchTool(const Context& target) const {
-    return matchToolchain({kToolType, declaredSettings(), subjects(), true}, target);
+    return matchToolchain({kToolType, declaredSettings(), kScored, true}, target);
 }
 
 std::shared_ptr<Builder> C3Matcher::createBuilder(const Context&) const {

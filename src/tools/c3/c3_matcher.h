@@ -6,12 +6,10 @@
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/matcher.h"
 #include "tools/tool_registry.h"
-#include "tools/toolchain_detection.h"
 
 namespace Vesk {
 
 extern const ToolTypeRegistration RegisterC3Matcher;
-extern const ToolchainDetectorRegistration RegisterC3Detector;
 
 /// Fits targets that name C3 sources, whatever they are built for.
 class C3Matcher : public Matcher {

@@ -1,6 +1,5 @@
 #include "tools/discovery/toolchain_match.h"
 
-#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -8,6 +7,7 @@
 #include "tools/discovery/triple.h"
 #include "tools/discovery/version.h"
 #include "tools/support/target_paths.h"
+#include "tools/tool_registry.h"
 
 namespace Vesk {
 
@@ -59,7 +59,7 @@ class Comparison {
     std::string triple() const { return declaredTriple(toolchain_.declared); }
 
     void noteSubjects() {
-        for (const char* subject : toolchain_.subjects) {
+        for (const std::string_view subject : toolchain_.subjects) {
             const Assignment* assignment = target_.find(subject);
             if (assignment != nullptr && assignment->modifier != AssignModifier::Output) {
                 result_.matches.emplace(subject, MatchKind::ExactMatch);
@@ -142,8 +142,8 @@ class Comparison {
     void preferDefault() {
         const MatchKind full = preferenceMissed_ ? MatchKind::PartialMatch : MatchKind::ExactMatch;
         if (preferenceMissed_) {
-            for (const char* subject : toolchain_.subjects) {
-                if (const auto match = result_.matches.find(CiString(subject));
+            for (const std::string_view subject : toolchain_.subjects) {
+                if (const auto match = result_.matches.find(subject);
                     match != result_.matches.end()) {
                     match->second = full;
                 }
@@ -182,12 +182,6 @@ std::vector<CiString> withToolchainSettings(std::vector<CiString> names) {
         names.push_back(std::move(name));
     }
     return names;
-}
-
-bool spellsOutCommands(const Context& target) {
-    constexpr const char* kOthers[] = {"cmdline", "pwsh", "NO_TOOL", "WRITE_FILE", "FILE_WRITER"};
-    return std::ranges::any_of(
-        kOthers, [&target](const char* name) { return target.find(name) != nullptr; });
 }
 
 std::string declaredTriple(const AssignmentMap& declared) {

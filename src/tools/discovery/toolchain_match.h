@@ -1,6 +1,7 @@
 // How well a compiler toolchain fits a target.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,9 +20,6 @@ std::vector<CiString> withToolchainSettings(std::vector<CiString> names);
 /// The triple that a declaration gives or that its prefix tells; empty when neither does.
 std::string declaredTriple(const AssignmentMap& declared);
 
-/// Whether the target is for a tool that runs commands or writes files, whatever else it holds.
-bool spellsOutCommands(const Context& target);
-
 /// The verdict on a target that assigns one of `subjects`. What it asks for must be so:
 ///
 ///     toolchain_version      "12" fits 12.2.0
@@ -39,7 +37,7 @@ bool spellsOutCommands(const Context& target);
 struct ToolchainMatch {
     std::string_view toolType;
     const AssignmentMap& declared;  ///< the tool's own settings
-    const std::vector<const char*>& subjects;
+    std::span<const std::string_view> subjects;
     bool anyTarget = false;  ///< the compiler makes code for whatever TARGET_TRIPLE says
 };
 

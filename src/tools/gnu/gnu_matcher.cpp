@@ -4,6 +4,7 @@
 #include "tools/discovery/toolchain_match.h"
 #include "tools/gnu/gnu_builders.h"
 #include "tools/gnu_style/gnu_style_choice.h"
+#include "tools/support/c_family.h"
 
 namespace Vesk {
 
@@ -19,8 +20,14 @@ const AssignmentMap& wantsTable() {
 
 }  // namespace
 
-const ToolTypeRegistration RegisterGNUMatcher(kToolType, matcherFactory<GNUMatcher>());
-const ToolchainDetectorRegistration RegisterGNUDetector(kToolType, 1, detectGNU);
+const ToolTypeRegistration RegisterGNUMatcher({
+    .word = kToolType,
+    .factory = matcherFactory<GNUMatcher>(),
+    .sources = kGnuStyleSources,
+    .misnomers = kCFamilyMisnomers,
+    .detect = detectGNU,
+    .rank = 1,
+});
 
 GNUMatcher::GNUMatcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others)
     : Matcher(name, kToolType, wantsTable(), {}, must, others),
@@ -39,7 +46,7 @@ std::vector<CiString> GNUMatcher::comparedNames() const {
 }
 
 MatchResult GNUMatcher::matchTool(const Context& target) const {
-    return matchToolchain({kToolType, declaredSettings(), gnuStyleSubjects()}, target);
+    return matchToolchain({kToolType, declaredSettings(), kGnuStyleSources}, target);
 }
 
 std::shared_ptr<Builder> GNUMatcher::createBuilder(const Context& target) const {

@@ -6,12 +6,10 @@
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/matcher.h"
 #include "tools/tool_registry.h"
-#include "tools/toolchain_detection.h"
 
 namespace Vesk {
 
 extern const ToolTypeRegistration RegisterGNUMatcher;
-extern const ToolchainDetectorRegistration RegisterGNUDetector;
 
 /// Fits targets that name sources, objects or an object to copy.
 class GNUMatcher : public Matcher {

@@ -13,12 +13,6 @@ bool isType(const Context& target, const char* word) {
 
 }  // namespace
 
-const std::vector<const char*>& gnuStyleSubjects() {
-    static const std::vector<const char*> names = {"C_FILES", "CPP_FILES", "ASM_FILES", "OBJ_FILES",
-                                                   "OBJCOPY_INPUT"};
-    return names;
-}
-
 GnuProgram gnuStyleStep(const Context& target) {
     if (target.find("OBJCOPY_INPUT") != nullptr) {
         return GnuProgram::ObjectCopier;

@@ -1,14 +1,15 @@
 // Which program of a GCC-like toolchain a target is for.
 #pragma once
 
-#include <vector>
+#include <string_view>
 
 #include "tools/gnu_style/gnu_style.h"
 
 namespace Vesk {
 
 /// The variables of which a target must have one.
-const std::vector<const char*>& gnuStyleSubjects();
+inline constexpr std::string_view kGnuStyleSources[] = {"C_FILES", "CPP_FILES", "ASM_FILES",
+                                                        "OBJ_FILES", "OBJCOPY_INPUT"};
 
 /// The program that makes the target's product. Objects alone are linked by the C++ compiler, since
 /// nothing tells their language.

@@ -4,6 +4,7 @@
 #include "tools/discovery/toolchain_match.h"
 #include "tools/gnu_style/gnu_style_choice.h"
 #include "tools/llvm/llvm_builders.h"
+#include "tools/support/c_family.h"
 
 namespace Vesk {
 
@@ -19,8 +20,14 @@ const AssignmentMap& wantsTable() {
 
 }  // namespace
 
-const ToolTypeRegistration RegisterLLVMMatcher(kToolType, matcherFactory<LLVMMatcher>());
-const ToolchainDetectorRegistration RegisterLLVMDetector(kToolType, 2, detectLLVM);
+const ToolTypeRegistration RegisterLLVMMatcher({
+    .word = kToolType,
+    .factory = matcherFactory<LLVMMatcher>(),
+    .sources = kGnuStyleSources,
+    .misnomers = kCFamilyMisnomers,
+    .detect = detectLLVM,
+    .rank = 2,
+});
 
 LLVMMatcher::LLVMMatcher(const CiString& name, const AssignmentMap& must,
                          const AssignmentMap& others)
@@ -40,7 +47,7 @@ std::vector<CiString> LLVMMatcher::comparedNames() const {
 }
 
 MatchResult LLVMMatcher::matchTool(const Context& target) const {
-    return matchToolchain({kToolType, declaredSettings(), gnuStyleSubjects(), true}, target);
+    return matchToolchain({kToolType, declaredSettings(), kGnuStyleSources, true}, target);
 }
 
 std::shared_ptr<Builder> LLVMMatcher::createBuilder(const Context& target) const {

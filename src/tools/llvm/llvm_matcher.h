@@ -6,12 +6,10 @@
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/matcher.h"
 #include "tools/tool_registry.h"
-#include "tools/toolchain_detection.h"
 
 namespace Vesk {
 
 extern const ToolTypeRegistration RegisterLLVMMatcher;
-extern const ToolchainDetectorRegistration RegisterLLVMDetector;
 
 /// Fits the targets that the GNU toolchain fits, and whatever TARGET_TRIPLE they are for.
 class LLVMMatcher : public Matcher {

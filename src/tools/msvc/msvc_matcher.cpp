@@ -6,6 +6,7 @@
 #include "tools/msvc/architecture.h"
 #include "tools/msvc/msvc_builders.h"
 #include "tools/msvc/msvc_programs.h"
+#include "tools/support/c_family.h"
 #include "tools/support/source_files.h"
 #include "tools/support/value_lists.h"
 
@@ -22,11 +23,8 @@ const AssignmentMap& wantsTable() {
     return table;
 }
 
-const std::vector<const char*>& subjects() {
-    static const std::vector<const char*> names = {"C_FILES",   "CPP_FILES", "ASM_FILES",
-                                                   "OBJ_FILES", "RC_FILES",  "MC_FILES"};
-    return names;
-}
+constexpr std::string_view kSources[] = {"C_FILES",   "CPP_FILES", "ASM_FILES",
+                                         "OBJ_FILES", "RC_FILES",  "MC_FILES"};
 
 /// A declaration that does not say which machine it is for.
 AssignmentMap withTarget(const AssignmentMap& must, AssignmentMap others) {
@@ -39,8 +37,14 @@ AssignmentMap withTarget(const AssignmentMap& must, AssignmentMap others) {
 
 }  // namespace
 
-const ToolTypeRegistration RegisterMSVCMatcher(kToolType, matcherFactory<MSVCMatcher>());
-const ToolchainDetectorRegistration RegisterMSVCDetector(kToolType, 3, detectMSVC);
+const ToolTypeRegistration RegisterMSVCMatcher({
+    .word = kToolType,
+    .factory = matcherFactory<MSVCMatcher>(),
+    .sources = kSources,
+    .misnomers = kCFamilyMisnomers,
+    .detect = detectMSVC,
+    .rank = 3,
+});
 
 MSVCMatcher::MSVCMatcher(const CiString& name, const AssignmentMap& must,
                          const AssignmentMap& others)
@@ -60,7 +64,7 @@ std::vector<CiString> MSVCMatcher::comparedNames() const {
 }
 
 MatchResult MSVCMatcher::matchTool(const Context& target) const {
-    return matchToolchain({kToolType, declaredSettings(), subjects()}, target);
+    return matchToolchain({kToolType, declaredSettings(), kSources}, target);
 }
 
 std::shared_ptr<Builder> MSVCMatcher::createBuilder(const Context& target) const {

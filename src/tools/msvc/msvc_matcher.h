@@ -6,14 +6,12 @@
 
 #include "tools/matcher.h"
 #include "tools/tool_registry.h"
-#include "tools/toolchain_detection.h"
 
 namespace Vesk {
 
 class MsvcPrograms;
 
 extern const ToolTypeRegistration RegisterMSVCMatcher;
-extern const ToolchainDetectorRegistration RegisterMSVCDetector;
 
 /// Fits targets that name sources, objects, resource scripts or message files.
 class MSVCMatcher : public Matcher {

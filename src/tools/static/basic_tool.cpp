@@ -11,6 +11,13 @@ namespace Vesk {
 
 namespace {
 
+constexpr std::string_view kSources[] = {"cmdline"};
+constexpr Misnomer kMisnomers[] = {
+    {"command", "cmdline"}, {"commands", "cmdline"},      {"cmd", "cmdline"},
+    {"cmds", "cmdline"},    {"command_line", "cmdline"},  {"workdir", "cwd"},
+    {"working_dir", "cwd"}, {"working_directory", "cwd"},
+};
+
 const AssignmentMap& wantsTable() {
     static const AssignmentMap table = makeTable({{"cwd"}});
     return table;
@@ -23,7 +30,12 @@ const AssignmentMap& needsTable() {
 
 }  // namespace
 
-const ToolTypeRegistration RegisterBasicMatcher("command", matcherFactory<BasicMatcher>());
+const ToolTypeRegistration RegisterBasicMatcher({
+    .word = "command",
+    .factory = matcherFactory<BasicMatcher>(),
+    .sources = kSources,
+    .misnomers = kMisnomers,
+});
 
 BasicMatcher::BasicMatcher(const CiString& name, const AssignmentMap& must,
                            const AssignmentMap& others)

@@ -1,5 +1,6 @@
 #include "tools/static/file_writer.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <string_view>
 #include <system_error>
@@ -20,6 +21,9 @@ constexpr const char* kFileName = "FILENAME";
 constexpr const char* kText = "TEXT";
 constexpr const char* kSeparator = "SEPARATOR";
 constexpr const char* kMode = "MODE";
+
+constexpr std::string_view kSources[] = {"WRITE_FILE", "FILE_WRITER"};
+constexpr Misnomer kMisnomers[] = {{"FILE", kFileName}, {"CONTENT", kText}, {"CONTENTS", kText}};
 
 const AssignmentMap& wantsTable() {
     static const AssignmentMap table = makeTable({{kSeparator, "\n"}, {kMode, "create"}});
@@ -100,8 +104,12 @@ void writeFile(const std::filesystem::path& file, std::string_view text, bool ap
 
 }  // namespace
 
-const ToolTypeRegistration RegisterFileWriterMatcher("file_writer",
-                                                     matcherFactory<FileWriterMatcher>());
+const ToolTypeRegistration RegisterFileWriterMatcher({
+    .word = "file_writer",
+    .factory = matcherFactory<FileWriterMatcher>(),
+    .sources = kSources,
+    .misnomers = kMisnomers,
+});
 
 FileWriterMatcher::FileWriterMatcher(const CiString& name, const AssignmentMap& must,
                                      const AssignmentMap& others)
@@ -116,8 +124,8 @@ std::shared_ptr<Builder> FileWriterMatcher::createBuilder(const Context&) const 
 }
 
 MatchResult FileWriterMatcher::matchTool(const Context& target) const {
-    const bool asked =
-        target.find("FILE_WRITER") != nullptr || target.find("WRITE_FILE") != nullptr;
+    const bool asked = std::ranges::any_of(
+        kSources, [&target](std::string_view name) { return target.find(name) != nullptr; });
     return {{{kFileName, MatchKind::ExactMatch}, {kText, MatchKind::ExactMatch}},
             asked ? MatchNote::BuildPossible : MatchNote::BuildImpossible};
 }

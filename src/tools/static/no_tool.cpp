@@ -4,7 +4,9 @@ namespace Vesk {
 
 namespace {
 
-constexpr const char* kVariable = "NO_TOOL";
+constexpr std::string_view kVariable = "NO_TOOL";
+constexpr std::string_view kSources[] = {kVariable};
+constexpr Misnomer kMisnomers[] = {{"PHONY", kVariable}};
 
 const AssignmentMap& needsTable() {
     static const AssignmentMap table = makeTable({{kVariable}});
@@ -13,7 +15,12 @@ const AssignmentMap& needsTable() {
 
 }  // namespace
 
-const ToolTypeRegistration RegisterNoToolMatcher("no_tool", matcherFactory<NoToolMatcher>());
+const ToolTypeRegistration RegisterNoToolMatcher({
+    .word = "no_tool",
+    .factory = matcherFactory<NoToolMatcher>(),
+    .sources = kSources,
+    .misnomers = kMisnomers,
+});
 
 NoToolMatcher::NoToolMatcher(const CiString& name, const AssignmentMap& must,
                              const AssignmentMap& others)

@@ -6,6 +6,14 @@ namespace Vesk {
 
 namespace {
 
+constexpr std::string_view kSources[] = {"pwsh"};
+constexpr Misnomer kMisnomers[] = {
+    {"powershell", "pwsh"},
+    {"workdir", "cwd"},
+    {"working_dir", "cwd"},
+    {"working_directory", "cwd"},
+};
+
 const AssignmentMap& wantsTable() {
     static const AssignmentMap table = makeTable({{"cwd"}});
     return table;
@@ -18,7 +26,12 @@ const AssignmentMap& needsTable() {
 
 }  // namespace
 
-const ToolTypeRegistration RegisterPowerShellMatcher("pwsh", matcherFactory<PowerShellMatcher>());
+const ToolTypeRegistration RegisterPowerShellMatcher({
+    .word = "pwsh",
+    .factory = matcherFactory<PowerShellMatcher>(),
+    .sources = kSources,
+    .misnomers = kMisnomers,
+});
 
 PowerShellMatcher::PowerShellMatcher(const CiString& name, const AssignmentMap& must,
                                      const AssignmentMap& others)

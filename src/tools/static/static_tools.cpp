@@ -16,8 +16,8 @@ namespace Vesk {
 bool createStaticTool(Toolbox& toolbox, std::string_view name, std::string_view typeWord) {
     std::unique_ptr<Matcher> matcher;
     try {
-        if (const MatcherFactory* factory = findToolType(typeWord)) {
-            matcher = (*factory)(CiString(name), {}, {});
+        if (const ToolType* type = findToolType(typeWord)) {
+            matcher = type->factory(CiString(name), {}, {});
         }
     } catch (const VeskException& exception) {
         console::warning("{}", exception.report());

@@ -4,6 +4,7 @@
 
 #include "tools/discovery/triple.h"
 #include "tools/tool_fixture.h"
+#include "tools/tool_registry.h"
 
 namespace Vesk::test {
 namespace {
@@ -12,6 +13,11 @@ namespace {
 const std::string kNative(nativeTriple());
 const std::string kForeign = isWindowsTriple(kNative) ? "x86_64-linux-gnu" : "x86_64-w64-mingw32";
 const std::string kForeignWord = isWindowsTriple(kNative) ? "linux" : "windows";
+
+constexpr std::string_view kCommandSources[] = {"run"};
+const ToolTypeRegistration kCommands({.word = "commands",
+                                      .factory = {},
+                                      .sources = kCommandSources});
 
 Assignment hint(const char* name, const char* value) {
     return var(name, str(value), AssignModifier::Hint);
@@ -29,7 +35,7 @@ AssignmentMap gcc(const std::string& version, const std::string& triple, const c
 std::string scoreOf(const AssignmentMap& tool, std::vector<Assignment> asked,
                     bool anyTarget = false) {
     asked.push_back(var("C_FILES", list({str("a.c")})));
-    const std::vector<const char*> subjects = {"C_FILES", "CPP_FILES"};
+    constexpr std::string_view subjects[] = {"C_FILES", "CPP_FILES"};
     const MatchResult result =
         matchToolchain({"gnu-gcc", tool, subjects, anyTarget}, *contextOf(asked));
     if (result.note != MatchNote::BuildPossible) {
@@ -70,8 +76,7 @@ TEST(ToolchainMatch, WhatATargetAsksFor) {
         {{hint("toolchain_target", kForeign.c_str())}, "2", "1", "5"},
         {{var("TARGET_TRIPLE", str(kForeign))}, "no", "no", "5"},
         {{var("toolchain_prefix", str("cross-"))}, "no", "no", "5"},
-        {{var("cmdline", str("gcc a.c"))}, "no", "no", "no"},
-        {{var("NO_TOOL")}, "no", "no", "no"},
+        {{var("run", str("gcc a.c"))}, "no", "no", "no"},
     };
     const AssignmentMap machines = gcc("12.2.0", kNative, kMachineDefault);
     const AssignmentMap other = gcc("9.1.0", kNative, kNoDefault);
@@ -102,7 +107,7 @@ TEST(ToolchainMatch, FamilyDefaultsAndCompilersForAnyTarget) {
     EXPECT_EQ(scoreOf(clang, {var("toolchain_name", str("GCC"))}), "5");
     EXPECT_EQ(scoreOf(clang, {var("TARGET_TRIPLE", str("arm-none-eabi"))}, true), "2");
     const auto nothing = contextOf({var("FLAGS", str("-O2")), out("C_FILES")});
-    const std::vector<const char*> subjects = {"C_FILES"};
+    constexpr std::string_view subjects[] = {"C_FILES"};
     EXPECT_EQ(matchToolchain({"gnu-gcc", clang, subjects}, *nothing).note,
               MatchNote::BuildImpossible);
 }
