@@ -18,6 +18,9 @@ import unittest
 from dataclasses import dataclass, field
 from pathlib import Path
 
+from built_state import SameResult
+
+EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
 # Seconds. What takes longer hangs: no test depends on what is quicker.
 HANGS = 600
 ESCAPE = re.compile(r"\x1b\[[0-9;]*m")
@@ -57,6 +60,11 @@ def windows_only(reason):
     return unittest.skipUnless(SETTINGS.windows, reason)
 
 
+def needs(*programs):
+    missing = [program for program in programs if shutil.which(program) is None]
+    return unittest.skipIf(missing, f"not installed: {' '.join(missing)}")
+
+
 def alone(test):
     """For a test that changes what others see, as the machine's registry: it runs after them."""
     test.alone = True
@@ -85,7 +93,7 @@ def pattern_of(expected):
     return ".*".join(re.escape(part) for part in expected.split("{*}"))
 
 
-class ProgramTest(unittest.TestCase):
+class ProgramTest(SameResult, unittest.TestCase):
     maxDiff = None
 
     # Whether runs of one test know what the runs before them have built.
@@ -121,6 +129,10 @@ class ProgramTest(unittest.TestCase):
                 return
         self.skipTest("no two files have the same times here")
 
+    def take_example(self, name):
+        shutil.copytree(EXAMPLES / name, self.dir, dirs_exist_ok=True,
+                        ignore=shutil.ignore_patterns("out", ".vesk_cache*"))
+
     def read(self, name):
         return (self.dir / name).read_bytes().decode()
 
@@ -147,6 +159,7 @@ class ProgramTest(unittest.TestCase):
         directories = [SETTINGS.children / "bin", SETTINGS.children / "powershell"]
         result = {key: os.environ[key] for key in os.environ if key.endswith("SAN_OPTIONS")}
         result.update(LANG="C.UTF-8", HOME=os.environ.get("HOME", "/"))
+        result["SOURCE_DATE_EPOCH"] = "1"  # linkers write the time of the build into programs
         if SETTINGS.windows:
             result["PATH"] = os.environ["PATH"]
             result["WINEPATH"] = ";".join(on_system(directory) for directory in directories)
@@ -191,6 +204,14 @@ class ProgramTest(unittest.TestCase):
         process.wait()
         process.stdout.close()
         process.stderr.close()
+
+    def alive(self):
+        """Processes that have the name of this test's directory on their command line."""
+        found = subprocess.run(["pgrep", "-f", self.base.name], stdout=subprocess.PIPE, text=True)
+        return found.stdout.split()
+
+    def wait_for_orphans(self):
+        wait_until(lambda: not self.alive())
 
     def run_vesk(self, *arguments, env=None, cwd=None, colours=False, merged=False):
         """Runs vesk to its end. `merged`: one pipe for both streams, to see the order."""

@@ -10,8 +10,8 @@ import threading
 import zipfile
 from pathlib import Path
 
-from harness import HANGS, SETTINGS, on_system, posix_only
-from test_toolchains import EXAMPLES, ToolchainTest, needs
+from harness import HANGS, SETTINGS, needs, on_system, posix_only
+from test_toolchains import ToolchainTest
 
 DEBIAN = Path("/usr/lib/android-sdk/build-tools/debian")
 CHILDREN = Path(__file__).parent / "children"
@@ -416,10 +416,10 @@ class Installations(AndroidTest):
     @needs("clang", "ld.lld")
     def test_example(self):
         self.take_debug_key()
-        shutil.copytree(EXAMPLES / "android_app", self.dir, dirs_exist_ok=True)
+        self.take_example("android_app")
         self.registry(self.tools +
                       f'sdk {{ tool_type = "android-sdk" toolchain_path = P"({self.named()})" }}')
-        self.build()
+        self.same_with_many_jobs(self.build)
         self.assertIn("native-code: 'arm64-v8a' 'x86_64'",
                       self.asked("aapt2", "dump", "badging", "out/hello.apk"))
         self.signer("out/hello.apk")

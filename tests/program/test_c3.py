@@ -1,12 +1,11 @@
 """C3 targets. No distribution has the compiler, so one stands in that checks its command line."""
 
-import shutil
 import subprocess
 import sys
 from pathlib import Path
 
 from harness import HANGS, SETTINGS, on_system
-from test_toolchains import EXAMPLES, NATIVE, ToolchainTest
+from test_toolchains import NATIVE, ToolchainTest
 
 STAND_IN = Path(__file__).parent / "children/c3c.py"
 
@@ -175,6 +174,6 @@ class C3(ToolchainTest):
         self.assertIn('toolchain_name = R"(C3 0.7.9)"', told)
 
     def test_example(self):
-        shutil.copytree(EXAMPLES / "c3_program", self.dir, dirs_exist_ok=True)
-        self.build()
+        self.take_example("c3_program")
+        self.same_with_many_jobs(self.build)
         self.assertEqual(self.status_of("out/answer"), 42)

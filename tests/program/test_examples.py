@@ -1,30 +1,21 @@
 """The examples do what their readers are told."""
 
-import shutil
-from pathlib import Path
-
 from harness import ProgramTest, on_system, posix_only
-
-EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
 
 
 class Examples(ProgramTest):
-    def take(self, name):
-        shutil.copytree(EXAMPLES / name, self.dir, dirs_exist_ok=True,
-                        ignore=shutil.ignore_patterns("out", ".vesk_cache"))
-
     def lines(self, name):
         return [line.strip() for line in self.read(name).splitlines()]
 
     @posix_only("it needs a C compiler on the system itself")
     def test_demo(self):
-        self.take("demo")
+        self.take_example("demo")
         self.assertEqual(self.printed(), "Hello, world! (demo 1.0, made by vesk)\n")
         self.assertEqual(self.printed("all", 'who="you"'), "Hello, you! (demo 1.0, made by vesk)\n")
         self.assertEqual(self.run_vesk("broken").status, 1)
 
     def test_workspace(self):
-        self.take("workspace")
+        self.take_example("workspace")
         env = {"APPDATA": on_system(self.base / "data")}
         for project in ("lib", "tool"):
             self.assertEqual(self.run_vesk("-r", cwd=self.dir / project, env=env).status, 0)

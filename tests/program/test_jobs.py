@@ -60,11 +60,6 @@ class InterruptedBuild(ProgramTest):
         self.addCleanup(process.kill)
         return process
 
-    def alive(self):
-        """Processes that have the name of this test's directory on their command line."""
-        found = subprocess.run(["pgrep", "-f", self.base.name], stdout=subprocess.PIPE, text=True)
-        return found.stdout.split()
-
     def expect_interrupted(self, process, status):
         output = self.plain(process.communicate(timeout=HANGS)[0])
         self.assertEqual(process.returncode, status, output)
@@ -85,7 +80,7 @@ class InterruptedBuild(ProgramTest):
 
         wait_until(ended_when_asked_again)
         self.assertEqual(process.returncode, status)
-        wait_until(lambda: self.alive() == [])
+        self.wait_for_orphans()
 
 
 @posix_only("a program under the emulator gets no signals")
@@ -98,7 +93,7 @@ class Interruption(InterruptedBuild):
                 wait_until(lambda: {"started", "too"} <= set(self.files()))
                 process.send_signal(number)
                 self.expect_interrupted(process, status)
-                wait_until(lambda: self.alive() == [])
+                self.wait_for_orphans()
                 (self.dir / "started").unlink()
                 (self.dir / "too").unlink()
 
@@ -146,7 +141,7 @@ class ControlC(InterruptedBuild):
         wait_until(lambda: "started" in self.files())
         self.press()
         self.expect_interrupted(process, 130)
-        wait_until(lambda: self.alive() == [])
+        self.wait_for_orphans()
 
     @windows_only("signals are counted there")
     def test_second_one_ends_at_once(self):

@@ -8,8 +8,7 @@ import subprocess
 import sys
 
 import test_toolchains
-from harness import HANGS, SETTINGS, alone, on_system, windows_only
-from test_toolchains import EXAMPLES, needs
+from harness import EXAMPLES, HANGS, SETTINGS, alone, needs, on_system, windows_only
 
 STAND_IN = EXAMPLES.parent / "tests/program/children/msvc/standin.py"
 LLVM = "/usr/lib/llvm-14/bin/"
@@ -544,12 +543,13 @@ LOADER = """
 
 @needs_llvm
 class Examples(MsvcTest):
-    def take(self, name):
-        shutil.copytree(EXAMPLES / name, self.dir, dirs_exist_ok=True,
-                        ignore=shutil.ignore_patterns("out", ".vesk_cache*"))
+    def built_alike(self, *arguments):
+        """Without times in the products."""
+        self.same_with_many_jobs(lambda jobs: self.built(
+            jobs, 'FLAGS="/Brepro"', 'LINK_FLAGS="/Brepro"', *arguments))
 
     def test_program(self):
-        self.take("msvc_program")
+        self.take_example("msvc_program")
         directory = self.tool_set("14.38.33130")
         self.kit()
         self.declare(directory)
@@ -558,11 +558,11 @@ class Examples(MsvcTest):
         self.library((directory / "lib/x64").relative_to(self.base), "libcmt", code=C_LIBRARY)
         self.library(f"{KITS}/Lib/{KIT}/um/x64", "user32", "oldnames",
                      code="int LoadStringA(void* a, unsigned b, char* c, int d) { return 0; }\n")
-        self.built()
+        self.built_alike()
         self.check_program("out/hello.exe", 0)
 
     def test_driver(self):
-        self.take("msvc_driver")
+        self.take_example("msvc_driver")
         self.kit(drivers=True)
         self.declare(self.tool_set("14.38.33130"))
         self.place(f"{KITS}/Include/{KIT}/km/ntddk.h", KERNEL)
@@ -570,6 +570,6 @@ class Examples(MsvcTest):
         self.library(f"{KITS}/Lib/{KIT}/km/x64", "BufferOverflowFastFailK", "ntoskrnl", "hal",
                      "wmilib", code=GUARD)
         self.library(f"{KITS}/Lib/wdf/kmdf/x64/1.31", "WdfLdr", "WdfDriverEntry", code=LOADER)
-        self.built('SIGN_NAME="Someone"')
+        self.built_alike('SIGN_NAME="Someone"')
         self.assertEqual(len(self.calls("signtool")), 2)
         self.assertIn("signed by /n Someone", self.read("out/hello.package/hello.cat"))

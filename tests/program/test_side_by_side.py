@@ -1,12 +1,9 @@
 """Targets that are built while others are: the result is that of one after the other."""
 
-import re
-import shutil
 import signal
-import unittest
 
-from harness import SETTINGS, ProgramTest, dedented, posix_only, wait_until
-from test_toolchains import EXAMPLES, NATIVE, ToolchainTest, needs
+from harness import ProgramTest, dedented, posix_only, wait_until
+from test_toolchains import NATIVE, ToolchainTest
 
 WHOLE = 'SIDE_BY_SIDE="yes"'
 
@@ -206,41 +203,3 @@ class Toolchains(ToolchainTest):
         self.assertTrue(result.err.endswith("Error: Build failed.\n"), result.err)
         self.assertIn("out/libgood.a", self.files())
         self.assertNotIn("out/app", self.files())
-
-    def snapshot_of(self, directory):
-        """Names and contents of what was built, and the records of the cache without what differs
-        from run to run: times, the seals over them, and random stamps."""
-        made = {}
-        for path in sorted((directory / "out").rglob("*")):
-            if path.is_file():
-                made[path.relative_to(directory).as_posix()] = path.read_bytes()
-        cache = (directory / ".vesk_cache").read_text(errors="surrogateescape")
-        cache = re.sub(r"S 1 0\n19\nbuild: milliseconds\n\d+\n\d+\n", "", cache)
-        cache = re.sub(r"(12\nbuild: stamp\n)\d+\n.*\n", r"\1", cache)
-        cache = re.sub(r"\b[0-9a-f]{32}\b", "SEAL", cache)
-        cache = re.sub(r"\d{12,}", "T", cache)
-        cache = re.sub(r"(files: states\n)\d+", r"\1", cache)
-        # A file that was still young when the cache was written is marked so.
-        cache = re.sub(r"(?m)^[fr?] (?=[0-9a-f]+ [0-9a-f]+ \d+ T)", "f ", cache)
-        return made, re.sub(r"(?m)^([a-z]) [0-9a-f]+ [0-9a-f]+ (\d+ T)", r"\1 \2", cache)
-
-    def test_as_one_after_the_other(self):
-        """The same files and the same cache, for the examples and for changes to them."""
-        for example, target in (("c_program", ""), ("cpp_library", "test"), ("generated_code", "run")):
-            with self.subTest(example=example):
-                seen = {}
-                for jobs in ("-j1", "-j16"):
-                    shutil.rmtree(self.dir)
-                    shutil.copytree(EXAMPLES / example, self.dir,
-                                    ignore=shutil.ignore_patterns("out", ".vesk_cache*"))
-                    words = [target] if target else []
-                    self.build(jobs, *words)
-                    first = self.snapshot_of(self.dir)
-                    source = min(self.dir.glob("src/*.c*"))
-                    source.write_text(source.read_text() + "// changed\n")
-                    self.build(jobs, *words)
-                    seen[jobs] = (first, self.snapshot_of(self.dir))
-                self.assertEqual(seen["-j1"][0][0], seen["-j16"][0][0])
-                self.assertEqual(seen["-j1"][1][0], seen["-j16"][1][0])
-                self.assertMultiLineEqual(seen["-j1"][0][1], seen["-j16"][0][1])
-                self.assertMultiLineEqual(seen["-j1"][1][1], seen["-j16"][1][1])

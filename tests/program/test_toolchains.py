@@ -10,9 +10,9 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from harness import HANGS, ProgramTest, SETTINGS, on_system, posix_only, wait_until, windows_only
+from harness import (HANGS, ProgramTest, SETTINGS, needs, on_system, posix_only, wait_until,
+                     windows_only)
 
-EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
 CROSS = "x86_64-w64-mingw32"
 EXE = ".exe" if SETTINGS.windows else ""
 
@@ -30,11 +30,6 @@ FOREIGN = f"""
     a_cross {{ tool_type = "gnu-gcc" toolchain_name = "GCC 12" toolchain_path = P"(/usr/bin)"
               toolchain_prefix = "{CROSS}-" toolchain_target = "{CROSS}" }}
 """
-
-
-def needs(*programs):
-    missing = [program for program in programs if shutil.which(program) is None]
-    return unittest.skipIf(missing, f"not installed: {' '.join(missing)}")
 
 
 def listens(port):
@@ -815,8 +810,7 @@ class Launchers(GnuTest):
 
 class Examples(GnuTest):
     def run_example(self, name, *arguments):
-        shutil.copytree(EXAMPLES / name, self.dir, dirs_exist_ok=True,
-                        ignore=shutil.ignore_patterns("out", ".vesk_cache*"))
+        self.take_example(name)
         static = ['LINK_FLAGS="-static"'] if SETTINGS.windows else []  # no DLL of C++ is in PATH
         return self.build("-v", "6", *arguments, *static)
 
