@@ -1,6 +1,11 @@
 """What is written where, in which order and colour."""
 
+import os
+import pty
+import re
+
 from harness import HANGS, ProgramTest, SETTINGS, dedented, posix_only
+from test_toolchains import NATIVE, ToolchainTest
 
 HELLO = """
     hello: { cmdline = "child print hello" }
@@ -100,6 +105,84 @@ class Colours(ProgramTest):
         if not SETTINGS.windows:  # an empty variable does not exist there
             empty = self.run_vesk("hello", env={"NO_COLOR": ""}, colours=True)
             self.assertIn("\x1b", empty.out)
+
+
+@posix_only("the emulator's console is no pseudo-terminal")
+class Terminal(ToolchainTest):
+    """What commands write while others run is shown in one piece, as on a terminal of their own."""
+
+    tools = NATIVE
+    coloured = "\x1b[01;35m\x1b[Kwarning: "
+
+    def setUp(self):
+        super().setUp()
+        # A command that does as gcc does, and as NO_COLOR asks, with lines that could be mixed.
+        self.write("talk", """
+            say() {
+                if [ -t 1 ] && [ -z "$NO_COLOR" ]; then printf '\\033[1m%s\\033[m\\n' "$1"; else echo "$1"; fi
+            }
+            for line in 1 2 3 4 5 6 7 8 9; do
+                say "$1 $line"
+                say "error $1 $line" >&2
+            done
+            """)
+        names = [f"n{number}" for number in range(8)]
+        for name in names:
+            self.write(f"src/{name}.c", f"int {name}(void) {{ int unused; return 0; }}\n")
+        self.unit(f"all: libraries {' '.join(names)} {{ NO_TOOL = 1 }}\n" + "".join(
+            f'{name}: {{ SIDE_BY_SIDE = "yes" cmdline = "sh talk {name}" }}\n' for name in names) +
+            'libraries: { OUTPUT_TYPE = "object" C_FILES = ["src/*.c"] C_FLAGS = ["-Wall"] }\n')
+
+    def on_terminal(self, *arguments, stderr=None, env=None):
+        """What vesk writes to a terminal."""
+        ours, theirs = pty.openpty()
+        self.addCleanup(os.close, ours)
+        process = self.start(*arguments, stdout=theirs, stderr=theirs if stderr is None else stderr,
+                             env={"TERM": "xterm", **(env or {})})
+        os.close(theirs)
+        read = b""
+        while True:
+            try:
+                read += os.read(ours, 65536)
+            except OSError:  # nobody has the other end any more
+                break
+        self.assertEqual(process.wait(HANGS), 0, read)
+        return self.plain(read, colours=True)
+
+    def blocks(self, text):
+        """Each command line with what stands below it."""
+        parts = re.split(r"(?m)^(?:\x1b\[38;5;\d+m)?(?=\[vesk)", text)
+        return sorted(part for part in parts if " -c " in part or "sh talk" in part)
+
+    def test_colours_survive_and_nothing_is_mixed(self):
+        alone = self.blocks(self.on_terminal("-j1", "all"))
+        many = self.blocks(self.on_terminal("-j4", "all"))
+        self.assertEqual(len(alone), 16)
+        self.assertEqual(sum(self.coloured in block for block in alone), 8)
+        self.assertEqual(alone, many)
+
+    def test_none_where_nobody_sees_them(self):
+        for jobs in ("-j1", "-j4"):
+            blocks = self.blocks(self.run_vesk(jobs, "all", merged=True, colours=True).out)
+            self.assertEqual(sum("unused variable" in block for block in blocks), 8)
+            for block in blocks:
+                self.assertNotIn("\x1b", block.split("\n", 1)[1])
+
+    def test_one_stream_can_be_a_terminal_and_the_other_not(self):
+        with open(self.base / "err", "wb") as err:
+            out = self.on_terminal("-j4", "all", stderr=err)
+        self.assertEqual(out.count("\x1b[1mn3 "), 9)
+        said = (self.base / "err").read_text()
+        self.assertEqual((said.count("unused variable"), said.count("error n3 ")), (8, 9))
+        self.assertNotIn("\x1b", said)
+
+    def test_no_color(self):
+        """vesk writes none, and commands are told so; it is they who decide."""
+        for jobs in ("-j1", "-j4"):
+            out = self.on_terminal(jobs, "all", env={"NO_COLOR": "1"})
+            self.assertEqual(out.count("\nn3 "), 9)
+            own = [line for line in out.splitlines() if line.startswith("[vesk") or " n3 " in line]
+            self.assertNotIn("\x1b", "\n".join(own))
 
 
 class ControlCharacters(ProgramTest):

@@ -4,10 +4,7 @@ import json
 import os
 import re
 import shutil
-import socket
 import subprocess
-import tempfile
-import unittest
 from pathlib import Path
 
 from harness import (HANGS, ProgramTest, SETTINGS, needs, on_system, posix_only, wait_until,
@@ -30,11 +27,6 @@ FOREIGN = f"""
     a_cross {{ tool_type = "gnu-gcc" toolchain_name = "GCC 12" toolchain_path = P"(/usr/bin)"
               toolchain_prefix = "{CROSS}-" toolchain_target = "{CROSS}" }}
 """
-
-
-def listens(port):
-    with socket.socket() as probe:
-        return probe.connect_ex(("127.0.0.1", port)) == 0
 
 
 class ToolchainTest(ProgramTest):
@@ -765,47 +757,6 @@ class Launchers(GnuTest):
                                check=True, env={**os.environ, **env}).stdout
         self.assertIn("direct_cache_hit\t2\n", stats)
         self.assertIn("out/.obj/vesk/app/a.c.d", self.files())
-
-    def distccd(self):
-        """Starts a daemon on a free port. Returns its port, its log and a function that ends it."""
-        directory = Path(tempfile.mkdtemp(prefix="vesk-distcc-"))
-        self.addCleanup(shutil.rmtree, directory, ignore_errors=True)
-        directory.chmod(0o777)  # as root it works as another user
-        while True:
-            with socket.socket() as probe:
-                probe.bind(("127.0.0.1", 0))
-                port = probe.getsockname()[1]
-            # One process, which ends by itself should this one be killed.
-            daemon = subprocess.Popen(
-                ["distccd", "--daemon", "--no-detach", "--no-fork", "--lifetime", "300", "--listen",
-                 "127.0.0.1", "--port", str(port), "--allow", "127.0.0.1", "--enable-tcp-insecure",
-                 f"--log-file={directory / 'log'}", "--log-level=info"],
-                env={**os.environ, "TMPDIR": str(directory)}, stderr=subprocess.DEVNULL)
-            self.addCleanup(daemon.wait)
-            self.addCleanup(daemon.kill)
-            wait_until(lambda: daemon.poll() is not None or listens(port))
-            if daemon.poll() is None:
-                return port, directory / "log", lambda: (daemon.kill(), daemon.wait())
-            self.assertIn("Address already in use", (directory / "log").read_text())
-
-    @posix_only("it is the system's own distcc")
-    @needs("distcc", "distccd")
-    def test_distcc(self):
-        port, log, end = self.distccd()
-        self.unit("""
-            app: {
-                C_FILES = ["*.c"]
-                LAUNCHER = "distcc"
-                ENV = { DISTCC_FALLBACK = "0" }
-            }
-            """)
-        env = {"DISTCC_HOSTS": f"127.0.0.1:{port}/2", "DISTCC_DIR": str(self.base / "distcc")}
-        (self.base / "distcc").mkdir()
-        self.build(env=env)
-        self.assertEqual(self.output_of("out/app"), "")
-        wait_until(lambda: log.read_text().count("COMPILE_OK") == 2)
-        end()
-        self.assertEqual(self.run_vesk(env=env).status, 1, "nothing compiles without the daemon")
 
 
 class Examples(GnuTest):
