@@ -77,8 +77,7 @@ class Project {
         Target target{"bench main::target" + std::to_string(number), {}};
         auto& parts = target.request.parts;
         parts.resize(kFirstRecipePart + 1);
-        appendInputs(parts[kSurroundingsPart].inputs,
-                     {{textAssignment("writes", ""), std::nullopt}});
+        appendInputs(parts[kTargetPart].inputs, {{textAssignment("writes", ""), std::nullopt}});
         appendInputs(parts[kVariablesPart].inputs,
                      {{textAssignment("cmdline", command), std::nullopt}});
         appendInputs(parts[kFirstRecipePart].inputs,

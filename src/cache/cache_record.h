@@ -3,10 +3,10 @@
 // Both are kept as the text that stands in the cache file, so that asking whether anything has
 // changed is comparing bytes and looking at files, and saving is copying.
 //
-// A record is made of parts, which the file calls recipes. The first tells of the target's
-// surroundings, the second of its variables; one for each recipe follows. The first part's outputs
-// hold a table of all files with their states, and each part's outputs say by number which of them
-// it reads and writes.
+// A record is made of parts, which the file calls recipes. The first is about the target as a
+// whole, the second about its variables; one for each recipe follows. The first part's outputs hold
+// a table of all files with their states, and each part's outputs say by number which of them it
+// reads and writes.
 #pragma once
 
 #include <cstddef>
@@ -58,10 +58,11 @@ class CacheReader;
 /// Steps over the text of a record without its key. Null, or the name of the field at fault.
 const char* skipRecord(CacheReader& reader);
 
-/// Inputs as they stand in a part; what no source text can give back is told by its display text.
+/// Inputs as they stand in a part; a value that no source text can give back stands as its display
+/// text.
 void appendInputs(std::string& out, const std::vector<RecipeInput>& inputs);
 
-inline constexpr std::size_t kSurroundingsPart = 0;
+inline constexpr std::size_t kTargetPart = 0;
 inline constexpr std::size_t kVariablesPart = 1;
 inline constexpr std::size_t kFirstRecipePart = 2;
 

@@ -214,7 +214,7 @@ std::string firstDifference(const RecordText::Layout& last, const CacheRequest& 
     }
     std::string text = partDifference(last, now, kVariablesPart);
     if (text.empty()) {
-        text = partDifference(last, now, kSurroundingsPart);
+        text = partDifference(last, now, kTargetPart);
     }
     if (text.empty() && !sameEnvironment(last.environment, now.environment)) {
         text = difference(assignmentsIn(last.environment, false),

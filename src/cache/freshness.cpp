@@ -180,7 +180,7 @@ bool Freshness::fresh(std::size_t part) {
     const CacheRequest::Part& wanted = request_.parts[part];
     if (wanted.judged == Judged::WithTarget) {
         // Recipes that run together: nothing of the target may differ.
-        return sameText() && partUnchanged(kSurroundingsPart, request_.parts[kSurroundingsPart]);
+        return sameText() && partUnchanged(kTargetPart, request_.parts[kTargetPart]);
     }
     const auto counterpart = lastPart(part);
     if (!counterpart || !partUnchanged(*counterpart, wanted) || !headersStand(part, *counterpart)) {
@@ -189,9 +189,8 @@ bool Freshness::fresh(std::size_t part) {
     // A compiler tells all that it has read. Other commands may depend on what dependencies have
     // done without telling, and may make more of the target's outputs than their recipe says.
     return wanted.declaration == Declaration::Complete ||
-           (samePart(kSurroundingsPart) &&
-            filesUnchanged(kSurroundingsPart, recordField::kWrites,
-                           request_.parts[kSurroundingsPart].writes.size()));
+           (samePart(kTargetPart) && filesUnchanged(kTargetPart, recordField::kWrites,
+                                                    request_.parts[kTargetPart].writes.size()));
 }
 
 std::string Freshness::reason() {

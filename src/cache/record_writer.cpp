@@ -68,10 +68,10 @@ class RecordMaker {
         for (std::size_t i = 0; i < numbers_.size(); ++i) {
             parts_[kFirstRecipePart + i].reads = readsOf(numbers_[i]);
         }
-        Part& surroundings = parts_[kSurroundingsPart];
-        surroundings.writes = written(request_.parts[kSurroundingsPart].writes);
-        surroundings.reads = read(request_.parts[kSurroundingsPart].reads);
-        surroundings.inputs = &request_.parts[kSurroundingsPart].inputs;
+        Part& target = parts_[kTargetPart];
+        target.writes = written(request_.parts[kTargetPart].writes);
+        target.reads = read(request_.parts[kTargetPart].reads);
+        target.inputs = &request_.parts[kTargetPart].inputs;
         parts_[kVariablesPart].inputs =
             results_.finished ? &request_.parts[kVariablesPart].inputs : &unfinishedInputs();
     }

@@ -66,7 +66,7 @@ void CacheStep::compareWithRecord() {
 void CacheStep::begin() {
     asked_ = true;
     if (mustBuild()) {
-        cache_.states().look(request_.parts[kSurroundingsPart].reads);
+        cache_.states().look(request_.parts[kTargetPart].reads);
     }
     startedAt_ = platform::fileClock();
     report();
@@ -76,7 +76,7 @@ std::vector<std::string> CacheStep::filesRead(std::size_t recipe) const {
     const std::size_t part = kFirstRecipePart + recipe;
     std::vector<std::string> files = request_.parts[part].reads;
     if (request_.parts[part].judged == Judged::WithTarget) {
-        const std::vector<std::string>& all = request_.parts[kSurroundingsPart].reads;
+        const std::vector<std::string>& all = request_.parts[kTargetPart].reads;
         files.insert(files.end(), all.begin(), all.end());
     }
     const auto last = freshness_ ? freshness_->lastPart(part) : std::nullopt;
@@ -186,7 +186,7 @@ void CacheStep::lookAnewAtOutputs() {
     for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
         known.insert(request_.parts[i].writes.begin(), request_.parts[i].writes.end());
     }
-    for (const std::string& file : request_.parts[kSurroundingsPart].writes) {
+    for (const std::string& file : request_.parts[kTargetPart].writes) {
         if (!known.contains(file)) {
             cache_.states().written(file);
         }

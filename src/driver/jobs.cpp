@@ -11,7 +11,7 @@
 #include "base/console.h"
 #include "base/exception.h"
 #include "base/interruption.h"
-#include "driver/cache_request.h"
+#include "driver/value_paths.h"
 #include "platform/directories.h"
 #include "platform/files.h"
 #include "platform/interrupt.h"

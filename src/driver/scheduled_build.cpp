@@ -10,6 +10,8 @@
 #include "base/interruption.h"
 #include "base/report.h"
 #include "driver/build_errors.h"
+#include "driver/mentioned_files.h"
+#include "driver/value_paths.h"
 #include "platform/interrupt.h"
 #include "types/context_value.h"
 
@@ -27,14 +29,6 @@ std::unordered_set<std::string> filesOfDependencies(const Context& target) {
         }
     }
     return files;
-}
-
-bool mentions(const Recipe& recipe, std::string_view text) {
-    const auto has = [text](const std::string& place) {
-        return place.find(text) != std::string::npos;
-    };
-    return has(recipe.command) ||
-           std::ranges::any_of(recipe.supportFiles, has, &SupportFile::content);
 }
 
 }  // namespace
@@ -75,7 +69,7 @@ std::vector<std::string> ScheduledBuild::ownFiles() const {
     if (isList_) {
         const auto handedOn = filesOfDependencies(*build_->subject().context);
         std::ranges::copy_if(
-            build_->cache().request().parts[kSurroundingsPart].writes, std::back_inserter(files),
+            build_->cache().request().parts[kTargetPart].writes, std::back_inserter(files),
             [&handedOn](const std::string& file) { return !handedOn.contains(file); });
     }
     return files;
@@ -151,18 +145,6 @@ const std::vector<std::string>& ScheduledBuild::filesToBeMade() {
     return *filesToBeMade_;
 }
 
-/// A compiler may be given files among its flags: a launcher, a header for all sources.
-std::vector<std::string> ScheduledBuild::filesNamedByFlags(const Recipe& recipe) {
-    std::vector<std::string> files;
-    const TrackingRoot& root = build_->subject().cache.root();
-    for (const std::string& file : filesToBeMade()) {
-        if (mentions(recipe, root.stored(file))) {
-            files.push_back(file);
-        }
-    }
-    return files;
-}
-
 void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<NodeId> after) {
     CacheStep& cache = build_->cache();
     auto batch = std::make_shared<Batch>();
@@ -176,7 +158,10 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
         }
         if (recipe.role == RecipeRole::Compile) {
             waitForSources(after);
-            std::ranges::move(filesNamedByFlags(recipe), std::back_inserter(reads));
+            // Among its flags, such as a launcher or a header for all sources.
+            const TrackingRoot& root = build_->subject().cache.root();
+            std::ranges::move(filesMentioned(recipe, filesToBeMade(), root),
+                              std::back_inserter(reads));
         } else {
             std::ranges::copy(unfinishedDependencies(), std::back_inserter(after));
         }

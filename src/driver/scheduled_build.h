@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "driver/target_build.h"
@@ -66,7 +65,6 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
     NodeId join(std::vector<NodeId> nodes);
     std::vector<NodeId> unfinishedDependencies() const;
     void waitForSources(std::vector<NodeId>& after);
-    std::vector<std::string> filesNamedByFlags(const Recipe& recipe);
     const std::vector<std::string>& filesToBeMade();
 
     Turn ask(Batch& batch);

@@ -7,9 +7,9 @@
 #include "base/console.h"
 #include "base/interruption.h"
 #include "driver/build_errors.h"
+#include "driver/target_environment.h"
 #include "platform/files.h"
 #include "platform/interrupt.h"
-#include "types/context_value.h"
 
 namespace Vesk {
 namespace {
@@ -46,23 +46,6 @@ std::string uniqueStamp() {
     static const unsigned process = std::random_device()();
     static unsigned count = 0;
     return fmt::format("{:x}-{:x}-{}", process, platform::fileClock(), ++count);
-}
-
-BuildEnvSettings environmentSettings(const Context& context) {
-    BuildEnvSettings settings;
-    settings.outputName = context.textOf("OUTPUT_NAME").value_or("");
-    settings.outputDir = context.textOf("OUTPUT_DIR").value_or("");
-    settings.projectRoot = platform::pathFromUtf8(context.textOf("PROJECT_ROOT").value_or(""));
-    settings.outputDefDir = context.textOf("OUTPUT_DEF_DIR").value_or("");
-    settings.profile = context.textOf("PROFILE").value_or("");
-    return settings;
-}
-
-const Context* environmentOf(const Context& target) {
-    const Assignment* variables = target.find(kEnvironmentVariable);
-    const auto* nested =
-        variables != nullptr ? valueAs<VeskContext>(variables->value.get()) : nullptr;
-    return nested != nullptr ? nested->context().get() : nullptr;
 }
 
 }  // namespace
@@ -230,21 +213,15 @@ void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers)
 }
 
 void TargetBuild::setVariables() {
-    if (const Context* variables = environmentOf(*subject_.context)) {
-        for (const auto& [name, assignment] : variables->assignments()) {
-            environment().setVariable(name.str(),
-                                      assignment.value ? assignment.value->toString() : "");
-        }
+    for (const auto& [name, value] : environmentVariables(*subject_.context)) {
+        environment().setVariable(name, value);
     }
 }
 
 std::vector<std::string> TargetBuild::variables() const {
     std::vector<std::string> entries;
-    if (const Context* variables = environmentOf(*subject_.context)) {
-        for (const auto& [name, assignment] : variables->assignments()) {
-            entries.push_back(name.str() + "=" +
-                              (assignment.value ? assignment.value->toString() : ""));
-        }
+    for (const auto& [name, value] : environmentVariables(*subject_.context)) {
+        entries.push_back(name + "=" + value);
     }
     return entries;
 }

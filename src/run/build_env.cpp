@@ -9,6 +9,7 @@
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "types/context.h"
 
 namespace Vesk {
 
@@ -21,6 +22,16 @@ std::filesystem::path tidied(const std::filesystem::path& path) {
 }
 
 }  // namespace
+
+BuildEnvSettings environmentSettings(const Context& target) {
+    BuildEnvSettings settings;
+    settings.projectRoot = platform::pathFromUtf8(target.textOf("PROJECT_ROOT").value_or(""));
+    settings.outputName = target.textOf("OUTPUT_NAME").value_or("");
+    settings.outputDir = target.textOf("OUTPUT_DIR").value_or("");
+    settings.outputDefDir = target.textOf("OUTPUT_DEF_DIR").value_or("");
+    settings.profile = target.textOf("PROFILE").value_or("");
+    return settings;
+}
 
 std::filesystem::path deriveOutputDirectory(const BuildEnvSettings& settings) {
     if (!settings.outputDir.empty()) {

@@ -1,4 +1,4 @@
-// The surroundings in which the commands of one target run.
+// Where the commands of one target run: its output directory and its process environment.
 #pragma once
 
 #include <cstdint>
@@ -9,6 +9,8 @@
 
 namespace Vesk {
 
+class Context;
+
 /// What a target's context says about where its results go; empty where it says nothing.
 struct BuildEnvSettings {
     std::string outputName;             ///< OUTPUT_NAME: without prefix and suffix
@@ -17,6 +19,9 @@ struct BuildEnvSettings {
     std::string outputDefDir;           ///< OUTPUT_DEF_DIR: relative to the project root
     std::string profile;                ///< PROFILE: the selected profile's name
 };
+
+/// As a target's context has them.
+BuildEnvSettings environmentSettings(const Context& target);
 
 /// OUTPUT_DIR under the project root when it is given, else OUTPUT_DEF_DIR (else "out") under the
 /// project root and in it a directory for the profile, if one is selected.

@@ -102,7 +102,7 @@ TEST_F(DamageTest, ATableOfFilesThatIsNotWhole) {
     FileStates states;
     ProjectCache cache(directory.path(), states);
     CacheRequest request = requestOf(kApp);
-    request.parts[kFirstRecipePart].reads = request.parts[kSurroundingsPart].reads;
+    request.parts[kFirstRecipePart].reads = request.parts[kTargetPart].reads;
     request.parts[kFirstRecipePart].judged = Judged::Alone;
     request.parts[kFirstRecipePart].declaration = Declaration::Complete;
     const RecordText whole = recordOf(request, states, cache.root());

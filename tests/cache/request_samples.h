@@ -16,11 +16,11 @@ inline CacheRequest requestFor(const std::string& command, std::vector<std::stri
                                std::vector<std::string> writes = {}) {
     CacheRequest request;
     request.parts.resize(kFirstRecipePart + 1);
-    CacheRequest::Part& surroundings = request.parts[kSurroundingsPart];
-    appendInputs(surroundings.inputs,
+    CacheRequest::Part& target = request.parts[kTargetPart];
+    appendInputs(target.inputs,
                  {{textAssignment(std::string(requestField::kWrites), ""), std::nullopt}});
-    surroundings.reads = std::move(reads);
-    surroundings.writes = std::move(writes);
+    target.reads = std::move(reads);
+    target.writes = std::move(writes);
     appendInputs(request.parts[kVariablesPart].inputs,
                  {{textAssignment("cmdline", command), std::nullopt}});
     appendInputs(request.parts[kFirstRecipePart].inputs,
@@ -32,7 +32,7 @@ inline CacheRequest requestFor(const std::string& command, std::vector<std::stri
 /// The record of a build of it that has just ended.
 inline RecordText recordOf(const CacheRequest& request, FileStates& states,
                            const TrackingRoot& root) {
-    states.look(request.parts[kSurroundingsPart].reads);
+    states.look(request.parts[kTargetPart].reads);
     const Freshness nothing(request, nullptr, states, root);
     BuildResults results;
     results.outcomes.assign(request.parts.size(), StepOutcome::Ran);

@@ -38,16 +38,6 @@ void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& ou
     }
 }
 
-BuildEnvSettings environmentSettings(const TargetContext& target) {
-    BuildEnvSettings settings;
-    settings.projectRoot = platform::pathFromUtf8(target.textOf("PROJECT_ROOT").value_or(""));
-    settings.outputName = target.textOf("OUTPUT_NAME").value_or("");
-    settings.outputDir = target.textOf("OUTPUT_DIR").value_or("");
-    settings.outputDefDir = target.textOf("OUTPUT_DEF_DIR").value_or("");
-    settings.profile = target.textOf("PROFILE").value_or("");
-    return settings;
-}
-
 CBuilder::CBuilder(std::string name, AssignmentMap subjects)
     : Builder(std::move(subjects)), name_(std::move(name)) {}
 

@@ -46,9 +46,6 @@ class CBuilder : public Builder {
     std::string name_;
 };
 
-/// What a target's context says about where its results go.
-BuildEnvSettings environmentSettings(const TargetContext& target);
-
 /// Adds the outputs that the target declares itself to those of its builder's making.
 void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& outputs);
 
