@@ -76,37 +76,43 @@ class Commands(ProgramTest):
 class Examples(GnuTest):
     """Those that need no further programs; the others' own tests do the same."""
 
-    def same(self, name, *arguments):
-        static = ['LINK_FLAGS="-static"'] if SETTINGS.windows else []
+    def same(self, name, *arguments, printed=""):
+        static = ['LINK_FLAGS="-static"'] if SETTINGS.windows else []  # no DLL of C++ is in PATH
         self.take_example(name)
 
         def build(jobs, *more):
             return self.build(jobs, *arguments, *more, *static)
 
+        def whole(jobs, *more):
+            self.assertIn(printed, build(jobs, *more))
+
         def edited(jobs):
             source = min(self.dir.glob("src/*.c*"))
-            source.write_text(source.read_text() + "// edited\n")
+            source.write_text(source.read_text() + "int edited;\n")
             build(jobs)
 
-        self.same_with_many_jobs(build, edited, lambda jobs: build(jobs, "--rebuild"))
+        self.same_with_many_jobs(whole, edited, lambda jobs: whole(jobs, "--rebuild"))
 
     def test_c_program(self):
-        self.same("c_program", "run")
+        self.same("c_program", "run", printed="\n3 words, 11 letters\n")
 
     def test_cpp_library(self):
-        self.same("cpp_library", "test")
+        self.same("cpp_library", "test", printed="\nall tests passed\n")
 
     def test_generated_code(self):
-        self.same("generated_code", "run")
+        self.same("generated_code", "run", printed="\n2 3 5 7 11 13 17 19 23 29 \n")
 
     @posix_only("it needs a C compiler on the system itself")
     def test_demo(self):
-        self.same("demo", 'SIDE_BY_SIDE="yes"')
+        self.same("demo", 'SIDE_BY_SIDE="yes"', printed="\nHello, world! (demo 1.0, made by vesk)\n")
 
     @posix_only("there it is no cross build")
     @needs(CROSS + "-gcc")
     def test_cross_build(self):
         self.same("cross_build", "windows")
+        self.assertEqual((self.dir / "out/windows/hello.exe").read_bytes()[:2], b"MZ")
+        self.build()
+        self.assertEqual(self.output_of("out/hello"), "Hello from here\n")
 
     def test_workspace(self):
         self.take_example("workspace")

@@ -759,31 +759,6 @@ class Launchers(GnuTest):
         self.assertIn("out/.obj/vesk/app/a.c.d", self.files())
 
 
-class Examples(GnuTest):
-    def run_example(self, name, *arguments):
-        self.take_example(name)
-        static = ['LINK_FLAGS="-static"'] if SETTINGS.windows else []  # no DLL of C++ is in PATH
-        return self.build("-v", "6", *arguments, *static)
-
-    def test_they_run(self):
-        for name, target, printed in (
-                ("c_program", "run", "3 words, 11 letters\n"),
-                ("cpp_library", "test", "all tests passed\n"),
-                ("generated_code", "run", "2 3 5 7 11 13 17 19 23 29 \n")):
-            with self.subTest(name):
-                shutil.rmtree(self.dir)
-                self.dir.mkdir()
-                self.assertEqual(self.run_example(name, target), printed)
-
-    @posix_only("there it is no cross build")
-    @needs(CROSS + "-gcc")
-    def test_cross_build(self):
-        self.run_example("cross_build")
-        self.run_example("cross_build", "windows")
-        self.assertEqual(self.output_of("out/hello"), "Hello from here\n")
-        self.assertEqual((self.dir / "out/windows/hello.exe").read_bytes()[:2], b"MZ")
-
-
 @windows_only("the bridge to the system's compilers is for Wine")
 class OnWindows(GnuTest):
     def registry_text(self):
