@@ -129,6 +129,31 @@ class ProgramTest(SameResult, unittest.TestCase):
                 return
         self.skipTest("no two files have the same times here")
 
+    def script(self, path, text):
+        """Writes a program for the system's own interpreter, anywhere."""
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text("#!/bin/sh\n" + text)
+        path.chmod(0o755)
+        return path
+
+    def bridge(self, program, runs=None):
+        """Places a Windows program that runs one of the system, by default the cross compiler's of
+        its own name."""
+        program.parent.mkdir(parents=True, exist_ok=True)
+        if runs is not None:
+            program.with_name(program.name + ".native").write_text(runs)
+        return Path(shutil.copy(SETTINGS.children / "bridge/bridge.exe",
+                                program.with_name(program.name + ".exe")))
+
+    def registry(self, text):
+        file = self.base / "data/vesk/.vesk_registry.txt"
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text, encoding="utf-8")
+
+    def registry_text(self):
+        text = (self.base / "data/vesk/.vesk_registry.txt").read_text(encoding="utf-8")
+        return text.replace(on_system(self.base), "{BASE}").replace("\\", "/")
+
     def take_example(self, name):
         shutil.copytree(EXAMPLES / name, self.dir, dirs_exist_ok=True,
                         ignore=shutil.ignore_patterns("out", ".vesk_cache*"))
@@ -257,6 +282,21 @@ class ProgramTest(SameResult, unittest.TestCase):
     def check_error(self, *arguments, err, out=None):
         """The same for a run that ends with an error."""
         return self.check(*arguments, out=out, err=err, status=1)
+
+    def build(self, *arguments, **options):
+        """What a run says that has nothing to warn of."""
+        result = self.run_vesk(*arguments, **options)
+        self.assertEqual((result.err, result.status), ("", 0), result.out)
+        return result.out
+
+    def nothing_to_do(self, *arguments, **options):
+        self.assertNotIn("Starting build job", self.build(*arguments, **options))
+
+    def failure(self, *arguments, **options):
+        """What a run that fails says on standard error, whatever else it says."""
+        result = self.run_vesk(*arguments, **options)
+        self.assertEqual(result.status, 1, result.out)
+        return result.err
 
     def error(self, *arguments, **options):
         """What a run that fails says on standard error."""

@@ -113,11 +113,10 @@ class AndroidTest(ToolchainTest):
 
     def program(self, directory, name):
         """A program of the system: a link, or what runs it from a Windows program."""
-        directory.mkdir(parents=True, exist_ok=True)
         if SETTINGS.windows:
-            shutil.copy(SETTINGS.children / "bridge/bridge.exe", directory / f"{name}.exe")
-            (directory / f"{name}.native").write_text(name)
+            self.bridge(directory / name, name)
         else:
+            directory.mkdir(parents=True, exist_ok=True)
             (directory / name).symlink_to(shutil.which(name))
 
     def build_tools(self, version):
@@ -138,9 +137,7 @@ class AndroidTest(ToolchainTest):
         return result.out
 
     def failure(self, *arguments, env=None):
-        result = self.run_vesk(*arguments, env={**self.env, **(env or {})})
-        self.assertEqual(result.status, 1, result.out)
-        return result.err.replace("\\", "/")
+        return super().failure(*arguments, env={**self.env, **(env or {})}).replace("\\", "/")
 
     def steps(self, out):
         """What a build did, a word for each step."""

@@ -14,19 +14,16 @@ class C3(ToolchainTest):
     def setUp(self):
         super().setUp()
         self.bin = self.base / "C 3" / "bin"
-        self.bin.mkdir(parents=True)
         script = f"{sys.executable} {STAND_IN}"
         if SETTINGS.windows:
-            self.bridge("c3c").with_suffix(".native").write_text(f"C3C_DEFAULT=mingw-x64 {script}")
+            self.bridge(self.bin / "c3c", f"C3C_DEFAULT=mingw-x64 {script}")
             for program in ("gcc", "ar"):
-                self.bridge(program)
+                self.bridge(self.bin / program)
             compiler = f'toolchain_path = P"({on_system(self.bin)})"'
             native = f'gcc {{ tool_type = "gnu-gcc" {compiler} toolchain_name = "GCC" }}'
             self.triple = "x86_64-w64-windows-gnu"
         else:
-            file = self.bin / "c3c"
-            file.write_text(f'#!/bin/sh\nexec {script} "$@"\n')
-            file.chmod(0o755)
+            self.script(self.bin / "c3c", f'exec {script} "$@"\n')
             native = NATIVE
             self.triple = "x86_64-pc-linux-gnu"
         self.tool = f"""
@@ -34,11 +31,6 @@ class C3(ToolchainTest):
                  toolchain_path = P"({on_system(self.bin)})" toolchain_target = "{self.triple}" }}
             """
         self.registry(native + self.tool)
-
-    def failure(self, *arguments):
-        result = self.run_vesk(*arguments)
-        self.assertEqual(result.status, 1, result.out)
-        return result.err
 
     def status_of(self, program):
         program = f"{program}.exe" if SETTINGS.windows else program

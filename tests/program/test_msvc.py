@@ -1,7 +1,6 @@
 """Targets for MSVC, built with LLVM's and GNU's programs under the names of Microsoft's, in directories
 laid out as Visual Studio and the Windows kits lay out theirs."""
 
-import os
 import re
 import shutil
 import subprocess
@@ -41,12 +40,10 @@ class MsvcTest(test_toolchains.ToolchainTest):
     def program(self, directory, name):
         """A stand-in under the name."""
         if SETTINGS.windows:
-            self.place(f"{directory}/{name}.native", f"'{sys.executable}' '{STAND_IN}' {name}")
-            shutil.copy(SETTINGS.children / "bridge/bridge.exe", self.base / directory / f"{name}.exe")
+            self.bridge(self.base / directory / name, f"'{sys.executable}' '{STAND_IN}' {name}")
         else:
-            script = self.place(f"{directory}/{name}",
-                                f"#!/bin/sh\nexec '{sys.executable}' '{STAND_IN}' {name} \"$@\"\n")
-            script.chmod(0o755)
+            self.script(self.base / directory / name,
+                        f"exec '{sys.executable}' '{STAND_IN}' {name} \"$@\"\n")
 
     def tool_set(self, version, studio="2022/BuildTools", machines=("x64",)):
         directory = f"{STUDIO}{studio}/VC/Tools/MSVC/{version}"
@@ -94,10 +91,6 @@ class MsvcTest(test_toolchains.ToolchainTest):
         text = self.log.read_text().replace(str(self.dir), "{DIR}") if self.log.exists() else ""
         lines = text.splitlines()
         return sorted(line for line in lines if line.split()[0] in names) if names else lines
-
-    def registry_text(self):
-        text = (self.base / "data/vesk/.vesk_registry.txt").read_text(encoding="utf-8")
-        return text.replace(on_system(self.base), "{BASE}").replace("\\", "/")
 
     def check_program(self, name, status):
         """A program is one, and where it can be run gives its status."""

@@ -137,20 +137,18 @@ class Vesk(ProgramTest):
         (tools / "ar").symlink_to(shutil.which("ar"))
         (tools / "gcc").symlink_to("g++")
         (tools / "cmake").symlink_to(shutil.which("true"))
-        self.registry(tools)
+        self.compilers(tools)
         self.path = f"{tools}:/usr/bin:/bin"
 
-    def registry(self, tools):
-        directory = self.base / "data/vesk"
-        directory.mkdir(parents=True, exist_ok=True)
-        (directory / ".vesk_registry.txt").write_text(
-            f'tools {{ gcc {{ tool_type = "gnu-gcc" toolchain_path = P"({tools})" '
-            'toolchain_name = "GCC" toolchain_default = "machine" } }\n')
+    def compilers(self, directory):
+        self.registry(f"""
+            tools {{ gcc {{ tool_type = "gnu-gcc" toolchain_path = P"({directory})"
+                          toolchain_name = "GCC" toolchain_default = "machine" }} }}
+            """)
 
-    def build(self, *arguments):
-        result = self.run_vesk(*arguments, cwd=self.dir / "units", env={"PATH": self.path})
-        self.assertEqual((result.err, result.status), ("", 0), result.out)
-        return result.out
+    def start(self, *arguments, **options):
+        options.update(cwd=self.dir / "units", env={"PATH": self.path})
+        return super().start(*arguments, **options)
 
     def sources(self):
         return sorted(path.relative_to(self.dir).as_posix() for path in self.dir.glob("src/**/*.cpp")
@@ -178,15 +176,12 @@ class Vesk(ProgramTest):
             self.assertIn("src/types/merging.cpp", self.compiled(out))
             self.assertNotIn("src/driver/driver.cpp", self.compiled(out))
 
-        def nothing(jobs):
-            self.assertNotIn("Starting build job", self.build(jobs))
-
-        self.same_with_many_jobs(everything, nothing, one_source, one_header,
-                                 nothing)
+        self.same_with_many_jobs(everything, self.nothing_to_do, one_source, one_header,
+                                 self.nothing_to_do)
 
     def test_killed(self):
         def killed(objects, jobs):
-            process = self.start(jobs, cwd=self.dir / "units", env={"PATH": self.path})
+            process = self.start(jobs)
             wait_until(lambda: len(list((self.dir / "units").rglob("*.o"))) >= objects)
             self.kill(process)
             self.wait_for_orphans()
@@ -195,13 +190,13 @@ class Vesk(ProgramTest):
             for objects in () if jobs == "-j1" else (1, 60, 150):
                 killed(objects, jobs)
             self.build(jobs)
-            self.assertNotIn("Starting build job", self.build(jobs))
+            self.nothing_to_do(jobs)
 
         self.same_with_many_jobs(whole)
 
     @needs("g++", "ar", "antlr4")
     def test_with_the_real_compiler_it_would_build_every_source(self):
-        self.registry("/usr/bin")
+        self.compilers("/usr/bin")
         self.path = None
         self.assertEqual(self.compiled(self.build("-n", "vesk")), self.sources())
         self.assertIn("children/powershell.cpp", self.build("-n", "children"))

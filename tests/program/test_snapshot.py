@@ -4,7 +4,7 @@ import os
 import random
 import time
 
-from harness import ProgramTest, SETTINGS, on_system, posix_only
+from harness import ProgramTest, on_system, posix_only
 
 SNAPSHOT = ".vesk_cache.snapshot"
 UNIT = """
@@ -69,11 +69,6 @@ class Changes(SnapshotTest):
         times = os.stat(self.dir / name)
         self.write(name, text)
         os.utime(self.dir / name, ns=(times.st_atime_ns, times.st_mtime_ns))
-
-    def registry(self, text):
-        directory = self.base / "data/vesk"
-        directory.mkdir(parents=True, exist_ok=True)
-        (directory / ".vesk_registry.txt").write_text(text)
 
     def test_each_is_seen(self):
         project = 'name p units { main { "vesk.txt" } }'

@@ -1,6 +1,6 @@
 """Targets of the built-in tools: commands, PowerShell, nothing at all, files."""
 
-from harness import ProgramTest, SETTINGS, dedented, on_system
+from harness import ProgramTest, SETTINGS, dedented
 
 
 class Commands(ProgramTest):
