@@ -77,7 +77,7 @@ class Examples(GnuTest):
     """Those that need no further programs; the others' own tests do the same."""
 
     def same(self, name, *arguments, printed=""):
-        static = ['LINK_FLAGS="-static"'] if SETTINGS.windows else []  # no DLL of C++ is in PATH
+        static = ['LINK_FLAGS="-static -Wl,--no-insert-timestamp"'] if SETTINGS.windows else []
         self.take_example(name)
 
         def build(jobs, *more):

@@ -155,6 +155,28 @@ class Toolchains(ToolchainTest):
         self.assertEqual(self.output_of("out/app"), "")
         self.nothing_to_do("-j2", "app")
 
+    def test_no_more_compilers_than_asked_for(self):
+        """Each notes how many there are, itself among them, and stays for a moment."""
+        launcher = self.script(self.base / "launch", f"""
+            cd '{self.base}' && touch running/$$ && ls running | wc -l >>counts
+            sleep 0.05
+            rm running/$$
+            """)
+        (self.base / "running").mkdir()
+        for name in ("app/a", "app/b", "app/c", "app/d", "lib/e", "lib/f", "lib/g"):
+            self.write(f"{name}.c", f"int {name[-1]};\n")
+        self.write("app/main.c", "int main(void) { return 0; }\n")
+        self.unit(f"""
+            app: +lib {{ C_FILES = ["app/*.c"] LAUNCHER = "sh {launcher};" }}
+            lib: {{ C_FILES = ["lib/*.c"] LAUNCHER = "sh {launcher};" OUTPUT_TYPE = "static" }}
+            """)
+        for jobs in (1, 3):
+            self.build(f"-j{jobs}", "app", "--rebuild")
+            counts = list(map(int, (self.base / "counts").read_text().split()))
+            (self.base / "counts").unlink()
+            self.assertEqual(len(counts), 8)
+            self.assertLessEqual(max(counts), jobs)
+
     def test_generated_header(self):
         """Made by a program that is built first, read by a library and by the program above it."""
         self.write("src/gen.c", """

@@ -61,6 +61,7 @@ def run(*command):
 
 
 def main():
+    os.environ.setdefault("SOURCE_DATE_EPOCH", "1")  # else linkers write the time into programs
     default = os.environ.get("C3C_DEFAULT", "linux-x64")
     if sys.argv[1:] == ["--version"]:
         triple = "x86_64-pc-linux-gnu" if default == "linux-x64" else "x86_64-w64-windows-gnu"
