@@ -175,12 +175,14 @@ class Failures(Cached):
 
     @posix_only("killed processes are the same there, but cannot be killed from here")
     def test_killed_at_any_moment(self):
-        self.unit(UNIT.replace("child copy src/lib.txt", "child linger started; child copy src/lib.txt"))
+        self.unit(UNIT.replace("child copy src/lib.txt",
+                               "child meet started go -- 3 && child copy src/lib.txt"))
         self.built(target="tool")
         process = self.start("all")
         while not (self.dir / "started").exists():
             time.sleep(0.01)
         self.kill(process)
+        self.write("go", "")  # so that nobody is left behind
         self.unit(UNIT)
         self.assertEqual(self.built(), ["all", "app", "gen", "lib"])
         self.fresh()

@@ -181,16 +181,16 @@ class Vesk(ProgramTest):
 
     def test_killed(self):
         def killed(objects, jobs):
-            process = self.start(jobs)
+            process = self.start(jobs, "types")
             wait_until(lambda: len(list((self.dir / "units").rglob("*.o"))) >= objects)
             self.kill(process)
             self.wait_for_orphans()
 
         def whole(jobs):
-            for objects in () if jobs == "-j1" else (1, 60, 150):
+            for objects in () if jobs == "-j1" else (1, 10, 30):
                 killed(objects, jobs)
-            self.build(jobs)
-            self.nothing_to_do(jobs)
+            self.build(jobs, "types")
+            self.nothing_to_do(jobs, "types")
 
         self.same_with_many_jobs(whole)
 

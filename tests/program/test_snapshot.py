@@ -226,11 +226,13 @@ class Killed(SnapshotTest):
     @posix_only("killed processes are the same there, but cannot be killed from here")
     def test_in_a_build(self):
         self.settle()
-        self.unit(UNIT.replace("child copy app.txt", "child linger started; child copy app.txt"))
+        self.unit(UNIT.replace("child copy app.txt",
+                               "child meet started go -- 3 && child copy app.txt"))
         process = self.start("all")
         while not (self.dir / "started").exists():
             time.sleep(0.01)
         self.kill(process)
+        self.write("go", "")  # so that nobody is left behind
         (self.dir / "started").unlink()
         (self.dir / "out/app").write_text("half of it")
         self.unit(UNIT)

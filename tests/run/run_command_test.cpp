@@ -80,10 +80,10 @@ TEST(RunCommand, WaitsForNobodyWhomTheCommandLeavesBehind) {
         GTEST_SKIP() << "the shell's own syntax";
     }
     const TempDir dir;
-    const std::string release = "'" + dir.text("release") + "'";
+    test::write(dir / "held", "");
+    const std::string held = "'" + dir.text("held") + "'";
     const std::string output =
-        collected(commandOf("(while [ ! -e " + release + " ]; do sleep 0.01; done) & echo done"));
-    test::write(dir / "release", "");
+        collected(commandOf("(while [ -e " + held + " ]; do sleep 0.01; done) & echo done"));
     EXPECT_THAT(output, HasSubstr("done\n"));
 }
 
