@@ -57,6 +57,11 @@ void setUnitToList(Settings& settings, const std::string& value) {
     askFor(settings, RunMode::ListTargets);
 }
 
+void setVariable(Settings& settings, const std::string& value) {
+    settings.variable = value;
+    askFor(settings, RunMode::Explain);
+}
+
 template <RunMode mode>
 void choose(Settings& settings, const std::string& /*value*/) {
     askFor(settings, mode);
@@ -120,6 +125,12 @@ constexpr std::array kOptions = {
            "prints the usual options", choose<RunMode::Help>},
     Option{kInstead, "", "options", ArgumentForm::None, "",
            "prints this list", choose<RunMode::Options>},
+    Option{kInstead, "", "explain", ArgumentForm::None, "",
+           "lists the variables that tools know", choose<RunMode::Explain>},
+    Option{kInstead, "", "explain", ArgumentForm::Attached, "VARIABLE",
+           "says what a variable means", setVariable},
+    Option{kInstead, "", "variable-tables", ArgumentForm::None, "",
+           "prints the variables as tables in Markdown", choose<RunMode::VariableTables>},
 };
 // clang-format on
 

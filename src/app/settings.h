@@ -30,6 +30,8 @@ enum class RunMode : std::int32_t {
     Version = 7,
     Help = 8,
     Options = 9,
+    Explain = 10,
+    VariableTables = 11,
 };
 
 struct Settings {
@@ -46,6 +48,7 @@ struct Settings {
     bool keepGoing = false;
     std::uint32_t maxCommands = 0;  ///< 0: no limit
     std::string unitToList;
+    std::string variable;                  ///< to explain; empty: all of them
     std::string mainOutput;                ///< the file that -o names, as given
     std::string compileCommands;           ///< the compilation database to write, as given
     std::vector<std::string> positionals;  ///< every argument that is no option, in order

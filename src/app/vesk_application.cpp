@@ -29,6 +29,8 @@ constexpr std::array kModes = {
     Mode{RunMode::Version, modes::printVersion},
     Mode{RunMode::Help, modes::printHelp},
     Mode{RunMode::Options, modes::printOptions},
+    Mode{RunMode::Explain, modes::explainVariables},
+    Mode{RunMode::VariableTables, modes::printVariableTables},
 };
 
 }  // namespace

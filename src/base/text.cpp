@@ -97,9 +97,13 @@ std::string closestName(std::string_view name, const std::vector<std::string>& c
     return closest;
 }
 
+std::string didYouMean(const std::vector<std::string>& names) {
+    return "did you mean '" + joined(names, "' or '") + "'?";
+}
+
 std::string didYouMean(std::string_view name, const std::vector<std::string>& candidates) {
     const std::string closest = closestName(name, candidates);
-    return closest.empty() ? std::string{} : "did you mean '" + closest + "'?";
+    return closest.empty() ? std::string{} : didYouMean({closest});
 }
 
 }  // namespace Vesk

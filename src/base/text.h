@@ -23,6 +23,9 @@ int leadingInteger(const std::string& text);
 /// edits, at most a third of the name's length (at least one) away; empty when there is none.
 std::string closestName(std::string_view name, const std::vector<std::string>& candidates);
 
+/// "did you mean 'C_FILES' or 'CPP_FILES'?" for names of which there is at least one.
+std::string didYouMean(const std::vector<std::string>& names);
+
 /// "" or "did you mean 'lib'?", the note of a message about an unknown name.
 std::string didYouMean(std::string_view name, const std::vector<std::string>& candidates);
 

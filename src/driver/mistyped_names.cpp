@@ -63,8 +63,7 @@ std::string suggestionFor(std::string_view name, const std::vector<std::string>&
                           const ToolType* type) {
     std::vector<std::string> meant = meantBy(name, type);
     std::erase_if(meant, [&known](const std::string& each) { return !isAmong(known, each); });
-    return meant.empty() ? didYouMean(name, known)
-                         : fmt::format("did you mean '{}'?", fmt::join(meant, "' or '"));
+    return meant.empty() ? didYouMean(name, known) : didYouMean(meant);
 }
 
 /// The tables of all that the tool looks at.

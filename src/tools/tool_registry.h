@@ -16,6 +16,7 @@
 
 #include "tools/matcher.h"
 #include "tools/toolchain_detection.h"
+#include "tools/variables.h"
 
 namespace Vesk {
 
@@ -36,6 +37,7 @@ struct ToolType {
     MatcherFactory factory;
     std::span<const std::string_view> sources = {};  ///< variables by which a target asks for it
     std::span<const Misnomer> misnomers = {};
+    VariableGroups variables = {};
 
     /// For a toolchain: finds those of this machine. A type without exists without being declared.
     ToolchainDetector detect = nullptr;

@@ -22,4 +22,11 @@ int printVersion(const Settings& settings);
 int printHelp(const Settings& settings);
 int printOptions(const Settings& settings);
 
+/// What the variable of --explain means, or a line for each variable. Throws VeskException for an
+/// unknown one.
+int explainVariables(const Settings& settings);
+
+/// The tables of the documentation, see scripts/variable-tables.
+int printVariableTables(const Settings& settings);
+
 }  // namespace Vesk::modes

@@ -4,6 +4,7 @@
 
 #include "base/exception.h"
 #include "tools/android/apk_builder.h"
+#include "tools/android/apk_variables.h"
 #include "tools/discovery/toolchain_match.h"
 #include "tools/support/source_files.h"
 #include "tools/support/value_lists.h"
@@ -50,6 +51,7 @@ const ToolTypeRegistration RegisterAndroidSdkMatcher({
     .factory = matcherFactory<AndroidSdkMatcher>(),
     .sources = kSources,
     .misnomers = kMisnomers,
+    .variables = kApkVariables,
     .detect = detectAndroidSdks,
     .rank = 5,
 });

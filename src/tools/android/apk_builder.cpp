@@ -6,6 +6,7 @@
 #include "base/exception.h"
 #include "platform/system.h"
 #include "tools/android/apk_recipes.h"
+#include "tools/android/apk_variables.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/support/c_builder.h"
 #include "types/simple_values.h"
@@ -40,27 +41,7 @@ ApkTools toolsFor(const TargetContext& target, const TargetPaths& paths, const A
     return tools;
 }
 
-/// Variables that say what is built with.
-const AssignmentMap& toolSettings() {
-    static const AssignmentMap table =
-        makeTable({{"build_tools_version"}, {"platform_version"}, {"java_path"}});
-    return table;
-}
-
 }  // namespace
-
-const AssignmentMap& androidApkSubjects() {
-    static const AssignmentMap table = makeTable({
-        {"MANIFEST"},     {"RES_DIRS"},     {"ASSET_DIRS"},    {"NATIVE_LIBS"},
-        {"LIB_FILES"},    {"ABI"},          {"JAVA_FILES"},    {"CLASS_FILES"},
-        {"CLASS_PATH"},   {"DEX_FILES"},    {"EXTRA_FILES"},   {"PACKAGE_NAME"},
-        {"VERSION_CODE"}, {"VERSION_NAME"}, {"MIN_SDK"},       {"TARGET_SDK"},
-        {"AAPT2_FLAGS"},  {"JAVA_FLAGS"},   {"D8_FLAGS"},      {"SIGN_FLAGS"},
-        {"KEYSTORE"},     {"KEY_ALIAS"},    {"KEYSTORE_PASS"}, {"KEY_PASS"},
-        {"OUTPUT_NAME"},  {"OUTPUT_DIR"},   {"ANDROID_JAR"},   {"AAPT2_COMPILE_FLAGS"},
-    });
-    return table;
-}
 
 std::string sdkDirectory(const ValuePtr& declared, Context& target) {
     return normalPath(resolvedText(declared, target),
@@ -68,7 +49,7 @@ std::string sdkDirectory(const ValuePtr& declared, Context& target) {
 }
 
 AndroidApkBuilder::AndroidApkBuilder(ValuePtr sdkPath, std::shared_ptr<AndroidSdks> sdks)
-    : Builder(androidApkSubjects(), toolSettings()),
+    : Builder(androidApkSubjects(), androidToolSettings()),
       sdkPath_(std::move(sdkPath)),
       sdks_(std::move(sdks)) {}
 

@@ -26,9 +26,6 @@ class AndroidApkBuilder : public Builder {
     std::shared_ptr<AndroidSdks> sdks_;
 };
 
-/// The variables that the builder consumes.
-const AssignmentMap& androidApkSubjects();
-
 /// The SDK's directory, absolute; references in the declared path are those of the target.
 std::string sdkDirectory(const ValuePtr& declared, Context& target);
 

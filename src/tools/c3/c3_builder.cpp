@@ -7,6 +7,7 @@
 #include "base/exception.h"
 #include "platform/files.h"
 #include "tools/c3/c3_command.h"
+#include "tools/c3/c3_variables.h"
 #include "tools/discovery/triple.h"
 #include "tools/support/file_patterns.h"
 #include "tools/support/flag_files.h"
@@ -19,29 +20,6 @@
 namespace Vesk {
 
 namespace {
-
-const AssignmentMap& c3Subjects() {
-    static const AssignmentMap table = makeTable({
-        {"C3_FILES"},
-        {"C3_FLAGS"},
-        {"C3_LIBS"},
-        {"C3_LIB_DIRS"},
-        {"C3_FEATURES"},
-        {"C3_TARGET"},
-        {"C3_OPT"},
-        {"C3_STDLIB"},
-        {"OBJ_FILES"},
-        {"LIB_FILES"},
-        {"LIBS"},
-        {"LIB_DIRS"},
-        {"LINK_FLAGS"},
-        {"LINK_LANGUAGE"},
-        {"TARGET_TRIPLE"},
-        {"OUTPUT_TYPE"},
-        {"OUTPUT_NAME"},
-    });
-    return table;
-}
 
 std::string objectDirectoryOf(const TargetPaths& paths) {
     return paths.objectDirectory() + "/objects";

@@ -2,6 +2,7 @@
 
 #include "base/exception.h"
 #include "tools/c3/c3_builder.h"
+#include "tools/c3/c3_variables.h"
 #include "tools/discovery/toolchain_match.h"
 
 namespace Vesk {
@@ -38,6 +39,7 @@ const ToolTypeRegistration RegisterC3Matcher({
     .factory = matcherFactory<C3Matcher>(),
     .sources = kSources,
     .misnomers = kMisnomers,
+    .variables = kC3Variables,
     .detect = detectC3,
     .rank = 4,
 });

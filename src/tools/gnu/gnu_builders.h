@@ -8,6 +8,7 @@
 
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/gnu_style/gnu_style.h"
+#include "tools/gnu_style/gnu_style_variables.h"
 #include "tools/support/c_builder.h"
 
 namespace Vesk {
@@ -28,28 +29,29 @@ class GNUTool : public CBuilder {
 class GNU_GCC : public GNUTool {
   public:
     GNU_GCC(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
-        : GNUTool("gcc", cFamilySubjects(), Language::C, std::move(place), std::move(programs)) {}
+        : GNUTool("gcc", gnuStyleSubjects(), Language::C, std::move(place), std::move(programs)) {}
 };
 
 /// Compiles C and C++, and links as C++.
 class GNU_GPP : public GNUTool {
   public:
     GNU_GPP(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
-        : GNUTool("g++", cFamilySubjects(), Language::Cpp, std::move(place), std::move(programs)) {}
+        : GNUTool("g++", gnuStyleSubjects(), Language::Cpp, std::move(place), std::move(programs)) {
+    }
 };
 
 /// Puts objects into an archive.
 class GNU_AR : public GNUTool {
   public:
     GNU_AR(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
-        : GNUTool("ar", cFamilySubjects(), Language::C, std::move(place), std::move(programs)) {}
+        : GNUTool("ar", gnuStyleSubjects(), Language::C, std::move(place), std::move(programs)) {}
 };
 
 /// Links objects without a compiler's additions.
 class GNU_LD : public GNUTool {
   public:
     GNU_LD(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
-        : GNUTool("ld", cFamilySubjects(), Language::C, std::move(place), std::move(programs)) {}
+        : GNUTool("ld", gnuStyleSubjects(), Language::C, std::move(place), std::move(programs)) {}
 };
 
 /// Copies an object and changes it on the way.

@@ -4,6 +4,7 @@
 #include "tools/discovery/toolchain_match.h"
 #include "tools/gnu/gnu_builders.h"
 #include "tools/gnu_style/gnu_style_choice.h"
+#include "tools/gnu_style/gnu_style_variables.h"
 #include "tools/support/c_family.h"
 
 namespace Vesk {
@@ -25,6 +26,7 @@ const ToolTypeRegistration RegisterGNUMatcher({
     .factory = matcherFactory<GNUMatcher>(),
     .sources = kGnuStyleSources,
     .misnomers = kCFamilyMisnomers,
+    .variables = kGnuStyleVariables,
     .detect = detectGNU,
     .rank = 1,
 });

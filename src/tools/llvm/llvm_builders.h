@@ -8,6 +8,7 @@
 
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/gnu_style/gnu_style.h"
+#include "tools/gnu_style/gnu_style_variables.h"
 #include "tools/support/c_builder.h"
 
 namespace Vesk {
@@ -28,15 +29,15 @@ class LLVMTool : public CBuilder {
 class LLVM_CLANG : public LLVMTool {
   public:
     LLVM_CLANG(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
-        : LLVMTool("clang", cFamilySubjects(), Language::C, std::move(place), std::move(programs)) {
-    }
+        : LLVMTool("clang", gnuStyleSubjects(), Language::C, std::move(place),
+                   std::move(programs)) {}
 };
 
 /// Compiles C and C++, and links as C++.
 class LLVM_CLANGPP : public LLVMTool {
   public:
     LLVM_CLANGPP(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
-        : LLVMTool("clang++", cFamilySubjects(), Language::Cpp, std::move(place),
+        : LLVMTool("clang++", gnuStyleSubjects(), Language::Cpp, std::move(place),
                    std::move(programs)) {}
 };
 
@@ -44,7 +45,7 @@ class LLVM_CLANGPP : public LLVMTool {
 class LLVM_AR : public LLVMTool {
   public:
     LLVM_AR(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
-        : LLVMTool("llvm-ar", cFamilySubjects(), Language::C, std::move(place),
+        : LLVMTool("llvm-ar", gnuStyleSubjects(), Language::C, std::move(place),
                    std::move(programs)) {}
 };
 
@@ -52,7 +53,7 @@ class LLVM_AR : public LLVMTool {
 class LLVM_LD : public LLVMTool {
   public:
     LLVM_LD(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs)
-        : LLVMTool("lld", cFamilySubjects(), Language::C, std::move(place), std::move(programs)) {}
+        : LLVMTool("lld", gnuStyleSubjects(), Language::C, std::move(place), std::move(programs)) {}
 };
 
 /// Copies an object and changes it on the way.

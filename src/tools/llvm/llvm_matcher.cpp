@@ -3,6 +3,7 @@
 #include "base/exception.h"
 #include "tools/discovery/toolchain_match.h"
 #include "tools/gnu_style/gnu_style_choice.h"
+#include "tools/gnu_style/gnu_style_variables.h"
 #include "tools/llvm/llvm_builders.h"
 #include "tools/support/c_family.h"
 
@@ -25,6 +26,7 @@ const ToolTypeRegistration RegisterLLVMMatcher({
     .factory = matcherFactory<LLVMMatcher>(),
     .sources = kGnuStyleSources,
     .misnomers = kCFamilyMisnomers,
+    .variables = kGnuStyleVariables,
     .detect = detectLLVM,
     .rank = 2,
 });

@@ -6,6 +6,7 @@
 #include "tools/msvc/architecture.h"
 #include "tools/msvc/msvc_builders.h"
 #include "tools/msvc/msvc_programs.h"
+#include "tools/msvc/msvc_variables.h"
 #include "tools/support/c_family.h"
 #include "tools/support/source_files.h"
 #include "tools/support/value_lists.h"
@@ -42,6 +43,7 @@ const ToolTypeRegistration RegisterMSVCMatcher({
     .factory = matcherFactory<MSVCMatcher>(),
     .sources = kSources,
     .misnomers = kCFamilyMisnomers,
+    .variables = kMsvcVariables,
     .detect = detectMSVC,
     .rank = 3,
 });

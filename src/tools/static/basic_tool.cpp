@@ -18,6 +18,21 @@ constexpr Misnomer kMisnomers[] = {
     {"working_dir", "cwd"}, {"working_directory", "cwd"},
 };
 
+constexpr Variable kCommandVariables[] = {
+    {"cmdline", "string, list", "required",
+     "a command for the system's command interpreter, or several, which start together",
+     R"("python3 make.py")"},
+};
+constexpr Variable kPlaceVariables[] = {
+    {"cwd", "path", "the current directory", "the directory in which the commands run",
+     R"x(P"(tests)")x"},
+};
+constexpr Variable kResultVariables[] = {
+    {"result", "integer", "", "the status with which the commands ended"},
+};
+constexpr VariableGroup kCommandGroup = {"Commands", VariableRole::Input, kCommandVariables};
+constexpr const VariableGroup* kVariables[] = {&kCommandGroup, &kCommandPlace, &kCommandResult};
+
 const AssignmentMap& wantsTable() {
     static const AssignmentMap table = makeTable({{"cwd"}});
     return table;
@@ -30,11 +45,15 @@ const AssignmentMap& needsTable() {
 
 }  // namespace
 
+constinit const VariableGroup kCommandPlace = {"Commands", VariableRole::Input, kPlaceVariables};
+constinit const VariableGroup kCommandResult = {"Commands", VariableRole::Output, kResultVariables};
+
 const ToolTypeRegistration RegisterBasicMatcher({
     .word = "command",
     .factory = matcherFactory<BasicMatcher>(),
     .sources = kSources,
     .misnomers = kMisnomers,
+    .variables = kVariables,
 });
 
 BasicMatcher::BasicMatcher(const CiString& name, const AssignmentMap& must,

@@ -14,6 +14,9 @@ namespace Vesk {
 
 extern const ToolTypeRegistration RegisterBasicMatcher;
 
+extern const VariableGroup kCommandPlace;   ///< cwd
+extern const VariableGroup kCommandResult;  ///< result
+
 /// Fits targets that assign "cmdline".
 class BasicMatcher : public Matcher {
   public:

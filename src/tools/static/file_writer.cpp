@@ -24,6 +24,24 @@ constexpr const char* kMode = "MODE";
 
 constexpr std::string_view kSources[] = {"WRITE_FILE", "FILE_WRITER"};
 constexpr Misnomer kMisnomers[] = {{"FILE", kFileName}, {"CONTENT", kText}, {"CONTENTS", kText}};
+constexpr Variable kInputs[] = {
+    {"WRITE_FILE", "no value", "required", "the target is a file that is written"},
+    {"FILE_WRITER", "no value", "", "the same as `WRITE_FILE`"},
+    {kFileName, "string, path", "required", "the file; its directory must exist",
+     R"x(P"(version.h)")x"},
+    {kText, "string, list, context", "required",
+     "what is written: a string as it is, the elements of a list, the dump of a context",
+     R"("#define VERSION 3")"},
+    {kSeparator, "string", "a line feed", "stands between the elements of a list", R"(", ")"},
+    {kMode, "string", "`create`", "`create` or `append`", R"("append")"},
+};
+constexpr Variable kOutputs[] = {
+    {"FILE", "path", "", "the file that was written"},
+    {kText, "string", "", "its text"},
+};
+constexpr VariableGroup kInputGroup = {"File writer", VariableRole::Input, kInputs};
+constexpr VariableGroup kOutputGroup = {"File writer: outputs", VariableRole::Output, kOutputs};
+constexpr const VariableGroup* kVariables[] = {&kInputGroup, &kOutputGroup};
 
 const AssignmentMap& wantsTable() {
     static const AssignmentMap table = makeTable({{kSeparator, "\n"}, {kMode, "create"}});
@@ -109,6 +127,7 @@ const ToolTypeRegistration RegisterFileWriterMatcher({
     .factory = matcherFactory<FileWriterMatcher>(),
     .sources = kSources,
     .misnomers = kMisnomers,
+    .variables = kVariables,
 });
 
 FileWriterMatcher::FileWriterMatcher(const CiString& name, const AssignmentMap& must,

@@ -7,6 +7,11 @@ namespace {
 constexpr std::string_view kVariable = "NO_TOOL";
 constexpr std::string_view kSources[] = {kVariable};
 constexpr Misnomer kMisnomers[] = {{"PHONY", kVariable}};
+constexpr Variable kNoToolVariables[] = {
+    {kVariable, "no value", "", "nothing is run: the target groups its dependencies"},
+};
+constexpr VariableGroup kGroup = {"No tool", VariableRole::Input, kNoToolVariables};
+constexpr const VariableGroup* kVariables[] = {&kGroup};
 
 const AssignmentMap& needsTable() {
     static const AssignmentMap table = makeTable({{kVariable}});
@@ -20,6 +25,7 @@ const ToolTypeRegistration RegisterNoToolMatcher({
     .factory = matcherFactory<NoToolMatcher>(),
     .sources = kSources,
     .misnomers = kMisnomers,
+    .variables = kVariables,
 });
 
 NoToolMatcher::NoToolMatcher(const CiString& name, const AssignmentMap& must,

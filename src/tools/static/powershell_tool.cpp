@@ -14,6 +14,13 @@ constexpr Misnomer kMisnomers[] = {
     {"working_directory", "cwd"},
 };
 
+constexpr Variable kCommandVariables[] = {
+    {"pwsh", "string, list", "required",
+     "a command for PowerShell, or several, which start together", R"("Get-Date")"},
+};
+constexpr VariableGroup kCommandGroup = {"Commands", VariableRole::Input, kCommandVariables};
+constexpr const VariableGroup* kVariables[] = {&kCommandGroup, &kCommandPlace, &kCommandResult};
+
 const AssignmentMap& wantsTable() {
     static const AssignmentMap table = makeTable({{"cwd"}});
     return table;
@@ -31,6 +38,7 @@ const ToolTypeRegistration RegisterPowerShellMatcher({
     .factory = matcherFactory<PowerShellMatcher>(),
     .sources = kSources,
     .misnomers = kMisnomers,
+    .variables = kVariables,
 });
 
 PowerShellMatcher::PowerShellMatcher(const CiString& name, const AssignmentMap& must,

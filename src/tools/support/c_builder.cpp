@@ -79,45 +79,4 @@ std::shared_ptr<Context> CBuilder::complete(TargetContext&, int exitCode) {
     return results;
 }
 
-AssignmentMap cFamilySubjects() {
-    static const AssignmentMap table = makeTable({
-        {"C_FILES"},
-        {"CPP_FILES"},
-        {"ASM_FILES"},
-        {"EXCLUDE_FILES"},
-        {"OBJ_FILES"},
-        {"LIB_FILES"},
-        {"C_FLAGS"},
-        {"CPP_FLAGS"},
-        {"ASM_FLAGS"},
-        {"FLAGS"},
-        {"DEFINES"},
-        {"INCLUDE_DIRS"},
-        {"SYSTEM_INCLUDE_DIRS"},
-        {"LIB_DIRS"},
-        {"LIBS"},
-        {"LINK_FLAGS"},
-        {"AR_FLAGS"},
-        {"OUTPUT_NAME"},
-        {"OUTPUT_TYPE"},
-        {"LAUNCHER"},
-        {"LINKER"},
-        {"LINKER_SCRIPT"},
-        {"LINK_LANGUAGE"},
-        {"DEF_FILE"},
-        {"SYSROOT"},
-        {"TARGET_TRIPLE"},
-    });
-    return table;
-}
-
-AssignmentMap objectCopySubjects() {
-    static const AssignmentMap table = makeTable({{"OBJCOPY_INPUT"},
-                                                  {"OBJCOPY_FORMAT"},
-                                                  {"OBJCOPY_SECTIONS"},
-                                                  {"OBJCOPY_FLAGS"},
-                                                  {"OUTPUT_NAME"}});
-    return table;
-}
-
 }  // namespace Vesk

@@ -49,10 +49,4 @@ class CBuilder : public Builder {
 /// Adds the outputs that the target declares itself to those of its builder's making.
 void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& outputs);
 
-/// The variables that every builder of compiled programs consumes.
-AssignmentMap cFamilySubjects();
-
-/// Those of a builder that copies an object.
-AssignmentMap objectCopySubjects();
-
 }  // namespace Vesk

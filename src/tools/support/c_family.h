@@ -1,9 +1,23 @@
-// What is known of the variables of the C family without any toolchain.
+// What toolchains of the C family have in common: their variables, and the names that people bring
+// for them from other tools.
 #pragma once
 
 #include "tools/tool_registry.h"
+#include "tools/variables.h"
 
 namespace Vesk {
+
+extern const VariableGroup kSourceVariables;
+extern const VariableGroup kCompileVariables;
+extern const VariableGroup kTypeVariables;  ///< OUTPUT_TYPE
+extern const VariableGroup kNameVariables;  ///< OUTPUT_NAME
+extern const VariableGroup kLinkVariables;
+extern const VariableGroup kOutputVariables;
+extern const VariableGroup kDependencyFileVariables;
+extern const VariableGroup kLanguageOutputs;   ///< LINK_LANGUAGE
+extern const VariableGroup kChoiceVariables;   ///< by which a target asks for a toolchain
+extern const VariableGroup kPlaceSettings;     ///< where a toolchain's programs are
+extern const VariableGroup kIdentitySettings;  ///< what it is called
 
 /// What Make, CMake, Meson and others call them.
 inline constexpr Misnomer kCFamilyMisnomers[] = {

@@ -1,0 +1,13 @@
+// The variables of C3 targets.
+#pragma once
+
+#include "tools/variables.h"
+
+namespace Vesk {
+
+extern const VariableGroups kC3Variables;
+
+/// What the builder consumes.
+const AssignmentMap& c3Subjects();
+
+}  // namespace Vesk
