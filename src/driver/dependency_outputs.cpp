@@ -56,7 +56,7 @@ std::shared_ptr<Context> combined(const Context& first, const Context& second,
             warnOfSecondOutput(name, variable.str());
         }
         both->addAssignment(
-            resolvedAssignment(variable, assignment.value ? deepCopy(*assignment.value) : nullptr,
+            resolvedAssignment(variable, assignment.value ? assignment.value->deepCopy() : nullptr,
                                assignment.modifier),
             ModifierMode::Keep);
         both->find(variable)->state = ResolveState::Resolved;
@@ -142,7 +142,7 @@ void DependencyOutputs::mergeOutputs(const DependencyOutput& dependency) {
         }
         const bool isAppend = assignment.exported || assignment.op == AssignOperator::Append;
         Assignment moved = resolvedAssignment(
-            name, deepCopy(assignment.exported ? *assignment.exported : *assignment.value),
+            name, (assignment.exported ? assignment.exported : assignment.value)->deepCopy(),
             AssignModifier::Output);
         moved.place = assignment.place;
         if (isAppend) {

@@ -259,7 +259,7 @@ void InputContext::addWaitingAssignment(const Assignment& assignment) {
         return;
     }
     Assignment under = assignment;
-    under.value = deepCopy(*context_->resolveIdentifier(identifierOf(assignment.value)->path));
+    under.value = context_->resolveIdentifier(identifierOf(assignment.value)->path)->deepCopy();
     under.modifier = own->modifier;
     const Assignment placed = *own;
     context_->addAssignment(under, ModifierMode::Copy);

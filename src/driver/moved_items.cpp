@@ -2,8 +2,6 @@
 
 #include <cstddef>
 
-#include "types/expansion.h"
-
 namespace Vesk {
 namespace {
 
@@ -32,7 +30,7 @@ void MovedItems::add(VeskList& list) {
             continue;
         }
         repeated_.insert(item.get());
-        if (item && !isSettled(*item)) {
+        if (item && !item->isSettled()) {
             repeatedTexts_.insert(textOf(item));
         }
     }

@@ -129,7 +129,7 @@ ValuePtr TargetVisit::sourceOf(const IdentifierPath& macro) {
     for (IdentifierPath path = macro; shorten(path);) {
         const ValuePtr value = input_->context().resolveIdentifier(path);
         if (valueAs<VeskContext>(value.get()) != nullptr) {
-            return deepCopy(*value);
+            return value->deepCopy();
         }
     }
     return VeskContext::referringTo(input_->shared());
@@ -143,7 +143,7 @@ std::vector<ValuePtr> TargetVisit::argumentsForNext() {
             arguments.push_back(sourceOf(record.macro));
         }
         for (const IdentifierPath& parameter : record.parameters) {
-            arguments.push_back(deepCopy(*input_->context().resolveIdentifier(parameter)));
+            arguments.push_back(input_->context().resolveIdentifier(parameter)->deepCopy());
         }
     } catch (...) {
         rethrowWithNote(record.place,

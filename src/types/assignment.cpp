@@ -38,8 +38,8 @@ Assignment textAssignment(CiString name, std::string text) {
 
 Assignment deepCopy(const Assignment& assignment) {
     Assignment copy = assignment;
-    copy.value = assignment.value ? deepCopy(*assignment.value) : nullptr;
-    copy.exported = assignment.exported ? deepCopy(*assignment.exported) : nullptr;
+    copy.value = assignment.value ? assignment.value->deepCopy() : nullptr;
+    copy.exported = assignment.exported ? assignment.exported->deepCopy() : nullptr;
     for (Assignment& part : copy.written) {
         part = deepCopy(part);
     }

@@ -32,8 +32,8 @@ void fill(Context& context, const Assignment& assignment) {
 
 Condition deepCopy(const Condition& condition) {
     Condition copy = condition;
-    copy.left = condition.left ? deepCopy(*condition.left) : nullptr;
-    copy.right = condition.right ? deepCopy(*condition.right) : nullptr;
+    copy.left = condition.left ? condition.left->deepCopy() : nullptr;
+    copy.right = condition.right ? condition.right->deepCopy() : nullptr;
     return copy;
 }
 

@@ -7,6 +7,7 @@
 #include "types/context.h"
 #include "types/errors.h"
 #include "types/string_values.h"
+#include "types/value_size.h"
 
 namespace Vesk {
 namespace {
@@ -95,6 +96,22 @@ const VeskContext& VeskContext::contextOperand(const VeskValue& other) const {
 
 ValuePtr VeskContext::clone() const {
     return owner_ ? std::make_shared<VeskContext>(owner_) : referringTo(context());
+}
+
+ValuePtr VeskContext::deepCopy() const {
+    return owner_ ? std::make_shared<VeskContext>(owner_->deepCopy()) : clone();
+}
+
+void VeskContext::addTo(ValueSize& size) const {
+    if (!owner_) {
+        return;
+    }
+    for (const auto& [name, assignment] : owner_->assignments()) {
+        size.addBytes(name.str().size());
+        if (assignment.value) {
+            size.add(*assignment.value);
+        }
+    }
 }
 
 ValuePtr VeskContext::add(const VeskValue& other) const {

@@ -20,6 +20,12 @@ class VeskContext : public VeskValue, public Resolvable {
 
     static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Context; }
     ValuePtr clone() const override;  ///< the context is shared
+
+    /// A mere reference stays one: what it refers to belongs to somebody else.
+    ValuePtr deepCopy() const override;
+
+    /// One that merely refers to a context adds nothing.
+    void addTo(ValueSize& size) const override;
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;
     ValuePtr at(const Key& key) const override;
@@ -31,6 +37,8 @@ class VeskContext : public VeskValue, public Resolvable {
     bool greaterThan(const VeskValue& other) const override;
     bool lessThan(const VeskValue& other) const override;
     std::string typeName() const override { return "VeskContext"; }
+
+    Resolvable* resolvable() noexcept override { return this; }
 
     /// Names that the inner context lacks are looked for in the resolver when it is a Context.
     void setResolver(Resolver* resolver) override;

@@ -7,11 +7,8 @@
 #include "base/ci_string.h"
 #include "base/interruption.h"
 #include "base/text.h"
-#include "platform/files.h"
 #include "types/errors.h"
 #include "types/identifier_path.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
 #include "types/value_size.h"
 
 namespace Vesk {
@@ -203,23 +200,17 @@ std::string expandVariables(const std::string& text, Resolver& resolver, Names& 
     return Expander(resolver).variables(text, inProgress);
 }
 
-ValuePtr expandCross(const std::string& text, Resolver& resolver) {
+Expanded expandCross(const std::string& text, Resolver& resolver) {
     if (text.find('#') == std::string::npos) {
-        return std::make_shared<VeskString>(text);
+        return {{text}};
     }
-    std::vector<std::string> results;
-    Expander(resolver).cross(text, results, 0);
-    if (text.find("#{") == std::string::npos) {
-        return std::make_shared<VeskString>(std::move(results.front()));
-    }
-    auto list = std::make_shared<VeskList>();
-    for (std::string& result : results) {
-        list->items.push_back(std::make_shared<VeskString>(std::move(result)));
-    }
-    return list;
+    Expanded expanded;
+    Expander(resolver).cross(text, expanded.texts, 0);
+    expanded.isList = text.find("#{") != std::string::npos;
+    return expanded;
 }
 
-ValuePtr expandText(const std::string& text, Resolver& resolver) {
+Expanded expandText(const std::string& text, Resolver& resolver) {
     Names inProgress;
     return expandCross(expandVariables(text, resolver, inProgress), resolver);
 }
@@ -237,22 +228,6 @@ ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver) {
     } catch (const IdentifierError&) {}
     resolver.reportMissing(path);
     return nullptr;
-}
-
-bool isSettled(const VeskValue& value) {
-    const auto* string = valueAs<VeskBaseString>(&value);
-    if (string == nullptr) {
-        return value.kind() == ValueKind::Int;
-    }
-    if (value.kind() == ValueKind::RawString) {
-        return true;
-    }
-    const auto* path = valueAs<VeskPathString>(&value);
-    if (path != nullptr && !path->baseDirectory.empty() && !platform::isAbsolutePath(path->text)) {
-        return false;
-    }
-    return string->text.find('$') == std::string::npos &&
-           string->text.find('#') == std::string::npos;
 }
 
 bool isSingleReference(std::string_view text) noexcept {

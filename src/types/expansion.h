@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include "types/value.h"
 
@@ -29,19 +30,21 @@ inline constexpr std::size_t kMaxReferenceDepth = 500;
 std::string expandVariables(const std::string& text, Resolver& resolver,
                             std::unordered_set<std::string>& inProgress);
 
-/// A VeskString, or a VeskList of them when the text has #{} references. Throws as above, and as
-/// the resolver does for unknown variables.
-ValuePtr expandCross(const std::string& text, Resolver& resolver);
+/// What a text amounts to.
+struct Expanded {
+    std::vector<std::string> texts;  ///< one, unless it is a list
+    bool isList = false;             ///< the text has #{} references
+};
+
+/// Replaces the #{} references. Throws as above, and as the resolver does for unknown variables.
+Expanded expandCross(const std::string& text, Resolver& resolver);
 
 /// Both, in this order: the expansion of a whole string.
-ValuePtr expandText(const std::string& text, Resolver& resolver);
+Expanded expandText(const std::string& text, Resolver& resolver);
 
 /// The value that a path names, or an empty pointer for a variable that does not exist, after the
 /// resolver has been told. Throws CircularReference.
 ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver);
-
-/// Whether resolving leaves the value as it is, so that lists may share it instead of copying it.
-bool isSettled(const VeskValue& value);
 
 /// Whether the text is one single reference, "${path}", and nothing else.
 bool isSingleReference(std::string_view text) noexcept;

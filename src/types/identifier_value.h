@@ -26,6 +26,7 @@ class VeskIdentifier : public VeskValue, public Resolvable {
     bool lessThan(const VeskValue&) const override { return false; }
     std::string typeName() const override { return "VeskIdentifier"; }
 
+    Resolvable* resolvable() noexcept override { return this; }
     void setResolver(Resolver* resolver) override { resolver_ = resolver; }
 
     /// The value that the path names, shared with the variable. Throws as the resolver does.

@@ -4,7 +4,6 @@
 #include <functional>
 
 #include "types/errors.h"
-#include "types/expansion.h"
 #include "types/value_size.h"
 
 namespace Vesk {
@@ -52,6 +51,23 @@ bool orderedByIdentity(const std::vector<ValuePtr>& a, const std::vector<ValuePt
 
 ValuePtr VeskList::clone() const {
     return std::make_shared<VeskList>(items);
+}
+
+ValuePtr VeskList::deepCopy() const {
+    auto copy = std::make_shared<VeskList>();
+    copy->items.reserve(items.size());
+    for (const ValuePtr& item : items) {
+        copy->items.push_back(item && !item->isSettled() ? item->deepCopy() : item);
+    }
+    return copy;
+}
+
+void VeskList::addTo(ValueSize& size) const {
+    for (const ValuePtr& item : items) {
+        if (item) {
+            size.add(*item);
+        }
+    }
 }
 
 ValuePtr VeskList::add(const VeskValue& other) const {
@@ -134,7 +150,7 @@ bool VeskList::lessThan(const VeskValue& other) const {
 
 ValuePtr VeskList::resolvedItem(const ValuePtr& item) const {
     Resolvable* resolvable = resolvableOf(item);
-    if (resolvable == nullptr || isSettled(*item)) {
+    if (resolvable == nullptr || item->isSettled()) {
         return item;
     }
     resolvable->setResolver(resolver_);

@@ -15,6 +15,8 @@ class VeskList : public VeskValue, public Resolvable {
 
     static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::List; }
     ValuePtr clone() const override;  ///< the elements are shared
+    ValuePtr deepCopy() const override;
+    void addTo(ValueSize& size) const override;
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;
     ValuePtr at(const Key& key) const override;
@@ -26,6 +28,8 @@ class VeskList : public VeskValue, public Resolvable {
     bool greaterThan(const VeskValue& other) const override;  ///< by the elements' identities
     bool lessThan(const VeskValue& other) const override;     ///< by the elements' identities
     std::string typeName() const override { return "VeskList"; }
+
+    Resolvable* resolvable() noexcept override { return this; }
 
     /// The elements get it when they are resolved.
     void setResolver(Resolver* resolver) override { resolver_ = resolver; }

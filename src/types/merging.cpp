@@ -98,7 +98,7 @@ void exportAppend(Assignment& stored, bool wholeIsOutput, const Assignment& assi
     if (stored.exported) {
         appendValue(stored.exported, value);
     } else {
-        stored.exported = deepCopy(*value);
+        stored.exported = value->deepCopy();
     }
 }
 

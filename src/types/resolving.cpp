@@ -61,7 +61,7 @@ ValuePtr resolvedValue(const ValuePtr& value, Context& context) {
     }
     // A reference gives the other variable's own value: appends to this one must not reach it.
     const bool isContext = valueAs<VeskContext>(resolved.get()) != nullptr;
-    return isContext ? deepCopy(*resolved) : resolved->clone();
+    return isContext ? resolved->deepCopy() : resolved->clone();
 }
 
 std::string variableNote(const Assignment& assignment) {
@@ -190,7 +190,7 @@ ValuePtr Context::valueOf(Assignment& assignment) {
 ValuePtr Context::resolvedCopy(const Assignment& assignment) {
     const InProgress mark(inProgress_, assignment.name);
     beginEvaluation(assignment.name);
-    ValuePtr value = resolvedValue(Vesk::deepCopy(*assignment.value), *this);
+    ValuePtr value = resolvedValue(assignment.value->deepCopy(), *this);
     checkSize(*value);
     return value;
 }

@@ -18,6 +18,7 @@ class VeskInt : public VeskValue {
     void append(const VeskValue& other) override;
     std::string toString() const override;
     std::string toDisplayString() const override { return toString(); }
+    bool isSettled() const override { return true; }
     ValueIteratorPtr begin() const override;  ///< equal to `end`: an integer has no elements
     ValueIteratorPtr end() const override;
     bool equals(const VeskValue& other) const override;

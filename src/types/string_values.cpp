@@ -73,6 +73,10 @@ Operand operandOf(const VeskValue& other, const VeskBaseString& self) {
 
 }  // namespace
 
+void VeskBaseString::addTo(ValueSize& size) const {
+    size.addBytes(text.size());
+}
+
 ValuePtr VeskBaseString::add(const VeskValue& other) const {
     const Operand operand = operandOf(other, *this);
     checkTextSize(text.size() + 1 + operand.text.size());
@@ -147,15 +151,36 @@ ValuePtr VeskString::resolve() {
     if (resolver_ == nullptr) {
         return makeString(text);
     }
-    const ValuePtr expanded = expandText(text, *resolver_);
-    text = expanded->toString();
-    return expanded;
+    Expanded expanded = expandText(text, *resolver_);
+    ValuePtr value;
+    if (expanded.isList) {
+        auto list = std::make_shared<VeskList>();
+        for (std::string& each : expanded.texts) {
+            list->items.push_back(std::make_shared<VeskString>(std::move(each)));
+        }
+        value = std::move(list);
+    } else {
+        value = std::make_shared<VeskString>(std::move(expanded.texts.front()));
+    }
+    text = value->toString();
+    return value;
+}
+
+bool VeskString::isSettled() const {
+    return text.find('$') == std::string::npos && text.find('#') == std::string::npos;
+}
+
+bool VeskPathString::isWhole() const {
+    return baseDirectory.empty() || platform::isAbsolutePath(text);
+}
+
+bool VeskPathString::isSettled() const {
+    return isWhole() && VeskString::isSettled();
 }
 
 std::string VeskPathString::toDisplayString() const {
-    const bool whole = baseDirectory.empty() || platform::isAbsolutePath(text);
     const std::string shown =
-        whole ? text : platform::pathToUtf8(baseDirectory / platform::pathFromUtf8(text));
+        isWhole() ? text : platform::pathToUtf8(baseDirectory / platform::pathFromUtf8(text));
     return "P\"" + shown + "\"";
 }
 
@@ -202,15 +227,7 @@ std::vector<std::string> pathTexts(const std::string& text, Resolver& resolver) 
             return texts;
         }
     }
-    const ValuePtr expanded = expandText(text, resolver);
-    if (const auto* list = valueAs<VeskList>(expanded.get())) {
-        for (const ValuePtr& item : list->items) {
-            texts.push_back(item->toString());
-        }
-    } else {
-        texts.push_back(expanded->toString());
-    }
-    return texts;
+    return expandText(text, resolver).texts;
 }
 
 }  // namespace

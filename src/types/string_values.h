@@ -16,6 +16,7 @@ class VeskBaseString : public VeskValue, public std::enable_shared_from_this<Ves
     }
 
     ValuePtr clone() const override { return makeString(text); }
+    void addTo(ValueSize& size) const override;
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;
     ValuePtr at(const Key& key) const override;
@@ -53,9 +54,11 @@ class VeskString : public VeskBaseString, public Resolvable {
         return kind == ValueKind::String || kind == ValueKind::Path;
     }
     std::string typeName() const override { return "VeskString"; }
+    bool isSettled() const override;
     std::string unquoted() const override;
     std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
 
+    Resolvable* resolvable() noexcept override { return this; }
     void setResolver(Resolver* resolver) override { resolver_ = resolver; }
 
     /// Expands the text and keeps the outcome's text. A string, or a list of strings when the text
@@ -75,6 +78,7 @@ class VeskPathString : public VeskString {
         : VeskString(ValueKind::Path, std::move(content)), baseDirectory(std::move(base)) {}
 
     static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Path; }
+    bool isSettled() const override;
     std::string toDisplayString() const override;
     bool equals(const VeskValue& other) const override;
     std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
@@ -87,6 +91,7 @@ class VeskPathString : public VeskString {
     std::filesystem::path baseDirectory;
 
   private:
+    bool isWhole() const;  ///< needs no base directory
     ValuePtr joinedToBase(const std::string& path) const;
 };
 
@@ -97,6 +102,7 @@ class VeskRawString : public VeskBaseString {
         : VeskBaseString(ValueKind::RawString, std::move(content)) {}
 
     static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::RawString; }
+    bool isSettled() const override { return true; }
     std::string typeName() const override { return "VeskRawString"; }
     std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
 };

@@ -13,6 +13,7 @@
 namespace Vesk {
 
 class VeskValue;
+class ValueSize;
 class IdentifierPath;
 
 using ValuePtr = std::shared_ptr<VeskValue>;
@@ -79,6 +80,19 @@ class VeskValue {
     /// A new value of the same class with the same content.
     virtual ValuePtr clone() const = 0;
 
+    /// The same, sharing nothing that can change: lists and contexts are copied all the way down,
+    /// but for items that resolving leaves as they are.
+    virtual ValuePtr deepCopy() const { return clone(); }
+
+    /// Whether resolving leaves the value as it is, so that lists may share it.
+    virtual bool isSettled() const { return false; }
+
+    /// The value as one that is resolved; null when it is none.
+    virtual Resolvable* resolvable() noexcept { return nullptr; }
+
+    /// Adds what the value holds.
+    virtual void addTo(ValueSize& size) const;
+
     /// The sum as a new value; this one stays as it is. Throws BadConversion or BadOperation.
     virtual ValuePtr add(const VeskValue& other) const = 0;
 
@@ -128,11 +142,9 @@ Class* valueAs(VeskValue* value) noexcept {
 }
 
 /// The value as one that is resolved, or null when it is none or null itself.
-Resolvable* resolvableOf(const ValuePtr& value) noexcept;
-
-/// A copy that shares nothing that can change: lists and contexts are copied all the way down, but
-/// for items that resolving leaves as they are.
-ValuePtr deepCopy(const VeskValue& value);
+inline Resolvable* resolvableOf(const ValuePtr& value) noexcept {
+    return value ? value->resolvable() : nullptr;
+}
 
 /// The value's elements in order, taken by iteration: the words of a string, the items of a list.
 std::vector<ValuePtr> elementsOf(const VeskValue& value);

@@ -3,11 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/interruption.h"
-#include "types/context.h"
-#include "types/context_value.h"
 #include "types/errors.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
 
 namespace Vesk {
 namespace {
@@ -25,29 +21,20 @@ void ValueSize::addBytes(std::size_t bytes) {
     checkTextSize(bytes_);
 }
 
-void ValueSize::add(const VeskValue& value, std::size_t depth) {
+void ValueSize::add(const VeskValue& value) {
+    struct Deeper {
+        explicit Deeper(std::size_t& depth) : depth_(depth) { ++depth_; }
+        ~Deeper() { --depth_; }
+        std::size_t& depth_;
+    };
     stopIfInterrupted();
     addBytes(kElementBytes);
-    if (depth > kMaxValueNesting) {
+    const Deeper deeper(depth_);
+    if (depth_ > kMaxValueNesting) {
         throwTooLarge(fmt::format(
             "A value has more than {} lists and contexts nested in each other.", kMaxValueNesting));
     }
-    if (const auto* string = valueAs<VeskBaseString>(&value)) {
-        addBytes(string->text.size());
-    } else if (const auto* list = valueAs<VeskList>(&value)) {
-        for (const ValuePtr& item : list->items) {
-            if (item) {
-                add(*item, depth + 1);
-            }
-        }
-    } else if (const auto* context = valueAs<VeskContext>(&value); context && context->owns()) {
-        for (const auto& [name, assignment] : context->context()->assignments()) {
-            addBytes(name.str().size());
-            if (assignment.value) {
-                add(*assignment.value, depth + 1);
-            }
-        }
-    }
+    value.addTo(*this);
 }
 
 void checkTextSize(std::size_t bytes) {

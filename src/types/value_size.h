@@ -27,12 +27,11 @@ class ValueSize {
 
     /// The value as an element: with what it holds, all the way down. A context that it merely
     /// refers to counts as one element.
-    void add(const VeskValue& value) { add(value, 1); }
+    void add(const VeskValue& value);
 
   private:
-    void add(const VeskValue& value, std::size_t depth);
-
     std::size_t bytes_ = 0;
+    std::size_t depth_ = 0;  ///< of the value that is being added
 };
 
 /// Throws VeskException for a text of so many bytes when it is beyond the limit.

@@ -16,7 +16,11 @@ std::string expanded(const std::string& text) {
          set("l", list({str("x"), str("y")})), set("m", list({num(1), num(2)})),
          set("refs", list({str("${a}"), str("#{m}")})), set("empty", list({})), set("w", str("l")),
          set("ping", str("${pong}")), set("pong", str("${ping}")), set("brace", raw("}"))});
-    return outcome([&] { return expandText(text, *context); });
+    return outcome([&] {
+        VeskString string(text);
+        string.setResolver(context.get());
+        return string.resolve();
+    });
 }
 
 TEST(Expansion, Texts) {

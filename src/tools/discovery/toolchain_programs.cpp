@@ -59,7 +59,7 @@ std::string textIn(const Context::Map& declared, std::string_view name) {
 }  // namespace
 
 std::string resolvedText(const ValuePtr& value, Context& target) {
-    const ValuePtr copy = value ? deepCopy(*value) : nullptr;
+    const ValuePtr copy = value ? value->deepCopy() : nullptr;
     if (Resolvable* resolvable = resolvableOf(copy)) {
         resolvable->setResolver(&target);
         return resolvable->resolve()->toString();
