@@ -90,7 +90,9 @@ struct CacheRequest {
 
     std::vector<Part> parts;
     std::string environment;  ///< as in RecordText
-    bool rebuild = false;     ///< take nothing of an earlier build
+
+    /// Why nothing of an earlier build is taken; empty: what stands is.
+    std::string_view again = {};
 };
 
 }  // namespace Vesk

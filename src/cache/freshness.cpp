@@ -36,7 +36,7 @@ bool Freshness::samePart(std::size_t part) const {
 }
 
 bool Freshness::sameText() const {
-    if (last_ == nullptr || damaged_ || request_.rebuild ||
+    if (last_ == nullptr || damaged_ || !request_.again.empty() ||
         layout_.parts.size() != request_.parts.size() ||
         !sameEnvironment(layout_.environment, request_.environment)) {
         return false;
@@ -173,7 +173,7 @@ bool Freshness::partUnchanged(std::size_t lastPart, const CacheRequest::Part& wa
 }
 
 bool Freshness::fresh(std::size_t part) {
-    if (last_ == nullptr || damaged_ || request_.rebuild ||
+    if (last_ == nullptr || damaged_ || !request_.again.empty() ||
         !sameEnvironment(layout_.environment, request_.environment)) {
         return false;
     }
@@ -197,8 +197,8 @@ std::string Freshness::reason() {
     if (last_ == nullptr) {
         return "it has not been built before";
     }
-    if (request_.rebuild) {
-        return "everything is to be built again";
+    if (!request_.again.empty()) {
+        return std::string(request_.again);
     }
     if (damaged_) {
         return "its record is damaged";

@@ -45,7 +45,7 @@ ScheduledBuild::ScheduledBuild(SharedSchedule& shared, std::unique_ptr<TargetBui
 TargetResult ScheduledBuild::begin() {
     TargetResult result = build_->expected();
     stamp_ = result.stamp;
-    stampKnown_ = build_->cache().makesFiles() || build_->recipes().empty();
+    stampKnown_ = build_->stampIsKnown();
     for (const CacheRequest::Part& part : build_->cache().request().parts) {
         for (const std::string& file : part.writes) {
             if (&part != build_->cache().request().parts.data()) {

@@ -3,17 +3,13 @@
 #include <algorithm>
 #include <limits>
 
-#include "base/ci_string.h"
 #include "base/interruption.h"
 #include "driver/build_errors.h"
+#include "driver/target_wishes.h"
 #include "platform/interrupt.h"
 
 namespace Vesk {
 namespace {
-
-/// By which a target of the static tools, or all of a project, says that it may be built while
-/// others are.
-constexpr const char* kVariable = "SIDE_BY_SIDE";
 
 /// Visits pause when so much is waiting: their contexts are all in memory.
 constexpr std::size_t kMostUnfinished = 20'000;
@@ -33,7 +29,7 @@ bool SideBySide::mayOverlap(const Builder& builder, const TargetContext& context
         case Overlap::Always:
             return true;
         case Overlap::WhenAsked:
-            return equalsIgnoringCase(context.textOf(kVariable).value_or(""), "yes");
+            return saysYes(context, kSideBySideVariable);
         case Overlap::Never:
             break;
     }

@@ -48,6 +48,22 @@ std::string uniqueStamp() {
     return fmt::format("{:x}-{:x}-{}", process, platform::fileClock(), ++count);
 }
 
+/// Empty where it depends on what has changed.
+std::string_view reasonToRun(const DriverOptions& options, Runs runs) {
+    if (options.rebuild) {
+        return "everything is to be built again";
+    }
+    switch (runs) {
+        case Runs::AsNeeded:
+            return {};
+        case Runs::Again:
+            return "it is to run again";
+        case Runs::Always:
+            break;
+    }
+    return "ALWAYS says that it runs in every build";
+}
+
 }  // namespace
 
 TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
@@ -67,7 +83,7 @@ TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
         cacheRequest({*subject_.context, *subject_.builder, set_->assignments, set_->recipes,
                       subject_.dependencies, setting_.options.hidden},
                      subject_.cache.root());
-    request.rebuild = setting_.options.rebuild;
+    request.again = reasonToRun(setting_.options, subject_.runs);
     cache_ = std::make_unique<CacheStep>(subject_.cache, subject_.cacheKey, std::move(request),
                                          setting_.options, subject_.displayName);
 }
@@ -80,7 +96,7 @@ TargetResult TargetBuild::expected() {
     TargetResult result{knownOutputs(*set_), {}, {}};
     addOutputsTo(*result.outputs,
                  assignmentsOf(*subject_.builder->expectedCompletion(*subject_.context)));
-    if (set_->recipes.empty()) {
+    if (stampIsKnown()) {
         result.stamp = newStamp();
     }
     return result;
@@ -114,13 +130,18 @@ TargetResult TargetBuild::buildNow() {
     return setting_.options.dryRun ? TargetResult{knownOutputs(*set_), {}, {}} : complete();
 }
 
-/// Dependants have to be built when this target was. Where files tell what it made, they decide;
-/// a target that does nothing itself passes on what its dependencies say.
+/// A target that does nothing itself passes on what its dependencies say, as does one that runs in
+/// every build.
+bool TargetBuild::stampIsItsOwn() const {
+    return !set_->recipes.empty() && subject_.runs != Runs::Always;
+}
+
+/// Dependants have to be built when this target was. Where files tell what it made, they decide.
 std::string TargetBuild::newStamp() const {
     if (cache_->makesFiles()) {
         return {};
     }
-    if (!set_->recipes.empty()) {
+    if (stampIsItsOwn()) {
         return uniqueStamp();
     }
     std::string text;

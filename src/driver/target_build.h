@@ -24,6 +24,13 @@ struct TargetResult {
     std::shared_ptr<ScheduledBuild> scheduled;  ///< which builds the target, or has; null: built
 };
 
+/// Whether the commands run although nothing has changed.
+enum class Runs : std::uint8_t {
+    AsNeeded,
+    Again,   ///< in this build
+    Always,  ///< in every build: that they have run is no news for the dependants
+};
+
 /// What a visit has found out.
 struct BuildSubject {
     std::string displayName;  ///< unit::target
@@ -35,6 +42,7 @@ struct BuildSubject {
     std::vector<DependencyStamp> dependencies;
     ProjectCache& cache;
     std::string cacheKey;
+    Runs runs = Runs::AsNeeded;
 };
 
 /// Whose environment gets the variables of the target's ENV.
@@ -58,8 +66,9 @@ class TargetBuild {
 
     /// The pieces of that, for those who do not wait.
     ///
-    /// What is known before anything has run.
+    /// What is known before anything has run: the outputs, and the stamp where `stampIsKnown`.
     TargetResult expected();
+    bool stampIsKnown() const { return cache_->makesFiles() || !stampIsItsOwn(); }
 
     /// After a hit.
     TargetResult stored() const;
@@ -76,6 +85,7 @@ class TargetBuild {
     std::string prefix() const { return "[" + subject_.displayName + "] "; }
 
   private:
+    bool stampIsItsOwn() const;
     std::string newStamp() const;
     void runRecipes();
     void runStage(Stage stage, const std::vector<std::size_t>& numbers);

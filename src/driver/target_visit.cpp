@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "driver/build_errors.h"
 #include "driver/mistyped_names.h"
+#include "driver/target_wishes.h"
 #include "types/context_value.h"
 #include "types/identifier_path.h"
 
@@ -169,10 +170,16 @@ void TargetVisit::skipDependency() {
     failedDependency_ = true;
 }
 
+bool TargetVisit::alwaysRuns() const {
+    return saysYes(*input_->shared(), kAlwaysVariable);
+}
+
 BuildSubject TargetVisit::subject() const {
-    return {displayName_,    location_.target->name, note(),  choice_.tool->name().str(),
-            choice_.builder, input_->shared(),       stamps_, setting_.cacheOf(*location_.project),
-            cacheKey()};
+    return {displayName_,    location_.target->name,
+            note(),          choice_.tool->name().str(),
+            choice_.builder, input_->shared(),
+            stamps_,         setting_.cacheOf(*location_.project),
+            cacheKey(),      alwaysRuns() ? Runs::Always : Runs::AsNeeded};
 }
 
 /// What dependants see of dependencies that are still being built.

@@ -48,6 +48,10 @@ class TargetVisit {
     void skipDependency();
     bool hasFailedDependency() const noexcept { return failedDependency_; }
 
+    /// Whether the target runs in every build, whatever the cache has. Once the context is
+    /// resolved.
+    bool alwaysRuns() const;
+
     /// Resolves the context and builds the target, or what of it the cache does not have; with
     /// `others` it may be built later, while others are.
     TargetResult finish(SideBySide* others);

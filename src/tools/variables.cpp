@@ -19,6 +19,8 @@ constexpr Variable kOfTargets[] = {
     {"ENV", "context", "",
      "environment variables of the target's commands; other targets do not see them",
      R"({ LANG = "C" MODE = "fast" })"},
+    {"ALWAYS", "`yes`, `no`", "`no`", "the commands run in every build that asks for the target",
+     "\"yes\""},
     {"SIDE_BY_SIDE", "`yes`, `no`", "`no`",
      "with `-j`, a target of commands or a file writer is built while others are: what it reads "
      "and "
