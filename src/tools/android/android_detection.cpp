@@ -3,8 +3,6 @@
 #include <set>
 
 #include "base/console.h"
-#include "platform/environment.h"
-#include "platform/files.h"
 #include "platform/system.h"
 #include "tools/android/android_matcher.h"
 #include "tools/discovery/compiler_search.h"
@@ -13,13 +11,6 @@
 namespace Vesk {
 
 namespace {
-
-void addBelow(std::vector<std::string>& directories, const char* variable, const char* below) {
-    const auto directory = platform::environmentVariable(variable);
-    if (directory && platform::isAbsolutePath(*directory)) {
-        directories.push_back(normalPath(*directory + below));
-    }
-}
 
 std::vector<std::string> usualPlaces() {
     std::vector<std::string> directories;

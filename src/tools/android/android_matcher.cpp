@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "base/exception.h"
 #include "tools/android/apk_builder.h"
 #include "tools/android/apk_variables.h"
 #include "tools/discovery/toolchain_match.h"
@@ -60,9 +59,7 @@ AndroidSdkMatcher::AndroidSdkMatcher(const CiString& name, const AssignmentMap& 
                                      const AssignmentMap& others)
     : Matcher(name, kToolType, wantsTable(), needsTable(), must, others),
       sdks_(std::make_shared<AndroidSdks>()) {
-    if (!wants().at("toolchain_path").value) {
-        throw VeskException("AndroidSdkMatcher requires want variable 'toolchain_path'.");
-    }
+    requireToolchainPath(*this, "AndroidSdkMatcher");
 }
 
 std::unique_ptr<Matcher> AndroidSdkMatcher::clone() const {

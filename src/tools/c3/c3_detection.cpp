@@ -1,15 +1,9 @@
 // Which C3 compilers are installed.
 
-#include <set>
-
-#include "base/console.h"
 #include "base/text.h"
-#include "platform/environment.h"
-#include "platform/files.h"
 #include "platform/system.h"
 #include "tools/c3/c3_matcher.h"
 #include "tools/discovery/compiler_search.h"
-#include "tools/discovery/toolchain_match.h"
 #include "tools/discovery/triple.h"
 #include "tools/discovery/version.h"
 #include "tools/support/target_paths.h"
@@ -17,13 +11,6 @@
 namespace Vesk {
 
 namespace {
-
-void addBelow(std::vector<std::string>& directories, const char* variable, const char* below) {
-    const auto directory = platform::environmentVariable(variable);
-    if (directory && platform::isAbsolutePath(*directory)) {
-        directories.push_back(normalPath(*directory + below));
-    }
-}
 
 std::vector<std::string> searchedDirectories() {
     std::vector<std::string> directories = searchPath();
@@ -48,32 +35,21 @@ std::string_view answerTo(std::string_view label, std::string_view answer) {
     return trimmed(rest.substr(0, rest.find('\n')));
 }
 
+CompilerAnswer ask(const FoundCompiler& compiler) {
+    const std::string answer = askCompiler(compiler, "--version");
+    std::string triple(answerTo("LLVM default target:", answer));
+    return {leadingVersion(answerTo("C3 Compiler Version:", answer)),
+            triple.empty() ? std::string(nativeTriple()) : triple};
+}
+
 }  // namespace
 
 std::vector<DetectedTool> detectC3() {
+    const CompilerFamily family = {
+        C3Toolchain::kTraits.toolType, "C3", "c3c", ask, false, "the C3 compiler"};
     std::vector<DetectedTool> tools;
-    std::set<std::string> names;
-    for (const FoundCompiler& compiler : findCompilers("c3c", searchedDirectories())) {
-        const std::string answer = askCompiler(compiler, "--version");
-        Toolchain toolchain = {RegisterC3Matcher.word(),
-                               "C3",
-                               leadingVersion(answerTo("C3 Compiler Version:", answer)),
-                               std::string(answerTo("LLVM default target:", answer)),
-                               compiler.place,
-                               tools.empty() ? kMachineDefault : kNoDefault};
-        if (toolchain.version.empty()) {
-            console::message(console::level::kDetail, console::colour::kReport,
-                             "'{}' is left out: it does not answer as the C3 compiler does.",
-                             compiler.path);
-            continue;
-        }
-        if (toolchain.triple.empty()) {
-            toolchain.triple = nativeTriple();
-        }
-        DetectedTool tool = detectedTool(toolchain, "c3c");
-        if (names.insert(tool.name).second) {
-            tools.push_back(std::move(tool));
-        }
+    for (const Toolchain& toolchain : answeringCompilers(family, searchedDirectories())) {
+        tools.push_back(detectedTool(toolchain, family.word));
     }
     return tools;
 }

@@ -3,30 +3,23 @@
 
 #include <memory>
 
-#include "tools/discovery/toolchain_programs.h"
-#include "tools/matcher.h"
+#include "tools/discovery/toolchain_matcher.h"
 #include "tools/tool_registry.h"
 
 namespace Vesk {
 
 extern const ToolTypeRegistration RegisterC3Matcher;
 
-/// Fits targets that name C3 sources, whatever they are built for.
-class C3Matcher : public Matcher {
-  public:
-    /// Throws VeskException for a declaration without "toolchain_path".
-    C3Matcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others);
+struct C3Toolchain {
+    static const ToolchainTraits kTraits;
 
-    std::unique_ptr<Matcher> clone() const override;
-    std::shared_ptr<Builder> createBuilder(const Context& target) const override;
-    std::vector<CiString> comparedNames() const override;
+    std::shared_ptr<Builder> builder(const Context& target, DeclaredPlace place) const;
 
-  protected:
-    MatchResult matchTool(const Context& target) const override;
-
-  private:
-    std::shared_ptr<ToolchainPrograms> programs_;
+    std::shared_ptr<ToolchainPrograms> programs = std::make_shared<ToolchainPrograms>("c3c");
 };
+
+/// Fits targets that name C3 sources, whatever they are built for.
+using C3Matcher = ToolchainMatcher<C3Toolchain>;
 
 /// The C3 compilers of this machine: those in PATH, then in C3C_HOME and the usual places.
 std::vector<DetectedTool> detectC3();

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <set>
 #include <system_error>
+#include <utility>
 
 #include "base/console.h"
 #include "base/text.h"
@@ -156,6 +157,37 @@ std::string identifierOf(std::string text) {
     return text;
 }
 
+std::vector<Toolchain> answeringCompilers(const CompilerFamily& family,
+                                          const std::vector<std::string>& directories) {
+    std::vector<Toolchain> toolchains;
+    std::set<std::string> triples;
+    std::set<std::pair<std::string, std::string>> seen;
+    for (const FoundCompiler& compiler : findCompilers(family.word, directories)) {
+        const CompilerAnswer answer = family.ask(compiler);
+        if (answer.version.empty() || answer.triple.empty()) {
+            console::message(console::level::kDetail, console::colour::kReport,
+                             "'{}' is left out: it does not answer as {} does.", compiler.path,
+                             family.compiler);
+            continue;
+        }
+        // The first of each kind is what a user gets who types its name.
+        const bool isFirst =
+            triples.insert(family.defaultForEachTriple ? answer.triple : std::string()).second;
+        if (seen.emplace(answer.version, answer.triple).second) {
+            toolchains.push_back({family.toolType, family.name, answer.version, answer.triple,
+                                  compiler.place, isFirst ? kMachineDefault : kNoDefault});
+        }
+    }
+    return toolchains;
+}
+
+void addBelow(std::vector<std::string>& directories, const char* variable, const char* below) {
+    const auto directory = platform::environmentVariable(variable);
+    if (directory && platform::isAbsolutePath(*directory)) {
+        directories.push_back(normalPath(*directory + below));
+    }
+}
+
 DetectedTool detectedTool(const Toolchain& toolchain, std::string_view word) {
     auto context = std::make_shared<Context>();
     const auto add = [&context](const char* name, const std::string& text) {
@@ -173,8 +205,9 @@ DetectedTool detectedTool(const Toolchain& toolchain, std::string_view word) {
     add("toolchain_prefix", toolchain.place.prefix);
     add("toolchain_suffix", toolchain.place.suffix);
     add("toolchain_default", toolchain.isDefault);
+    const std::vector<std::string> path = searchPath();
     return {identifierOf(fmt::format("{}-{}-{}", word, toolchain.version, toolchain.triple)),
-            context};
+            context, std::ranges::find(path, toolchain.place.directory) != path.end()};
 }
 
 void warnIfMissing(const Toolchain& toolchain, std::initializer_list<std::string_view> programs,

@@ -44,6 +44,30 @@ struct Toolchain {
     const char* isDefault;  ///< a value of toolchain_default
 };
 
+/// What a compiler says of itself; an empty version where it does not answer as one of its family.
+struct CompilerAnswer {
+    std::string version;
+    std::string triple;
+};
+
+/// How compilers of one family are found.
+struct CompilerFamily {
+    const char* toolType;
+    const char* name;  ///< "GCC"
+    std::string_view word;
+    CompilerAnswer (*ask)(const FoundCompiler& compiler);
+    bool defaultForEachTriple = false;  ///< the first of each triple, or the first of all
+    const char* compiler = name;        ///< what messages call it
+};
+
+/// Those in the directories that answer, each version and triple once. What does not answer is left
+/// out with a message.
+std::vector<Toolchain> answeringCompilers(const CompilerFamily& family,
+                                          const std::vector<std::string>& directories);
+
+/// Adds what lies below the directory that an environment variable names, if that is absolute.
+void addBelow(std::vector<std::string>& directories, const char* variable, const char* below);
+
 /// As the registry holds it.
 DetectedTool detectedTool(const Toolchain& toolchain, std::string_view word);
 

@@ -1,9 +1,10 @@
 #include "tools/discovery/toolchain_match.h"
 
+#include <fmt/format.h>
 #include <optional>
 #include <string>
 
-#include "base/console.h"
+#include "base/exception.h"
 #include "tools/discovery/triple.h"
 #include "tools/discovery/version.h"
 #include "tools/support/target_paths.h"
@@ -12,8 +13,6 @@
 namespace Vesk {
 
 namespace {
-
-constexpr const char* kDefault = "toolchain_default";
 
 std::string textIn(const AssignmentMap& declared, std::string_view name) {
     const auto found = declared.find(name);
@@ -33,8 +32,9 @@ bool isTrivial(const Assignment* assignment) {
 /// One target's demands, compared with one toolchain.
 class Comparison {
   public:
-    Comparison(const ToolchainMatch& toolchain, const Context& target)
-        : toolchain_(toolchain), target_(target) {}
+    Comparison(const ToolchainTraits& toolchain, const AssignmentMap& declared,
+               const Context& target)
+        : toolchain_(toolchain), declared_(declared), target_(target) {}
 
     MatchResult result() {
         noteSubjects();
@@ -54,9 +54,9 @@ class Comparison {
     }
 
   private:
-    std::string own(std::string_view name) const { return textIn(toolchain_.declared, name); }
+    std::string own(std::string_view name) const { return textIn(declared_, name); }
 
-    std::string triple() const { return declaredTriple(toolchain_.declared); }
+    std::string triple() const { return declaredTriple(declared_); }
 
     void noteSubjects() {
         for (const std::string_view subject : toolchain_.subjects) {
@@ -152,15 +152,16 @@ class Comparison {
         if (askedForSystem() && isNativeMachine(triple())) {
             result_.matches.emplace("toolchain_machine", MatchKind::PartialMatch);
         }
-        const std::string word = own(kDefault);
+        const std::string word = own(kToolchainDefault);
         if (word.empty()) {
-            result_.matches.emplace(kDefault, full);
+            result_.matches.emplace(kToolchainDefault, full);
         } else if (word == kMachineDefault || (word == kFamilyDefault && askedForFamily_)) {
-            result_.matches.emplace(kDefault, MatchKind::PartialMatch);
+            result_.matches.emplace(kToolchainDefault, MatchKind::PartialMatch);
         }
     }
 
-    const ToolchainMatch& toolchain_;
+    const ToolchainTraits& toolchain_;
+    const AssignmentMap& declared_;
     const Context& target_;
     MatchResult result_;
     bool refused_ = false;
@@ -177,11 +178,17 @@ std::vector<CiString> toolchainSettings() {
             "TARGET_TRIPLE"};
 }
 
-std::vector<CiString> withToolchainSettings(std::vector<CiString> names) {
-    for (CiString& name : toolchainSettings()) {
-        names.push_back(std::move(name));
+const AssignmentMap& toolchainWants() {
+    static const AssignmentMap table =
+        makeTable({{"toolchain_path"}, {"toolchain_version"}, {"toolchain_min_version"}});
+    return table;
+}
+
+void requireToolchainPath(const Matcher& matcher, const char* matcherClass) {
+    if (!matcher.wants().at("toolchain_path").value) {
+        throw VeskException(
+            fmt::format("{} requires want variable 'toolchain_path'.", matcherClass));
     }
-    return names;
 }
 
 std::string declaredTriple(const AssignmentMap& declared) {
@@ -190,8 +197,9 @@ std::string declaredTriple(const AssignmentMap& declared) {
                           : triple;
 }
 
-MatchResult matchToolchain(const ToolchainMatch& toolchain, const Context& target) {
-    return Comparison(toolchain, target).result();
+MatchResult matchToolchain(const ToolchainTraits& toolchain, const AssignmentMap& declared,
+                           const Context& target) {
+    return Comparison(toolchain, declared, target).result();
 }
 
 }  // namespace Vesk

@@ -6,7 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/match.h"
+#include "tools/matcher.h"
+#include "tools/toolchain_detection.h"
 #include "tools/variable_table.h"
 
 namespace Vesk {
@@ -14,8 +15,11 @@ namespace Vesk {
 /// The settings of a toolchain that a target can ask for.
 std::vector<CiString> toolchainSettings();
 
-/// `names` with these.
-std::vector<CiString> withToolchainSettings(std::vector<CiString> names);
+/// What the matchers of compilers want: the settings that every declaration may give.
+const AssignmentMap& toolchainWants();
+
+/// Throws VeskException for a declaration without "toolchain_path"; `matcherClass` is named in it.
+void requireToolchainPath(const Matcher& matcher, const char* matcherClass);
 
 /// The triple that a declaration gives or that its prefix tells; empty when neither does.
 std::string declaredTriple(const AssignmentMap& declared);
@@ -34,19 +38,16 @@ std::string declaredTriple(const AssignmentMap& declared);
 /// preferred, then the one that detection calls the machine's.
 ///
 /// A target that spells out its commands is left to the command tools.
-struct ToolchainMatch {
-    std::string_view toolType;
-    const AssignmentMap& declared;  ///< the tool's own settings
+struct ToolchainTraits {
+    const char* toolType;
+    const char* matcherClass;
     std::span<const std::string_view> subjects;
-    bool anyTarget = false;  ///< the compiler makes code for whatever TARGET_TRIPLE says
+    bool anyTarget = false;      ///< the compiler makes code for whatever TARGET_TRIPLE says
+    std::string_view need = {};  ///< a variable that the target must have
 };
 
-MatchResult matchToolchain(const ToolchainMatch& toolchain, const Context& target);
-
-/// Values of the setting `toolchain_default`: chosen before all others; before those whose
-/// toolchain_name the target asks for; never.
-inline constexpr const char* kMachineDefault = "machine";
-inline constexpr const char* kFamilyDefault = "family";
-inline constexpr const char* kNoDefault = "no";
+/// `declared`: the tool's own settings.
+MatchResult matchToolchain(const ToolchainTraits& toolchain, const AssignmentMap& declared,
+                           const Context& target);
 
 }  // namespace Vesk

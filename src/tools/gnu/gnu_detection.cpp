@@ -1,16 +1,11 @@
 // Which GNU compilers are installed.
 
-#include <set>
-
-#include "base/console.h"
 #include "base/text.h"
 #include "platform/environment.h"
 #include "platform/system.h"
-#include "tools/discovery/compiler_search.h"
-#include "tools/discovery/toolchain_match.h"
-#include "tools/discovery/triple.h"
 #include "tools/discovery/version.h"
-#include "tools/gnu/gnu_matcher.h"
+#include "tools/gnu/gnu_toolchain.h"
+#include "tools/gnu_style/gnu_style_detection.h"
 #include "tools/support/target_paths.h"
 
 namespace Vesk {
@@ -39,10 +34,16 @@ bool isClang(const FoundCompiler& compiler) {
     return lowerCased(answer.substr(0, answer.find('\n'))).find("clang") != std::string::npos;
 }
 
-std::string versionOf(const FoundCompiler& compiler) {
+CompilerAnswer ask(const FoundCompiler& compiler) {
+    if (isClang(compiler)) {
+        return {};
+    }
     // Distributions cut what -dumpversion says to the first number.
     std::string version = leadingVersion(askCompiler(compiler, "-dumpfullversion"));
-    return version.empty() ? leadingVersion(askCompiler(compiler, "-dumpversion")) : version;
+    if (version.empty()) {
+        version = leadingVersion(askCompiler(compiler, "-dumpversion"));
+    }
+    return {version, askCompiler(compiler, "-dumpmachine")};
 }
 
 }  // namespace
@@ -52,34 +53,7 @@ std::vector<DetectedTool> detectGNU() {
     if (platform::kWindows) {
         addWindowsPlaces(directories);
     }
-    std::vector<DetectedTool> tools;
-    std::set<std::string> triples;
-    std::set<std::string> names;
-    for (const FoundCompiler& compiler : findCompilers("gcc", directories)) {
-        Toolchain toolchain = {RegisterGNUMatcher.word(),
-                               "GCC",
-                               versionOf(compiler),
-                               askCompiler(compiler, "-dumpmachine"),
-                               compiler.place,
-                               kNoDefault};
-        if (toolchain.version.empty() || toolchain.triple.empty() || isClang(compiler)) {
-            console::message(console::level::kDetail, console::colour::kReport,
-                             "'{}' is left out: it does not answer as GCC does.", compiler.path);
-            continue;
-        }
-        // The first of each kind is what a user gets who types its name.
-        if (triples.insert(toolchain.triple).second) {
-            toolchain.isDefault = kMachineDefault;
-        }
-        DetectedTool tool = detectedTool(toolchain, "gcc");
-        if (!names.insert(tool.name).second) {
-            continue;
-        }
-        warnIfMissing(toolchain, {"g++"}, "it compiles C only");
-        warnIfMissing(toolchain, {"ar", "gcc-ar"}, "it makes no static libraries");
-        tools.push_back(std::move(tool));
-    }
-    return tools;
+    return detectGnuStyle(kGnuToolchain, directories, true, ask);
 }
 
 }  // namespace Vesk

@@ -6,55 +6,13 @@
 #include <vector>
 
 #include "run/build_env.h"
-#include "tools/discovery/toolchain_programs.h"
+#include "tools/gnu_style/gnu_toolchain.h"
 #include "tools/support/command_text.h"
 #include "tools/support/output_type.h"
 #include "tools/support/source_files.h"
 #include "tools/support/target_paths.h"
 
 namespace Vesk {
-
-/// The steps that need a program of their own.
-enum class GnuProgram { CCompiler, CppCompiler, Archiver, Linker, ObjectCopier };
-
-/// What differs between toolchains of this kind, for one target.
-class GnuStyle {
-  public:
-    virtual ~GnuStyle() = default;
-
-    /// Its path. Throws VeskException when it is not there.
-    virtual std::string program(GnuProgram program) const = 0;
-
-    /// Says what the products are called.
-    virtual std::string triple() const = 0;
-
-    /// Added to every call of a compiler, also when it links.
-    virtual std::vector<std::string> compilerOptions() const { return {}; }
-
-    /// Added when a compiler links.
-    virtual std::vector<std::string> linkerOptions() const { return {}; }
-
-    /// Where the programs find what they need to run; empty where they know by themselves.
-    virtual std::vector<std::filesystem::path> searchDirectories() const { return {}; }
-};
-
-/// What toolchains have in common that are found by a declared place. All that is referred to
-/// outlives it.
-class PlacedGnuStyle : public GnuStyle {
-  public:
-    PlacedGnuStyle(TargetContext& target, const DeclaredPlace& declared,
-                   ToolchainPrograms& programs);
-
-    std::string triple() const override { return declared_.triple; }
-    std::vector<std::string> compilerOptions() const override;  ///< for SYSROOT
-    std::vector<std::filesystem::path> searchDirectories() const override;
-
-  protected:
-    const TargetContext& target_;
-    const DeclaredPlace& declared_;
-    ToolchainPrograms& programs_;
-    const ToolchainPlace& place_;
-};
 
 /// The recipes of one target and the outputs that come of them.
 class GnuStyleBuild {

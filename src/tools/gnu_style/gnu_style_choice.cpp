@@ -1,6 +1,7 @@
 #include "tools/gnu_style/gnu_style_choice.h"
 
 #include "base/text.h"
+#include "tools/support/source_files.h"
 #include "tools/support/value_lists.h"
 
 namespace Vesk {

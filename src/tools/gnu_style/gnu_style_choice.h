@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "tools/gnu_style/gnu_style.h"
+#include "tools/gnu_style/gnu_toolchain.h"
 
 namespace Vesk {
 

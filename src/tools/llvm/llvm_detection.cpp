@@ -1,18 +1,15 @@
 // Which Clang compilers are installed.
 
 #include <algorithm>
-#include <set>
 #include <system_error>
 
-#include "base/console.h"
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/system.h"
-#include "tools/discovery/compiler_search.h"
-#include "tools/discovery/toolchain_match.h"
 #include "tools/discovery/version.h"
-#include "tools/llvm/llvm_matcher.h"
+#include "tools/gnu_style/gnu_style_detection.h"
+#include "tools/llvm/llvm_toolchain.h"
 #include "tools/support/target_paths.h"
 
 namespace Vesk {
@@ -47,52 +44,27 @@ void addWindowsPlaces(std::vector<std::string>& directories) {
 }
 
 /// "Ubuntu clang version 14.0.6-1", "Apple clang version 15.0.0 (clang-1500.3.9.4)".
-std::string versionOf(const FoundCompiler& compiler) {
+CompilerAnswer ask(const FoundCompiler& compiler) {
     constexpr std::string_view kBefore = "clang version ";
     const std::string answer = askCompiler(compiler, "--version");
     const std::size_t at = answer.find(kBefore);
-    return at == std::string::npos
-               ? std::string()
-               : leadingVersion(std::string_view(answer).substr(at + kBefore.size()));
+    if (at == std::string::npos) {
+        return {};
+    }
+    return {leadingVersion(std::string_view(answer).substr(at + kBefore.size())),
+            askCompiler(compiler, "-print-target-triple")};
 }
 
 }  // namespace
 
 std::vector<DetectedTool> detectLLVM() {
     std::vector<std::string> directories = searchPath();
-    // Where there is a GCC, it is the machine's compiler.
-    const bool hasGcc = !findCompilers("gcc", directories).empty();
     if (platform::kWindows) {
         addWindowsPlaces(directories);
     } else {
         addVersionedDirectories(directories);
     }
-    std::vector<DetectedTool> tools;
-    std::set<std::string> names;
-    for (const FoundCompiler& compiler : findCompilers("clang", directories)) {
-        Toolchain toolchain = {RegisterLLVMMatcher.word(),
-                               "Clang",
-                               versionOf(compiler),
-                               askCompiler(compiler, "-print-target-triple"),
-                               compiler.place,
-                               kNoDefault};
-        if (toolchain.version.empty() || toolchain.triple.empty()) {
-            console::message(console::level::kDetail, console::colour::kReport,
-                             "'{}' is left out: it does not answer as Clang does.", compiler.path);
-            continue;
-        }
-        if (tools.empty()) {
-            toolchain.isDefault = hasGcc ? kFamilyDefault : kMachineDefault;
-        }
-        DetectedTool tool = detectedTool(toolchain, "clang");
-        if (!names.insert(tool.name).second) {
-            continue;
-        }
-        warnIfMissing(toolchain, {"clang++"}, "it compiles C only");
-        warnIfMissing(toolchain, {"llvm-ar", "ar"}, "it makes no static libraries");
-        tools.push_back(std::move(tool));
-    }
-    return tools;
+    return detectGnuStyle(kLlvmToolchain, directories, false, ask);
 }
 
 }  // namespace Vesk

@@ -2,6 +2,7 @@
 // target gets says what it mainly is.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <utility>
@@ -23,46 +24,23 @@ class MSVCTool : public CBuilder {
     std::shared_ptr<MsvcPrograms> programs_;
 };
 
-/// Compiles C.
-class MSVC_CL : public MSVCTool {
+enum class MsvcStep { C, Cpp, Library, Link, Messages, Resources };
+
+inline constexpr const char* kMsvcBuilderNames[] = {"cl", "cl++", "lib", "link", "mc", "rc"};
+
+template <MsvcStep step>
+class MsvcBuilder : public MSVCTool {
   public:
-    MSVC_CL(DeclaredPlace place, std::shared_ptr<MsvcPrograms> programs)
-        : MSVCTool("cl", std::move(place), std::move(programs)) {}
+    MsvcBuilder(DeclaredPlace place, std::shared_ptr<MsvcPrograms> programs)
+        : MSVCTool(kMsvcBuilderNames[static_cast<std::size_t>(step)], std::move(place),
+                   std::move(programs)) {}
 };
 
-/// Compiles C++, and C beside it.
-class MSVC_CPP : public MSVCTool {
-  public:
-    MSVC_CPP(DeclaredPlace place, std::shared_ptr<MsvcPrograms> programs)
-        : MSVCTool("cl++", std::move(place), std::move(programs)) {}
-};
-
-/// Puts objects into a library.
-class MSVC_LIB : public MSVCTool {
-  public:
-    MSVC_LIB(DeclaredPlace place, std::shared_ptr<MsvcPrograms> programs)
-        : MSVCTool("lib", std::move(place), std::move(programs)) {}
-};
-
-/// Links objects and resources.
-class MSVC_LINK : public MSVCTool {
-  public:
-    MSVC_LINK(DeclaredPlace place, std::shared_ptr<MsvcPrograms> programs)
-        : MSVCTool("link", std::move(place), std::move(programs)) {}
-};
-
-/// Compiles messages.
-class MSVC_MC : public MSVCTool {
-  public:
-    MSVC_MC(DeclaredPlace place, std::shared_ptr<MsvcPrograms> programs)
-        : MSVCTool("mc", std::move(place), std::move(programs)) {}
-};
-
-/// Compiles resources.
-class MSVC_RC : public MSVCTool {
-  public:
-    MSVC_RC(DeclaredPlace place, std::shared_ptr<MsvcPrograms> programs)
-        : MSVCTool("rc", std::move(place), std::move(programs)) {}
-};
+using MSVC_CL = MsvcBuilder<MsvcStep::C>;
+using MSVC_CPP = MsvcBuilder<MsvcStep::Cpp>;  ///< and C beside it
+using MSVC_LIB = MsvcBuilder<MsvcStep::Library>;
+using MSVC_LINK = MsvcBuilder<MsvcStep::Link>;
+using MSVC_MC = MsvcBuilder<MsvcStep::Messages>;
+using MSVC_RC = MsvcBuilder<MsvcStep::Resources>;
 
 }  // namespace Vesk

@@ -139,9 +139,6 @@ std::vector<DetectedTool> detectMSVC() {
         return {};
     }
     const Kits kits(programs);
-    // Whoever has one of these in PATH has put it there.
-    const bool others = !findCompilers("gcc", searchPath()).empty() ||
-                        !findCompilers("clang", searchPath()).empty();
     std::vector<DetectedTool> tools;
     std::set<std::string> names;
     std::set<std::string_view> triples;
@@ -158,7 +155,7 @@ std::vector<DetectedTool> detectMSVC() {
                                    {set.directory, {}, {}},
                                    kNoDefault};
             if (triples.insert(architecture.triple).second) {
-                toolchain.isDefault = others ? kFamilyDefault : kMachineDefault;
+                toolchain.isDefault = kMachineDefault;
             }
             DetectedTool tool = detectedTool(toolchain, "msvc");
             if (!names.insert(tool.name).second) {

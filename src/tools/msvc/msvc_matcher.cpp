@@ -1,11 +1,8 @@
 #include "tools/msvc/msvc_matcher.h"
 
-#include "base/exception.h"
 #include "base/text.h"
-#include "tools/discovery/toolchain_match.h"
 #include "tools/msvc/architecture.h"
 #include "tools/msvc/msvc_builders.h"
-#include "tools/msvc/msvc_programs.h"
 #include "tools/msvc/msvc_variables.h"
 #include "tools/support/c_family.h"
 #include "tools/support/source_files.h"
@@ -15,31 +12,17 @@ namespace Vesk {
 
 namespace {
 
-constexpr const char* kToolType = "msvc";
 constexpr std::string_view kTarget = "toolchain_target";
-
-const AssignmentMap& wantsTable() {
-    static const AssignmentMap table =
-        makeTable({{"toolchain_path"}, {"toolchain_version"}, {"toolchain_min_version"}});
-    return table;
-}
 
 constexpr std::string_view kSources[] = {"C_FILES",   "CPP_FILES", "ASM_FILES",
                                          "OBJ_FILES", "RC_FILES",  "MC_FILES"};
 
-/// A declaration that does not say which machine it is for.
-AssignmentMap withTarget(const AssignmentMap& must, AssignmentMap others) {
-    if (must.find(kTarget) == must.end() && others.find(kTarget) == others.end()) {
-        Assignment target = textAssignment(std::string(kTarget), std::string(kDefaultMsvcTriple));
-        others.emplace(target.name, target);
-    }
-    return others;
-}
-
 }  // namespace
 
+constinit const ToolchainTraits MsvcToolchain::kTraits = {"msvc", "MSVCMatcher", kSources};
+
 const ToolTypeRegistration RegisterMSVCMatcher({
-    .word = kToolType,
+    .word = MsvcToolchain::kTraits.toolType,
     .factory = matcherFactory<MSVCMatcher>(),
     .sources = kSources,
     .misnomers = kCFamilyMisnomers,
@@ -48,48 +31,34 @@ const ToolTypeRegistration RegisterMSVCMatcher({
     .rank = 3,
 });
 
-MSVCMatcher::MSVCMatcher(const CiString& name, const AssignmentMap& must,
-                         const AssignmentMap& others)
-    : Matcher(name, kToolType, wantsTable(), {}, must, withTarget(must, others)),
-      programs_(std::make_shared<MsvcPrograms>()) {
-    if (!wants().at("toolchain_path").value) {
-        throw VeskException("MSVCMatcher requires want variable 'toolchain_path'.");
+AssignmentMap MsvcToolchain::completed(const AssignmentMap& must, AssignmentMap others) {
+    if (must.find(kTarget) == must.end() && others.find(kTarget) == others.end()) {
+        Assignment target = textAssignment(std::string(kTarget), std::string(kDefaultMsvcTriple));
+        others.emplace(target.name, target);
     }
+    return others;
 }
 
-std::unique_ptr<Matcher> MSVCMatcher::clone() const {
-    return std::make_unique<MSVCMatcher>(*this);
-}
-
-std::vector<CiString> MSVCMatcher::comparedNames() const {
-    return withToolchainSettings(Matcher::comparedNames());
-}
-
-MatchResult MSVCMatcher::matchTool(const Context& target) const {
-    return matchToolchain({kToolType, declaredSettings(), kSources}, target);
-}
-
-std::shared_ptr<Builder> MSVCMatcher::createBuilder(const Context& target) const {
-    const DeclaredPlace place = declaredPlace(declaredSettings());
+std::shared_ptr<Builder> MsvcToolchain::builder(const Context& target, DeclaredPlace place) const {
     if (hasEntries(target, "CPP_FILES")) {
-        return std::make_shared<MSVC_CPP>(place, programs_);
+        return std::make_shared<MSVC_CPP>(std::move(place), programs);
     }
     if (hasSources(target)) {
-        return std::make_shared<MSVC_CL>(place, programs_);
+        return std::make_shared<MSVC_CL>(std::move(place), programs);
     }
     const std::string type = target.textOf("OUTPUT_TYPE").value_or("");
     if (equalsIgnoringCase(type, "static")) {
-        return std::make_shared<MSVC_LIB>(place, programs_);
+        return std::make_shared<MSVC_LIB>(std::move(place), programs);
     }
     if (!hasEntries(target, "OBJ_FILES") && type.empty()) {
         if (hasEntries(target, "MC_FILES")) {
-            return std::make_shared<MSVC_MC>(place, programs_);
+            return std::make_shared<MSVC_MC>(std::move(place), programs);
         }
         if (hasEntries(target, "RC_FILES")) {
-            return std::make_shared<MSVC_RC>(place, programs_);
+            return std::make_shared<MSVC_RC>(std::move(place), programs);
         }
     }
-    return std::make_shared<MSVC_LINK>(place, programs_);
+    return std::make_shared<MSVC_LINK>(std::move(place), programs);
 }
 
 }  // namespace Vesk

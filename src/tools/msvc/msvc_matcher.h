@@ -4,31 +4,27 @@
 
 #include <memory>
 
-#include "tools/matcher.h"
+#include "tools/discovery/toolchain_matcher.h"
+#include "tools/msvc/msvc_programs.h"
 #include "tools/tool_registry.h"
 
 namespace Vesk {
 
-class MsvcPrograms;
-
 extern const ToolTypeRegistration RegisterMSVCMatcher;
 
-/// Fits targets that name sources, objects, resource scripts or message files.
-class MSVCMatcher : public Matcher {
-  public:
-    /// Throws VeskException for a declaration without "toolchain_path".
-    MSVCMatcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others);
+struct MsvcToolchain {
+    static const ToolchainTraits kTraits;
 
-    std::unique_ptr<Matcher> clone() const override;
-    std::shared_ptr<Builder> createBuilder(const Context& target) const override;
-    std::vector<CiString> comparedNames() const override;
+    /// A declaration that does not say which machine it is for is for x64.
+    static AssignmentMap completed(const AssignmentMap& must, AssignmentMap others);
 
-  protected:
-    MatchResult matchTool(const Context& target) const override;
+    std::shared_ptr<Builder> builder(const Context& target, DeclaredPlace place) const;
 
-  private:
-    std::shared_ptr<MsvcPrograms> programs_;
+    std::shared_ptr<MsvcPrograms> programs = std::make_shared<MsvcPrograms>();
 };
+
+/// Fits targets that name sources, objects, resource scripts or message files.
+using MSVCMatcher = ToolchainMatcher<MsvcToolchain>;
 
 /// The compilers of this machine: those that Visual Studio's installer knows, those in its usual
 /// places, that of a developer prompt and those in PATH, for each machine that they make programs

@@ -11,17 +11,29 @@ namespace Vesk {
 
 namespace {
 
-constexpr std::string_view kSources[] = {"cmdline"};
-constexpr Misnomer kMisnomers[] = {
+constexpr std::string_view kInterpreterSources[] = {kInterpreterTool.variable};
+constexpr std::string_view kPowerShellSources[] = {kPowerShellTool.variable};
+
+constexpr Misnomer kInterpreterMisnomers[] = {
     {"command", "cmdline"}, {"commands", "cmdline"},      {"cmd", "cmdline"},
     {"cmds", "cmdline"},    {"command_line", "cmdline"},  {"workdir", "cwd"},
     {"working_dir", "cwd"}, {"working_directory", "cwd"},
 };
+constexpr Misnomer kPowerShellMisnomers[] = {
+    {"powershell", "pwsh"},
+    {"workdir", "cwd"},
+    {"working_dir", "cwd"},
+    {"working_directory", "cwd"},
+};
 
-constexpr Variable kCommandVariables[] = {
-    {"cmdline", "string, list", "required",
+constexpr Variable kInterpreterVariables[] = {
+    {kInterpreterTool.variable, "string, list", "required",
      "a command for the system's command interpreter, or several, which start together",
      R"("python3 make.py")"},
+};
+constexpr Variable kPowerShellVariables[] = {
+    {kPowerShellTool.variable, "string, list", "required",
+     "a command for PowerShell, or several, which start together", R"("Get-Date")"},
 };
 constexpr Variable kPlaceVariables[] = {
     {"cwd", "path", "the current directory", "the directory in which the commands run",
@@ -30,52 +42,33 @@ constexpr Variable kPlaceVariables[] = {
 constexpr Variable kResultVariables[] = {
     {"result", "integer", "", "the status with which the commands ended"},
 };
-constexpr VariableGroup kCommandGroup = {"Commands", VariableRole::Input, kCommandVariables};
-constexpr const VariableGroup* kVariables[] = {&kCommandGroup, &kCommandPlace, &kCommandResult};
 
-const AssignmentMap& wantsTable() {
-    static const AssignmentMap table = makeTable({{"cwd"}});
-    return table;
-}
-
-const AssignmentMap& needsTable() {
-    static const AssignmentMap table = makeTable({{"cmdline"}});
-    return table;
-}
+constexpr VariableGroup kInterpreterGroup = {"Commands", VariableRole::Input,
+                                             kInterpreterVariables};
+constexpr VariableGroup kPowerShellGroup = {"Commands", VariableRole::Input, kPowerShellVariables};
+constexpr VariableGroup kPlaceGroup = {"Commands", VariableRole::Input, kPlaceVariables};
+constexpr VariableGroup kResultGroup = {"Commands", VariableRole::Output, kResultVariables};
+constexpr const VariableGroup* kInterpreterGroups[] = {&kInterpreterGroup, &kPlaceGroup,
+                                                       &kResultGroup};
+constexpr const VariableGroup* kPowerShellGroups[] = {&kPowerShellGroup, &kPlaceGroup,
+                                                      &kResultGroup};
 
 }  // namespace
 
-constinit const VariableGroup kCommandPlace = {"Commands", VariableRole::Input, kPlaceVariables};
-constinit const VariableGroup kCommandResult = {"Commands", VariableRole::Output, kResultVariables};
-
 const ToolTypeRegistration RegisterBasicMatcher({
-    .word = "command",
+    .word = kInterpreterTool.typeWord,
     .factory = matcherFactory<BasicMatcher>(),
-    .sources = kSources,
-    .misnomers = kMisnomers,
-    .variables = kVariables,
+    .sources = kInterpreterSources,
+    .misnomers = kInterpreterMisnomers,
+    .variables = kInterpreterGroups,
 });
-
-BasicMatcher::BasicMatcher(const CiString& name, const AssignmentMap& must,
-                           const AssignmentMap& others)
-    : Matcher(name, "command", wantsTable(), needsTable(), must, others) {}
-
-std::unique_ptr<Matcher> BasicMatcher::clone() const {
-    return std::make_unique<BasicMatcher>(*this);
-}
-
-std::shared_ptr<Builder> BasicMatcher::createBuilder(const Context&) const {
-    return std::make_shared<BasicBuilder>("cmdline", shell::kInterpreter);
-}
-
-MatchResult BasicMatcher::matchTool(const Context&) const {
-    return {{}, MatchNote::BuildPossible};
-}
-
-BasicBuilder::BasicBuilder(std::string commandVariable, std::uint32_t shell)
-    : Builder(makeTable({{commandVariable}})),
-      commandVariable_(std::move(commandVariable)),
-      shell_(shell) {}
+const ToolTypeRegistration RegisterPowerShellMatcher({
+    .word = kPowerShellTool.typeWord,
+    .factory = matcherFactory<PowerShellMatcher>(),
+    .sources = kPowerShellSources,
+    .misnomers = kPowerShellMisnomers,
+    .variables = kPowerShellGroups,
+});
 
 std::shared_ptr<Context> BasicBuilder::complete(TargetContext&, int exitCode) {
     auto results = std::make_shared<Context>();
@@ -97,13 +90,13 @@ RecipeSet BasicBuilder::createRecipes(TargetContext& target) {
 }
 
 std::vector<Recipe> BasicBuilder::commandRecipes(TargetContext& target) {
-    const Assignment* command = target.find(commandVariable_);
+    const Assignment* command = target.find(tool_.variable);
     if (command == nullptr || !command->value) {
         return {};
     }
     Recipe recipe;
     recipe.workingDirectory = platform::pathFromUtf8(target.textOf("cwd").value_or(""));
-    recipe.shell = shell_;
+    recipe.shell = tool_.shell;
 
     const auto* list = valueAs<VeskList>(command->value.get());
     if (list == nullptr) {

@@ -1,4 +1,4 @@
-// The command tool: runs the commands that a target spells out.
+// The command tools: they run the commands that a target spells out, each with its interpreter.
 #pragma once
 
 #include <cstdint>
@@ -13,30 +13,26 @@
 namespace Vesk {
 
 extern const ToolTypeRegistration RegisterBasicMatcher;
+extern const ToolTypeRegistration RegisterPowerShellMatcher;
 
-extern const VariableGroup kCommandPlace;   ///< cwd
-extern const VariableGroup kCommandResult;  ///< result
-
-/// Fits targets that assign "cmdline".
-class BasicMatcher : public Matcher {
-  public:
-    BasicMatcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others);
-
-    std::unique_ptr<Matcher> clone() const override;
-    std::shared_ptr<Builder> createBuilder(const Context& target) const override;
-
-  protected:
-    MatchResult matchTool(const Context& target) const override;
+/// What differs between them.
+struct CommandTool {
+    const char* typeWord;
+    const char* variable;  ///< whose value is the command
+    std::uint32_t shell;   ///< as in Recipe
 };
+
+inline constexpr CommandTool kInterpreterTool = {"command", "cmdline", shell::kInterpreter};
+inline constexpr CommandTool kPowerShellTool = {"pwsh", "pwsh", shell::kPowershell};
 
 /// One command for a single value, one for each item of a list, all run in the directory that the
 /// target's "cwd" names.
 class BasicBuilder : public Builder {
   public:
-    /// `shell` as in Recipe.
-    BasicBuilder(std::string commandVariable, std::uint32_t shell);
+    explicit BasicBuilder(const CommandTool& tool)
+        : Builder(makeTable({{tool.variable}})), tool_(tool) {}
 
-    std::string name() const override { return commandVariable_; }
+    std::string name() const override { return tool_.variable; }
 
     Overlap overlap(const TargetContext&) const override { return Overlap::WhenAsked; }
     LookedFor lookedFor(const TargetContext&) const override { return {false, {}}; }
@@ -50,8 +46,29 @@ class BasicBuilder : public Builder {
     std::vector<Recipe> commandRecipes(TargetContext& target) override;
 
   private:
-    std::string commandVariable_;
-    std::uint32_t shell_;
+    const CommandTool& tool_;
 };
+
+/// Fits targets that assign the tool's variable.
+template <const CommandTool& tool>
+class CommandMatcher : public Matcher {
+  public:
+    CommandMatcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others)
+        : Matcher(name, tool.typeWord, makeTable({{"cwd"}}), makeTable({{tool.variable}}), must,
+                  others) {}
+
+    std::unique_ptr<Matcher> clone() const override {
+        return std::make_unique<CommandMatcher>(*this);
+    }
+    std::shared_ptr<Builder> createBuilder(const Context&) const override {
+        return std::make_shared<BasicBuilder>(tool);
+    }
+
+  protected:
+    MatchResult matchTool(const Context&) const override { return {{}, MatchNote::BuildPossible}; }
+};
+
+using BasicMatcher = CommandMatcher<kInterpreterTool>;
+using PowerShellMatcher = CommandMatcher<kPowerShellTool>;
 
 }  // namespace Vesk

@@ -9,7 +9,6 @@
 #include "tools/static/basic_tool.h"
 #include "tools/static/file_writer.h"
 #include "tools/static/no_tool.h"
-#include "tools/static/powershell_tool.h"
 
 namespace Vesk {
 

@@ -37,7 +37,7 @@ std::string scoreOf(const AssignmentMap& tool, std::vector<Assignment> asked,
     asked.push_back(var("C_FILES", list({str("a.c")})));
     constexpr std::string_view subjects[] = {"C_FILES", "CPP_FILES"};
     const MatchResult result =
-        matchToolchain({"gnu-gcc", tool, subjects, anyTarget}, *contextOf(asked));
+        matchToolchain({"gnu-gcc", "", subjects, anyTarget}, tool, *contextOf(asked));
     if (result.note != MatchNote::BuildPossible) {
         return "no";
     }
@@ -108,7 +108,7 @@ TEST(ToolchainMatch, FamilyDefaultsAndCompilersForAnyTarget) {
     EXPECT_EQ(scoreOf(clang, {var("TARGET_TRIPLE", str("arm-none-eabi"))}, true), "2");
     const auto nothing = contextOf({var("FLAGS", str("-O2")), out("C_FILES")});
     constexpr std::string_view subjects[] = {"C_FILES"};
-    EXPECT_EQ(matchToolchain({"gnu-gcc", clang, subjects}, *nothing).note,
+    EXPECT_EQ(matchToolchain({"gnu-gcc", "", subjects}, clang, *nothing).note,
               MatchNote::BuildImpossible);
 }
 
