@@ -8,6 +8,7 @@
 #include "base/ci_string.h"
 #include "base/exception.h"
 #include "base/report.h"
+#include "base/text.h"
 
 namespace Vesk {
 namespace {
@@ -96,7 +97,16 @@ bool takeAttached(std::string_view& word, const Option& option) noexcept {
     return false;
 }
 
-void applySwitch(std::string_view word, Settings& settings, ArgumentReader& reader) {
+std::string_view withoutDashes(std::string_view argument) noexcept {
+    argument.remove_prefix(1);
+    if (beginsWithDash(argument)) {
+        argument.remove_prefix(1);
+    }
+    return argument;
+}
+
+void applySwitch(const std::string& argument, Settings& settings, ArgumentReader& reader) {
+    const std::string_view word = withoutDashes(argument);
     for (const Option& option : options()) {
         if (names(word, option)) {
             option.apply(settings, reader.takeFor(option.form));
@@ -107,14 +117,21 @@ void applySwitch(std::string_view word, Settings& settings, ArgumentReader& read
             return;
         }
     }
+    if (!word.empty()) {  // "-" and "--" say nothing
+        settings.unknownOptions.push_back(argument);
+    }
 }
 
-std::string_view withoutDashes(std::string_view argument) noexcept {
-    argument.remove_prefix(1);
-    if (beginsWithDash(argument)) {
-        argument.remove_prefix(1);
+/// A note that names the option that the word was probably meant to be; may be empty.
+std::string intendedOption(std::string_view word) {
+    std::vector<std::string> names;
+    for (const Option& option : options()) {
+        if (equalsIgnoringCase(word, option.longForm)) {
+            return "it needs a value: " + synopsis(option);
+        }
+        names.push_back("--" + std::string(option.longForm));
     }
-    return argument;
+    return didYouMean("--" + std::string(word.substr(0, word.find('='))), names);
 }
 
 /// The words of the variable's text.
@@ -163,10 +180,17 @@ void parseCommandLine(const std::vector<std::string>& arguments, Settings& setti
     while (!reader.atEnd()) {
         const std::string& argument = reader.take();
         if (beginsWithDash(argument)) {
-            applySwitch(withoutDashes(argument), settings, reader);
+            applySwitch(argument, settings, reader);
         } else {
             settings.positionals.push_back(argument);
         }
+    }
+}
+
+void reportUnknownOptions(const Settings& settings) {
+    for (const std::string& argument : settings.unknownOptions) {
+        reportDoubt(settings.doubts, "Unknown option '" + argument + "'.",
+                    {intendedOption(withoutDashes(argument)), "vesk --options lists all options"});
     }
 }
 

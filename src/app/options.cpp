@@ -5,8 +5,10 @@
 #include <thread>
 
 #include "base/console.h"
+#include "base/exception.h"
 #include "base/text.h"
 #include "platform/files.h"
+#include "project/identifier.h"
 
 namespace Vesk {
 namespace {
@@ -48,6 +50,21 @@ void setMaxCommands(Settings& settings, const std::string& value) {
     settings.maxCommands = isNumber ? count(value) : settings.maxCommands;
 }
 
+void addDefinition(Settings& settings, const std::string& value) {
+    const std::size_t equals = value.find('=');
+    std::string name = value.substr(0, equals);
+    if (equals == std::string::npos || !isIdentifier(name)) {
+        VeskException error("'--define=" + value + "' gives no variable a text.");
+        error.addNote("write --define=NAME=text; a name has letters, digits, '_' and '-'");
+        throw error;
+    }
+    settings.definitions.push_back({std::move(name), value.substr(equals + 1)});
+}
+
+void refuseDoubts(Settings& settings, const std::string& /*value*/) {
+    settings.doubts = Doubts::Refuse;
+}
+
 void askFor(Settings& settings, RunMode mode) {
     settings.runMode = std::max(settings.runMode, mode);
 }
@@ -83,6 +100,10 @@ constexpr std::array kOptions = {
            "reads this unit file, and no project", setUnitFile},
     Option{kWhatIsBuilt, "c", "cmdMode", ArgumentForm::None, "",
            "no file: the assignments on the command line are the target", setCommandLineMode},
+    Option{kWhatIsBuilt, "", "define", ArgumentForm::Attached, "NAME=TEXT",
+           "gives a variable this text, which needs no quotes of the language", addDefinition},
+    Option{kWhatIsBuilt, "", "strict", ArgumentForm::None, "",
+           "what is most probably not meant is an error, not a warning", refuseDoubts},
 
     Option{kHow, "j", "jobs", ArgumentForm::AttachedNumber, "[N]",
            "how many commands run at once, over all targets", setJobCount},

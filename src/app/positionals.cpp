@@ -1,15 +1,16 @@
 #include "app/positionals.h"
 
 #include <filesystem>
+#include <fmt/format.h>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 
-#include "base/console.h"
+#include "base/ci_string.h"
 #include "base/exception.h"
-#include "base/report.h"
 #include "base/text.h"
 #include "grammar/loaders.h"
+#include "platform/system.h"
 #include "types/identifier_value.h"
 #include "types/simple_values.h"
 
@@ -59,16 +60,28 @@ std::string suggestionFor(const std::string& word, const Project& project) {
     return didYouMean(word, names);
 }
 
-constexpr const char* kQuotesNeeded =
-    "a text needs double quotes that reach vesk: NAME=\"text\"; in most shells 'NAME=\"text\"', in "
-    "the Windows console NAME=\\\"text\\\"";
+/// How a shell hands on a text with its quotes, and how to do without them.
+std::string howToGiveText(const std::string& word) {
+    const std::size_t equals = word.find('=');
+    const std::string name(trimmed(word.substr(0, equals)));
+    const std::string text = equals == std::string::npos ? "text" : word.substr(equals + 1);
+    const bool plain = text.find_first_of(" \t\"'$&|;<>()*?\\`") == std::string::npos;
+    const std::string define = "--define=" + name + "=" + text;
+    const std::string quoted =
+        platform::kWindows ? name + R"(=\")" + text + R"(\")" : "'" + name + "=\"" + text + "\"'";
+    return fmt::format("for text write {}, or {} with quotes that reach vesk",
+                       plain                ? define
+                       : platform::kWindows ? '"' + define + '"'
+                                            : "'" + define + "'",
+                       quoted);
+}
 
 void addHelp(VeskException& error, const std::string& word, const Project& project) {
     error.addNote("'" + word + "' names no target of unit '" + project.mainUnit()->name +
                   "' and no profile, so it was read as an assignment");
     error.addNote(suggestionFor(word, project));
     if (contains(word, "=")) {
-        error.addNote(kQuotesNeeded);
+        error.addNote(howToGiveText(word));
     }
 }
 
@@ -84,17 +97,33 @@ bool startsWithValue(const VeskValue& value, std::string_view word) {
     return identifier == nullptr || written.starts_with(identifier->path.segments.front().name);
 }
 
-void warnOfMisreading(const Assignment& assignment, const std::string& word,
-                      const Project& project) {
+/// Of a dotted name.
+std::string_view firstName(std::string_view path) noexcept {
+    path = trimmed(path);
+    return path.substr(0, path.find_first_of(".["));
+}
+
+void reportMisreading(const Assignment& assignment, const std::string& word, const Project& project,
+                      Doubts doubts) {
     if (assignment.op == AssignOperator::None) {
-        reportWarning("'" + word +
-                          "' is neither a target nor a profile; as an assignment it clears the "
-                          "variable '" +
-                          assignment.name.str() + "'.",
-                      {suggestionFor(word, project)});
+        reportDoubt(doubts,
+                    "'" + word +
+                        "' is neither a target nor a profile; as an assignment it clears the "
+                        "variable '" +
+                        assignment.name.str() + "'.",
+                    {suggestionFor(word, project)});
     } else if (assignment.value && !startsWithValue(*assignment.value, word)) {
-        reportWarning("'" + word + "' was read as '" + assignment.toDisplayString() + "'.",
-                      {kQuotesNeeded});
+        reportDoubt(doubts, "'" + word + "' was read as '" + assignment.toDisplayString() + "'.",
+                    {howToGiveText(word)});
+    }
+}
+
+Assignment parsedAssignment(const std::string& word, const Project& project) {
+    try {
+        return parseAssignment(word, std::filesystem::current_path());
+    } catch (VeskException& error) {
+        addHelp(error, word, project);
+        throw;
     }
 }
 
@@ -118,15 +147,23 @@ Positionals classifyPositionals(const std::vector<std::string>& words, const Pro
     return taken;
 }
 
-Assignment parsePositionalAssignment(const std::string& word, const Project& project) {
-    try {
-        Assignment assignment = parseAssignment(word, std::filesystem::current_path());
-        warnOfMisreading(assignment, word, project);
-        return assignment;
-    } catch (VeskException& error) {
-        addHelp(error, word, project);
-        throw;
+Assignment parsePositionalAssignment(const std::string& word, const Project& project,
+                                     Doubts doubts) {
+    Assignment assignment = parsedAssignment(word, project);
+    reportMisreading(assignment, word, project, doubts);
+    return assignment;
+}
+
+void rethrowWithLostQuotes(const Positionals& words, const std::string& missing) {
+    for (const OtherWord& word : words.others) {
+        const std::size_t equals = word.text.find('=');
+        if (!word.isTarget && equals != std::string::npos &&
+            equalsIgnoringCase(firstName(word.text.substr(equals + 1)), firstName(missing))) {
+            rethrowWithNote("'" + word.text + "' on the command line names that variable; " +
+                            howToGiveText(word.text));
+        }
     }
+    throw;
 }
 
 }  // namespace Vesk

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/doubts.h"
 #include "project/project.h"
 #include "types/assignment.h"
 #include "types/dependency.h"
@@ -29,9 +30,15 @@ struct Positionals {
 Positionals classifyPositionals(const std::vector<std::string>& words, const Project& project);
 
 /// Parses a word that is neither target nor profile. Relative paths in it are relative to the
-/// current directory. What is probably not meant is warned about: a bare word, which clears a
-/// variable, may be a mistyped target, and a text may have lost its quotes to the shell. Throws
+/// current directory. What is probably not meant is reported as a doubt: a bare word, which clears
+/// a variable, may be a mistyped target, and a text may have lost its quotes to the shell. Throws
 /// VeskException, with notes that say what the word could have been.
-Assignment parsePositionalAssignment(const std::string& word, const Project& project);
+Assignment parsePositionalAssignment(const std::string& word, const Project& project,
+                                     Doubts doubts);
+
+/// Throws the error being handled again. When a word is an assignment of the name that the error
+/// says is missing, a note is added: the shell took the quotes of a text. Call inside a catch block
+/// only.
+[[noreturn]] void rethrowWithLostQuotes(const Positionals& words, const std::string& missing);
 
 }  // namespace Vesk

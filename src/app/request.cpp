@@ -4,6 +4,7 @@
 
 #include "base/console.h"
 #include "base/exception.h"
+#include "types/string_values.h"
 
 namespace Vesk {
 namespace {
@@ -17,20 +18,44 @@ void loadImports(const Workspace& workspace, const Positionals& words, const Reg
     }
 }
 
+void refuseSecondTarget(const std::string& word, Doubts doubts) {
+    constexpr const char* kText = "Only one target name can be specified";
+    if (doubts == Doubts::Refuse) {
+        VeskException error(kText);
+        error.addNote("'" + word + "' is a second one");
+        throw error;
+    }
+    console::error(kText);
+}
+
+/// A plain text: nothing in it is read as the language.
+Assignment definition(const std::string& name, const std::string& text) {
+    Assignment assignment;
+    assignment.name = CiString(name);
+    assignment.op = AssignOperator::Assign;
+    assignment.value = std::make_shared<VeskRawString>(text);
+    return assignment;
+}
+
 /// As they are written; `merged` gets what they amount to.
-ContextTemplate readAssignments(const Positionals& words, const Project& project, Context& merged) {
+ContextTemplate readAssignments(const Positionals& words, const Settings& settings,
+                                const Project& project, Context& merged) {
     ContextTemplate written;
     for (const auto& [word, isTarget] : words.others) {
         if (isTarget) {
-            console::error("Only one target name can be specified");
+            refuseSecondTarget(word, settings.doubts);
             continue;
         }
-        written.assignments.push_back(parsePositionalAssignment(word, project));
+        written.assignments.push_back(parsePositionalAssignment(word, project, settings.doubts));
         try {
             fill(merged, written.assignments.back());
         } catch (...) {
             rethrowWithNote("in '" + word + "' on the command line");
         }
+    }
+    for (const auto& [name, text] : settings.definitions) {
+        written.assignments.push_back(definition(name, text));
+        fill(merged, written.assignments.back());
     }
     return written;
 }
@@ -54,7 +79,7 @@ Request readRequest(const Settings& settings, Workspace& workspace, const UserRe
     request.assignments = std::make_shared<Context>();
     request.overrides = request.assignments;
     ContextTemplate written =
-        readAssignments(request.words, *workspace.project, *request.assignments);
+        readAssignments(request.words, settings, *workspace.project, *request.assignments);
     if (workspace.commandLineTarget) {
         workspace.commandLineTarget->setBody(std::move(written));
         request.overrides = withoutAppends(*request.assignments);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/doubts.h"
 #include "base/console.h"
 #include "project/project.h"
 
@@ -34,6 +35,14 @@ enum class RunMode : std::int32_t {
     VariableTables = 11,
 };
 
+/// A variable that the command line gives a plain text.
+struct Definition {
+    std::string name;
+    std::string text;
+
+    friend bool operator==(const Definition&, const Definition&) = default;
+};
+
 struct Settings {
     std::vector<std::string> arguments;  ///< what the settings were read from, in any form
     std::filesystem::path unitFile = kUnitFileName;
@@ -46,12 +55,15 @@ struct Settings {
     bool rebuild = false;
     bool dryRun = false;
     bool keepGoing = false;
+    Doubts doubts = Doubts::Warn;
     std::uint32_t maxCommands = 0;  ///< 0: no limit
     std::string unitToList;
     std::string variable;                  ///< to explain; empty: all of them
     std::string mainOutput;                ///< the file that -o names, as given
     std::string compileCommands;           ///< the compilation database to write, as given
     std::vector<std::string> positionals;  ///< every argument that is no option, in order
+    std::vector<Definition> definitions;
+    std::vector<std::string> unknownOptions;  ///< as they were given
 
     friend bool operator==(const Settings&, const Settings&) = default;
 };

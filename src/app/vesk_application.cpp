@@ -42,7 +42,13 @@ void VeskApplication::parse(const std::vector<std::string>& arguments) {
         // No argument holds a NUL, so this one is told apart from them.
         settings_.arguments.push_back(*text + '\0');
     }
+    if (const auto text = platform::environmentVariable(kStrictVariable);
+        text && !text->empty() && *text != "0") {
+        settings_.doubts = Doubts::Refuse;
+        settings_.arguments.push_back(kStrictVariable + std::string(1, '\0'));
+    }
     parseCommandLine(arguments, settings_);
+    reportUnknownOptions(settings_);
 }
 
 int VeskApplication::run() const {

@@ -5,6 +5,7 @@
 #include <limits>
 #include <numeric>
 #include <stdexcept>
+#include <utility>
 
 #include "base/ci_string.h"
 
@@ -13,22 +14,30 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-/// The number of single-byte edits between two words; `limit + 1` when it is larger than `limit`.
+bool isSame(char a, char b) noexcept {
+    return asciiLower(a) == asciiLower(b);
+}
+
+/// The number of single-byte edits between two words, of which swapping two neighbours is one;
+/// `limit + 1` when it is larger than `limit`.
 std::size_t editDistance(std::string_view a, std::string_view b, std::size_t limit) {
     const std::size_t difference = a.size() > b.size() ? a.size() - b.size() : b.size() - a.size();
     if (difference > limit) {
         return limit + 1;
     }
+    std::vector<std::size_t> twoBack;
+    std::vector<std::size_t> back;
     std::vector<std::size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
     for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = row[0];
+        twoBack = std::exchange(back, row);
         row[0] = i;
         for (std::size_t j = 1; j <= b.size(); ++j) {
-            const bool same = asciiLower(a[i - 1]) == asciiLower(b[j - 1]);
-            const std::size_t replaced = diagonal + (same ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+            const std::size_t replaced = back[j - 1] + (isSame(a[i - 1], b[j - 1]) ? 0 : 1);
+            row[j] = std::min({replaced, back[j] + 1, row[j - 1] + 1});
+            if (i > 1 && j > 1 && isSame(a[i - 1], b[j - 2]) && isSame(a[i - 2], b[j - 1])) {
+                row[j] = std::min(row[j], twoBack[j - 2] + 1);
+            }
         }
     }
     return row[b.size()];

@@ -64,9 +64,9 @@ std::string AssignmentException::text() const {
     return "Attempted to modify assignment: " + oldText_ + " with " + newText_;
 }
 
-MissingVariable::MissingVariable(const std::string& name)
-    : std::out_of_range("invalid map<K, T> key") {
-    addNote("there is no variable '" + name + "'");
+MissingVariable::MissingVariable(std::string name)
+    : std::out_of_range("invalid map<K, T> key"), name_(std::move(name)) {
+    addNote("there is no variable '" + name_ + "'");
 }
 
 }  // namespace Vesk

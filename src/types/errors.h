@@ -57,6 +57,7 @@ class NotFoundException : public VeskException {
   public:
     NotFoundException(std::string kind, std::string name, std::string note = {});
     std::string text() const override;
+    const std::string& name() const noexcept { return name_; }
 
   private:
     std::string kind_;
@@ -119,7 +120,11 @@ class ParseError : public VeskException {
 /// The first name of a dotted path is unknown: the standard library's words for a missing map key.
 class MissingVariable : public std::out_of_range, public Noted {
   public:
-    explicit MissingVariable(const std::string& name);
+    explicit MissingVariable(std::string name);
+    const std::string& name() const noexcept { return name_; }
+
+  private:
+    std::string name_;
 };
 
 /// A string refers to itself, directly or through others.

@@ -5,6 +5,7 @@
 
 #include "base/exception.h"
 #include "base/text.h"
+#include "platform/system.h"
 #include "support/console_capture.h"
 
 namespace Vesk {
@@ -63,7 +64,8 @@ class PositionalWords : public testing::Test {
     std::string assignment(const std::string& word) const {
         test::ConsoleCapture console;
         try {
-            const std::string text = parsePositionalAssignment(word, project_).toDisplayString();
+            const std::string text =
+                parsePositionalAssignment(word, project_, Doubts::Warn).toDisplayString();
             return text + "\n" + console.text();
         } catch (const VeskException& error) {
             return error.report();
@@ -122,11 +124,10 @@ TEST_F(PositionalWords, ThatDoNotParseAreExplained) {
                more;
     };
     EXPECT_EQ(assignment("1lib"), explained("1lib", "\n  did you mean 'lib'?"));
+    const std::string quoted = platform::kWindows ? R"(FLAGS=\"/O2\")" : R"('FLAGS="/O2"')";
     EXPECT_EQ(assignment("FLAGS=/O2"),
-              explained("FLAGS=/O2",
-                        "\n  a text needs double quotes that reach vesk: NAME=\"text\"; in "
-                        "most "
-                        "shells 'NAME=\"text\"', in the Windows console NAME=\\\"text\\\""));
+              explained("FLAGS=/O2", "\n  for text write --define=FLAGS=/O2, or " + quoted +
+                                         " with quotes that reach vesk"));
 }
 
 }  // namespace

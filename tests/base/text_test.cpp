@@ -50,7 +50,8 @@ TEST(Text, FindsTheNameThatWasMeant) {
     const std::vector<std::string> names{"lib", "library", "app", "x"};
     const std::pair<std::string, std::string> cases[] = {
         {"LIB", "lib"},          // case is no edit
-        {"lbi", ""},             // a swap is two edits, a third of three letters is one
+        {"lbi", "lib"},          // two neighbours swapped
+        {"ibl", ""},             // two edits, a third of three letters is one
         {"lob", "lib"},          // replaced
         {"li", "lib"},           // missing
         {"libb", "lib"},         // one too many

@@ -49,8 +49,7 @@ class Modes(ProgramTest):
 class Options(ProgramTest):
     def test_may_stand_anywhere(self):
         self.write("other.txt", TWO_TARGETS)
-        self.check("second", "--frobnicate", "-V", "6", "-j", "--file", "other.txt", "--", "-",
-                   out="second\n")
+        self.check("second", "-V", "6", "-j", "--file", "other.txt", "--", "-", out="second\n")
         self.check("-v", "6", "-F", "other.txt", out="first\n")
 
     def test_verbosity(self):
@@ -158,6 +157,72 @@ class CommandLineMode(ProgramTest):
         self.check("-v", "6", "librari", err="'librari' is neither a target nor a profile; as an "
                    "assignment it clears the variable 'librari'.\n  did you mean 'library'?\n")
         self.assertIn("'lib=' names no target of unit 'vesk'", self.error("lib="))
+
+
+class Doubts(ProgramTest):
+    """What was most probably not meant is done with a warning, or refused."""
+
+    WORDS = (
+        ("frist", "'frist' is neither a target nor a profile; as an assignment it clears the variable "
+                  "'frist'.\n  did you mean 'first'?\n"),
+        ("A=-O2", "'A=-O2' was read as 'A = 2'.\n  for text write --define=A=-O2, or "),
+        ("second", "Only one target name can be specified\n"),
+        ("--dryrun", "Unknown option '--dryrun'.\n  did you mean '--dry-run'?\n"
+                     "  vesk --options lists all options\n"),
+        ("--compile-commands", "Unknown option '--compile-commands'.\n"
+                               "  it needs a value: --compile-commands=FILE\n"),
+    )
+
+    def test_warnings(self):
+        self.unit(TWO_TARGETS)
+        for word, warning in self.WORDS:
+            with self.subTest(word=word):
+                result = self.run_vesk("-v", "6", "first", word)
+                self.assertIn(warning, result.err)
+                self.assertEqual((result.out, result.status), ("first\n", 0))
+
+    def test_strict(self):
+        self.unit(TWO_TARGETS)
+        for word, warning in self.WORDS:
+            for strict in ({}, {"VESK_STRICT": "1"}):
+                with self.subTest(word=word, strict=strict):
+                    result = self.run_vesk("first", word, *(() if strict else ("--strict",)), env=strict)
+                    self.assertIn("Error: " + warning.rstrip("\n"), result.err)
+                    self.assertEqual((result.out, result.status), ("", 1))
+        self.check("-v", "6", "first", out="first\n", env={"VESK_STRICT": "0"})
+
+    def test_a_kept_run_is_refused_too(self):
+        self.remembers = True
+        self.unit('first: { NO_TOOL = "" }')
+        for _ in range(3):
+            self.assertEqual(self.run_vesk("frist").status, 0)
+        self.assertEqual(self.run_vesk("frist", env={"VESK_STRICT": "1"}).status, 1)
+
+
+class Definitions(ProgramTest):
+    def test_are_plain_text(self):
+        self.unit('say: { cmdline = "child print \\"${A}\\"" }'.replace('\\"', "${ascii[34]}"))
+        for text in ("clang", "-O2 -g", "a=b", "[1]", "b.c", "\N{SNOWMAN}"):
+            with self.subTest(text=text):
+                self.check("-v", "6", "say", "--define=A=" + text, out=text + "\n")
+        self.check("-v", "6", 'A="later"', "--define=A=last", out="last\n")
+
+    def test_errors(self):
+        self.unit(TWO_TARGETS)
+        for text in ("A", "=b", "1=2", ""):
+            self.check_error("--define=" + text, err=f"""
+                Error: '--define={text}' gives no variable a text.
+                  write --define=NAME=text; a name has letters, digits, '_' and '-'
+                """)
+
+    def test_text_that_lost_its_quotes(self):
+        self.unit('say: { cmdline = "child print ${A}" }')
+        for word, missing in (("A=clang", "Assignment 'clang' not found."),
+                              ("A=x.y", "invalid map<K, T> key")):
+            error = self.error(word)
+            self.assertIn(missing + "\n", error)
+            self.assertIn(f"\n  '{word}' on the command line names that variable; for text write "
+                          f"--define={word}, or ", error)
 
 
 class OutputFile(ProgramTest):

@@ -10,6 +10,7 @@
 #include "app/snapshot.h"
 #include "base/console.h"
 #include "driver/driver.h"
+#include "types/errors.h"
 
 namespace Vesk::modes {
 namespace {
@@ -52,6 +53,17 @@ void buildAndWrite(const Settings& settings, Session& session) {
     }
 }
 
+/// A variable that is missing may have been text on the command line.
+void buildNaming(const Settings& settings, Session& session) {
+    try {
+        buildAndWrite(settings, session);
+    } catch (const NotFoundException& error) {
+        rethrowWithLostQuotes(session.request.words, error.name());
+    } catch (const MissingVariable& error) {
+        rethrowWithLostQuotes(session.request.words, error.name());
+    }
+}
+
 Session runBuild(const Settings& settings) {
     Session session = openSession(settings);
     console::normal("Starting build");
@@ -59,7 +71,7 @@ Session runBuild(const Settings& settings) {
         printImplicitContexts(session.catalog);
     }
     try {
-        buildAndWrite(settings, session);
+        buildNaming(settings, session);
     } catch (...) {
         session.caches.save();  // what was built before the failure is not built again
         throw;
