@@ -56,7 +56,7 @@ TEST(Text, FindsTheNameThatWasMeant) {
         {"li", "lib"},           // missing
         {"libb", "lib"},         // one too many
         {"librray", "library"},  // two edits in seven letters
-        {"lirbrayr", ""},        // three edits, two allowed
+        {"lirxrayr", ""},        // three edits, two allowed
         {"q", ""},               // would replace every letter of "x"
     };
     for (const auto& [name, expected] : cases) {
