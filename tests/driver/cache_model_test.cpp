@@ -418,14 +418,21 @@ class Model {
     int ran_ = 0;
 };
 
+#ifdef __SANITIZE_THREAD__
+constexpr bool kThreadSanitizer = true;
+#else
+constexpr bool kThreadSanitizer = false;
+#endif
+
 /// A seed and a number of jobs.
 class CacheModel : public testing::TestWithParam<std::pair<unsigned, int>> {};
 
 TEST_P(CacheModel, IsNeverWrongAndNeverBusyForNothing) {
     Model model(GetParam().first, GetParam().second);
     const ConsoleCapture quiet(console::level::kError + 1);
-    // The emulator pays for each of the many small files; the code that it runs is the same.
-    const int rounds = platform::kWindows ? 100 : 500;
+    // The emulator pays for each of the many small files, the sanitizer for each access; the code
+    // that they run is the same.
+    const int rounds = platform::kWindows || kThreadSanitizer ? 100 : 500;
     for (int round = 0; round < rounds; ++round) {
         model.disturb();
         const bool patient = model.chance() && model.chance();

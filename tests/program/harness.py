@@ -255,11 +255,10 @@ class ProgramTest(SameResult, unittest.TestCase):
         text = text if colours else ESCAPE.sub("", text)
         parts = [re.escape(part) for part in self.dir.parts[1:]]
         drive = "[Zz]:" if SETTINGS.windows else ""
-        pattern = re.compile(drive + "".join(r"[\\/]" + part for part in parts) + r"([^\n]*)")
-        slashes = SETTINGS.windows
-        return pattern.sub(
-            lambda hit: "{DIR}" + (hit[1].replace("\\", "/") if slashes else hit[1]), text
-        )
+        text = re.sub(drive + "".join(r"[\\/]" + part for part in parts), "{DIR}", text)
+        if SETTINGS.windows:
+            text = re.sub(r"\{DIR\}[^\n]*", lambda hit: hit[0].replace("\\", "/"), text)
+        return text
 
     # --- comparing
 
