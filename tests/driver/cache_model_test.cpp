@@ -87,6 +87,12 @@ class Model {
         for (const std::string& source : kSources) {
             edit(source);
         }
+        // Commands look flags up on any thread, so no entry may come into being meanwhile.
+        for (const ModelTarget& target : targets()) {
+            for (const Step& step : target.steps) {
+                flags_[step.output];
+            }
+        }
     }
 
     /// Something happens to the project, or to the next build.
@@ -223,7 +229,7 @@ class Model {
     }
 
     std::string made(const Step& step) {
-        std::string text = "flag " + flags_[step.output] + "\n";
+        std::string text = "flag " + flags_.at(step.output) + "\n";
         for (const std::string& input : step.inputs) {
             text += contentOf(path(input)) + "\n";
         }
@@ -272,7 +278,7 @@ class Model {
 
     Recipe recipeFor(const Step& step) {
         Recipe recipe;
-        recipe.command = "join " + flags_[step.output] + " " + step.output;
+        recipe.command = "join " + flags_.at(step.output) + " " + step.output;
         recipe.stage = step.stage;
         recipe.action = [this, &step] { run(step); };
         recipe.role = !step.alone       ? RecipeRole::Any

@@ -161,6 +161,23 @@ class Parameters(ProgramTest):
                 self.assertTrue(error.startswith(f"Error: {message}\n"), error)
                 self.assertIn("target vesk::app", error)
 
+    def test_visits_that_go_ever_deeper(self):
+        for unit, way, line in (
+            ("""
+             t: a(x) { x = "" NO_TOOL }
+             a(q): b(r) { r = "${q}x" NO_TOOL }
+             b(q): a(q) { NO_TOOL }
+             """, "vesk::a -> vesk::b -> vesk::a\n  needed by target vesk::b", 3),
+            ("""
+             t: @d(.) { d = "a" NO_TOOL }
+             a(q): @d(.) { d = "a" NO_TOOL }
+             """, "vesk::a -> vesk::a\n  needed by target vesk::a", 2),
+        ):
+            self.unit(unit)
+            self.assertEqual(self.error("t"), dedented("""
+                Error: Target 'vesk::a' is needed by itself, each time with other arguments; 1000 visits deep that ends here.
+                  the way from one visit to the next: """) + f"{way} ({{DIR}}/vesk.txt:{line})\n")
+
 
 class Dynamic(ProgramTest):
     def test_lists_and_texts(self):

@@ -103,6 +103,56 @@ class Layers(ProgramTest):
                          "own selected line / w x y / own / a x / x / a b c / then over if / if".split()),
             "release", 'C="line"')
 
+    def seen(self, underneath, unit, *arguments):
+        """What the target `t` hands on as `seen`, with these assignments under all targets."""
+        self.write(".vesk_project.txt",
+                   f'name demo units {{ main {{ "vesk.txt" }} }} profiles {{ default {{ {underneath} }} }}')
+        self.unit("unit main\n" + unit)
+        result = self.run_vesk("-v", "1", "-o", "outputs", *arguments, "t")
+        self.assertEqual((result.err, result.status), ("", 0))
+        self.said = [line for line in result.out.splitlines() if "Second try" in line]
+        return re.search('(?m)^seen = (.*)$', self.read("outputs"))[1].strip()
+
+    def test_each_operator_in_each_layer(self):
+        for underneath, own, expected in (
+            ('X = "a"', "", "a"), ('X = "a"', 'X += "b"', "a b"), ('X = "a"', 'X = "b"', "b"),
+            ('X = "a"', 'X ?= "b"', "a"), ('X = "a"', 'X ?= "b" X += "c"', "a c"),
+            ('X += "z"', 'X = "b"', "b z"), ('X += "z"', "", "z"), ('X += "z"', 'X ?= "b"', "b z"),
+            ('X = "a" X += "z"', 'X = "b"', "b"), ('Y = "y" X += Y', 'X = "b"', "b y"),
+            ('Y = "y" X = Y', 'X += "b"', "y b"),
+            ('X = "a"', 'if X = "a" { X += "c" } X += "b"', "a b"),
+            ('X = "a"', 'if X = "a b" { X += "c" } X += "b"', "a b c"),
+            ('X = ["a"]', 'X += "b" X += "c" ^seen2 = X[2]', "a b c"),
+            ('Y = "y" X = "a"', "X += Y", "a y"), ("", 'X = ["a", "b"] X += "c"', "a b c"),
+        ):
+            with self.subTest(underneath=underneath, own=own):
+                unit = "t: { " + own + ' ^seen = "${X}" cmdline = [] }'
+                self.assertEqual(self.seen(underneath, unit), expected)
+
+    def test_what_refers_to_outputs_waits(self):
+        """It lies under the target's own then; appends are made to what a dependency brings."""
+        self.assertEqual(self.seen("FLAGS = lib.FLAGS", """
+            lib: { ^FLAGS = "-Ilib" cmdline = [] }
+            t: lib { FLAGS ?= "none" FLAGS += "-own" ^seen = "${FLAGS}" cmdline = [] }
+            """), "-Ilib -own")
+        self.assertEqual(self.said, [
+            f"[main::{target}] Second try adding implicit assignment FLAGS = lib.FLAGS."
+            for target in ("lib", "t")])
+        self.assertEqual(self.seen('FLAGS += "-g"', """
+            lib: { NAME = "n" ^FLAGS = "-lib" cmdline = [] }
+            t: +lib { ^seen = FLAGS cmdline = [] }
+            """), "-lib -g -g")
+        self.assertEqual(self.said,
+                         ['[main::t] Second try adding implicit append FLAGS += "-g".'])
+
+    def test_what_comes_on_several_ways_stands_in_a_list_once(self):
+        self.assertEqual(self.seen("", """
+            base: { cmdline = [] ^DIRS += ["base"] }
+            left: +base { cmdline = [] ^DIRS += ["left"] }
+            right: +base { cmdline = [] ^DIRS += ["right"] }
+            t: +left +right { cmdline = [] DIRS = ["own"] ^seen = "${DIRS}" }
+            """), "own left right base", "each in its last place")
+
 
 class Tools(ProgramTest):
     def project(self, tools):
@@ -373,12 +423,16 @@ class Registry(SeveralProjects):
         self.given('tools { mine { tool_type = "command" KIND = R"(say "k")" '
                    '!cmdline = "child print mine" dir = P"(C:\\a b)" n = 5 x } '
                    'other { tool_type = "command" if os_family != "none" { IF = "condition" } } '
-                   'broken { } strange { tool_type = "none_such" } }')
+                   'broken { } near { tool_type = "comand" } none { tool_type = "" } '
+                   'twice { tool_type = "command" Tool_Type = "pwsh" } }')
         self.project("one", "one", "", 't: { KIND = R"(say "k")" }\n'
                      'c: { cmdline = [] IF = "condition" }')
         one = {"cwd": self.dir / "one", "env": self.env}
         skipped = ("Registry tool 'broken' has no 'tool_type'. Skipping.\n"
-                   "Unable to create Registry tool 'strange' for 'none_such'.\n")
+                   "Unable to create Registry tool 'near' for 'comand'.\n"
+                   "  did you mean 'command'?\n"
+                   "Registry tool 'none' has empty 'tool_type'. Skipping.\n"
+                   "Registry tool 'twice' has multiple 'tool_type' assignments. Skipping.\n")
         self.check("-v", "6", out="mine\n", err=skipped, **one)
         self.assertIn("Best registered tool: other, score: 2\n", self.run_vesk("-v", "c", **one).out)
         self.register("one")
