@@ -167,7 +167,7 @@ void parseOptionsOnly(std::string_view text, Settings& settings) {
     parseCommandLine(wordsOf(text), settings);
     for (std::size_t index = before; index < settings.positionals.size(); ++index) {
         reportWarning("'" + settings.positionals[index] + "' in the environment variable " +
-                          kOptionsVariable + " is no option and is ignored.",
+                          kOptionsVariable + " is not an option and is ignored.",
                       {"targets, profiles and assignments are given on the command line"});
     }
     settings.positionals.resize(before);

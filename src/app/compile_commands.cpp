@@ -34,7 +34,7 @@ void CompileCommands::write(const std::string& path) const {
                            {"output", entry.output}});
     }
     constexpr int kIndent = 2;
-    // What is no UTF-8 in a path on POSIX has no place in JSON.
+    // A path on POSIX may not be UTF-8, which JSON has to be.
     const std::string text =
         entries.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
     std::error_code error;

@@ -1,4 +1,4 @@
-// What the words of the command line that are no options mean.
+// What the words of the command line mean that are not options.
 #pragma once
 
 #include <optional>

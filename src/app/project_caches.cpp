@@ -27,7 +27,7 @@ void refuseIfBuilding(const std::string& building, const fs::path& directory) {
     }
 }
 
-/// Null, with a warning, when there is none to be had.
+/// Null, with a warning, when the lock is not available.
 std::unique_ptr<platform::FileLock> lock(const fs::path& directory) {
     fs::path file = directory / kCacheFileName;
     file += ".lock";

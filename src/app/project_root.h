@@ -18,7 +18,7 @@ struct ProjectRoot {
 /// the unit file, if it exists, or the current one.
 ProjectRoot findProjectRoot(const Settings& settings);
 
-/// The same root for a run that is told its directory.
+/// The root of a run whose directory is known, announced like the others.
 ProjectRoot projectRootAt(const std::filesystem::path& directory);
 
 }  // namespace Vesk

@@ -61,7 +61,7 @@ struct Settings {
     std::string variable;                  ///< to explain; empty: all of them
     std::string mainOutput;                ///< the file that -o names, as given
     std::string compileCommands;           ///< the compilation database to write, as given
-    std::vector<std::string> positionals;  ///< every argument that is no option, in order
+    std::vector<std::string> positionals;  ///< every argument that is not an option, in order
     std::vector<Definition> definitions;
     std::vector<std::string> unknownOptions;  ///< as they were given
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <system_error>
 
+#include "app/version.h"
 #include "base/console.h"
 #include "cache/cache_file.h"
 #include "cache/cache_text.h"
@@ -60,7 +61,7 @@ Snapshot::Snapshot(const std::filesystem::path& directory,
         }
     }
     std::string run;
-    appendText(run, VESK_VERSION);
+    appendText(run, kVersion);
     appendText(run, console::coloursWanted() ? "colours" : "");
     appendText(run, platform::pathToUtf8(std::filesystem::current_path()));
     for (const std::string& argument : arguments) {

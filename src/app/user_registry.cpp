@@ -1,5 +1,7 @@
 #include "app/user_registry.h"
 
+#include "project/user_data.h"
+
 namespace Vesk {
 
 const Registry& UserRegistry::read() {

@@ -39,7 +39,7 @@ void VeskApplication::parse(const std::vector<std::string>& arguments) {
     settings_.arguments = arguments;
     if (const auto text = platform::environmentVariable(kOptionsVariable); text) {
         parseOptionsVariable(*text, settings_);
-        // No argument holds a NUL, so this one is told apart from them.
+        // No argument holds a NUL, so this one differs from all of them.
         settings_.arguments.push_back(*text + '\0');
     }
     if (const auto text = platform::environmentVariable(kStrictVariable);

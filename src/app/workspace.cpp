@@ -22,8 +22,8 @@ void addCommandLineUnit(Workspace& workspace) {
         &workspace.store->addPreparedStandaloneUnit(std::move(unit), workspace.root.directory);
 }
 
-/// The registered project whose target the command line names where there is nothing else to
-/// build; empty without one.
+/// The registered project whose target the command line names, where nothing else can be built;
+/// empty without one.
 std::string requestedProject(const Settings& settings, const Registry* registry) {
     if (registry == nullptr || settings.unitFileSource != UnitFileSource::Default ||
         platform::isFile(settings.unitFile)) {

@@ -8,6 +8,7 @@
 #include "project/load_units.h"
 #include "project/project_paths.h"
 #include "project/registry.h"
+#include "project/tool_entry.h"
 #include "types/errors.h"
 
 namespace Vesk {

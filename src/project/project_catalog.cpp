@@ -59,14 +59,6 @@ const Project& ProjectCatalog::active() const {
     return *active_;
 }
 
-const std::vector<std::shared_ptr<const Unit>>& ProjectCatalog::activeUnits() const {
-    return active().units();
-}
-
-const std::vector<ImportedProject>& ProjectCatalog::activeImports() const {
-    return active().imports();
-}
-
 TargetLocation ProjectCatalog::locate(const DependencyReference& reference, const Project& from,
                                       const Unit& currentUnit) const {
     if (reference.ns.empty()) {

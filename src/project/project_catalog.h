@@ -37,11 +37,9 @@ class ProjectCatalog {
     /// Turns to another page. Throws NotFoundException for a project that is not the catalog's.
     void setActive(const Project& project);
 
-    /// The active page and what it holds. Each throws VeskException "ProjectCatalog has no active
-    /// page." before the first setActive.
+    /// The active page. Throws VeskException "ProjectCatalog has no active page." before the first
+    /// setActive.
     const Project& active() const;
-    const std::vector<std::shared_ptr<const Unit>>& activeUnits() const;
-    const std::vector<ImportedProject>& activeImports() const;
 
     /// Finds what a reference means that stands in `currentUnit` of `from`. A namespace is the
     /// alias or the name of a project that `from` imports; an empty unit is the current one, or

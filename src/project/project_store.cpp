@@ -89,11 +89,6 @@ Project& ProjectStore::addPreparedStandaloneUnit(std::shared_ptr<const Unit> uni
     return *standalone_;
 }
 
-const Project* ProjectStore::findProject(std::string_view primaryName) const {
-    const auto found = projects_.find(primaryName);
-    return found == projects_.end() ? nullptr : found->second.get();
-}
-
 std::vector<const Project*> ProjectStore::projects() const {
     std::vector<const Project*> all;
     all.reserve(projects_.size() + 1);

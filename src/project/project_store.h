@@ -5,7 +5,6 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "project/project.h"
@@ -16,7 +15,7 @@ namespace Vesk {
 inline constexpr const char* kCommandLineUnit = "cmdline";
 
 /// The loaded projects, one for each primary name, and at most one standalone unit. Projects keep
-/// their addresses, also when the store is moved. The store itself checks what it is given.
+/// their addresses even when the store is moved. The store itself checks what it is given.
 class ProjectStore {
   public:
     /// Takes a loaded project under its primary name. Throws VeskException: "Project path is
@@ -26,20 +25,14 @@ class ProjectStore {
 
     /// Reads the unit file and makes it a project of its own, with `root` as its directory. The
     /// unit's name is its `unit` line's, else made from the file's name. Throws VeskException for
-    /// a path that is empty or no file, a root that is no directory and a second standalone unit;
-    /// and what parseUnitFile throws.
+    /// a path that is empty or not a file, a root that is not a directory, and a second standalone
+    /// unit; and what parseUnitFile throws.
     Project& addStandaloneUnit(const std::filesystem::path& unitFile,
                                const std::filesystem::path& root);
 
     /// The same for a unit that has no file behind it. Throws likewise, and for one without a name.
     Project& addPreparedStandaloneUnit(std::shared_ptr<const Unit> unit,
                                        const std::filesystem::path& root);
-
-    /// Null when there is none.
-    const Project* findProject(std::string_view primaryName) const;
-
-    /// Null when there is none.
-    const Project* standaloneUnit() const noexcept { return standalone_.get(); }
 
     /// All projects in name order, the standalone unit last.
     std::vector<const Project*> projects() const;

@@ -97,7 +97,7 @@ void Registry::registerProject(const std::string& name, const fs::path& path) {
     }
     if (!isIdentifier(name)) {
         throw VeskException("Project name '" + name +
-                            "' cannot be registered: it is no identifier. Try '" +
+                            "' cannot be registered: it is not an identifier. Try '" +
                             identifierFrom(name) + "'.");
     }
     const std::string text = platform::pathToUtf8(path);
@@ -118,7 +118,8 @@ fs::path Registry::findRegisteredProject(const std::string& name) const {
 
 void Registry::registerTool(const std::string& name, std::shared_ptr<Context> context) {
     if (!isIdentifier(name)) {
-        throw VeskException("Build tool '" + name + "' cannot be registered: it is no identifier.");
+        throw VeskException("Build tool '" + name +
+                            "' cannot be registered: it is not an identifier.");
     }
     ToolEntry entry;
     entry.name = name;

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,27 +24,21 @@ class Registry {
     Tools tools;
 
     /// Adds the project, or gives the entry of that name another path. Throws VeskException
-    /// "Project name cannot be empty.", and for what the file could not hold: a name that is no
-    /// identifier, a path with a double quote.
+    /// "Project name cannot be empty.", and for what the file could not hold: a name that is not
+    /// an identifier, a path with a double quote.
     void registerProject(const std::string& name, const std::filesystem::path& path);
 
     /// The registered path, made absolute against the registry file's directory. Throws
     /// NotFoundException of kind "Registered project".
     std::filesystem::path findRegisteredProject(const std::string& name) const;
 
-    /// Adds the tool, or replaces the one of that name. Throws VeskException for a name that is no
-    /// identifier.
+    /// Adds the tool, or replaces the one of that name. Throws VeskException for a name that is not
+    /// an identifier.
     void registerTool(const std::string& name, std::shared_ptr<Context> context);
 };
 
-/// The directory with this user's files, made when it is missing: "vesk" under %APPDATA%, or under
-/// %USERPROFILE%\AppData\Local; where neither is set, on POSIX, under $XDG_CONFIG_HOME or
-/// $HOME/.config. Throws std::runtime_error when none is set, std::filesystem::filesystem_error
-/// when it cannot be made.
-std::filesystem::path userDataDirectory();
-
 /// What the file says; an empty registry when there is no such file. Of two entries of one name the
-/// first counts, and a warning tells. Throws what parseRegistryFile throws.
+/// first counts, and a warning says so. Throws what parseRegistryFile throws.
 Registry loadRegistry(const std::filesystem::path& file);
 
 /// Writes the whole registry to its file and says so. Comments of the file that is replaced stay
@@ -58,12 +51,5 @@ void writeRegistry(const Registry& registry);
 /// that register at once lose neither entry. Returns what was written. Throws as the other two.
 Registry updateRegistry(const std::filesystem::path& file,
                         const std::function<void(Registry&)>& change);
-
-/// The tool's type. Throws VeskException when it has none, an empty one or more than one.
-std::string toolTypeOf(const ToolEntry& tool);
-
-/// The value of "toolchain_name"; nothing without one. Throws VeskException for a null context.
-std::optional<std::string> toolchainNameOf(const Context* context);
-std::optional<std::string> toolchainNameOf(const ToolEntry& tool);
 
 }  // namespace Vesk

@@ -26,7 +26,7 @@ struct Comments {
 
 class RegistryComments {
   public:
-    /// Of the text of a registry file, which may be empty. Text that is no registry file gives
+    /// Of the text of a registry file, which may be empty. Text that is not a registry file gives
     /// comments without a place.
     explicit RegistryComments(const std::string& text);
 

@@ -4,6 +4,7 @@
 
 #include "platform/files.h"
 #include "project/registry_comments.h"
+#include "project/tool_entry.h"
 #include "types/context_template.h"
 #include "types/errors.h"
 

@@ -1,7 +1,7 @@
-// What a tool's declaration says about itself.
+#include "project/tool_entry.h"
+
 #include <algorithm>
 
-#include "project/registry.h"
 #include "types/context_template.h"
 #include "types/errors.h"
 

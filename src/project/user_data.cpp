@@ -1,10 +1,13 @@
+#include "project/user_data.h"
+
+#include <optional>
 #include <stdexcept>
+#include <string>
 
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/system.h"
-#include "project/registry.h"
 
 namespace Vesk {
 namespace {

@@ -113,13 +113,14 @@ class Options(ProgramTest):
         check(' -v\t6  -f "other"\' \'unit.txt', "second", out="second\n")
         check("-v 1 -f 'other unit.txt' -j", "-v", "6", "2", "second", status=1, err="""
               Error: Parsing assignment failed due to syntax errors.
-                '2' names no target of unit 'other unit' and no profile, so it was read as an assignment
+                '2' names no target of unit 'other unit' and no profile, so it was read as an \
+assignment
               """)
         check("", "--version", out="3.16.1.0\n")
         check("first -v 6 x=1 -f 'other unit.txt'", "second", out="second\n", err="""
-            'first' in the environment variable VESK_OPTIONS is no option and is ignored.
+            'first' in the environment variable VESK_OPTIONS is not an option and is ignored.
               targets, profiles and assignments are given on the command line
-            'x=1' in the environment variable VESK_OPTIONS is no option and is ignored.
+            'x=1' in the environment variable VESK_OPTIONS is not an option and is ignored.
               targets, profiles and assignments are given on the command line
             """)
         where = "  in the environment variable VESK_OPTIONS\n"

@@ -3,6 +3,7 @@
 #include "grammar/loaders.h"
 #include "platform/files.h"
 #include "project/registry_text.h"
+#include "project/tool_entry.h"
 #include "project/workspace.h"
 
 namespace Vesk::test {
@@ -151,11 +152,11 @@ TEST_F(RegistryFileTest, RefusesWhatItsFileCannotHold) {
     EXPECT_EQ(failureOf([&] { registry.registerProject("", "/a"); }),
               "Project name cannot be empty.");
     EXPECT_EQ(failureOf([&] { registry.registerProject("my app", "/a"); }),
-              "Project name 'my app' cannot be registered: it is no identifier. Try 'my_app'.");
+              "Project name 'my app' cannot be registered: it is not an identifier. Try 'my_app'.");
     EXPECT_THAT(failureOf([&] { registry.registerProject("a", "/a\"b"); }),
                 HasSubstr("has a double quote"));
     EXPECT_THAT(failureOf([&] { registry.registerTool("units", std::make_shared<Context>()); }),
-                HasSubstr("no identifier"));
+                HasSubstr("not an identifier"));
     EXPECT_TRUE(registry.projects.empty() && registry.tools.empty());
 }
 

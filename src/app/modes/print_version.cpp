@@ -1,10 +1,11 @@
 #include "app/modes/modes.h"
+#include "app/version.h"
 #include "base/console.h"
 
 namespace Vesk::modes {
 
 int printVersion(const Settings& /*settings*/) {
-    console::normal("{}", VESK_VERSION);
+    console::normal("{}", kVersion);
     return 0;
 }
 
