@@ -10,47 +10,12 @@
 
 #include "base/report.h"
 #include "base/text.h"
+#include "driver/mentions.h"
 #include "platform/files.h"
 #include "tools/tool_registry.h"
 
 namespace Vesk {
 namespace {
-
-bool mentions(std::string_view text, std::string_view name) {
-    return std::ranges::search(text, name, {}, asciiLower, asciiLower).begin() != text.end();
-}
-
-bool mentions(const ValuePtr& value, std::string_view name) {
-    return value && mentions(value->toDisplayString(), name);
-}
-
-bool mentions(const ContextTemplate& body, std::string_view name) {
-    return std::ranges::any_of(
-               body.assignments,
-               [name](const Assignment& assignment) { return mentions(assignment.value, name); }) ||
-           std::ranges::any_of(body.conditions, [name](const Condition& condition) {
-               return mentions(condition.left, name) || mentions(condition.right, name) ||
-                      (condition.body && mentions(*condition.body, name));
-           });
-}
-
-bool mentions(const DependencyRecord& dependency, std::string_view name) {
-    return mentions(dependency.macro.toDisplayString(), name) ||
-           std::ranges::any_of(dependency.parameters, [name](const IdentifierPath& parameter) {
-               return mentions(parameter.toDisplayString(), name);
-           });
-}
-
-/// Rather too often than too seldom: a warning has to be right.
-bool isReferredTo(const Target& target, const Context& context, const CiString& name) {
-    return mentions(target.body, name) ||
-           std::ranges::any_of(
-               context.assignments(),
-               [&name](const auto& entry) { return mentions(entry.second.value, name); }) ||
-           std::ranges::any_of(target.dependencies, [&name](const DependencyRecord& dependency) {
-               return mentions(dependency, name);
-           });
-}
 
 bool isAmong(const std::vector<std::string>& names, std::string_view name) {
     return std::ranges::any_of(
@@ -95,7 +60,7 @@ void warnOfMistypedNames(const Target& target, const Context& context, const Too
             known = namesIn(tables);
         }
         const std::string hint = suggestionFor(name, known, findToolType(choice.tool->typeWord()));
-        if (!hint.empty() && !isReferredTo(target, context, name)) {
+        if (!hint.empty() && !mentions(target, name) && !mentions(context, name)) {
             reportWarning(
                 fmt::format("Variable '{}' ({}:{}) has no effect on the target.", name,
                             target.file ? platform::pathToUtf8(target.file->filename()) : "",

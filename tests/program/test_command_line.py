@@ -172,6 +172,9 @@ class Doubts(ProgramTest):
                      "  vesk --options lists all options\n"),
         ("--compile-commands", "Unknown option '--compile-commands'.\n"
                                "  it needs a value: --compile-commands=FILE\n"),
+        ("ldflags=1", "Nothing reads the variable 'ldflags' of the command line.\n"
+                      "  did you mean 'LINK_FLAGS'?\n"),
+        ("--define=what=-O3", "Nothing reads the variable 'what' of the command line.\n"),
     )
 
     def test_warnings(self):
@@ -191,6 +194,26 @@ class Doubts(ProgramTest):
                     self.assertIn("Error: " + warning.rstrip("\n"), result.err)
                     self.assertEqual((result.out, result.status), ("", 1))
         self.check("-v", "6", "first", out="first\n", env={"VESK_STRICT": "0"})
+
+    def test_variables_that_somebody_reads(self):
+        self.unit("""
+            first(p) : { }
+            main: first(a) { cmdline = "child print ${b}" if c = 1 { } D = 1 }
+            """)
+        self.write(".vesk_project.txt", """
+            name p
+            units { main { "vesk.txt" } }
+            profiles { debug { b = "${e}" e = "x" f = 1 CFLAGS = "-g" } }
+            """)
+        for name in "p", "a", "b", "c", "d", "e", "DESCRIPTION":
+            with self.subTest(name=name):
+                self.assertNotIn("Nothing reads", self.run_vesk(name + "=1").err)
+        self.assertIn("""
+  {DIR}/.vesk_project.txt:3:45
+  profiles { debug { b = "${e}" e = "x" f = 1 CFLAGS = "-g" } }
+                                              ^
+  did you mean 'C_FLAGS'?
+""".lstrip("\n"), self.run_vesk("debug", "a=1").err)
 
     def test_a_kept_run_is_refused_too(self):
         self.remembers = True

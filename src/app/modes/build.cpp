@@ -8,6 +8,7 @@
 #include "app/project_root.h"
 #include "app/session.h"
 #include "app/snapshot.h"
+#include "app/unread_variables.h"
 #include "base/console.h"
 #include "driver/driver.h"
 #include "types/errors.h"
@@ -66,6 +67,7 @@ void buildNaming(const Settings& settings, Session& session) {
 
 Session runBuild(const Settings& settings) {
     Session session = openSession(settings);
+    reportUnreadVariables(settings.doubts, session);
     console::normal("Starting build");
     if (settings.dump) {
         printImplicitContexts(session.catalog);
