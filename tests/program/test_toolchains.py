@@ -439,6 +439,64 @@ class Libraries(GnuTest):
                 self.assertIn(b"\xb8\x28\x00\x00\x00", code)  # mov $40, %eax
 
 
+class Scores(ToolchainTest):
+    """How well a toolchain fits that is the only one."""
+
+    native, foreign, word = ((CROSS, "x86_64-linux-gnu", "linux") if SETTINGS.windows else
+                             ("x86_64-linux-gnu", CROSS, "windows"))
+
+    def score(self, tool, asked, kind="gnu-gcc"):
+        self.registry(f'tool {{ tool_type = "{kind}" {tool} }}')
+        self.unit('app: { C_FILES = ["a.c"] ' + asked + " }")
+        found = re.search(r"Best registered tool: tool, score: (\d+)",
+                          self.run_vesk("-v", "2", "-n").out)
+        return int(found[1]) if found else None
+
+    def gcc(self, version, triple, default, more=""):
+        return (f'toolchain_name = "GCC {version}" toolchain_version = "{version}" '
+                f'toolchain_path = P"(/opt/gcc/bin)" toolchain_target = "{triple}" '
+                f'toolchain_default = "{default}" {more}')
+
+    def test_by_what_the_target_asks_for(self):
+        machines = self.gcc("12.2.0", self.native, "machine")
+        other = self.gcc("9.1.0", self.native, "no")
+        foreign = self.gcc("12.2.0", self.foreign, "machine", 'toolchain_prefix = "cross-"')
+        no = None
+        for asked, *scores in (
+            ("", 3, 2, no), ("toolchain_version = 12", 5, no, no),
+            ('toolchain_version = "9.1"', no, 4, no), ('w = "9" ?toolchain_version = w', 3, 4, no),
+            ('w = "7" ?toolchain_version = w', 3, 2, no), ('toolchain_min_version = "10"', 5, no, no),
+            ('toolchain_min_version = "9"', 5, 4, no), ('toolchain_name = "gcc"', 5, 4, no),
+            ('toolchain_name = "GCC 9.1.0"', no, 4, no), ('toolchain_name = "Clang"', no, no, no),
+            ('w = "clang" ?toolchain_name = w', 3, 2, no), ('tool_type = "llvm-clang"', no, no, no),
+            ('tool_type = "gnu-gcc"', 5, 4, no), (f'toolchain_target = "{self.word}"', no, no, 6),
+            ('toolchain_target = "native"', 5, 4, no),
+            (f'w = "{self.foreign}" ?toolchain_target = w', 3, 2, 5),
+            (f'TARGET_TRIPLE = "{self.foreign}"', no, no, 5),
+            ('toolchain_prefix = "cross-"', no, no, 5),
+            ('cmdline = "gcc a.c"', no, no, no), ("NO_TOOL", no, no, no),
+        ):
+            with self.subTest(asked=asked):
+                self.assertEqual([self.score(tool, asked) for tool in (machines, other, foreign)],
+                                 scores)
+
+    def test_by_how_it_was_declared(self):
+        by_hand = 'toolchain_path = P"(/opt/gcc/bin)"'
+        cross = by_hand + ' toolchain_prefix = "arm-none-eabi-"'
+        family = self.gcc("14.0.6", self.native, "family")
+        for tool, asked, score in (
+            (by_hand, "", 4),
+            (by_hand, 'toolchain_version = "14"', 3),  # one whose version is known goes first
+            (by_hand, 'toolchain_path = P"(/opt/./gcc/bin)"', 6),
+            (cross, "", None), (cross, 'toolchain_target = "arm-none-eabi"', 6),
+            (family, "", 2), (family, 'toolchain_name = "GCC"', 5),
+        ):
+            with self.subTest(tool=tool, asked=asked):
+                self.assertEqual(self.score(tool, asked), score)
+        # LLVM's compiler is one for every machine.
+        self.assertEqual(self.score(family, 'TARGET_TRIPLE = "arm-none-eabi"', "llvm-clang"), 2)
+
+
 @posix_only("it needs compilers of the system itself")
 class Choice(ToolchainTest):
     def setUp(self):
@@ -452,19 +510,10 @@ class Choice(ToolchainTest):
         return lines[0].split(": ")[-1] if lines else "none"
 
     @needs("clang", "llvm-ar", "ld.lld")
-    def test_by_what_the_target_asks_for(self):
+    def test_among_several(self):
         for asked, tool in (
-                ("", "gcc"),
-                ('toolchain_name="clang"', "clang"),
-                ('tool_type="llvm-clang"', "clang"),
-                ('toolchain_version="12"', "gcc"),
-                ('toolchain_version="12.2.0"', "gcc"),
-                ('toolchain_version="12.3"', "none"),
-                ('toolchain_min_version="13"', "clang"),
-                ('toolchain_min_version="9"', "gcc"),
-                ('toolchain_target="windows"', "a_cross"),
-                ('toolchain_target="native"', "gcc"),
-                (f'TARGET_TRIPLE="{CROSS}"', "a_cross"),
+                ("", "gcc"), ('toolchain_name="clang"', "clang"), ('toolchain_version="12.3"', "none"),
+                ('toolchain_min_version="13"', "clang"), ('toolchain_target="windows"', "a_cross"),
                 ('TARGET_TRIPLE="aarch64-linux-gnu"', "clang")):
             with self.subTest(asked):
                 self.assertEqual(self.chosen(*filter(None, [asked])), tool)
