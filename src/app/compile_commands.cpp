@@ -1,13 +1,60 @@
 #include "app/compile_commands.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <system_error>
 
+#include "base/ci_string.h"
+#include "base/collector.h"
 #include "base/exception.h"
+#include "driver/driver.h"
 #include "platform/files.h"
 
 namespace Vesk {
+namespace {
+
+const CiString kCompileCommands = "COMPILE_COMMANDS";
+
+/// "out/release" of "out/release/.obj/main/app/a.c.o": where what is made under one profile goes.
+std::string outputDirectoryOf(const std::string& object) {
+    const std::size_t end = std::min(object.rfind("/.obj/"), object.rfind("\\.obj\\"));
+    return object.substr(0, end);
+}
+
+/// Empty for a member that is no text.
+std::string textIn(const nlohmann::ordered_json& entry, const char* member) {
+    const auto found = entry.find(member);
+    return found != entry.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+/// None for a text that is no compilation database.
+std::vector<nlohmann::ordered_json> entriesIn(const std::string& text) {
+    const auto parsed = nlohmann::ordered_json::parse(text, nullptr, false);
+    std::vector<nlohmann::ordered_json> entries;
+    if (parsed.is_array()) {
+        std::ranges::copy_if(parsed, std::back_inserter(entries),
+                             [](const auto& entry) { return entry.is_object(); });
+    }
+    return entries;
+}
+
+/// False when the target cannot be visited; the driver is of no more use then.
+bool visits(Driver& driver, const TargetLocation& target) {
+    try {
+        driver.build(target);
+        return true;
+    } catch (const VeskException&) {
+        return false;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+}  // namespace
 
 void CompileCommands::add(const std::vector<Recipe>& recipes) {
     for (const Recipe& recipe : recipes) {
@@ -25,24 +72,67 @@ void CompileCommands::add(const std::vector<Recipe>& recipes) {
     }
 }
 
-void CompileCommands::write(const std::string& path) const {
+void CompileCommands::addProject(const BuildSetting& setting, const Project& project) {
+    BuildSetting looking = setting;
+    looking.options.jobCount = 1;
+    looking.options.rebuild = false;
+    looking.options.dryRun = true;
+    looking.options.keepGoing = true;
+    looking.onRecipes = [this](const std::vector<Recipe>& recipes) { add(recipes); };
+    console::Collector silence{{}};
+    auto driver = std::make_unique<Driver>(looking);
+    for (const auto& unit : project.units()) {
+        for (const auto& target : unit->targets) {
+            if (target->parameters.empty() && !visits(*driver, {&project, unit, target})) {
+                driver = std::make_unique<Driver>(looking);
+            }
+        }
+    }
+}
+
+std::string CompileCommands::mergedWith(const std::string& old) const {
     auto entries = nlohmann::ordered_json::array();
+    std::set<std::string> directories;
     for (const Entry& entry : entries_) {
+        directories.insert(outputDirectoryOf(entry.output));
         entries.push_back({{"directory", entry.directory},
                            {"command", entry.command},
                            {"file", entry.file},
                            {"output", entry.output}});
     }
+    for (nlohmann::ordered_json& entry : entriesIn(old)) {
+        const bool replaced = directories.contains(outputDirectoryOf(textIn(entry, "output")));
+        if (!replaced && platform::isFile(platform::pathFromUtf8(textIn(entry, "file")))) {
+            entries.push_back(std::move(entry));
+        }
+    }
     constexpr int kIndent = 2;
     // A path on POSIX may not be UTF-8, which JSON has to be.
-    const std::string text =
-        entries.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return entries.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+           "\n";
+}
+
+void CompileCommands::write(const std::string& path) const {
+    const std::filesystem::path file = platform::pathFromUtf8(path);
     std::error_code error;
-    if (!platform::writeWholeFile(platform::pathFromUtf8(path), text, platform::Append::no,
-                                  error)) {
+    const std::string old = platform::readWholeFile(file, error).value_or("");
+    const std::string text = mergedWith(old);
+    if (text == old) {
+        return;
+    }
+    if (!platform::writeWholeFile(file, text, platform::Append::no, error)) {
         throw VeskException("Unable to write compilation database '" + path +
                             "': " + error.message() + ".");
     }
+}
+
+std::string compilationDatabaseOf(const ProjectCatalog& catalog, const Project& project) {
+    const std::shared_ptr<Context> context = catalog.implicitContext(project);
+    if (context->find(kCompileCommands) == nullptr) {
+        return {};
+    }
+    const std::string text = context->valueOfVariable(kCompileCommands)->toString();
+    return text.empty() ? text : platform::pathToUtf8(project.root / platform::pathFromUtf8(text));
 }
 
 }  // namespace Vesk

@@ -117,7 +117,7 @@ class Check {
 }  // namespace
 
 void reportUnreadVariables(Doubts doubts, const Session& session) {
-    const Project& project = *session.catalog.projects().front();
+    const Project& project = session.catalog.active();
     const ProfileEntry* const profile = project.findProfile(project.profile);
     const Context& given = *session.request.assignments;
     if (given.assignments().empty() && profile == nullptr) {

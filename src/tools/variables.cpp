@@ -21,6 +21,10 @@ constexpr Variable kOfTargets[] = {
      R"({ LANG = "C" MODE = "fast" })"},
     {"ALWAYS", "`yes`, `no`", "`no`", "the commands run in every build that asks for the target",
      "\"yes\""},
+    {"COMPILE_COMMANDS", "string", "",
+     "in a profile of the project: the compilation database that every build keeps current, from "
+     "the project's root",
+     R"("compile_commands.json")"},
     {"SIDE_BY_SIDE", "`yes`, `no`", "`no`",
      "with `-j`, a target of commands or a file writer is built while others are: what it reads "
      "and "

@@ -238,6 +238,50 @@ class Programs(GnuTest):
                 subprocess.run(entry["command"], shell=True, cwd=entry["directory"], check=True)
             os.unlink(self.dir / "db.json")
 
+    def test_the_database_of_a_project(self):
+        """Of all targets that can be visited, and behind them what other profiles have left."""
+        self.remembers = True
+        for name in "app", "lib", "other", "first":
+            self.write(name + ".c", f"int {'main' if name == 'app' else name}(void) {{ return 0; }}\n")
+        self.unit("""
+            app: +lib { C_FILES = ["app.c"] }
+            lib: { C_FILES = ["lib.c"] OUTPUT_TYPE = "static" }
+            other: { C_FILES = ["other.c"] OUTPUT_TYPE = "static" }
+            no_tool_fits: { something = "else" }
+            any(file): { C_FILES = [file] OUTPUT_TYPE = "static" }
+            """)
+        self.write(".vesk_project.txt", """
+            name p
+            units { main { "vesk.txt" } }
+            profiles { default { COMPILE_COMMANDS = "db/kept.json" } release { C_FLAGS = "-O2" } }
+            """)
+        (self.dir / "db").mkdir()
+
+        def entries(name):
+            return [f"{Path(entry['file']).name}{' -O2' * ('-O2' in entry['command'])}"
+                    for entry in json.loads(self.read(name))]
+
+        plain, fast = ["lib.c", "app.c", "other.c"], ["lib.c -O2", "app.c -O2", "other.c -O2"]
+        self.build("lib")
+        self.assertEqual(entries("db/kept.json"), plain)
+        self.build("release")
+        self.assertEqual(entries("db/kept.json"), fast + plain)
+        before = (self.dir / "db/kept.json").stat()
+        self.build("release")
+        self.build("release", "-n")
+        self.assertEqual((self.dir / "db/kept.json").stat(), before)
+        os.unlink(self.dir / "other.c")
+        self.unit(self.read("vesk.txt").replace('C_FILES = ["other.c"]', 'C_FILES = ["oth*.c"]'))
+        self.build("lib")
+        self.assertEqual(entries("db/kept.json"), plain[:2] + fast[:2])
+        self.build("--compile-commands=all.json")
+        self.assertEqual(entries("all.json"), plain[:2])
+        self.build("lib", "--compile-commands=all.json")
+        self.assertEqual(entries("all.json"), ["lib.c"])
+        self.write("all.json", "{ this is something else")
+        self.build("lib", "--compile-commands=all.json")
+        self.assertEqual(entries("all.json"), ["lib.c"])
+
     @posix_only("it is the system's own clangd")
     @needs("clangd")
     def test_the_database_is_as_clangd_wants_it(self):

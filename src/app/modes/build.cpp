@@ -23,27 +23,50 @@ void printImplicitContexts(const ProjectCatalog& catalog) {
     }
 }
 
-std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session) {
-    const TargetLocation target =
-        session.catalog.locate(session.request.words.target.value_or(DependencyReference{}));
+BuildSetting buildSetting(const Settings& settings, Session& session) {
     HiddenValues hidden;
     hidden.add(*session.request.assignments);
-    CompileCommands compileCommands;
-    const bool collects = !settings.compileCommands.empty();
-    Driver driver({
+    return {
         session.catalog,
         session.staticTools,
         [&](const Project& project) -> const Toolbox& { return session.declaredTools.of(project); },
         [&](const Project& project) -> ProjectCache& { return session.caches.of(project); },
         {static_cast<int>(settings.jobCount), settings.rebuild, settings.dryRun, settings.keepGoing,
          hidden, settings.maxCommands},
-        collects ? [&](const std::vector<Recipe>& recipes) { compileCommands.add(recipes); }
-                 : std::function<void(const std::vector<Recipe>&)>(),
-    });
-    const std::shared_ptr<Context> outputs = driver.build(target);
-    if (collects) {
-        compileCommands.write(settings.compileCommands);
+    };
+}
+
+/// Keeps the project's compilation database current, and writes the one that was asked for: of the
+/// whole project where no target is named.
+void writeCompileCommands(const Settings& settings, const Session& session,
+                          const BuildSetting& setting, const CompileCommands& built) {
+    const Project& project = session.catalog.active();
+    const std::string kept =
+        settings.dryRun ? std::string() : compilationDatabaseOf(session.catalog, project);
+    const bool wholeIsAsked = !settings.compileCommands.empty() && !session.request.words.target;
+    CompileCommands whole;
+    if (wholeIsAsked || !kept.empty()) {
+        whole.addProject(setting, project);
     }
+    if (!kept.empty()) {
+        whole.write(kept);
+    }
+    if (!settings.compileCommands.empty()) {
+        (wholeIsAsked ? whole : built).write(settings.compileCommands);
+    }
+}
+
+std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session) {
+    const TargetLocation target =
+        session.catalog.locate(session.request.words.target.value_or(DependencyReference{}));
+    const BuildSetting setting = buildSetting(settings, session);
+    BuildSetting collecting = setting;
+    CompileCommands built;
+    if (!settings.compileCommands.empty()) {
+        collecting.onRecipes = [&](const std::vector<Recipe>& recipes) { built.add(recipes); };
+    }
+    std::shared_ptr<Context> outputs = Driver(collecting).build(target);
+    writeCompileCommands(settings, session, setting, built);
     return outputs;
 }
 
