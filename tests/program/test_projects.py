@@ -389,6 +389,44 @@ class Imports(SeveralProjects):
         self.check("-u", cwd=self.dir / "app", env={"APPDATA": None, "HOME": None}, out="main\n")
 
 
+class References(SeveralProjects):
+    def test_what_they_mean(self):
+        """In unit more of project app, which imports lib as mylib; both have the same units."""
+        for name, imports, profiles in (("lib", "", ""), (
+                "app", '"../lib" mylib; a: "../lib" some; b: "../lib" some;', "a { } b { }")):
+            self.write(f"{name}/.vesk_project.txt", f"""
+                name {name} import {{ {imports} }}
+                units {{ main {{ "main.txt" }} more {{ "more.txt" }} empty {{ "e.txt" }} }}
+                profiles {{ {profiles} }}
+                """)
+
+            def target(unit, word, name=name):
+                return f'{word}: {{ cmdline = "child print {name}/{unit}::{word}" }}\n'
+
+            self.write(f"{name}/main.txt", target("main", "first") + target("main", "all"))
+            self.write(f"{name}/more.txt", target("more", "all") + target("more", f"only_{name}"))
+            self.write(f"{name}/e.txt", "")
+        more = self.read("app/more.txt")
+        for reference, expected in (
+            ("all", "app/more::all"), ("main::all", "app/main::all"),
+            ("mylib/more::only_lib", "lib/more::only_lib"),
+            ("lib/more::only_lib", "lib/more::only_lib"),
+            ("app/more::only_app", "app/more::only_app"),
+            ("first", "Error: Target 'more::first' not found.\n  {DIR}"),
+            ("onli_app", "Error: Target 'more::onli_app' not found.\n  did you mean 'only_app'?"),
+            ("maim::all", "Error: Unit 'maim' not found.\n  did you mean 'main'?"),
+            ("mylub/more::all", "Error: Project 'mylub' not found.\n  did you mean 'mylib'?"),
+            ("some/more::all", "Error: Project 'some' not found.\n"
+                               "  it is imported with profile 'a' or 'b' only"),
+        ):
+            with self.subTest(reference=reference):
+                self.write("app/more.txt", more + f"probe: {reference} {{ NO_TOOL }}\n")
+                result = self.run_vesk("-v", "6", "more::probe", cwd=self.dir / "app")
+                self.assertTrue((result.out + result.err).startswith(expected), result)
+        self.write("app/more.txt", more)
+        self.assertEqual(self.printed("mylib/1::first", cwd=self.dir / "app"), "lib/main::first\n")
+
+
 class Registry(SeveralProjects):
     def test_register_and_import(self):
         self.project("lib grün", "lib", "", 't: { cmdline = "child print lib" ^W = "w" }')

@@ -35,12 +35,21 @@ TEST_F(Links, AreFollowedOnceAndNeverUpwards) {
 }
 
 TEST_F(Links, LeadToOneProject) {
-    writeProject("base");
-    writeProject("mid", "\"../base-link\";");
-    writeProject("top", "\"../base\"; \"../mid\";");
+    const auto project = [this](const std::string& name, const std::string& imports) {
+        write(name + "/" + kProjectFileName,
+              "name " + name + " import { " + imports + " } units { main { \"vesk.txt\" } }");
+        write(name + "/vesk.txt", "unit main\n");
+    };
+    project("base", "");
+    project("mid", "\"../base-link\";");
+    project("top", "\"../base\"; \"../mid\";");
     fs::create_directory_symlink(path("base"), path("base-link"));
     fs::create_directory_symlink(path("top"), path("entry"));
-    const Project& top = load("entry");
+    ProjectStore store;
+    ProjectLoader loader(
+        store, [this] { return &registry; }, [](std::string_view) { return true; });
+    Project& top = loader.loadRoot(path("entry"));
+    loader.loadImports(top, "");
     EXPECT_EQ(top.root, path("top"));
     EXPECT_EQ(store.projects().size(), 3U);
 }

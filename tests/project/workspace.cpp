@@ -42,21 +42,6 @@ std::string Workspace::read(const std::string& relative) const {
     return platform::readWholeFile(path(relative), error).value_or("(" + error.message() + ")");
 }
 
-void Workspace::writeProject(const std::string& name, const std::string& imports,
-                             const std::string& profiles) const {
-    write(name + "/" + kProjectFileName,
-          "name " + name + "\n" + (imports.empty() ? "" : "import { " + imports + " }\n") +
-              "units { main { \"vesk.txt\" } }\n" +
-              (profiles.empty() ? "" : "profiles { " + profiles + " }\n"));
-    write(name + "/vesk.txt", "unit main\nall : { NO_TOOL }\n");
-}
-
-Project& Workspace::load(const std::string& directory, const std::string& profile) {
-    Project& root = loader.loadRoot(path(directory));
-    loader.loadImports(root, profile);
-    return root;
-}
-
 std::string Workspace::failureOf(const std::function<void()>& action) const {
     try {
         action();
@@ -68,8 +53,8 @@ std::string Workspace::failureOf(const std::function<void()>& action) const {
     }
 }
 
-std::string Workspace::outputOf(const std::function<void()>& action, int threshold) const {
-    ConsoleCapture capture(threshold);
+std::string Workspace::outputOf(const std::function<void()>& action) const {
+    ConsoleCapture capture;
     const std::string failure = failureOf(action);
     const std::string text = readable(capture.text());
     EXPECT_EQ(failure, "");
@@ -89,14 +74,6 @@ std::string Workspace::readable(std::string text) const {
     const auto generic = root_.generic_u8string();
     replaceAll(std::string(generic.begin(), generic.end()), "<ws>");
     return text;
-}
-
-std::vector<std::string> namesOf(const std::vector<const Project*>& projects) {
-    std::vector<std::string> names;
-    for (const Project* project : projects) {
-        names.push_back(project->name);
-    }
-    return names;
 }
 
 }  // namespace Vesk::test
