@@ -44,6 +44,7 @@ class ArgumentReader {
                 break;
             case ArgumentForm::None:
             case ArgumentForm::Attached:
+            case ArgumentForm::AttachedIfAny:
                 break;
         }
         return {};
@@ -85,7 +86,8 @@ bool takeOff(std::string_view& word, std::string_view start) noexcept {
 /// Whether the word is the option's name with an argument attached, which it is then reduced to.
 bool takeAttached(std::string_view& word, const Option& option) noexcept {
     const bool isNumber = option.form == ArgumentForm::AttachedNumber;
-    if (!isNumber && option.form != ArgumentForm::Attached) {
+    if (!isNumber && option.form != ArgumentForm::Attached &&
+        option.form != ArgumentForm::AttachedIfAny) {
         return false;
     }
     std::string_view value = word;

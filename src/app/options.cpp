@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <thread>
 
 #include "base/console.h"
@@ -16,6 +17,7 @@ namespace {
 constexpr std::string_view kWhatIsBuilt = "What is built";
 constexpr std::string_view kHow = "How it is built";
 constexpr std::string_view kWhatIsShown = "What is shown and written";
+constexpr std::string_view kTests = "Tests";
 constexpr std::string_view kInstead = "Instead of a build";
 
 std::uint32_t count(const std::string& digits) {
@@ -79,6 +81,34 @@ void setVariable(Settings& settings, const std::string& value) {
     askFor(settings, RunMode::Explain);
 }
 
+void ask(Settings& settings, Work work) {
+    settings.work = std::max(settings.work, work);
+}
+
+template <Work work>
+void test(Settings& settings, const std::string& value) {
+    settings.tests.pattern = value.empty() ? settings.tests.pattern : value;
+    ask(settings, work);
+}
+
+void setRepeat(Settings& settings, const std::string& value) {
+    const char* const end = value.data() + value.size();
+    std::uint32_t count = 0;
+    const auto [rest, error] = std::from_chars(value.data(), end, count);
+    if (error != std::errc() || rest != end || count == 0) {
+        throw VeskException("Option '--repeat' takes a number from 1: '--repeat=10'.");
+    }
+    settings.tests.repeat = count;
+}
+
+void setOnlyChanged(Settings& settings, const std::string& /*value*/) {
+    settings.tests.onlyChanged = true;
+}
+
+void setJunit(Settings& settings, const std::string& value) {
+    settings.tests.junit = value;
+}
+
 template <RunMode mode>
 void choose(Settings& settings, const std::string& /*value*/) {
     askFor(settings, mode);
@@ -128,6 +158,17 @@ constexpr std::array kOptions = {
            "writes the compilation database of the target and all that it needs",
            take<&Settings::compileCommands>},
 
+    Option{kTests, "", "test", ArgumentForm::AttachedIfAny, "[=PATTERN]",
+           "builds and runs the tests, or those that the pattern fits", test<Work::Test>},
+    Option{kTests, "", "list-tests", ArgumentForm::AttachedIfAny, "[=PATTERN]",
+           "lists the tests that --test would run", test<Work::ListTests>},
+    Option{kTests, "", "changed", ArgumentForm::None, "",
+           "skips tests for which nothing has changed since they passed", setOnlyChanged},
+    Option{kTests, "", "repeat", ArgumentForm::Attached, "N",
+           "runs each test N times, or until it fails", setRepeat},
+    Option{kTests, "", "junit", ArgumentForm::Attached, "FILE",
+           "writes the results as JUnit XML", setJunit},
+
     Option{kInstead, "l", "list-targets", ArgumentForm::Unit, "UNIT",
            "lists a unit's targets", setUnitToList},
     Option{kInstead, "u", "list-units", ArgumentForm::None, "",
@@ -167,7 +208,9 @@ std::string synopsis(const Option& option) {
         text.append("-").append(option.shortForm).append(", ");
     }
     text.append("--").append(option.longForm);
-    if (!option.argument.empty()) {
+    if (option.form == ArgumentForm::AttachedIfAny) {
+        text.append(option.argument);
+    } else if (!option.argument.empty()) {
         text.append(option.form == ArgumentForm::Attached ? "=" : " ").append(option.argument);
     }
     return text;

@@ -18,6 +18,7 @@ enum class ArgumentForm : std::uint8_t {
     Number,          ///< the next argument, if it begins with a digit
     AttachedNumber,  ///< the same, or "-j8", "--jobs=8"
     Attached,        ///< "--name=value" only: an older vesk ignores it whole
+    AttachedIfAny,   ///< the same, or "--name"
     Rest,            ///< all that follows, which nobody looks at
 };
 

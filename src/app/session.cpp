@@ -29,6 +29,21 @@ ProjectCatalog makeCatalog(Workspace& workspace, const Context& builtins, const 
     return catalog;
 }
 
+BuildSetting buildSetting(const Settings& settings, Session& session) {
+    HiddenValues hidden;
+    hidden.add(*session.request.assignments);
+    return {
+        session.catalog,
+        session.staticTools,
+        [&session](const Project& project) -> const Toolbox& {
+            return session.declaredTools.of(project);
+        },
+        [&session](const Project& project) -> ProjectCache& { return session.caches.of(project); },
+        {static_cast<int>(settings.jobCount), settings.rebuild, settings.dryRun, settings.keepGoing,
+         hidden, settings.maxCommands},
+    };
+}
+
 Session openSession(const Settings& settings) {
     UserRegistry registry;
     registry.read();

@@ -5,6 +5,7 @@
 #include "app/project_caches.h"
 #include "app/request.h"
 #include "app/settings.h"
+#include "driver/build_setting.h"
 #include "project/project_catalog.h"
 #include "tools/toolbox.h"
 
@@ -21,6 +22,9 @@ struct Session {
 /// Takes all steps of the set-up, from the registry to the caches, which it locks unless the build
 /// is a dry run. Throws what is wrong with any of it.
 Session openSession(const Settings& settings);
+
+/// What a driver needs of it. Both outlive the driver.
+BuildSetting buildSetting(const Settings& settings, Session& session);
 
 /// The catalog of the workspace's projects, with the project that the run works on in front. The
 /// workspace's store moves into it. Throws what the catalog throws.

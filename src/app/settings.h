@@ -43,11 +43,27 @@ struct Definition {
     friend bool operator==(const Definition&, const Definition&) = default;
 };
 
+/// What a run in the mode Build does with targets. Of several that are asked for the last one is
+/// done.
+enum class Work : std::uint8_t { Build, Test, ListTests };
+
+/// How tests are chosen and run.
+struct TestSettings {
+    std::string pattern;  ///< empty: all
+    std::uint32_t repeat = 1;
+    bool onlyChanged = false;
+    std::string junit;  ///< the report to write, as given; empty: none
+
+    friend bool operator==(const TestSettings&, const TestSettings&) = default;
+};
+
 struct Settings {
     std::vector<std::string> arguments;  ///< what the settings were read from, in any form
     std::filesystem::path unitFile = kUnitFileName;
     UnitFileSource unitFileSource = UnitFileSource::Default;
     RunMode runMode = RunMode::Build;
+    Work work = Work::Build;
+    TestSettings tests;
     std::int32_t verbosity = console::kDefaultThreshold;
     std::uint32_t jobCount = 1;
     bool commandLineMode = false;  ///< the command line itself describes what to build

@@ -18,8 +18,20 @@ struct Mode {
     int (*run)(const Settings& settings);
 };
 
+int buildOrTest(const Settings& settings) {
+    switch (settings.work) {
+        case Work::Build:
+            return modes::build(settings);
+        case Work::Test:
+            return modes::test(settings);
+        case Work::ListTests:
+            break;
+    }
+    return modes::listTests(settings);
+}
+
 constexpr std::array kModes = {
-    Mode{RunMode::Build, modes::build},
+    Mode{RunMode::Build, buildOrTest},
     Mode{RunMode::ListProfiles, modes::listProfiles},
     Mode{RunMode::ListUnits, modes::listUnits},
     Mode{RunMode::ListTargets, modes::listTargets},

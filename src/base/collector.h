@@ -50,6 +50,9 @@ class Collector {
     char openStream_ = 0;  ///< where the output of a command has not ended its last line
 };
 
+/// The bytes of a transcript, whatever stream they were for.
+std::string transcriptText(std::string_view transcript);
+
 /// Whether this thread's messages are collected.
 bool collects() noexcept;
 

@@ -276,6 +276,15 @@ bool repeat(std::string_view transcript) {
     return true;
 }
 
+std::string transcriptText(std::string_view transcript) {
+    std::string text;
+    TranscriptPart part;
+    while (!transcript.empty() && takePart(transcript, part)) {
+        text += part.text;
+    }
+    return text;
+}
+
 void flush() noexcept {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);

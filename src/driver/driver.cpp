@@ -167,42 +167,98 @@ void Driver::step(TargetVisit& visit) {
     }
 }
 
-void Driver::visitAll() {
-    while (!stack_.empty()) {
-        try {
-            step(*stack_.back());
-        } catch (const Interrupted&) {
+template <class Action>
+void Driver::guarded(Action action) {
+    try {
+        action();
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const LoopFoundException&) {
+        throw;
+    } catch (const EndlessVisits&) {
+        throw;
+    } catch (const BuildFailed&) {
+        if (!setting_.options.keepGoing) {
             throw;
-        } catch (const LoopFoundException&) {
-            throw;
-        } catch (const EndlessVisits&) {
-            throw;
-        } catch (const BuildFailed&) {
-            if (!setting_.options.keepGoing) {
-                throw;
-            }
-            failTop();
-        } catch (const VeskException& exception) {
-            if (!setting_.options.keepGoing) {
-                throw;
-            }
-            reportError(exception);
-            failTop();
         }
-        if (others_) {
-            others_->advance();
+        failTop();
+    } catch (const VeskException& exception) {
+        if (!setting_.options.keepGoing) {
+            throw;
         }
+        reportError(exception);
+        failTop();
+    }
+    if (others_) {
+        others_->advance();
     }
 }
 
-std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
-    const PrefixEnd prefixEnd;
+void Driver::visitAll() {
+    while (!stack_.empty()) {
+        guarded([this] { step(*stack_.back()); });
+    }
+}
+
+void Driver::beginBuild() {
     stack_.clear();
     visitsOnWay_.clear();
     const DriverOptions& options = setting_.options;
     if (options.jobCount != 0 && options.jobCount != 1 && !options.dryRun) {
         others_ = std::make_unique<SideBySide>(setting_);
     }
+}
+
+std::unique_ptr<TargetVisit> Driver::visitOnly(const TargetLocation& location) {
+    // A key of its own: what a dependant needs of the target is another visit.
+    const std::string key = visitKey(location, {}) + " only";
+    visited_[key];
+    push(location, {}, key);
+    guarded([this] { stack_.back()->begin(); });
+    const auto isReady = [this] {
+        return stack_.size() == 1 && stack_.back()->nextDependency() == nullptr;
+    };
+    while (!stack_.empty() && !isReady()) {
+        guarded([this] { step(*stack_.back()); });
+    }
+    if (stack_.empty()) {
+        return nullptr;
+    }
+    std::unique_ptr<TargetVisit> visit = std::move(stack_.back());
+    stack_.clear();
+    visitsOnWay_.clear();
+    return visit;
+}
+
+std::vector<std::unique_ptr<TargetVisit>> Driver::visitOnly(
+    const std::vector<TargetLocation>& locations) {
+    const PrefixEnd prefixEnd;
+    beginBuild();
+    std::vector<std::unique_ptr<TargetVisit>> visits;
+    try {
+        for (const TargetLocation& location : locations) {
+            visits.push_back(visitOnly(location));
+        }
+        if (others_) {
+            others_->finish();
+        }
+    } catch (...) {
+        if (others_) {
+            others_->abandon();
+        }
+        throw;
+    }
+    for (auto& visit : visits) {
+        if (visit && visit->hasFailedDependency()) {
+            visit.reset();
+        }
+    }
+    return visits;
+}
+
+std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
+    const PrefixEnd prefixEnd;
+    beginBuild();
     const std::string root = visitKey(location, {});
     try {
         enter(location, {});

@@ -33,6 +33,13 @@ class Driver {
     /// contexts, tools and the file system throw.
     std::shared_ptr<Context> build(const TargetLocation& location);
 
+    /// Visits each target and builds all that it depends on, but not the target itself: that is the
+    /// caller's, with TargetVisit::prepareBuild, while the driver lives. A dependant gets a target
+    /// that it needs as ever. Null stands for one that cannot be built for what it depends on; with
+    /// "keep going" messages have said why. Throws as `build`.
+    std::vector<std::unique_ptr<TargetVisit>> visitOnly(
+        const std::vector<TargetLocation>& locations);
+
   private:
     struct Visited {
         TargetResult result;
@@ -50,7 +57,14 @@ class Driver {
     Visited& enter(const TargetLocation& location, std::vector<ValuePtr> arguments);
     void visitNextDependency(TargetVisit& visit);
     void step(TargetVisit& visit);
+    void beginBuild();
     void visitAll();
+    std::unique_ptr<TargetVisit> visitOnly(const TargetLocation& location);
+
+    /// Does it; with "keep going" a failure is the top target's.
+    template <class Action>
+    void guarded(Action action);
+
     void finishTop();
     void failTop();
     void push(const TargetLocation& location, std::vector<ValuePtr> arguments, std::string key);

@@ -51,6 +51,8 @@ void runJob(Job& job) {
         const std::int32_t status =
             action ? runAction(action, job.startFailure) : runCommand(command, &job.startFailure);
         if (status != 0) {
+            job.timedOut =
+                command.deadline && std::chrono::steady_clock::now() >= *command.deadline;
             job.failedCommand = command.command;
             job.result = status;
             return;

@@ -23,6 +23,7 @@ struct Job {
     std::int32_t result = 0;    ///< 0: success; else the status of the command that failed
     std::string failedCommand;  ///< set with a result other than 0
     std::string startFailure;   ///< why it could not be started, or why an action failed
+    bool timedOut = false;      ///< with a failure: its deadline had passed
     double seconds = 0;         ///< how long its commands took, if all succeeded
     std::string transcript;     ///< what it wrote, if that was collected
 

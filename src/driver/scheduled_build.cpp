@@ -245,24 +245,15 @@ void ScheduledBuild::takeFailure() {
 Turn ScheduledBuild::ask(Batch& batch) {
     const console::PrefixScope scope(build_->prefix());
     try {
-        SharedRecipes recipes;
-        for (const std::size_t number : batch.recipes) {
-            if (build_->cache().stale(number)) {
-                batch.stale.push_back(number);
-                recipes.push_back(build_->recipe(number));
-            }
-        }
-        if (recipes.empty()) {
+        std::ranges::copy_if(
+            batch.recipes, std::back_inserter(batch.stale),
+            [this](const std::size_t number) { return build_->cache().stale(number); });
+        if (batch.stale.empty()) {
             return Turn::Nothing;
         }
         build_->cache().claim();
-        const BuildEnv& environment =
-            build_->prepared(build_->recipes().size(), *recipes.front(), VariablesOf::Commands);
-        batch.stage = std::make_unique<Stage>(*build_->subject().builder, recipes, environment);
-        for (const auto& job : batch.stage->jobs()) {
-            for (Command& command : job->commands) {
-                command.environment = build_->variables();
-            }
+        batch.stage = build_->stageFor(batch.stale);
+        for (std::size_t i = 0; i < batch.stale.size(); ++i) {
             console::normal("Starting build job");
         }
         return Turn::Run;

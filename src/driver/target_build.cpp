@@ -174,6 +174,22 @@ BuildEnv& TargetBuild::prepared(std::size_t jobs, const Recipe& first, Variables
     return environment();
 }
 
+std::unique_ptr<Stage> TargetBuild::stageFor(const std::vector<std::size_t>& numbers) {
+    SharedRecipes recipes;
+    for (const std::size_t number : numbers) {
+        recipes.push_back(recipe(number));
+    }
+    const BuildEnv& environment =
+        prepared(set_->recipes.size(), *recipes.front(), VariablesOf::Commands);
+    auto stage = std::make_unique<Stage>(*subject_.builder, recipes, environment);
+    for (const auto& job : stage->jobs()) {
+        for (Command& command : job->commands) {
+            command.environment = variables();
+        }
+    }
+    return stage;
+}
+
 void TargetBuild::runRecipes() {
     std::map<std::uint32_t, std::vector<std::size_t>> stages;
     for (std::size_t i = 0; i < set_->recipes.size(); ++i) {

@@ -76,6 +76,10 @@ class TargetBuild {
     /// After all recipes have run.
     TargetResult complete();
 
+    /// The jobs of these recipes, with all that their commands need, for a thread that runs them.
+    /// Throws as `prepared` and as Stage.
+    std::unique_ptr<Stage> stageFor(const std::vector<std::size_t>& numbers);
+
     /// Where the commands run, with the output directory. Throws when it cannot be made.
     BuildEnv& prepared(std::size_t jobs, const Recipe& first, VariablesOf variables);
 

@@ -1,5 +1,7 @@
 #include "driver/target_visit.h"
 
+#include <algorithm>
+
 #include "base/console.h"
 #include "base/interruption.h"
 #include "base/text.h"
@@ -174,6 +176,13 @@ bool TargetVisit::alwaysRuns() const {
     return saysYes(*input_->shared(), kAlwaysVariable);
 }
 
+/// Those that are built with others may have failed since.
+bool TargetVisit::hasFailedDependency() const noexcept {
+    return failedDependency_ || std::ranges::any_of(scheduled_, [](const auto& dependency) {
+               return dependency && dependency->failed();
+           });
+}
+
 BuildSubject TargetVisit::subject() const {
     return {displayName_,    location_.target->name,
             note(),          choice_.tool->name().str(),
@@ -202,13 +211,33 @@ TargetResult TargetVisit::build(SideBySide* others) {
     return others->build(std::make_unique<TargetBuild>(setting_, subject()), std::move(scheduled_));
 }
 
+void TargetVisit::resolve() {
+    input_->addWaiting();
+    input_->context().resolveVariables();
+    printContext("Input context:", input_->context());
+}
+
+std::unique_ptr<TargetBuild> TargetVisit::prepareBuild(Runs runs) {
+    try {
+        resolve();
+        for (std::size_t i = 0; i < scheduled_.size(); ++i) {
+            stamps_[i].stamp = scheduled_[i] ? scheduled_[i]->stamp() : stamps_[i].stamp;
+        }
+        BuildSubject all = subject();
+        all.runs = all.runs == Runs::Always ? all.runs : runs;
+        return std::make_unique<TargetBuild>(setting_, std::move(all));
+    } catch (const Interrupted&) {
+        throw;
+    } catch (...) {
+        rethrowWithNote(note());
+    }
+}
+
 TargetResult TargetVisit::finish(SideBySide* others) {
     announce();
     TargetResult result;
     try {
-        input_->addWaiting();
-        input_->context().resolveVariables();
-        printContext("Input context:", input_->context());
+        resolve();
         result = build(others);
     } catch (const BuildFailed&) {
         throw;  // the messages before it have said everything

@@ -46,7 +46,7 @@ class TargetVisit {
 
     /// Goes on to the next one without outputs, after a failure; this target cannot be built then.
     void skipDependency();
-    bool hasFailedDependency() const noexcept { return failedDependency_; }
+    bool hasFailedDependency() const noexcept;
 
     /// Whether the target runs in every build, whatever the cache has. Once the context is
     /// resolved.
@@ -55,6 +55,10 @@ class TargetVisit {
     /// Resolves the context and builds the target, or what of it the cache does not have; with
     /// `others` it may be built later, while others are.
     TargetResult finish(SideBySide* others);
+
+    /// The same for a caller that builds the target itself, when all dependencies are built.
+    /// Throws what making recipes throws.
+    std::unique_ptr<TargetBuild> prepareBuild(Runs runs);
 
     /// "in target main::app (/p/vesk.txt:3)", for messages.
     std::string note() const;
@@ -67,6 +71,7 @@ class TargetVisit {
     ValuePtr sourceOf(const IdentifierPath& macro);
     std::vector<Assignment> boundParameters() const;
     void claimVariables();
+    void resolve();
     BuildSubject subject() const;
     void takeStamps(SideBySide& others);
     TargetResult build(SideBySide* others);

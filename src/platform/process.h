@@ -2,6 +2,7 @@
 // decided above.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -33,11 +34,16 @@ struct ProcessRequest {
     /// Where ours are a terminal, the child of a POSIX system sees one too. What processes that
     /// outlive the child write is not waited for.
     OutputSink output;
+
+    /// When the child is killed with all that it has started, unless it has ended. On POSIX what
+    /// has left its process group stays. Such a child reads nothing from our standard input.
+    std::optional<std::chrono::steady_clock::time_point> deadline;
 };
 
 struct ProcessResult {
-    bool started = false;  ///< false: `status` is the system's error code for the failed start
-    int status = 0;        ///< exit code; on POSIX 128+N for a child that signal N killed
+    bool started = false;   ///< false: `status` is the system's error code for the failed start
+    int status = 0;         ///< exit code; on POSIX 128+N for a child that signal N killed
+    bool timedOut = false;  ///< it was killed at its deadline
 };
 
 /// Starts the process and waits for it without a limit. Thread-safe.

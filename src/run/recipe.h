@@ -1,6 +1,7 @@
 // What a builder makes of a target: commands, the files that they read and make, and their order.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -86,6 +87,10 @@ struct Command {
     /// Environment variables that the command text refers to, so that what they hold is shown and
     /// kept nowhere. No command runs without them.
     std::vector<std::string> secretVariables;
+
+    /// When it is killed with all that it has started. It reads nothing from our standard input
+    /// then.
+    std::optional<std::chrono::steady_clock::time_point> deadline;
 };
 
 /// A command, the files that it reads and makes, and when it runs. Made by a builder, run by the

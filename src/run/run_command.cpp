@@ -73,6 +73,7 @@ platform::ProcessRequest requestFor(const Command& command) {
     }
     request.workingDirectory = command.workingDirectory;
     request.environment = environmentFor(command);
+    request.deadline = command.deadline;
     if (console::collects()) {
         request.output = console::writeOutput;
     }
@@ -190,6 +191,9 @@ std::int32_t runCommand(const Command& command, std::string* startFailure) {
     const platform::ProcessResult result = platform::runProcess(requestFor(command));
     if (startFailure != nullptr) {
         *startFailure = result.started ? std::string() : explainStart(command, result.status);
+        if (result.timedOut) {
+            *startFailure = "The command ran too long and was killed: " + command.command;
+        }
     }
     return result.status;
 }

@@ -11,7 +11,7 @@ namespace Vesk {
 /// Echoes the command text (level 5), runs it and waits for its end without a limit. Returns the
 /// child's exit code (on POSIX 128+N for one that signal N killed), or the system's error code when
 /// the child could not be started; `startFailure`, when given, then gets a sentence for the user.
-/// It stays empty when the child ran. Thread-safe; throws nothing of its own.
+/// It stays empty when the child ran to its end. Thread-safe; throws nothing of its own.
 std::int32_t runCommand(const Command& command, std::string* startFailure = nullptr);
 
 }  // namespace Vesk

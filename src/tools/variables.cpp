@@ -25,6 +25,9 @@ constexpr Variable kOfTargets[] = {
      "in a profile of the project: the compilation database that every build keeps current, from "
      "the project's root",
      R"("compile_commands.json")"},
+    {"TEST", "`yes`, `no`", "`no`", "the target is a test, which `--test` runs", R"("yes")"},
+    {"TEST_TIMEOUT", "integer", "`300`",
+     "after so many seconds `--test` kills the test; `0`: never", "20"},
     {"SIDE_BY_SIDE", "`yes`, `no`", "`no`",
      "with `-j`, a target of commands or a file writer is built while others are: what it reads "
      "and "

@@ -1,4 +1,3 @@
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -21,19 +20,6 @@ void printImplicitContexts(const ProjectCatalog& catalog) {
         console::normal("Implicit context for project '{}':", project->name);
         catalog.implicitContext(*project)->print(console::level::kNormal);
     }
-}
-
-BuildSetting buildSetting(const Settings& settings, Session& session) {
-    HiddenValues hidden;
-    hidden.add(*session.request.assignments);
-    return {
-        session.catalog,
-        session.staticTools,
-        [&](const Project& project) -> const Toolbox& { return session.declaredTools.of(project); },
-        [&](const Project& project) -> ProjectCache& { return session.caches.of(project); },
-        {static_cast<int>(settings.jobCount), settings.rebuild, settings.dryRun, settings.keepGoing,
-         hidden, settings.maxCommands},
-    };
 }
 
 /// Keeps the project's compilation database current, and writes the one that was asked for: of the

@@ -8,6 +8,13 @@ namespace Vesk::modes {
 /// Builds the requested target, or repeats a build that found nothing to do.
 int build(const Settings& settings);
 
+/// Builds what the tests need, runs them, and returns 1 unless all succeeded. Throws VeskException
+/// where there are none.
+int test(const Settings& settings);
+
+/// A line for each test, with its description. Builds nothing.
+int listTests(const Settings& settings);
+
 /// Without a project file these report so and return -1.
 int listProfiles(const Settings& settings);
 int listUnits(const Settings& settings);

@@ -6,7 +6,7 @@
 
 namespace Vesk::platform {
 
-/// Whether a new child gets a process group of its own (see interrupt.h).
+/// Whether every new child gets a process group of its own (see interrupt.h).
 bool childrenHaveOwnGroups() noexcept;
 
 /// A place among the running children. Taken before the child is started, so that no child ever
@@ -18,8 +18,9 @@ class RunningChild {
     RunningChild(const RunningChild&) = delete;
     RunningChild& operator=(const RunningChild&) = delete;
 
-    /// The child runs. If an interruption came in the meantime it is handed on here.
-    void started(pid_t child) noexcept;
+    /// The child runs, in a process group of its own or in ours. If an interruption came in the
+    /// meantime it is handed on here.
+    void started(pid_t child, bool ownGroup) noexcept;
 
     /// From here on no signal is sent to the child. Call when it has ended but is not yet reaped:
     /// its number still belongs to it then, and cannot hit anybody else.

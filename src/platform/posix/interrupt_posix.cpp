@@ -110,8 +110,8 @@ RunningChild::RunningChild() : slot_(nullptr) {
     }
 }
 
-void RunningChild::started(pid_t child) noexcept {
-    const pid_t target = childrenHaveOwnGroups() ? -child : child;
+void RunningChild::started(pid_t child, bool ownGroup) noexcept {
+    const pid_t target = ownGroup ? -child : child;
     // The handler writes the request before it reads the slots, we write the slot before we read
     // the request: one of the two sees the other.
     slot_->store(target);

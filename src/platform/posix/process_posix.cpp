@@ -4,10 +4,12 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <optional>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <system_error>
 
+#include "platform/alarm.h"
 #include "platform/interrupt.h"
 #include "platform/posix/child_output.h"
 #include "platform/posix/children.h"
@@ -24,7 +26,7 @@ namespace {
 /// How the child differs from us: the settings that posix_spawn takes.
 class SpawnSettings {
   public:
-    SpawnSettings() {
+    explicit SpawnSettings(bool ownGroup = childrenHaveOwnGroups()) {
         ::posix_spawn_file_actions_init(&actions_);
         ::posix_spawnattr_init(&attributes_);
         // We ignore SIGPIPE for ourselves (see prepareConsole); in a pipeline of the child's it has
@@ -34,7 +36,7 @@ class SpawnSettings {
         ::sigaddset(&defaults, SIGPIPE);
         ::posix_spawnattr_setsigdefault(&attributes_, &defaults);
         short flags = POSIX_SPAWN_SETSIGDEF;
-        if (childrenHaveOwnGroups()) {
+        if (ownGroup) {
             ::posix_spawnattr_setpgroup(&attributes_, 0);
             flags |= POSIX_SPAWN_SETPGROUP;
         }
@@ -51,6 +53,11 @@ class SpawnSettings {
         return directory.empty()
                    ? 0
                    : ::posix_spawn_file_actions_addchdir_np(&actions_, directory.c_str());
+    }
+
+    int setNoInput() {
+        return ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY,
+                                                  0);
     }
 
     int setStandardOutput(int descriptor) {
@@ -89,12 +96,21 @@ int SpawnSettings::spawn(const std::vector<std::string>& arguments, char* const*
                           pointersTo(arguments).data(), environment);
 }
 
-/// Waits for the end of the child and reaps it.
-int waitFor(pid_t child, RunningChild& running) {
+/// Waits for the end of the child, which keeps its number.
+void waitForEnd(pid_t child) {
     siginfo_t info{};
     while (::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT) != 0 &&
            errno == EINTR) {}
+}
+
+/// Waits for the end of the child and reaps it. The alarm, if there is one, is called off while
+/// the number still belongs to the child.
+int waitFor(pid_t child, RunningChild& running, Alarm* alarm = nullptr) {
+    waitForEnd(child);
     running.forget();
+    if (alarm != nullptr) {
+        alarm->stop();
+    }
     int status = 0;
     while (::waitpid(child, &status, 0) < 0) {
         if (errno != EINTR) {
@@ -117,6 +133,17 @@ int start(const ProcessRequest& request, const SpawnSettings& settings,
     return settings.spawn(request.arguments, environment.forShell(), child);
 }
 
+/// Kills the child's process group when its time is over.
+void setAlarm(std::optional<Alarm>& alarm, std::chrono::steady_clock::time_point when,
+              pid_t child) {
+    const auto kill = [child] { ::kill(-child, SIGKILL); };
+    try {
+        alarm.emplace(when, kill);
+    } catch (const std::system_error&) {
+        kill();  // without a thread that watches over it, it might run forever
+    }
+}
+
 std::string readAll(int descriptor) {
     std::string content;
     std::array<char, 16384> buffer;
@@ -134,8 +161,12 @@ std::string readAll(int descriptor) {
 
 ProcessResult runProcess(const ProcessRequest& request) {
     recordSideEffect();
-    SpawnSettings settings;
+    const bool ownGroup = childrenHaveOwnGroups() || request.deadline;
+    SpawnSettings settings(ownGroup);
     if (const int error = settings.setWorkingDirectory(request.workingDirectory); error != 0) {
+        return {false, error};
+    }
+    if (const int error = request.deadline ? settings.setNoInput() : 0; error != 0) {
         return {false, error};
     }
     ChildOutput output;
@@ -154,11 +185,16 @@ ProcessResult runProcess(const ProcessRequest& request) {
     if (const int error = start(request, settings, environment, child); error != 0) {
         return {false, error};
     }
-    running.started(child);
+    running.started(child, ownGroup);
+    std::optional<Alarm> alarm;
+    if (request.deadline) {
+        setAlarm(alarm, *request.deadline, child);
+    }
     if (reads) {
         output.read(child, request.output);
     }
-    return {true, waitFor(child, running)};
+    const int status = waitFor(child, running, alarm ? &*alarm : nullptr);
+    return {true, status, alarm && alarm->stop()};
 }
 
 std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
@@ -176,7 +212,7 @@ std::optional<std::string> captureShellOutput(const std::string& command, int* s
         settings.spawn({"/bin/sh", "-c", command}, environ, child) != 0) {
         return std::nullopt;
     }
-    running.started(child);
+    running.started(child, childrenHaveOwnGroups());
     writeEnd.close();
     std::string output = readAll(readEnd.get());
     const int code = waitFor(child, running);

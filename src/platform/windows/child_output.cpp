@@ -51,6 +51,13 @@ ChildOutput::~ChildOutput() {
     }
 }
 
+void ChildOutput::takeNoInput() {
+    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    input_.close();
+    input_ = Handle(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                  &inheritable, OPEN_EXISTING, 0, nullptr));
+}
+
 bool ChildOutput::add(Stream stream) {
     HANDLE ours = nullptr;
     HANDLE theirs = nullptr;
@@ -71,7 +78,7 @@ bool ChildOutput::applyTo(STARTUPINFOEXW& startup) {
     for (const Pipe& pipe : pipes_) {
         inherited_.push_back(pipe.theirs.get());
     }
-    if (input != nullptr) {
+    if (input_.valid()) {
         inherited_.push_back(input);
     }
     SIZE_T size = 0;

@@ -17,7 +17,10 @@ class ChildOutput {
     /// False when the system has no more of them; the child has to share our streams then.
     bool open();
 
-    /// Makes the child write to the pipes, and inherit nothing else but our standard input.
+    /// The child reads nothing. Call before `applyTo`.
+    void takeNoInput();
+
+    /// Makes the child write to the pipes, and inherit nothing else but its input.
     /// `startup` must not outlive this. False when the system refuses.
     bool applyTo(STARTUPINFOEXW& startup);
 

@@ -11,6 +11,13 @@ class Handle {
     explicit Handle(HANDLE value) noexcept : value_(value) {}
     ~Handle() { close(); }
     Handle(Handle&& other) noexcept : value_(other.release()) {}
+    Handle& operator=(Handle&& other) noexcept {
+        if (this != &other) {
+            close();
+            value_ = other.release();
+        }
+        return *this;
+    }
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
 

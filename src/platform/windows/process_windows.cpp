@@ -4,8 +4,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
+#include <system_error>
 #include <windows.h>
 
+#include "platform/alarm.h"
 #include "platform/interrupt.h"
 #include "platform/recording.h"
 #include "platform/windows/child_output.h"
@@ -50,6 +53,41 @@ void enterJobOnce() {
     std::call_once(once, enterJob);
 }
 
+/// A child that can be killed with all that it starts. It is born asleep, so that it has started
+/// nothing before it is in its job.
+class LimitedChild {
+  public:
+    explicit LimitedChild(HANDLE process) : process_(process), job_(nullptr) {
+        Handle job(::CreateJobObjectW(nullptr, nullptr));
+        if (job.valid() && ::AssignProcessToJobObject(job.get(), process)) {
+            job_ = std::move(job);
+        }
+    }
+
+    void killAt(std::chrono::steady_clock::time_point when) {
+        try {
+            alarm_.emplace(when, [this] { kill(); });
+        } catch (const std::system_error&) {
+            kill();  // without a thread that watches over it, it might run forever
+        }
+    }
+
+    /// When it has ended: whether it was killed.
+    bool wasKilled() { return alarm_ && alarm_->stop(); }
+
+  private:
+    void kill() const {
+        constexpr UINT kStatus = 1;
+        if (!job_.valid() || !::TerminateJobObject(job_.get(), kStatus)) {
+            ::TerminateProcess(process_, kStatus);
+        }
+    }
+
+    HANDLE process_;
+    Handle job_;
+    std::optional<Alarm> alarm_;  ///< last: nothing is killed when the rest is gone
+};
+
 /// The entries, each followed by a zero, and one more zero.
 std::wstring environmentBlock(const std::vector<std::string>& entries) {
     std::wstring block;
@@ -87,6 +125,10 @@ ProcessResult runProcess(const ProcessRequest& request) {
     STARTUPINFOEXW startup{};
     startup.StartupInfo.cb = sizeof(startup.StartupInfo);
     ChildOutput output;
+    if (request.deadline) {
+        output.takeNoInput();
+        flags |= CREATE_SUSPENDED;
+    }
     const bool reads = request.output && output.open() && output.applyTo(startup);
     if (reads) {
         startup.StartupInfo.cb = sizeof(startup);
@@ -104,6 +146,12 @@ ProcessResult runProcess(const ProcessRequest& request) {
     }
     const Handle thread(information.hThread);
     const Handle process(information.hProcess);
+    std::optional<LimitedChild> limited;
+    if (request.deadline) {
+        limited.emplace(process.get());
+        ::ResumeThread(thread.get());
+        limited->killAt(*request.deadline);
+    }
     if (reads) {
         output.read(process.get(), request.output);
     }
@@ -113,7 +161,7 @@ ProcessResult runProcess(const ProcessRequest& request) {
         exitCode = ::GetLastError();
     }
     noteExitCode(exitCode);
-    return {true, static_cast<int>(exitCode)};
+    return {true, static_cast<int>(exitCode), limited && limited->wasKilled()};
 }
 
 std::optional<std::string> captureShellOutput(const std::string& command, int* status) {

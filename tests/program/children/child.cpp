@@ -42,6 +42,12 @@ int print(const Arguments& arguments) {
     return 0;
 }
 
+/// bytes: what no XML can hold, between texts that it can.
+int bytes(const Arguments&) {
+    put(std::string("\x1b[31mred \xff\0 ]]> <& \xef\xbf\xbf\n", 23));
+    return 0;
+}
+
 /// env NAME...: what the variables hold.
 int env(const Arguments& arguments) {
     for (const std::string& name : arguments) {
@@ -173,9 +179,9 @@ using Verb = int (*)(const Arguments&);
 
 const std::map<std::string, Verb>& verbs() {
     static const std::map<std::string, Verb> table = {
-        {"args", args},     {"copy", copy},        {"cwd", cwd},      {"env", env},
-        {"exit", exitWith}, {"meet", meet},        {"print", print},  {"touch", touch},
-        {"linger", linger}, {"with_env", withEnv}, {"/D", interpret},
+        {"args", args},   {"bytes", bytes},   {"copy", copy},        {"cwd", cwd},
+        {"env", env},     {"exit", exitWith}, {"meet", meet},        {"print", print},
+        {"touch", touch}, {"linger", linger}, {"with_env", withEnv}, {"/D", interpret},
     };
     return table;
 }
