@@ -54,9 +54,16 @@ struct ProcessResult {
 /// itself.
 ProcessResult runProcess(const ProcessRequest& request);
 
+/// Whether a run in which a child answered can be repeated without it.
+enum class Dependence {
+    Unknown,   ///< on anything: no
+    Recorded,  ///< on what the caller has looked at through this floor, and on nothing else: yes
+};
+
 /// Runs a command text through the system's shell and returns all that it wrote to standard
 /// output; nothing when it could not be started. `status`, when given, gets the exit code.
-std::optional<std::string> captureShellOutput(const std::string& command, int* status = nullptr);
+std::optional<std::string> captureShellOutput(const std::string& command, int* status = nullptr,
+                                              Dependence dependence = Dependence::Unknown);
 
 /// The system's text for an error code as `ProcessResult::status` holds it, without a full stop at
 /// its end.

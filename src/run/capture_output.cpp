@@ -1,9 +1,10 @@
 #include "run/capture_output.h"
 
+#include <utility>
+
 #include "base/console.h"
 #include "base/text.h"
 #include "platform/files.h"
-#include "platform/process.h"
 #include "platform/system.h"
 
 namespace Vesk {
@@ -22,13 +23,27 @@ std::string quotedProgram(const std::filesystem::path& program) {
     return quoted += '"';
 }
 
+std::string discardingErrors(std::string command) {
+    return std::move(command.append(" 2>").append(platform::kNullDevice));
+}
+
 }  // namespace
+
+ProgramAnswer askProgram(const std::filesystem::path& program, std::string_view arguments,
+                         platform::Dependence dependence) {
+    ProgramAnswer answer;
+    const std::string command = quotedProgram(program).append(" ").append(arguments);
+    answer.text =
+        platform::captureShellOutput(discardingErrors(command), &answer.status, dependence)
+            .value_or("");
+    return answer;
+}
 
 std::string captureOutput(const std::filesystem::path& program, std::string_view arguments,
                           bool discardErrors) {
     std::string command = quotedProgram(program).append(" ").append(arguments);
     if (discardErrors) {
-        command.append(" 2>").append(platform::kNullDevice);
+        command = discardingErrors(std::move(command));
     } else {
         console::flush();
     }

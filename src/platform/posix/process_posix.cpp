@@ -197,8 +197,11 @@ ProcessResult runProcess(const ProcessRequest& request) {
     return {true, status, alarm && alarm->stop()};
 }
 
-std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
-    recordSideEffect();
+std::optional<std::string> captureShellOutput(const std::string& command, int* status,
+                                              Dependence dependence) {
+    if (dependence == Dependence::Unknown) {
+        recordSideEffect();
+    }
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return std::nullopt;

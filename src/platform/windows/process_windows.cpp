@@ -164,8 +164,11 @@ ProcessResult runProcess(const ProcessRequest& request) {
     return {true, static_cast<int>(exitCode), limited && limited->wasKilled()};
 }
 
-std::optional<std::string> captureShellOutput(const std::string& command, int* status) {
-    recordSideEffect();
+std::optional<std::string> captureShellOutput(const std::string& command, int* status,
+                                              Dependence dependence) {
+    if (dependence == Dependence::Unknown) {
+        recordSideEffect();
+    }
     if (interruptSignal() != 0) {
         return std::nullopt;
     }

@@ -56,6 +56,48 @@ std::string textIn(const Context::Map& declared, std::string_view name) {
     return value ? value->toString() : std::string();
 }
 
+/// One in PATH, else one beside the compiler: whoever sets PATH chooses.
+std::string findFirst(const ToolchainPlace& place, std::initializer_list<std::string_view> names) {
+    for (const std::string_view name : names) {
+        if (std::string path = findInPath(fmt::format("{}{}", name, programEnding()));
+            !path.empty()) {
+            return path;
+        }
+    }
+    return findProgram({place.directory, {}, {}}, names);
+}
+
+[[noreturn]] void throwNoPkgConfig() {
+    VeskException error("PACKAGES needs pkg-config, which is not in PATH.");
+    error.addNote(
+        "install it: apt install pkg-config, dnf install pkgconf, brew install pkgconf, or with "
+        "MSYS2 pacman -S pkgconf");
+    throw error;
+}
+
+[[noreturn]] void throwNoPkgConfigFor(const std::string& triple) {
+    VeskException error(fmt::format(
+        "PACKAGES needs a pkg-config for {0}: '{0}-pkg-config' is neither beside the compiler nor "
+        "in PATH.",
+        triple));
+    error.addNote(
+        "install it, or set the environment variable PKG_CONFIG_LIBDIR to the directories with "
+        "the .pc files for that machine");
+    throw error;
+}
+
+/// Empty where the plain one is told which packages are for that machine.
+std::string crossPkgConfig(const ToolchainPlace& place, const std::string& triple) {
+    const std::string named = triple + "-pkg-config";
+    const std::string prefixed = place.prefix.empty() ? named : place.prefix + "pkg-config";
+    std::string program = findFirst(place, {prefixed, named});
+    if (program.empty() &&
+        platform::environmentVariable("PKG_CONFIG_LIBDIR").value_or("").empty()) {
+        throwNoPkgConfigFor(triple);
+    }
+    return program;
+}
+
 }  // namespace
 
 std::string resolvedText(const ValuePtr& value, Context& target) {
@@ -170,6 +212,22 @@ std::string ToolchainPrograms::require(const ToolchainPlace& place,
                         place.directory, place.prefix + std::string(*names.begin())));
     }
     return program;
+}
+
+const std::string& ToolchainPrograms::requirePkgConfig(const ToolchainPlace& place,
+                                                       const std::string& triple) {
+    const auto known = pkgConfigs_.find(triple);
+    if (known != pkgConfigs_.end()) {
+        return known->second;
+    }
+    std::string program = isNativeTriple(triple) ? std::string() : crossPkgConfig(place, triple);
+    if (program.empty()) {
+        program = findFirst(place, {"pkg-config", "pkgconf"});
+    }
+    if (program.empty()) {
+        throwNoPkgConfig();
+    }
+    return pkgConfigs_.emplace(triple, std::move(program)).first->second;
 }
 
 }  // namespace Vesk

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/discovery/pkg_config.h"
 #include "types/context.h"
 
 namespace Vesk {
@@ -56,12 +57,21 @@ class ToolchainPrograms {
     /// The same for a program without which nothing goes. Throws VeskException.
     std::string require(const ToolchainPlace& place, std::initializer_list<std::string_view> names);
 
+    /// The path of the pkg-config that answers for a machine: for this one the plain program; for
+    /// others one with the triple in front, or the plain one if PKG_CONFIG_LIBDIR says where the
+    /// packages for that machine are. Throws VeskException where there is none.
+    const std::string& requirePkgConfig(const ToolchainPlace& place, const std::string& triple);
+
+    PkgConfig& packages() noexcept { return packages_; }
+
   private:
     ToolchainPlace locate(const std::string& path, ToolchainPlace given) const;
 
     std::string compiler_;
     std::map<std::string, ToolchainPlace> places_;
     std::map<std::string, std::string> programs_;
+    std::map<std::string, std::string> pkgConfigs_;  ///< by triple
+    PkgConfig packages_;
 };
 
 /// The directories in which a toolchain's programs find what they need to run: on Windows their own

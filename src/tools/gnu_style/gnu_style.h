@@ -55,6 +55,7 @@ class GnuStyleBuild {
     void addSharedOptions(CommandText& command, const Product& product) const;
     void addRunPaths(CommandText& command, const Product& product) const;
     void addLibraries(CommandText& command, Recipe& recipe) const;
+    void addPackages(CommandText& command, Recipe& recipe) const;
     void addScript(CommandText& command, Recipe& recipe) const;
     Recipe productRecipe(const Product& product, const std::string& program) const;
     void finishProduct(Recipe recipe, const CommandText& command, const Product& product);

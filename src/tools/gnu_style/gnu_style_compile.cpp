@@ -115,8 +115,10 @@ GnuStyleBuild::Compiler GnuStyleBuild::compilerFor(Language language) const {
         command.add("-isystem");
         command.add(directory);
     }
+    const std::vector<std::string> ofPackages = style_.packages().compile;
+    command.add({}, ofPackages);
     return {std::move(command), resolvedAssignment("program", pathValue(program)),
-            headerSearch(target_, paths_, {"FLAGS", flagsVariable(language)}),
+            headerSearch(target_, paths_, {"FLAGS", flagsVariable(language)}, ofPackages),
             flagFiles(target_, paths_, {"FLAGS", flagsVariable(language)})};
 }
 

@@ -137,6 +137,7 @@ void GnuStyleBuild::link() {
     addScript(command, recipe);
     addRunPaths(command, product);
     addLibraries(command, recipe);
+    addPackages(command, recipe);
     addInputs(recipe, "FLAGS", flagFiles(target_, paths_, {"FLAGS"}));
     finishProduct(std::move(recipe), command, product);
     if (type_ == OutputType::Shared) {
@@ -263,6 +264,22 @@ void GnuStyleBuild::addLibraries(CommandText& command, Recipe& recipe) const {
     addInputs(recipe, "LINK_FLAGS", flagFiles(target_, paths_, {"LINK_FLAGS"}));
 }
 
+/// Behind all else: anything may need them.
+void GnuStyleBuild::addPackages(CommandText& command, Recipe& recipe) const {
+    const std::vector<std::string> words = style_.packages().link;
+    command.add({}, words);
+    std::vector<std::string> directories;
+    std::vector<std::string> names;
+    for (const std::string& word : words) {
+        if (word.starts_with("-L")) {
+            directories.push_back(normalPath(word.substr(2), paths_.root()));
+        } else if (word.starts_with("-l") || !word.starts_with('-')) {
+            names.push_back(word);
+        }
+    }
+    addInputs(recipe, "LIBS", librariesIn(directories, names, paths_.root()));
+}
+
 void GnuStyleBuild::addScript(CommandText& command, Recipe& recipe) const {
     for (const std::string& script : paths_.files("LINKER_SCRIPT")) {
         command.add("-T");
@@ -297,6 +314,7 @@ void GnuStyleBuild::addLibraryOutputs(const Product& product) {
     }
     exportAppend(outputs, "LIBS", textValues(atLastPlace(entriesOf(target_, "LIBS"))));
     exportAppend(outputs, "LIB_DIRS", pathValues(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
+    exportAppend(outputs, "PACKAGES", textValues(packagesNamed(entriesOf(target_, "PACKAGES"))));
     if (linksCpp()) {
         outputs.push_back(resolvedAssignment("LINK_LANGUAGE", std::make_shared<VeskRawString>(kCpp),
                                              AssignModifier::Output));

@@ -1,8 +1,23 @@
 #include "tools/gnu_style/gnu_toolchain.h"
 
+#include <algorithm>
+#include <initializer_list>
+
 #include "tools/support/value_lists.h"
 
 namespace Vesk {
+
+namespace {
+
+bool linksStatically(const Context& target) {
+    return std::ranges::any_of(std::initializer_list<const char*>{"FLAGS", "LINK_FLAGS"},
+                               [&target](const char* flags) {
+                                   const auto words = entriesOf(target, flags);
+                                   return std::ranges::find(words, "-static") != words.end();
+                               });
+}
+
+}  // namespace
 
 GnuStyle::GnuStyle(const GnuToolchain& toolchain, TargetContext& target,
                    const DeclaredPlace& declared, ToolchainPrograms& programs)
@@ -42,6 +57,16 @@ std::vector<std::string> GnuStyle::linkerOptions() const {
         return {};
     }
     return {std::string("-fuse-ld=") + toolchain_.linker};
+}
+
+PackageFlags GnuStyle::packages() const {
+    const std::vector<std::string> packages = packagesNamed(entriesOf(target_, "PACKAGES"));
+    if (packages.empty()) {
+        return {};
+    }
+    return programs_.packages().flags(
+        programs_.requirePkgConfig(place_, triple()), packages,
+        linksStatically(target_) ? LinkKind::Static : LinkKind::Shared);
 }
 
 std::vector<std::filesystem::path> GnuStyle::searchDirectories() const {

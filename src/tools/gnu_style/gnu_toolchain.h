@@ -53,6 +53,10 @@ class GnuStyle {
     /// Added when a compiler links.
     std::vector<std::string> linkerOptions() const;
 
+    /// How PACKAGES of the target are compiled and linked with. Throws VeskException for a package,
+    /// or a pkg-config, that is not there.
+    PackageFlags packages() const;
+
     /// Where the programs find what they need to run; empty where they know by themselves.
     std::vector<std::filesystem::path> searchDirectories() const;
 

@@ -17,8 +17,8 @@ class CBuilder : public Builder {
     std::string name() const override { return name_; }
 
     /// `doCreateRecipes`, then the variables that say where commands run and outputs go, then
-    /// `postProcess`. Starts no process, reads no file but resource scripts, and looks into
-    /// directories for patterns only.
+    /// `postProcess`. Starts no process but pkg-config, reads no file but resource scripts and what
+    /// pkg-config reads, and looks into directories for patterns only.
     RecipeSet createRecipes(TargetContext& target) final;
 
     Overlap overlap(const TargetContext&) const override { return Overlap::Always; }

@@ -65,7 +65,8 @@ void takeFlags(const std::vector<std::string>& words, const std::string& root,
 
 std::shared_ptr<const HeaderSearch> headerSearch(const TargetContext& target,
                                                  const TargetPaths& paths,
-                                                 std::initializer_list<const char*> flagVariables) {
+                                                 std::initializer_list<const char*> flagVariables,
+                                                 const std::vector<std::string>& furtherFlags) {
     Directories directories;
     for (const char* variable : flagVariables) {
         takeFlags(entriesOf(target, variable), paths.root(), directories);
@@ -74,6 +75,7 @@ std::shared_ptr<const HeaderSearch> headerSearch(const TargetContext& target,
                       std::back_inserter(directories[Plain]));
     std::ranges::move(paths.absolute(entriesOf(target, "SYSTEM_INCLUDE_DIRS")),
                       std::back_inserter(directories[System]));
+    takeFlags(furtherFlags, paths.root(), directories);
     auto search = std::make_shared<HeaderSearch>();
     for (std::vector<std::string>& kind : directories) {
         std::ranges::move(kind, std::back_inserter(search->directories));

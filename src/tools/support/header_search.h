@@ -3,6 +3,8 @@
 
 #include <initializer_list>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "run/recipe.h"
 #include "tools/support/target_paths.h"
@@ -10,9 +12,11 @@
 namespace Vesk {
 
 /// By the options among the flags, in the forms of all compilers, and by INCLUDE_DIRS and
-/// SYSTEM_INCLUDE_DIRS, which commands give after them. Null without any directory.
+/// SYSTEM_INCLUDE_DIRS, which commands give after them and before `furtherFlags`. Null without any
+/// directory.
 std::shared_ptr<const HeaderSearch> headerSearch(const TargetContext& target,
                                                  const TargetPaths& paths,
-                                                 std::initializer_list<const char*> flagVariables);
+                                                 std::initializer_list<const char*> flagVariables,
+                                                 const std::vector<std::string>& furtherFlags = {});
 
 }  // namespace Vesk
