@@ -1,6 +1,7 @@
 #include "cache/claim_journal.h"
 
 #include <system_error>
+#include <utility>
 
 #include "base/console.h"
 #include "cache/cache_text.h"
@@ -52,9 +53,20 @@ bool ClaimJournal::note(std::string_view key) {
     std::string text;
     appendText(text, key);
     text += digits(hashText(key)) + "\n";
+    return std::exchange(exists_, true) ? append(text) : create(text);
+}
+
+bool ClaimJournal::append(const std::string& text) const {
     std::error_code error;
-    exists_ = true;
     return platform::writePrivateFile(file_, text, platform::Append::yes, error);
+}
+
+bool ClaimJournal::create(const std::string& text) const {
+    std::filesystem::path temporary = file_;
+    temporary += ".new";
+    std::error_code error;
+    return platform::writePrivateFile(temporary, text, platform::Append::no, error) &&
+           platform::replaceFile(temporary, file_, error);
 }
 
 void ClaimJournal::clear() noexcept {

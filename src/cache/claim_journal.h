@@ -27,6 +27,12 @@ class ClaimJournal {
     void clear() noexcept;
 
   private:
+    bool append(const std::string& text) const;
+
+    /// Moves the file into place with its first claim: a process that is killed leaves no empty
+    /// file, which would be taken for one cut short.
+    bool create(const std::string& text) const;
+
     std::filesystem::path file_;
     std::mutex mutex_;
     bool exists_ = false;

@@ -42,7 +42,7 @@ class FileStates {
     /// (of platform::fileClock): the one from before they began. Unknown when it has changed since.
     FileState afterReading(std::string_view path, std::int64_t startedAt);
 
-    /// A command has written the file: it is looked at anew when it is next asked for.
+    /// A command has written the file: it is looked at again when it is next asked for.
     void written(std::string_view path);
 
     /// The same for all that is or was below a directory.

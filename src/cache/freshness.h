@@ -40,7 +40,7 @@ class Freshness {
     bool touched() const noexcept { return touched_; }
     RecordText refreshed() const;
 
-    /// Whether the result of a recipe's part still stands. Looks at the files anew: steps of the
+    /// Whether the result of a recipe's part still stands. Looks at the files again: steps of the
     /// build that have run meanwhile may have changed them.
     bool fresh(std::size_t part);
 
