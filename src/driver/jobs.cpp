@@ -114,7 +114,7 @@ class Preparation {
         std::error_code error;
         if (remove && !platform::isDirectory(file) && !platform::removeFile(file, error) && error) {
             throw VeskException("Unable to remove '" + platform::pathToUtf8(file) +
-                                "', which is to be made anew: " + error.message());
+                                "', which is to be made again: " + error.message());
         }
     }
 

@@ -1,6 +1,7 @@
 #include "driver/tool_choice.h"
 
 #include "base/console.h"
+#include "base/text.h"
 #include "driver/mistyped_names.h"
 #include "tools/tool_registry.h"
 #include "types/string_values.h"
@@ -27,12 +28,60 @@ void resolveCompared(Context& trial, const Toolbox& toolbox) {
     }
 }
 
-[[noreturn]] void throwNoTool(const std::string& displayName, const Context& target) {
+/// "toolchain_name 'gccc'", of what the target asks of a tool.
+std::vector<std::string> wishes(const Context& target, const Toolbox& declaredTools) {
+    std::vector<std::string> texts;
+    for (const CiString& name : declaredTools.comparedNames()) {
+        const Assignment* const assignment = target.find(name);
+        if (assignment != nullptr && assignment->value) {
+            texts.push_back(name.str() + " '" + assignment->value->toString() + "'");
+        }
+    }
+    return texts;
+}
+
+/// "GCC 12.2.0 for x86_64-linux-gnu".
+std::string toolchainTitle(const Matcher& tool) {
+    const auto text = [&tool](const char* name) {
+        const auto found = tool.declaredSettings().find(CiString(name));
+        return found != tool.declaredSettings().end() && found->second.value
+                   ? found->second.value->toString()
+                   : std::string();
+    };
+    const std::string name = text("toolchain_name");
+    const std::string machine = text("toolchain_target");
+    return (name.empty() ? tool.name().str() : name) +
+           (machine.empty() || name.ends_with(machine) ? "" : " for " + machine);
+}
+
+std::vector<std::string> toolchainTitles(const Toolbox& declaredTools) {
+    std::vector<std::string> titles;
+    for (const Matcher* tool : declaredTools.tools()) {
+        const ToolType* const type = findToolType(tool->typeWord());
+        if (type != nullptr && type->isToolchain()) {
+            titles.push_back(toolchainTitle(*tool));
+        }
+    }
+    return titles;
+}
+
+void addToolchains(VeskException& error, const Context& target, const Toolbox& declaredTools) {
+    error.addNote(
+        "no toolchain that is registered fits it; vesk --find-compilers registers those of "
+        "this machine");
+    const std::vector<std::string> titles = toolchainTitles(declaredTools);
+    const std::vector<std::string> asked = wishes(target, declaredTools);
+    if (!titles.empty()) {
+        error.addNote(asked.empty() ? "" : "it asks for " + joined(asked, ", "));
+        error.addNote("registered are " + joined(titles, ", "));
+    }
+}
+
+[[noreturn]] void throwNoTool(const std::string& displayName, const Context& target,
+                              const Toolbox& declaredTools) {
     VeskException error("No tool to build " + displayName);
     if (namesToolchainSources(target)) {
-        error.addNote(
-            "no toolchain that is registered fits it; vesk --find-compilers registers those of "
-            "this machine");
+        addToolchains(error, target, declaredTools);
         throw error;
     }
     if (const std::string mistyped = mistypedSource(target); !mistyped.empty()) {
@@ -61,7 +110,7 @@ ToolChoice chooseTool(Context& trial, const std::string& displayName, const Tool
     const Selection fromDeclared = declaredTools.select(trial);
     const Selection& best = betterOf(fromStatic, fromDeclared);
     if (best.matcher == nullptr) {
-        throwNoTool(displayName, trial);
+        throwNoTool(displayName, trial, declaredTools);
     }
     console::message(console::level::kDetail, console::colour::kNormal,
                      "Best registered tool: {}, score: {}", best.matcher->name(), best.score);

@@ -71,6 +71,13 @@ void Toolbox::collectComparedNames(const Matcher& matcher) {
     }
 }
 
+std::vector<const Matcher*> Toolbox::tools() const {
+    std::vector<const Matcher*> tools;
+    std::ranges::transform(matchers_, std::back_inserter(tools),
+                           [](const auto& entry) { return entry.second.get(); });
+    return tools;
+}
+
 const Selection& betterOf(const Selection& fromStatic, const Selection& fromDeclared) noexcept {
     const bool declaredWins =
         fromDeclared.matcher != nullptr &&

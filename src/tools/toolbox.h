@@ -37,6 +37,9 @@ class Toolbox {
 
     std::size_t size() const noexcept { return matchers_.size(); }
 
+    /// In the order of their names.
+    std::vector<const Matcher*> tools() const;
+
   private:
     void collectComparedNames(const Matcher& matcher);
 

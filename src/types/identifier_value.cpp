@@ -1,8 +1,20 @@
 #include "types/identifier_value.h"
 
+#include "base/ci_string.h"
 #include "types/errors.h"
 
 namespace Vesk {
+
+namespace {
+
+/// Where the very name is missing, and not one that its value leads to, it may be meant as text.
+void addQuotes(Noted& error, const std::string& missing, const IdentifierPath& path) {
+    if (CiString(missing) == CiString(path.segments.front().name)) {
+        error.addNote("text needs double quotes: \"" + path.toDisplayString() + "\"");
+    }
+}
+
+}  // namespace
 
 ValuePtr VeskIdentifier::clone() const {
     return std::make_shared<VeskIdentifier>(path);
@@ -22,7 +34,15 @@ ValuePtr VeskIdentifier::resolve() {
     if (resolver_ == nullptr) {
         throw NotFoundException("Assignment", path.toDisplayString());
     }
-    return resolver_->resolveIdentifier(path);
+    try {
+        return resolver_->resolveIdentifier(path);
+    } catch (NotFoundException& error) {
+        addQuotes(error, error.name(), path);
+        throw;
+    } catch (MissingVariable& error) {
+        addQuotes(error, error.name(), path);
+        throw;
+    }
 }
 
 }  // namespace Vesk

@@ -40,8 +40,10 @@ class Names(ProgramTest):
 
     def test_variables(self):
         for value, message in (
-            ("messaeg", "Error: Assignment 'messaeg' not found.\n  did you mean 'message'?"),
-            ("nothing.inner", "invalid map<K, T> key\n  there is no variable 'nothing'"),
+            ("messaeg", "Error: Assignment 'messaeg' not found.\n  did you mean 'message'?\n"
+             '  text needs double quotes: "messaeg"'),
+            ("nothing.inner", "invalid map<K, T> key\n  there is no variable 'nothing'\n"
+             '  text needs double quotes: "nothing.inner"'),
             ("message.inner", "Error: Identifier part must be context."),
             ("message.inner.x", 'Error: Variable "hi" cannot be indexed with inner'),
             ('"${ctx.}"', "Error: Expected identifier segment after '.'\n  in 'ctx.' at byte 5"),

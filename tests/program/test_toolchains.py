@@ -315,6 +315,12 @@ class Programs(GnuTest):
         database.write_text("[]")
         self.assertIn("'only here.h' file not found", faults())
 
+    def test_a_toolchain_that_there_is_not(self):
+        self.unit('app: { C_FILES = ["a.c"] toolchain_name = "Gnu" }')
+        error = self.error()
+        self.assertIn("\n  it asks for toolchain_name 'Gnu'\n  registered are ", error)
+        self.assertIn("GCC", error)
+
     def test_an_error_is_the_compilers_own(self):
         self.write("bad.c", "int main(void) { return missing; }\n")
         self.unit('app: { C_FILES = ["bad.c"] }')

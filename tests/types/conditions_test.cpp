@@ -57,7 +57,8 @@ TEST(Conditions, AnOperandThatCannotBeResolvedIsAnErrorOrMakesThemFalse) {
     const std::vector<Condition> unlike{when(num(1), Op::Equal, str("x"), {set("y", num(1))})};
     const Assignments x{set("x", str("x"))};
     EXPECT_EQ(evaluated(x, unknown),
-              "NotFoundException: Assignment 'none' not found.\n  in a condition");
+              "NotFoundException: Assignment 'none' not found.\n  text needs double quotes: "
+              "\"none\"\n  in a condition");
     EXPECT_EQ(evaluated(x, unlike),
               "BadConversion: Cannot convert VeskInt 1 to VeskString\n"
               "  in a condition");

@@ -37,7 +37,7 @@ struct PackageContents {
 };
 
 /// Writes the package, unsigned; everything in it is aligned as Android wants it. Nothing is packed
-/// anew: what `base` has packed stays so, all else is stored. Throws VeskException for a file that
+/// again: what `base` has packed stays so, all else is stored. Throws VeskException for a file that
 /// is not what it should be and for two files of one name.
 void writePackage(const PackageContents& contents, const std::filesystem::path& package);
 

@@ -173,12 +173,14 @@ ToolchainPlace ToolchainPrograms::locate(const std::string& path, ToolchainPlace
         return {path.substr(0, nameStart - 1), path.substr(nameStart, word - nameStart), suffix};
     }
     given.directory = path;
-    throw VeskException(fmt::format(
-        "There is no compiler '{0}' in '{1}' or its directory 'bin', and '{1}' is none either. "
-        "Correct "
-        "toolchain_path, toolchain_prefix or toolchain_suffix of the tool, or look for compilers "
-        "anew with vesk --find-compilers.",
+    VeskException error(fmt::format(
+        "There is no compiler '{0}' in '{1}' or its directory 'bin', and '{1}' is none either.",
         programPath({{}, given.prefix, given.suffix}, compiler_).substr(1), path));
+    error.addNote(
+        "where the toolchain was removed or upgraded, its registration is stale: vesk "
+        "--find-compilers registers what is there now");
+    error.addNote("else correct toolchain_path, toolchain_prefix or toolchain_suffix of the tool");
+    throw error;
 }
 
 const ToolchainPlace& ToolchainPrograms::place(const DeclaredPlace& declared, Context& target) {

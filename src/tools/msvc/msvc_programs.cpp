@@ -36,7 +36,7 @@ std::string findBin(const std::string& path, const MsvcDirectories& wanted) {
     throw VeskException(fmt::format(
         "There is no compiler '{0}{1}' for {2} in '{3}': neither in its bin/Host.../{2}, nor in it "
         "itself, nor in a tool set below its VC/Tools/MSVC. Correct toolchain_path or "
-        "toolchain_target of the tool, install the compilers for {2}, or look for compilers anew "
+        "toolchain_target of the tool, install the compilers for {2}, or look for compilers again "
         "with vesk --find-compilers.",
         wanted.compiler, programEnding(), architecture.directory, path));
 }

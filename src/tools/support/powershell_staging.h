@@ -19,7 +19,7 @@ struct StagedFile {
 /// The text in single quotes, as PowerShell reads it back to the same text.
 std::string quoteForPowerShell(std::string_view text);
 
-/// One recipe that makes the destination anew, in the first stage, and one for each file that
+/// One recipe that makes the destination again, in the first stage, and one for each file that
 /// copies it there, in the stage after it.
 std::vector<Recipe> stagingRecipes(const std::filesystem::path& destination,
                                    const std::vector<StagedFile>& files,
