@@ -5,6 +5,7 @@
 #include <charconv>
 #include <thread>
 
+#include "base/ci_string.h"
 #include "base/console.h"
 #include "base/exception.h"
 #include "base/text.h"
@@ -18,6 +19,7 @@ constexpr std::string_view kWhatIsBuilt = "What is built";
 constexpr std::string_view kHow = "How it is built";
 constexpr std::string_view kWhatIsShown = "What is shown and written";
 constexpr std::string_view kTests = "Tests";
+constexpr std::string_view kCleaning = "Removing what was built";
 constexpr std::string_view kInstead = "Instead of a build";
 
 std::uint32_t count(const std::string& digits) {
@@ -109,6 +111,19 @@ void setJunit(Settings& settings, const std::string& value) {
     settings.tests.junit = value;
 }
 
+void setClean(Settings& settings, const std::string& value) {
+    if (!value.empty() && !equalsIgnoringCase(value, "stale")) {
+        throw VeskException("Option '--clean' takes nothing or 'stale': '--clean=stale'.");
+    }
+    settings.clean.onlyStale = settings.clean.onlyStale || !value.empty();
+    settings.doubts = Doubts::Refuse;  // with a mistyped target's name everything would go
+    ask(settings, Work::Clean);
+}
+
+void setForce(Settings& settings, const std::string& /*value*/) {
+    settings.clean.force = true;
+}
+
 template <RunMode mode>
 void choose(Settings& settings, const std::string& /*value*/) {
     askFor(settings, mode);
@@ -168,6 +183,11 @@ constexpr std::array kOptions = {
            "runs each test N times, or until it fails", setRepeat},
     Option{kTests, "", "junit", ArgumentForm::Attached, "FILE",
            "writes the results as JUnit XML", setJunit},
+
+    Option{kCleaning, "", "clean", ArgumentForm::AttachedIfAny, "[=stale]",
+           "removes what vesk has made, or what no target makes any more", setClean},
+    Option{kCleaning, "", "force", ArgumentForm::None, "",
+           "with --clean removes files, too, that were changed since", setForce},
 
     Option{kInstead, "l", "list-targets", ArgumentForm::Unit, "UNIT",
            "lists a unit's targets", setUnitToList},

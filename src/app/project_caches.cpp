@@ -7,6 +7,7 @@
 #include "base/console.h"
 #include "base/exception.h"
 #include "cache/cache_file.h"
+#include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/interrupt.h"
 
@@ -72,8 +73,24 @@ ProjectCaches::ProjectCaches(const std::vector<const Project*>& projects, Use us
     }
 }
 
+/// Each is the project's that it is in, innermost first.
+void ProjectCaches::noteMadeDirectories() {
+    for (const fs::path& made : platform::takeMadeDirectories()) {
+        const std::string path = trackedPath(made);
+        for (auto entry = caches_.rbegin(); entry != caches_.rend(); ++entry) {
+            ProjectCache& cache = *entry->second.cache;
+            const std::string_view stored = cache.root().stored(path);
+            if (stored != path && !stored.empty()) {
+                cache.made().add(stored, MadeFiles::Kind::Directory, {});
+                break;
+            }
+        }
+    }
+}
+
 void ProjectCaches::save() {
     if (use_ == Use::build) {
+        noteMadeDirectories();
         for (auto& [directory, entry] : caches_) {
             entry.cache->save();
         }

@@ -34,6 +34,8 @@ class ProjectCaches {
     void save();
 
   private:
+    void noteMadeDirectories();
+
     struct Locked {
         std::unique_ptr<platform::FileLock> lock;
         std::unique_ptr<ProjectCache> cache;

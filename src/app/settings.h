@@ -45,7 +45,7 @@ struct Definition {
 
 /// What a run in the mode Build does with targets. Of several that are asked for the last one is
 /// done.
-enum class Work : std::uint8_t { Build, Test, ListTests };
+enum class Work : std::uint8_t { Build, Test, ListTests, Clean };
 
 /// How tests are chosen and run.
 struct TestSettings {
@@ -57,6 +57,13 @@ struct TestSettings {
     friend bool operator==(const TestSettings&, const TestSettings&) = default;
 };
 
+struct CleanSettings {
+    bool onlyStale = false;  ///< only what no target makes any more
+    bool force = false;      ///< also what was changed since vesk made it
+
+    friend bool operator==(const CleanSettings&, const CleanSettings&) = default;
+};
+
 struct Settings {
     std::vector<std::string> arguments;  ///< what the settings were read from, in any form
     std::filesystem::path unitFile = kUnitFileName;
@@ -64,6 +71,7 @@ struct Settings {
     RunMode runMode = RunMode::Build;
     Work work = Work::Build;
     TestSettings tests;
+    CleanSettings clean;
     std::int32_t verbosity = console::kDefaultThreshold;
     std::uint32_t jobCount = 1;
     bool commandLineMode = false;  ///< the command line itself describes what to build

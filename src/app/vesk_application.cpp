@@ -18,20 +18,22 @@ struct Mode {
     int (*run)(const Settings& settings);
 };
 
-int buildOrTest(const Settings& settings) {
+int workOnTargets(const Settings& settings) {
     switch (settings.work) {
         case Work::Build:
             return modes::build(settings);
         case Work::Test:
             return modes::test(settings);
         case Work::ListTests:
+            return modes::listTests(settings);
+        case Work::Clean:
             break;
     }
-    return modes::listTests(settings);
+    return modes::clean(settings);
 }
 
 constexpr std::array kModes = {
-    Mode{RunMode::Build, buildOrTest},
+    Mode{RunMode::Build, workOnTargets},
     Mode{RunMode::ListProfiles, modes::listProfiles},
     Mode{RunMode::ListUnits, modes::listUnits},
     Mode{RunMode::ListTargets, modes::listTargets},

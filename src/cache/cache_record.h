@@ -80,9 +80,10 @@ struct CacheRequest {
         std::vector<std::string> writes;
         std::string source;  ///< the one that a compiler is given, among the reads
         std::filesystem::path dependencyFile;
-        std::shared_ptr<const HeaderSearch> headerSearch;        ///< see Recipe
-        std::filesystem::path outputDirectory;                   ///< see Recipe
-        std::filesystem::path directory;                         ///< of the relative paths in it
+        std::shared_ptr<const HeaderSearch> headerSearch;  ///< see Recipe
+        std::filesystem::path outputDirectory;             ///< see Recipe
+        std::vector<std::string> byProducts;  ///< files that only the commands themselves need
+        std::filesystem::path directory;      ///< of the relative paths in it
         std::shared_ptr<const ToolEnvironment> toolEnvironment;  ///< see Command
         Judged judged = Judged::WithTarget;
         Declaration declaration = Declaration::Partial;  ///< see Recipe

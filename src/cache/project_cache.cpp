@@ -33,6 +33,7 @@ ProjectCache::ProjectCache(const std::filesystem::path& directory, FileStates& s
     : root_(directory),
       states_(states),
       journal_(directory / kCacheFileName),
+      made_(directory),
       file_(directory / kCacheFileName) {}
 
 ProjectCache::Entry& ProjectCache::create(std::string_view key) {
@@ -255,6 +256,30 @@ void ProjectCache::release(const std::string& key, std::uint64_t token) noexcept
     }
 }
 
+std::vector<std::pair<std::string, RecordText>> ProjectCache::records() {
+    std::vector<std::pair<std::string, RecordText>> records;
+    for (Entry& entry : storage_) {  // nobody else adds any while this is asked
+        const std::lock_guard lock(entry.mutex);
+        if (entry.record) {
+            records.emplace_back(entry.key, *entry.record);
+        }
+    }
+    return records;
+}
+
+void ProjectCache::forget(const std::string& key) {
+    Entry* entry = find(key);
+    if (entry == nullptr) {
+        return;
+    }
+    const std::lock_guard lock(entry->mutex);
+    if (!entry->claimed) {
+        entry->record.reset();
+        entry->valid = false;
+        changed_ = true;
+    }
+}
+
 void ProjectCache::close() noexcept {
     {
         const std::lock_guard lock(mutex_);
@@ -291,6 +316,7 @@ bool ProjectCache::isOutdated(const Entry& entry) const noexcept {
 
 bool ProjectCache::save() {
     const std::lock_guard saving(saving_);
+    made_.save();
     if (!changed_.exchange(false)) {
         return true;
     }

@@ -15,10 +15,13 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "cache/cache_record.h"
 #include "cache/claim_journal.h"
 #include "cache/file_states.h"
+#include "cache/made_files.h"
 #include "cache/record_seal.h"
 #include "cache/tracked_path.h"
 
@@ -60,6 +63,9 @@ class ProjectCache {
     const TrackingRoot& root() const noexcept { return root_; }
     FileStates& states() noexcept { return states_; }
 
+    /// What builds have made. To be used on one thread at a time; `save` saves it too.
+    MadeFiles& made() noexcept { return made_; }
+
     /// Reads the file. Never fails: after a fault the cache is empty and a warning has told why.
     /// To be called before anything else.
     void load();
@@ -84,6 +90,12 @@ class ProjectCache {
     /// Ends a claim without a record, after a build that failed. The key's earlier record has been
     /// no hit since the claim. Does nothing for a token that is not current.
     void release(const std::string& key, std::uint64_t token) noexcept;
+
+    /// Every key that has a record, and the record. While no build goes on.
+    std::vector<std::pair<std::string, RecordText>> records();
+
+    /// Drops the record of a key, unless it is claimed.
+    void forget(const std::string& key);
 
     /// Ends all waiting; every operation on a record is refused from now on.
     void close() noexcept;
@@ -135,6 +147,7 @@ class ProjectCache {
     TrackingRoot root_;
     FileStates& states_;
     ClaimJournal journal_;
+    MadeFiles made_;
     std::filesystem::path file_;
     DayNumber today_ = today();
 

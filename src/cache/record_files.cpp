@@ -1,6 +1,7 @@
 #include "cache/record_files.h"
 
 #include <charconv>
+#include <set>
 
 #include "cache/cache_text.h"
 
@@ -23,6 +24,23 @@ bool takeField(CacheReader& reader, std::string_view& name, std::string_view& te
 }
 
 }  // namespace
+
+std::vector<RecordFile> filesWritten(const RecordText& record) {
+    const RecordText::Layout layout = record.layout();
+    const auto files = filesOf(layout.parts).value_or(std::vector<RecordFile>());
+    std::set<std::size_t> written;
+    for (const RecordText::Part& part : layout.parts) {
+        const auto numbers = fileNumbers(part, recordField::kWrites, files.size());
+        if (numbers) {
+            written.insert(numbers->begin(), numbers->end());
+        }
+    }
+    std::vector<RecordFile> result;
+    for (const std::size_t number : written) {
+        result.push_back(files[number]);
+    }
+    return result;
+}
 
 std::string_view fieldOf(const RecordText::Part& part, std::string_view field) {
     CacheReader reader(part.outputs);

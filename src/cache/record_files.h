@@ -29,6 +29,9 @@ std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Par
 std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part,
                                                     std::string_view field, std::size_t limit);
 
+/// The files that any of its parts has written, each once. Refers to the record's text.
+std::vector<RecordFile> filesWritten(const RecordText& record);
+
 /// The text of a field of a part's outputs; empty without one.
 std::string_view fieldOf(const RecordText::Part& part, std::string_view field);
 

@@ -63,6 +63,12 @@ class RequestMaker {
         part.dependencyFile = recipe.dependencyFile;
         part.headerSearch = recipe.headerSearch;
         part.outputDirectory = recipe.outputDirectory;
+        if (!recipe.dependencyFile.empty()) {
+            part.byProducts.push_back(trackedPath(recipe.dependencyFile));
+        }
+        for (const SupportFile& file : recipe.supportFiles) {
+            part.byProducts.push_back(trackedPath(file.path));
+        }
         part.directory = recipe.workingDirectory;
         part.toolEnvironment = recipe.toolEnvironment;
         return part;

@@ -67,9 +67,57 @@ void CacheStep::begin() {
     asked_ = true;
     if (mustBuild()) {
         cache_.states().look(request_.parts[kTargetPart].reads);
+        noteAbsent(request_.parts[kTargetPart].writes, MadeFiles::Kind::Output);
     }
     startedAt_ = platform::fileClock();
     report();
+}
+
+/// What is not there when commands begin is vesk's own when it is there one day. A target without
+/// commands may just name files: what it has made is known afterwards.
+void CacheStep::noteAbsent(const std::vector<std::string>& files, MadeFiles::Kind kind) {
+    for (const std::string& file : files) {
+        if (options_.dryRun || cache_.states().kindOf(file) != FileState::Kind::Missing) {
+            continue;
+        }
+        if (request_.parts.size() > kFirstRecipePart) {
+            cache_.made().add(cache_.root().stored(file), kind, key_);
+        } else {
+            absent_.push_back(file);
+        }
+    }
+}
+
+/// After a build: what a target without commands has made, and what the last build made and this
+/// one does not.
+void CacheStep::noteMade() {
+    for (const std::string& file : absent_) {
+        if (cache_.states().kindOf(file) != FileState::Kind::Missing) {
+            cache_.made().add(cache_.root().stored(file), MadeFiles::Kind::Output, key_);
+        }
+    }
+    std::unordered_set<std::string_view> made;
+    std::unordered_set<std::string_view> byProducts;
+    for (const CacheRequest::Part& part : request_.parts) {
+        for (const std::string& file : part.writes) {
+            made.insert(cache_.root().stored(file));
+        }
+        for (const std::string& file : part.byProducts) {
+            byProducts.insert(cache_.root().stored(file));
+        }
+    }
+    bool makesFewer = false;
+    const auto before =
+        obtained_.record ? filesWritten(*obtained_.record) : std::vector<RecordFile>();
+    for (const RecordFile& file : before) {
+        if (!made.contains(file.path)) {
+            cache_.made().noteFormer(file.path, key_, file.state);
+            makesFewer = true;
+        }
+    }
+    if (makesFewer) {
+        cache_.made().keepByProducts(key_, byProducts);
+    }
 }
 
 std::vector<std::string> CacheStep::filesRead(std::size_t recipe) const {
@@ -129,6 +177,8 @@ bool CacheStep::stale(std::size_t recipe) {
     const std::size_t part = kFirstRecipePart + recipe;
     if (!freshness_->fresh(part)) {
         cache_.states().look(request_.parts[part].reads);
+        noteAbsent(request_.parts[part].writes, MadeFiles::Kind::Output);
+        noteAbsent(request_.parts[part].byProducts, MadeFiles::Kind::ByProduct);
         return true;
     }
     outcomes_[part] = StepOutcome::Kept;
@@ -173,6 +223,9 @@ void CacheStep::takeOutputDirectory(CacheRequest::Part& part) {
             const std::filesystem::path path = directory / platform::pathFromUtf8(entry.name);
             if (!entry.directory) {
                 part.writes.push_back(trackedPath(path));
+                // The directory was emptied before the step ran.
+                cache_.made().add(cache_.root().stored(part.writes.back()), MadeFiles::Kind::Output,
+                                  key_);
             } else if (!entry.link) {
                 directories.push_back(path);
             }
@@ -213,6 +266,7 @@ void CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp
     if (!record || obtained_.answer != CacheAnswer::Claimed) {
         return;
     }
+    noteMade();
     const std::uint64_t token = std::exchange(obtained_.token, 0);
     if (!cache_.upsert(key_, std::move(*record), token)) {
         throw VeskException("Unable to update cache record for " + displayName_);

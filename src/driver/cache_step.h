@@ -74,6 +74,8 @@ class CacheStep {
   private:
     void compareWithRecord();
     void begin();
+    void noteAbsent(const std::vector<std::string>& files, MadeFiles::Kind kind);
+    void noteMade();
     void report();
     void lookAnewAtOutputs();
     void takeOutputDirectory(CacheRequest::Part& part);
@@ -86,6 +88,7 @@ class CacheStep {
     ObtainResult obtained_;
     std::optional<Freshness> freshness_;  ///< nothing for a hit
     bool asked_ = false;
+    std::vector<std::string> absent_;  ///< outputs that were not there, of a target without steps
     std::vector<StepOutcome> outcomes_;
     std::vector<double> seconds_;  ///< of what ran; 0: not known
     std::int64_t startedAt_ = 0;   ///< before the first command

@@ -36,6 +36,14 @@ void recordTimes(const std::string& directory, const FileStatus& status);
 /// Makes the directory and those above it. One that is there is no error.
 void makeDirectories(const std::filesystem::path& directory, std::error_code& error);
 
+/// Those that `makeDirectories` has made since the last call, each before what is in it. May be
+/// called from any thread.
+std::vector<std::filesystem::path> takeMadeDirectories();
+
+/// Removes a directory that is empty, and no link. False for any other, with `error` set where the
+/// system refuses.
+bool removeEmptyDirectory(const std::filesystem::path& directory, std::error_code& error);
+
 /// Removes a directory with all that is in it, or a file. One that is not there is no error.
 void removeTree(const std::filesystem::path& path, std::error_code& error);
 

@@ -15,6 +15,9 @@ int test(const Settings& settings);
 /// A line for each test, with its description. Builds nothing.
 int listTests(const Settings& settings);
 
+/// Removes what builds have made. Files that stay are named, with the reason.
+int clean(const Settings& settings);
+
 /// Without a project file these report so and return -1.
 int listProfiles(const Settings& settings);
 int listUnits(const Settings& settings);
