@@ -172,6 +172,8 @@ constexpr std::array kOptions = {
     Option{kWhatIsShown, "", "compile-commands", ArgumentForm::Attached, "FILE",
            "writes the compilation database of the target and all that it needs",
            take<&Settings::compileCommands>},
+    Option{kWhatIsShown, "", "summary", ArgumentForm::None, "",
+           "says in the end how many targets were built, and which failed", set<&Settings::summary>},
 
     Option{kTests, "", "test", ArgumentForm::AttachedIfAny, "[=PATTERN]",
            "builds and runs the tests, or those that the pattern fits", test<Work::Test>},

@@ -79,6 +79,7 @@ struct Settings {
     bool rebuild = false;
     bool dryRun = false;
     bool keepGoing = false;
+    bool summary = false;  ///< say in the end what became of the targets, also after a success
     Doubts doubts = Doubts::Warn;
     std::uint32_t maxCommands = 0;  ///< 0: no limit
     std::string unitToList;

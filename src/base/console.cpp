@@ -1,5 +1,6 @@
 #include "base/console.h"
 
+#include <algorithm>
 #include <atomic>
 #include <charconv>
 #include <cstdlib>
@@ -33,6 +34,10 @@ char letterOf(platform::Stream stream) noexcept {
     return stream == platform::Stream::Error ? kError : kOutput;
 }
 
+std::size_t lineCount(std::string_view text) noexcept {
+    return static_cast<std::size_t>(std::ranges::count(text, '\n'));
+}
+
 thread_local Collector* collectorOfThread = nullptr;
 
 /// What is guarded by the mutex: the prefix, the buffered standard output, what is kept of both
@@ -43,6 +48,7 @@ struct Shared {
     std::string buffered;
     bool failed = false;  ///< a part of standard output is lost
     bool keeps = false;
+    std::size_t lines = 0;  ///< that have been written
     std::string kept;
 
     void keepLocked(char stream, std::string_view text) {
@@ -138,7 +144,9 @@ void put(int level, Append append) {
     if (level < level::kWarning) {
         const std::size_t start = state.buffered.size();
         append(state.buffered, state.prefix);
-        state.keepLocked(kOutput, std::string_view(state.buffered).substr(start));
+        const std::string_view added = std::string_view(state.buffered).substr(start);
+        state.keepLocked(kOutput, added);
+        state.lines += lineCount(added);
         if (state.buffered.size() >= kFlushAt) {
             state.flushLocked();
         }
@@ -148,6 +156,7 @@ void put(int level, Append append) {
     std::string lines;
     append(lines, state.prefix);
     state.keepLocked(kError, lines);
+    state.lines += lineCount(lines);
     platform::writeBytes(platform::Stream::Error, lines);
 }
 
@@ -266,6 +275,7 @@ bool repeat(std::string_view transcript) {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
     for (const TranscriptPart& part : parts) {
+        state.lines += lineCount(part.text);
         if (part.stream == kOutput) {
             state.buffered += part.text;
         } else {
@@ -289,6 +299,12 @@ void flush() noexcept {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
     state.flushLocked();
+}
+
+std::size_t linesWritten() noexcept {
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    return state.lines;
 }
 
 bool outputIsLost() noexcept {

@@ -107,6 +107,10 @@ std::string transcript();
 /// for bytes that are no transcript.
 bool repeat(std::string_view transcript);
 
+/// How many lines have been written so far, to both streams; not counting those that commands
+/// write to the streams by themselves.
+std::size_t linesWritten() noexcept;
+
 /// Hands the buffered standard output to the system.
 void flush() noexcept;
 

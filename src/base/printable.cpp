@@ -30,6 +30,24 @@ std::size_t findControl(std::string_view text, std::size_t from) noexcept {
     return std::string_view::npos;
 }
 
+constexpr char kEscape = '\x1b';
+
+/// Where the sequence ends that an escape character begins.
+std::size_t endOfEscape(std::string_view text, std::size_t at) noexcept {
+    const char kind = at + 1 < text.size() ? text[at + 1] : '\0';
+    std::size_t end = at + 2;
+    if (kind == '[') {  // parameters, then one letter
+        while (end < text.size() && (text[end] < '@' || text[end] > '~')) {
+            ++end;
+        }
+        ++end;
+    } else if (kind == ']') {  // a text, such as that of a link, up to a bell or "\x1b\\"
+        end = text.find_first_of("\a\x1b", end);
+        end = end == std::string_view::npos ? text.size() : end + (text[end] == kEscape ? 2 : 1);
+    }
+    return end < text.size() ? end : text.size();
+}
+
 }  // namespace
 
 void appendPrintable(std::string& out, std::string_view text) {
@@ -47,6 +65,17 @@ void appendPrintable(std::string& out, std::string_view text) {
 std::string printable(std::string_view text) {
     std::string result;
     appendPrintable(result, text);
+    return result;
+}
+
+std::string withoutEscapes(std::string_view text) {
+    std::string result;
+    std::size_t from = 0;
+    for (std::size_t at = 0; (at = text.find(kEscape, from)) != std::string_view::npos;) {
+        result += text.substr(from, at - from);
+        from = endOfEscape(text, at);
+    }
+    result += text.substr(from);
     return result;
 }
 

@@ -12,4 +12,7 @@ void appendPrintable(std::string& out, std::string_view text);
 
 std::string printable(std::string_view text);
 
+/// Without the sequences with which programs colour what they write for a terminal.
+std::string withoutEscapes(std::string_view text);
+
 }  // namespace Vesk

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <fmt/format.h>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
@@ -68,6 +69,17 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
         result += parts[i];
     }
     return result;
+}
+
+std::string clockText(std::chrono::steady_clock::duration duration) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration).count();
+    const auto minutes = seconds / 60;
+    return minutes < 60 ? fmt::format("{}:{:02}", minutes, seconds % 60)
+                        : fmt::format("{}:{:02}:{:02}", minutes / 60, minutes % 60, seconds % 60);
+}
+
+std::string counted(std::size_t count, std::string_view what) {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
 int leadingInteger(const std::string& text) {

@@ -1,6 +1,7 @@
 // Small helpers for text.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,12 @@ std::string_view trimmed(std::string_view text) noexcept;
 std::string lowerCased(std::string_view text);
 
 std::string joined(const std::vector<std::string>& parts, std::string_view separator);
+
+/// "0:07", "1:02:03": hours only where there are any, minutes, seconds.
+std::string clockText(std::chrono::steady_clock::duration duration);
+
+/// "1 target", "2 targets".
+std::string counted(std::size_t count, std::string_view what);
 
 /// The value of a standard base-10 string-to-integer conversion: blanks, a sign, digits;
 /// what follows is ignored. Throws std::out_of_range "stoi argument out of range" when the value

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "cache/project_cache.h"
+#include "driver/build_events.h"
 #include "driver/hidden_values.h"
 #include "project/project_catalog.h"
 #include "tools/toolbox.h"
@@ -29,6 +30,8 @@ struct BuildSetting {
 
     /// Told of the recipes of every target that is visited, whether they run or not; or empty.
     std::function<void(const std::vector<Recipe>&)> onRecipes = {};
+
+    BuildEvents* events = &noEvents();
 };
 
 }  // namespace Vesk

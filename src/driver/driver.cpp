@@ -21,6 +21,10 @@ struct PrefixEnd {
     ~PrefixEnd() { console::setPrefix({}); }
 };
 
+std::string displayName(const TargetLocation& location) {
+    return location.unit->name + "::" + location.target->name;
+}
+
 std::string argumentText(const ValuePtr& argument) {
     const auto* context = valueAs<VeskContext>(argument.get());
     if (context != nullptr && !context->owns()) {
@@ -123,6 +127,7 @@ void Driver::visitNextDependency(TargetVisit& visit) {
         const Visited& visited = enter(location, std::move(arguments));
         if (visited.hasFailed()) {
             visit.skipDependency();
+            setting_.events->skipped(visit.displayName(), displayName(location));
         } else if (visited.finished) {
             visit.addOutputs(location, visited.result);
         }  // else it is on top of the stack now, and hands its outputs over when it is finished
@@ -152,10 +157,12 @@ void Driver::failTop() {
     Visited& visited = visited_.at(stack_.back()->key());
     visited.finished = true;
     visited.failed = true;
+    const std::string name = stack_.back()->displayName();
     pop();
     if (!stack_.empty()) {
         stack_.back()->announce();
         stack_.back()->skipDependency();
+        setting_.events->skipped(stack_.back()->displayName(), name);
     }
 }
 
@@ -187,6 +194,7 @@ void Driver::guarded(Action action) {
             throw;
         }
         reportError(exception);
+        setting_.events->failed(stack_.back()->displayName(), exception.report());
         failTop();
     }
     if (others_) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <fmt/format.h>
 #include <future>
 #include <system_error>
 #include <unordered_set>
@@ -145,12 +146,10 @@ class Preparation {
     std::unordered_set<fs::path::string_type> made_;
 };
 
-void reportFailure(const Job& job) {
-    if (!job.startFailure.empty()) {
-        console::error("{}", job.startFailure);
-    } else {
-        console::error("Command ended with status {}: {}", job.result, job.failedCommand);
-    }
+std::string reasonOf(const Job& job) {
+    return job.startFailure.empty()
+               ? fmt::format("Command ended with status {}: {}", job.result, job.failedCommand)
+               : job.startFailure;
 }
 
 }  // namespace
@@ -244,11 +243,20 @@ bool Stage::reportFailures() const {
     bool failed = false;
     for (const auto& job : jobs_) {
         if (job->result != 0) {
-            reportFailure(*job);
+            console::error("{}", reasonOf(*job));
             failed = true;
         }
     }
     return failed;
+}
+
+std::string Stage::failureText() const {
+    for (const auto& job : jobs_) {
+        if (job->result != 0) {
+            return console::transcriptText(job->transcript) + reasonOf(*job);
+        }
+    }
+    return {};
 }
 
 void makeOutputDirectories(const std::vector<Assignment>& outputs) {

@@ -63,6 +63,9 @@ class Stage {
     /// Says what has failed, if anything has.
     bool reportFailures() const;
 
+    /// The lines of the first failure: what its job wrote, if that was collected, and the reason.
+    std::string failureText() const;
+
   private:
     std::vector<std::unique_ptr<Job>> jobs_;
 };

@@ -229,6 +229,7 @@ void ScheduledBuild::takeFailure() {
     } catch (const VeskException& exception) {
         if (shared_.setting.options.keepGoing) {
             reportError(exception);
+            shared_.setting.events->failed(name_, exception.report());
             return;
         }
         if (!shared_.error) {
@@ -276,16 +277,29 @@ bool ScheduledBuild::ended(Batch& batch, NodeEnd end) {
         if (job.succeeded) {
             build_->cache().ran(batch.stale[i], job.seconds);
             news_ = true;
+            ran_ = true;
         }
     }
     if (stage->reportFailures()) {
         ownFailure_ = true;
         shared_.failed = true;
+        shared_.setting.events->failed(name_, stage->failureText());
         if (!shared_.setting.options.keepGoing) {
             shared_.schedule.stop();
         }
     }
     return end == NodeEnd::Done;
+}
+
+/// Of a target that has not been finished.
+void ScheduledBuild::tellWhyNot() const {
+    const auto needed = std::ranges::find_if(
+        dependencies_, [](const auto& dependency) { return dependency->failed(); });
+    if (needed != dependencies_.end()) {
+        shared_.setting.events->skipped(name_, (*needed)->name());
+    } else if (!ownFailure_) {
+        build_->tellEnd(TargetEnd::NotBegun);
+    }
 }
 
 bool ScheduledBuild::completed(NodeEnd end) {
@@ -299,8 +313,10 @@ bool ScheduledBuild::completed(NodeEnd end) {
             stamp_ = (cache.mustBuild() ? build_->complete() : build_->stored()).stamp;
             console::normal("Build done");
             succeeded_ = true;
+            build_->tellEnd(ran_ ? TargetEnd::Ran : TargetEnd::UpToDate);
         } else {
             cache.keepProgress();
+            tellWhyNot();
         }
     } catch (...) {
         takeFailure();

@@ -70,6 +70,7 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
     Turn ask(Batch& batch);
     bool ended(Batch& batch, NodeEnd end);
     bool completed(NodeEnd end);
+    void tellWhyNot() const;
     void takeFailure();
 
     SharedSchedule& shared_;
@@ -81,6 +82,7 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
     bool stampKnown_ = false;
     bool succeeded_ = false;
     bool ownFailure_ = false;
+    bool ran_ = false;   ///< something has run
     bool news_ = false;  ///< something has run since progress was kept
     std::vector<NodeId> recipeNodes_;
     std::vector<NodeId> sourceNodes_;

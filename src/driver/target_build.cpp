@@ -123,11 +123,22 @@ TargetResult TargetBuild::buildNow() {
         cache_->ask();
     }
     if (!cache_->mustBuild()) {
+        tellEnd(TargetEnd::UpToDate);
         return stored();
     }
-    runRecipes();
+    const TargetEnd end = runRecipes() ? TargetEnd::Ran : TargetEnd::UpToDate;
     environment_.reset();
-    return setting_.options.dryRun ? TargetResult{knownOutputs(*set_), {}, {}} : complete();
+    TargetResult result =
+        setting_.options.dryRun ? TargetResult{knownOutputs(*set_), {}, {}} : complete();
+    tellEnd(end);
+    return result;
+}
+
+/// Targets that only group others are not worth a word.
+void TargetBuild::tellEnd(TargetEnd end) const {
+    if (!set_->recipes.empty()) {
+        setting_.events->ended(subject_.displayName, end);
+    }
 }
 
 /// A target that does nothing itself passes on what its dependencies say, as does one that runs in
@@ -190,17 +201,19 @@ std::unique_ptr<Stage> TargetBuild::stageFor(const std::vector<std::size_t>& num
     return stage;
 }
 
-void TargetBuild::runRecipes() {
+/// Whether there was anything to run.
+bool TargetBuild::runRecipes() {
     std::map<std::uint32_t, std::vector<std::size_t>> stages;
     for (std::size_t i = 0; i < set_->recipes.size(); ++i) {
         stages[set_->recipes[i].stage].push_back(i);
     }
-    bool earlierShown = false;
+    bool anything = false;
     for (const auto& [number, members] : stages) {
         std::vector<std::size_t> stale;
         SharedRecipes staleRecipes;
         for (const std::size_t i : members) {
-            if (cache_->stale(i) || earlierShown) {
+            // In a dry run it is not known what the later stages would find.
+            if (cache_->stale(i) || (anything && setting_.options.dryRun)) {
                 stale.push_back(i);
                 staleRecipes.push_back(recipe(i));
             }
@@ -208,15 +221,16 @@ void TargetBuild::runRecipes() {
         if (stale.empty()) {
             continue;
         }
+        anything = true;
         if (setting_.options.dryRun) {
             showCommands(*subject_.builder, staleRecipes, environment());
-            earlierShown = true;  // what the later stages would find is not known
             continue;
         }
         const BuildEnv& environment =
             prepared(stale.size(), *staleRecipes.front(), VariablesOf::Process);
         runStage(Stage(*subject_.builder, staleRecipes, environment), stale);
     }
+    return anything;
 }
 
 void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers) {
@@ -244,6 +258,7 @@ void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers)
     }
     stopIfInterrupted();
     if (failed) {
+        setting_.events->failed(subject_.displayName, stage.failureText());
         console::error("Build of {} failed. Exiting..", subject_.targetName);
         throw BuildFailed();
     }

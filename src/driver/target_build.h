@@ -80,6 +80,9 @@ class TargetBuild {
     /// Throws as `prepared` and as Stage.
     std::unique_ptr<Stage> stageFor(const std::vector<std::size_t>& numbers);
 
+    /// Tells how it ended, unless it has no recipes.
+    void tellEnd(TargetEnd end) const;
+
     /// Where the commands run, with the output directory. Throws when it cannot be made.
     BuildEnv& prepared(std::size_t jobs, const Recipe& first, VariablesOf variables);
 
@@ -91,7 +94,7 @@ class TargetBuild {
   private:
     bool stampIsItsOwn() const;
     std::string newStamp() const;
-    void runRecipes();
+    bool runRecipes();
     void runStage(Stage stage, const std::vector<std::size_t>& numbers);
     BuildEnv& environment();
     void setVariables();

@@ -26,10 +26,6 @@ bool shorten(IdentifierPath& path) {
     return !path.segments.empty();
 }
 
-std::string countOf(std::size_t count, const char* what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 void printContext(const char* title, const Context& context) {
     if (console::enabled(console::level::kDetail)) {
         console::write(console::level::kDetail, console::colour::kNormal, title);
@@ -64,8 +60,8 @@ std::vector<Assignment> TargetVisit::boundParameters() const {
     if (names.size() != arguments_.size()) {
         std::string list = names.empty() ? "" : " (" + joined(names, ", ") + ")";
         throw VeskException("Target '" + displayName_ + "' takes " +
-                            countOf(names.size(), "parameter") + list + ", but gets " +
-                            countOf(arguments_.size(), "argument") + ".");
+                            counted(names.size(), "parameter") + list + ", but gets " +
+                            counted(arguments_.size(), "argument") + ".");
     }
     std::vector<Assignment> parameters;
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -191,11 +187,22 @@ BuildSubject TargetVisit::subject() const {
             cacheKey(),      alwaysRuns() ? Runs::Always : Runs::AsNeeded};
 }
 
+void TargetVisit::waitForStamp(SideBySide& others, const ScheduledBuild& dependency) const {
+    try {
+        others.waitForStamp(dependency);
+    } catch (const BuildFailed&) {
+        if (dependency.failed()) {
+            setting_.events->skipped(displayName_, dependency.name());
+        }
+        throw;
+    }
+}
+
 /// What dependants see of dependencies that are still being built.
 void TargetVisit::takeStamps(SideBySide& others) {
     for (std::size_t i = 0; i < scheduled_.size(); ++i) {
         if (scheduled_[i]) {
-            others.waitForStamp(*scheduled_[i]);
+            waitForStamp(others, *scheduled_[i]);
             stamps_[i].stamp = scheduled_[i]->stamp();
         }
     }

@@ -73,6 +73,7 @@ class TargetVisit {
     void claimVariables();
     void resolve();
     BuildSubject subject() const;
+    void waitForStamp(SideBySide& others, const ScheduledBuild& dependency) const;
     void takeStamps(SideBySide& others);
     TargetResult build(SideBySide* others);
     std::string cacheKey() const;

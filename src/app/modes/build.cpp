@@ -1,6 +1,7 @@
 #include <memory>
 #include <vector>
 
+#include "app/build_summary.h"
 #include "app/compile_commands.h"
 #include "app/modes/modes.h"
 #include "app/output_file.h"
@@ -9,6 +10,9 @@
 #include "app/snapshot.h"
 #include "app/unread_variables.h"
 #include "base/console.h"
+#include "base/interruption.h"
+#include "base/text.h"
+#include "driver/build_errors.h"
 #include "driver/driver.h"
 #include "types/errors.h"
 
@@ -42,16 +46,52 @@ void writeCompileCommands(const Settings& settings, const Session& session,
     }
 }
 
+void print(const BuildSummary& summary) {
+    for (const std::string& line : summary.lines()) {
+        console::normal("{}", line);
+    }
+}
+
+/// Builds, and says in the end how it went if that was asked for, or if more than one command can
+/// have failed.
+std::shared_ptr<Context> buildAndSumUp(const BuildSetting& setting, const TargetLocation& target,
+                                       const Settings& settings, const BuildSummary& summary) {
+    try {
+        std::shared_ptr<Context> outputs = Driver(setting).build(target);
+        if (settings.summary) {
+            print(summary);
+        }
+        return outputs;
+    } catch (const Interrupted&) {
+        if (settings.summary) {
+            print(summary);
+        }
+        throw;
+    } catch (const BuildFailed&) {
+        if (settings.summary || settings.keepGoing || settings.jobCount > 1) {
+            rethrowWithNote(joined(summary.lines(), "\n"));
+        }
+        throw;
+    } catch (...) {
+        if (settings.summary) {
+            rethrowWithNote(joined(summary.lines(), "\n"));
+        }
+        throw;
+    }
+}
+
 std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session) {
     const TargetLocation target =
         session.catalog.locate(session.request.words.target.value_or(DependencyReference{}));
     const BuildSetting setting = buildSetting(settings, session);
     BuildSetting collecting = setting;
+    BuildSummary summary(settings.dryRun);
+    collecting.events = &summary;
     CompileCommands built;
     if (!settings.compileCommands.empty()) {
         collecting.onRecipes = [&](const std::vector<Recipe>& recipes) { built.add(recipes); };
     }
-    std::shared_ptr<Context> outputs = Driver(collecting).build(target);
+    std::shared_ptr<Context> outputs = buildAndSumUp(collecting, target, settings, summary);
     writeCompileCommands(settings, session, setting, built);
     return outputs;
 }
@@ -94,8 +134,9 @@ Session runBuild(const Settings& settings) {
 }  // namespace
 
 int build(const Settings& settings) {
-    // A run with more messages than usual is done, not repeated; a dry run writes nothing.
-    if (console::threshold() < console::level::kNormal || settings.dryRun) {
+    // A run with more messages than usual is done, not repeated; a dry run writes nothing; another
+    // run takes another time.
+    if (console::threshold() < console::level::kNormal || settings.dryRun || settings.summary) {
         runBuild(settings);
         return 0;
     }

@@ -1,0 +1,36 @@
+// Telling others how a build goes while it goes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace Vesk {
+
+/// How a target ended that did not fail.
+enum class TargetEnd : std::uint8_t {
+    Ran,       ///< some of its commands have run; in a dry run: would
+    UpToDate,  ///< none had to
+    NotBegun,  ///< the build stopped before
+};
+
+/// Called on the driver's thread. Targets are named as "unit::target". What is of no interest need
+/// not be overridden.
+class BuildEvents {
+  public:
+    virtual ~BuildEvents() = default;
+
+    /// A step of a target has failed. `said`: lines that it wrote, as far as they were collected,
+    /// and why it failed. May come more than once for a target.
+    virtual void failed(const std::string& /*target*/, const std::string& /*said*/) {}
+
+    /// A target is not built because one that it needs is not.
+    virtual void skipped(const std::string& /*target*/, const std::string& /*needed*/) {}
+
+    /// A target with recipes has come to its end.
+    virtual void ended(const std::string& /*target*/, TargetEnd /*end*/) {}
+};
+
+/// Events that nobody is told of.
+BuildEvents& noEvents() noexcept;
+
+}  // namespace Vesk
