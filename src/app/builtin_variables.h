@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -9,7 +9,7 @@
 #include "project/project.h"
 #include "project/registry.h"
 #include "tools/toolbox.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -11,8 +11,8 @@
 #include "base/text.h"
 #include "grammar/loaders.h"
 #include "platform/system.h"
-#include "types/identifier_value.h"
-#include "types/simple_values.h"
+#include "types/values/identifier_value.h"
+#include "types/values/simple_values.h"
 
 namespace Vesk {
 namespace {

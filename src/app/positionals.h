@@ -7,8 +7,8 @@
 
 #include "app/doubts.h"
 #include "project/project.h"
-#include "types/assignment.h"
-#include "types/dependency.h"
+#include "types/context/assignment.h"
+#include "types/model/dependency.h"
 
 namespace Vesk {
 

@@ -4,7 +4,7 @@
 
 #include "base/console.h"
 #include "base/exception.h"
-#include "types/string_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 namespace {

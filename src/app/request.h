@@ -7,7 +7,7 @@
 #include "app/settings.h"
 #include "app/user_registry.h"
 #include "app/workspace.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

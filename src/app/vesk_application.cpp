@@ -6,7 +6,7 @@
 #include "app/command_line.h"
 #include "app/modes/modes.h"
 #include "platform/environment.h"
-#include "types/errors.h"
+#include "types/values/errors.h"
 
 namespace Vesk {
 namespace {

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "run/recipe.h"
-#include "types/assignment.h"
+#include "types/context/assignment.h"
 
 namespace Vesk {
 

@@ -6,7 +6,7 @@
 #include "base/exception.h"
 #include "cache/literal_text.h"
 #include "grammar/loaders.h"
-#include "types/string_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 namespace {

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "types/assignment.h"
+#include "types/context/assignment.h"
 
 namespace Vesk {
 

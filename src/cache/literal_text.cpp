@@ -5,9 +5,9 @@
 #include "base/exception.h"
 #include "grammar/literals.h"
 #include "platform/files.h"
-#include "types/list_value.h"
-#include "types/simple_values.h"
-#include "types/string_values.h"
+#include "types/values/list_value.h"
+#include "types/values/simple_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "types/assignment.h"
+#include "types/context/assignment.h"
 
 namespace Vesk {
 

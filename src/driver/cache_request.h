@@ -10,7 +10,7 @@
 #include "driver/request_text.h"
 #include "run/recipe.h"
 #include "tools/builder.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

@@ -1,8 +1,8 @@
 #include "driver/dependency_outputs.h"
 
 #include "base/console.h"
-#include "types/context_value.h"
-#include "types/list_value.h"
+#include "types/context/context_value.h"
+#include "types/values/list_value.h"
 
 namespace Vesk {
 namespace {

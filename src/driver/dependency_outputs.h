@@ -7,7 +7,7 @@
 
 #include "base/ci_string.h"
 #include "driver/input_context.h"
-#include "types/dependency.h"
+#include "types/model/dependency.h"
 
 namespace Vesk {
 

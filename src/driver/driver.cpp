@@ -8,7 +8,7 @@
 #include "base/text.h"
 #include "driver/build_errors.h"
 #include "driver/target_visit.h"
-#include "types/context_value.h"
+#include "types/context/context_value.h"
 
 namespace Vesk {
 namespace {

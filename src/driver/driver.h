@@ -9,7 +9,7 @@
 
 #include "driver/build_setting.h"
 #include "driver/target_visit.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "cache/record_fields.h"
-#include "types/context_value.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
+#include "types/context/context_value.h"
+#include "types/values/list_value.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 namespace {

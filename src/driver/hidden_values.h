@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "base/console.h"
-#include "types/identifier_value.h"
-#include "types/list_value.h"
+#include "types/values/identifier_value.h"
+#include "types/values/list_value.h"
 
 namespace Vesk {
 namespace {

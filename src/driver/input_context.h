@@ -14,7 +14,7 @@
 #include "driver/moved_items.h"
 #include "project/implicit_layers.h"
 #include "tools/variable_table.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

@@ -6,8 +6,8 @@
 
 #include <string_view>
 
-#include "types/context.h"
-#include "types/target.h"
+#include "types/context/context.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

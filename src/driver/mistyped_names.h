@@ -2,7 +2,7 @@
 #pragma once
 
 #include "driver/tool_choice.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

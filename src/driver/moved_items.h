@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "types/list_value.h"
+#include "types/values/list_value.h"
 
 namespace Vesk {
 

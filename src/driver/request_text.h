@@ -7,7 +7,7 @@
 #include "cache/tracked_path.h"
 #include "driver/hidden_values.h"
 #include "run/recipe.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

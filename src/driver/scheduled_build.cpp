@@ -13,7 +13,7 @@
 #include "driver/mentioned_files.h"
 #include "driver/value_paths.h"
 #include "platform/interrupt.h"
-#include "types/context_value.h"
+#include "types/context/context_value.h"
 
 namespace Vesk {
 namespace {

@@ -1,6 +1,6 @@
 #include "driver/target_environment.h"
 
-#include "types/context_value.h"
+#include "types/context/context_value.h"
 
 namespace Vesk {
 

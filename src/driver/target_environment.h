@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -8,8 +8,8 @@
 #include "driver/build_errors.h"
 #include "driver/mistyped_names.h"
 #include "driver/target_wishes.h"
-#include "types/context_value.h"
-#include "types/identifier_path.h"
+#include "types/context/context_value.h"
+#include "types/values/identifier_path.h"
 
 namespace Vesk {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

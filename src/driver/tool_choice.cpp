@@ -4,7 +4,7 @@
 #include "base/text.h"
 #include "driver/mistyped_names.h"
 #include "tools/tool_registry.h"
-#include "types/string_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 namespace {

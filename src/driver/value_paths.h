@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cache/tracked_path.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -10,8 +10,8 @@
 #include <string>
 
 #include "grammar/model.h"
-#include "types/assignment.h"
-#include "types/target.h"
+#include "types/context/assignment.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

@@ -1,5 +1,5 @@
 // What project and registry files say, entry by entry in the order of the file. Nothing is merged
-// by name and nothing is looked up here. What unit files say is the model of types/target.h.
+// by name and nothing is looked up here. What unit files say is the model of types/model/target.h.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Contexts: assignments and conditional blocks.
 #include "grammar/visitor.h"
-#include "types/assignment.h"
-#include "types/identifier_value.h"
+#include "types/context/assignment.h"
+#include "types/values/identifier_value.h"
 
 namespace Vesk {
 

@@ -1,7 +1,7 @@
 // Unit files: targets and their dependencies.
 #include "base/exception.h"
 #include "grammar/visitor.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

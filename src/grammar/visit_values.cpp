@@ -4,13 +4,13 @@
 #include "grammar/literals.h"
 #include "grammar/visitor.h"
 #include "platform/files.h"
-#include "types/context.h"
-#include "types/context_value.h"
-#include "types/identifier_path.h"
-#include "types/identifier_value.h"
-#include "types/list_value.h"
-#include "types/simple_values.h"
-#include "types/string_values.h"
+#include "types/context/context.h"
+#include "types/context/context_value.h"
+#include "types/values/identifier_path.h"
+#include "types/values/identifier_value.h"
+#include "types/values/list_value.h"
+#include "types/values/simple_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/exception.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

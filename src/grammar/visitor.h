@@ -12,8 +12,8 @@
 
 #include "base/source_place.h"
 #include "grammar/model.h"
-#include "types/context_template.h"
-#include "types/value.h"
+#include "types/context/context_template.h"
+#include "types/values/value.h"
 
 namespace Vesk {
 

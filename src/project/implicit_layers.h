@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "project/project.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

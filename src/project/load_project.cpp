@@ -9,7 +9,7 @@
 #include "project/project_paths.h"
 #include "project/registry.h"
 #include "project/tool_entry.h"
-#include "types/errors.h"
+#include "types/values/errors.h"
 
 namespace Vesk {
 

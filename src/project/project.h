@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "grammar/model.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

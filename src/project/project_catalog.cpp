@@ -1,7 +1,7 @@
 #include "project/project_catalog.h"
 
 #include "base/text.h"
-#include "types/errors.h"
+#include "types/values/errors.h"
 
 namespace Vesk {
 namespace {

@@ -10,8 +10,8 @@
 #include "project/implicit_layers.h"
 #include "project/project.h"
 #include "project/project_store.h"
-#include "types/context.h"
-#include "types/dependency.h"
+#include "types/context/context.h"
+#include "types/model/dependency.h"
 
 namespace Vesk {
 

@@ -9,7 +9,7 @@
 #include "project/identifier.h"
 #include "project/project_paths.h"
 #include "project/registry_text.h"
-#include "types/errors.h"
+#include "types/values/errors.h"
 
 namespace Vesk {
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "grammar/model.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -5,8 +5,8 @@
 #include "platform/files.h"
 #include "project/registry_comments.h"
 #include "project/tool_entry.h"
-#include "types/context_template.h"
-#include "types/errors.h"
+#include "types/context/context_template.h"
+#include "types/values/errors.h"
 
 namespace Vesk {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "types/context_template.h"
-#include "types/errors.h"
+#include "types/context/context_template.h"
+#include "types/values/errors.h"
 
 namespace Vesk {
 namespace {

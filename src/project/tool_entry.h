@@ -5,7 +5,7 @@
 #include <string>
 
 #include "grammar/model.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -9,7 +9,7 @@
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "types/assignment.h"
+#include "types/context/assignment.h"
 
 namespace Vesk {
 

@@ -9,7 +9,7 @@
 #include "driver/input_context.h"
 #include "driver/target_wishes.h"
 #include "testing/test_names.h"
-#include "types/errors.h"
+#include "types/values/errors.h"
 
 namespace Vesk {
 namespace {

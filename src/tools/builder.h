@@ -8,7 +8,7 @@
 #include "run/recipe.h"
 #include "tools/match.h"
 #include "tools/variable_table.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "tools/toolbox.h"
-#include "types/context_template.h"
+#include "types/context/context_template.h"
 
 namespace Vesk {
 

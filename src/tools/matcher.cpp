@@ -4,7 +4,7 @@
 
 #include "base/console.h"
 #include "base/exception.h"
-#include "types/identifier_value.h"
+#include "types/values/identifier_value.h"
 
 namespace Vesk {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

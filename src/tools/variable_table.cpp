@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "types/string_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 

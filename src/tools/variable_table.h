@@ -4,7 +4,7 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

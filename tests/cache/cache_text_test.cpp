@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "cache/literal_text.h"
-#include "types/list_value.h"
-#include "types/simple_values.h"
-#include "types/string_values.h"
+#include "types/values/list_value.h"
+#include "types/values/simple_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk::test {
 namespace {

@@ -17,7 +17,7 @@
 #include "platform/support.h"
 #include "platform/system.h"
 #include "support/console_capture.h"
-#include "types/string_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk::test {
 namespace {

@@ -5,7 +5,7 @@
 #include "grammar/loaders.h"
 #include "grammar/text_files.h"
 #include "support/console_capture.h"
-#include "types/identifier_value.h"
+#include "types/values/identifier_value.h"
 
 namespace Vesk {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "base/exception.h"
 #include "platform/support.h"
-#include "types/context_template.h"
-#include "types/target.h"
+#include "types/context/context_template.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

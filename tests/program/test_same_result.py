@@ -167,13 +167,13 @@ class Vesk(ProgramTest):
             self.assertEqual(self.compiled(out), self.sources())
 
         def one_source(jobs):
-            edit("types/context.cpp")
-            self.assertEqual(self.compiled(self.build(jobs)), ["src/types/context.cpp"])
+            edit("types/context/context.cpp")
+            self.assertEqual(self.compiled(self.build(jobs)), ["src/types/context/context.cpp"])
 
         def one_header(jobs):
-            edit("types/context.h")
+            edit("types/context/context.h")
             out = self.build(jobs, "--compile-commands=db.json")
-            self.assertIn("src/types/merging.cpp", self.compiled(out))
+            self.assertIn("src/types/context/merging.cpp", self.compiled(out))
             self.assertNotIn("src/driver/driver.cpp", self.compiled(out))
 
         self.same_with_many_jobs(everything, self.nothing_to_do, one_source, one_header,

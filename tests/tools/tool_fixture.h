@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "tools/matcher.h"
-#include "types/identifier_value.h"
-#include "types/list_value.h"
-#include "types/simple_values.h"
-#include "types/string_values.h"
-#include "types/target.h"
+#include "types/model/target.h"
+#include "types/values/identifier_value.h"
+#include "types/values/list_value.h"
+#include "types/values/simple_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk::test {
 

@@ -14,7 +14,7 @@
 #include "base/text.h"
 #include "driver/build_errors.h"
 #include "driver/driver.h"
-#include "types/errors.h"
+#include "types/values/errors.h"
 
 namespace Vesk::modes {
 namespace {

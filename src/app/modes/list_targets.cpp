@@ -13,7 +13,7 @@
 #include "base/console.h"
 #include "base/text.h"
 #include "driver/input_context.h"
-#include "types/errors.h"
+#include "types/values/errors.h"
 
 namespace Vesk::modes {
 namespace {

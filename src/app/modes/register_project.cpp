@@ -2,7 +2,7 @@
 #include "app/modes/modes.h"
 #include "app/session.h"
 #include "platform/files.h"
-#include "types/errors.h"
+#include "types/values/errors.h"
 
 namespace Vesk::modes {
 

@@ -9,7 +9,7 @@
 #include "tools/android/apk_variables.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/support/c_builder.h"
-#include "types/simple_values.h"
+#include "types/values/simple_values.h"
 
 namespace Vesk {
 

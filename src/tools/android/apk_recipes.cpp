@@ -18,7 +18,7 @@
 #include "tools/support/powershell_staging.h"
 #include "tools/support/run_step.h"
 #include "tools/support/value_lists.h"
-#include "types/context_value.h"
+#include "types/context/context_value.h"
 
 namespace Vesk {
 

@@ -14,8 +14,8 @@
 #include "tools/support/libraries.h"
 #include "tools/support/source_files.h"
 #include "tools/support/value_lists.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
+#include "types/values/list_value.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tools/discovery/pkg_config.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -11,7 +11,7 @@
 #include "tools/support/libraries.h"
 #include "tools/support/recipe_parts.h"
 #include "tools/support/value_lists.h"
-#include "types/string_values.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 

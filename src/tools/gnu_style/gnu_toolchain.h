@@ -8,7 +8,7 @@
 
 #include "tools/discovery/toolchain_match.h"
 #include "tools/discovery/toolchain_programs.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

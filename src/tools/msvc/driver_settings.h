@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/msvc/msvc_programs.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -18,7 +18,7 @@
 #include "tools/support/libraries.h"
 #include "tools/support/recipe_parts.h"
 #include "tools/support/value_lists.h"
-#include "types/context_value.h"
+#include "types/context/context_value.h"
 
 namespace Vesk {
 

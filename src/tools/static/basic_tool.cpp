@@ -4,8 +4,8 @@
 
 #include "platform/files.h"
 #include "run/build_env.h"
-#include "types/list_value.h"
-#include "types/simple_values.h"
+#include "types/values/list_value.h"
+#include "types/values/simple_values.h"
 
 namespace Vesk {
 

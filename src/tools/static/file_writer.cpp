@@ -9,9 +9,9 @@
 #include "base/exception.h"
 #include "platform/files.h"
 #include "tools/support/parent_directory.h"
-#include "types/context_value.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
+#include "types/context/context_value.h"
+#include "types/values/list_value.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 

@@ -8,7 +8,7 @@
 #include "tools/support/libraries.h"
 #include "tools/support/target_paths.h"
 #include "tools/support/value_lists.h"
-#include "types/simple_values.h"
+#include "types/values/simple_values.h"
 
 namespace Vesk {
 

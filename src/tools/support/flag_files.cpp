@@ -5,8 +5,8 @@
 
 #include "base/ci_string.h"
 #include "tools/support/value_lists.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
+#include "types/values/list_value.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 

@@ -1,8 +1,8 @@
 #include "tools/support/recipe_parts.h"
 
 #include "tools/support/target_paths.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
+#include "types/values/list_value.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 

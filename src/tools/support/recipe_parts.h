@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "run/recipe.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

@@ -9,8 +9,8 @@
 #include "platform/system.h"
 #include "tools/support/file_patterns.h"
 #include "tools/support/value_lists.h"
-#include "types/list_value.h"
-#include "types/string_values.h"
+#include "types/values/list_value.h"
+#include "types/values/string_values.h"
 
 namespace Vesk {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "run/build_env.h"
-#include "types/target.h"
+#include "types/model/target.h"
 
 namespace Vesk {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/support/command_text.h"
-#include "types/context.h"
+#include "types/context/context.h"
 
 namespace Vesk {
 

@@ -1,0 +1,53 @@
+// What a context block of a file says, before it is used.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "types/context/assignment.h"
+
+namespace Vesk {
+
+class Context;
+class ContextTemplate;
+
+/// Codes of condition operators.
+enum class ConditionOperator : std::uint32_t {
+    Equal = 1,
+    NotEqual = 2,
+    Less = 3,
+    Greater = 4,
+    Exists = 5,  ///< a bare identifier: true when it resolves
+};
+
+/// A conditional block: its body's assignments apply when the condition holds.
+struct Condition {
+    ValuePtr left;
+    ValuePtr right;  ///< empty for Exists
+    ConditionOperator op = ConditionOperator::Exists;
+    std::shared_ptr<const ContextTemplate> body;
+    SourcePlace place;
+};
+
+/// The assignments and conditional blocks of a brace block in the order in which they are written.
+class ContextTemplate {
+  public:
+    virtual ~ContextTemplate() = default;
+
+    /// A new context with copies of everything, merged at once by the rules of the values. Throws
+    /// what merging throws, with notes.
+    std::shared_ptr<Context> instantiate() const;
+
+    std::vector<Assignment> assignments;
+    std::vector<Condition> conditions;
+};
+
+/// Merges a copy of an assignment of a text into the context that this text fills; one without a
+/// modifier keeps the one that is stored. Throws what merging throws, with notes.
+void fill(Context& context, const Assignment& assignment);
+
+/// A copy with operands of its own.
+Condition deepCopy(const Condition& condition);
+
+}  // namespace Vesk
