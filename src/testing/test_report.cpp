@@ -84,8 +84,8 @@ void showTestLine(const TestResult& result) {
 
 void showTestSummary(const std::vector<TestResult>& results, double seconds) {
     showOutputs(results);
-    console::normal("{} test{}: {} ({:.2f} s)", results.size(), results.size() == 1 ? "" : "s",
-                    countsOf(results), seconds);
+    console::normal("{} test{}{}{} ({:.2f} s)", results.size(), results.size() == 1 ? "" : "s",
+                    results.empty() ? "" : ": ", countsOf(results), seconds);
     std::vector<std::string> notes;
     for (const TestResult& result : results) {
         if (!result.succeeded()) {

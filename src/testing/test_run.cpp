@@ -5,7 +5,6 @@
 #include <exception>
 #include <fmt/format.h>
 #include <map>
-#include <optional>
 #include <utility>
 
 #include "base/collector.h"
@@ -84,7 +83,6 @@ class TestRun::Test {
     std::unique_ptr<TargetBuild> build_;  ///< null when the test has ended
     double timeout_ = 0;
     std::vector<Step> steps_;
-    std::optional<Clock::time_point> deadline_;
     bool ran_ = false;
     bool ended_ = false;
 };
@@ -194,15 +192,14 @@ Turn TestRun::Test::ask() {
 
 bool TestRun::Test::work() {
     const auto began = Clock::now();
-    if (timeout_ > 0) {
-        deadline_ = began + std::chrono::duration_cast<Clock::duration>(
-                                std::chrono::duration<double>(timeout_));
-    }
+    // Without a limit, too, a test is a process group that can be ended as a whole.
+    const std::chrono::duration<double> limit(timeout_ > 0 ? timeout_ : kLongestTimeout);
+    const auto deadline = began + std::chrono::duration_cast<Clock::duration>(limit);
     bool passed = true;
     for (Step& step : steps_) {
         for (const auto& job : step.stage->jobs()) {
             for (Command& command : job->commands) {
-                command.deadline = deadline_;
+                command.deadline = deadline;
             }
         }
         step.stage->runCollected(build_->prefix(), options_.maxCommands);

@@ -5,7 +5,7 @@ import re
 import signal
 import xml.etree.ElementTree as ElementTree
 
-from harness import ProgramTest, SETTINGS, dedented, wait_until
+from harness import ProgramTest, SETTINGS, dedented, posix_only, wait_until
 
 UNIT = """
     app: { ^FILE = P"(app.txt)"  cmdline = "child touch ${FILE}" }
@@ -199,6 +199,23 @@ class Tests(ProgramTest):
         out, _ = process.communicate()
         self.assertEqual(process.returncode, 130)
         self.assertNotIn(b"vesk::c\n", out)
+
+    @posix_only("the background is a shell's")
+    def test_nothing_stays_in_the_background(self):
+        """A shell's background process does not hear Ctrl-C, and outlives the shell."""
+        command = "sh -c 'echo $$ > pid && exec child linger started' & wait"
+        for limit, interrupts in ((1, False), (0, True), (1000, True)):
+            with self.subTest(limit):
+                (self.dir / "started").unlink(missing_ok=True)
+                self.unit(f't: {{ TEST = "yes"  TEST_TIMEOUT = {limit}  cmdline = "{command}" }}')
+                process = self.start("--test")
+                wait_until((self.dir / "started").exists)
+                if interrupts:
+                    os.kill(process.pid, signal.SIGINT)
+                process.communicate()
+                self.assertEqual(process.returncode, 130 if interrupts else 1)
+                pid = int(self.read("pid"))
+                wait_until(lambda: not os.path.exists(f"/proc/{pid}"))
 
     def test_a_dependency_that_is_a_test(self):
         """Its dependant gets it as a target; it may run for that and as a test."""

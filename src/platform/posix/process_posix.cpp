@@ -104,12 +104,16 @@ void waitForEnd(pid_t child) {
 }
 
 /// Waits for the end of the child and reaps it. The alarm, if there is one, is called off while
-/// the number still belongs to the child.
+/// the number still belongs to the child. Then it has a group of its own, and after an interruption
+/// nothing of it is left: what a shell started in the background does not hear a Ctrl-C.
 int waitFor(pid_t child, RunningChild& running, Alarm* alarm = nullptr) {
     waitForEnd(child);
     running.forget();
     if (alarm != nullptr) {
         alarm->stop();
+        if (interruptSignal() != 0) {
+            ::kill(-child, SIGKILL);
+        }
     }
     int status = 0;
     while (::waitpid(child, &status, 0) < 0) {
