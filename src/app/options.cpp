@@ -124,6 +124,16 @@ void setForce(Settings& settings, const std::string& /*value*/) {
     settings.clean.force = true;
 }
 
+void setInit(Settings& settings, const std::string& value) {
+    settings.initKind = value;
+    askFor(settings, RunMode::Init);
+}
+
+void setRemoveGone(Settings& settings, const std::string& /*value*/) {
+    settings.removeGone = true;
+    askFor(settings, RunMode::FindCompilers);
+}
+
 template <RunMode mode>
 void choose(Settings& settings, const std::string& /*value*/) {
     askFor(settings, mode);
@@ -201,6 +211,10 @@ constexpr std::array kOptions = {
            "enters the project into the registry", choose<RunMode::Register>},
     Option{kInstead, "", "find-compilers", ArgumentForm::None, "",
            "registers the toolchains that are found", choose<RunMode::FindCompilers>},
+    Option{kInstead, "", "remove-gone", ArgumentForm::None, "",
+           "the same, and takes toolchains that are gone out of the registry", setRemoveGone},
+    Option{kInstead, "", "init", ArgumentForm::AttachedIfAny, "[=KIND]",
+           "writes a first unit file, and sources (c, c++, lib) where there are none", setInit},
     Option{kInstead, "", "create-project", ArgumentForm::None, "",
            "writes a project file from the unit files below", choose<RunMode::CreateProject>},
     Option{kInstead, "", "version", ArgumentForm::None, "",

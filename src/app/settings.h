@@ -33,6 +33,7 @@ enum class RunMode : std::int32_t {
     Options = 9,
     Explain = 10,
     VariableTables = 11,
+    Init = 12,
 };
 
 /// A variable that the command line gives a plain text.
@@ -83,6 +84,8 @@ struct Settings {
     Doubts doubts = Doubts::Warn;
     std::uint32_t maxCommands = 0;  ///< 0: no limit
     std::string unitToList;
+    std::string initKind;                  ///< what --init is to write, as given
+    bool removeGone = false;               ///< from the registry: toolchains that are gone
     std::string variable;                  ///< to explain; empty: all of them
     std::string mainOutput;                ///< the file that -o names, as given
     std::string compileCommands;           ///< the compilation database to write, as given

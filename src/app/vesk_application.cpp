@@ -45,6 +45,7 @@ constexpr std::array kModes = {
     Mode{RunMode::Options, modes::printOptions},
     Mode{RunMode::Explain, modes::explainVariables},
     Mode{RunMode::VariableTables, modes::printVariableTables},
+    Mode{RunMode::Init, modes::init},
 };
 
 }  // namespace

@@ -43,6 +43,10 @@ struct ToolType {
     ToolchainDetector detect = nullptr;
     int rank = 0;  ///< detectors are asked in this order, the lowest first
 
+    /// The word in the name of a compiler of the type, "gcc"; empty where its directory tells that
+    /// it is there.
+    std::string_view compiler = {};
+
     bool isToolchain() const noexcept { return detect != nullptr; }
 };
 

@@ -26,6 +26,11 @@ int listTargets(const Settings& settings);
 int registerProject(const Settings& settings);
 int findCompilers(const Settings& settings);
 int createProject(const Settings& settings);
+
+/// Writes a unit file for the sources below the current directory, and sources where there are
+/// none. Throws VeskException for a file that is there already.
+int init(const Settings& settings);
+
 int printVersion(const Settings& settings);
 
 /// What -h prints never changes; `printOptions` prints the whole table.

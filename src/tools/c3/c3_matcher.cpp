@@ -32,6 +32,7 @@ const ToolTypeRegistration RegisterC3Matcher({
     .variables = kC3Variables,
     .detect = detectC3,
     .rank = 4,
+    .compiler = "c3c",
 });
 
 std::shared_ptr<Builder> C3Toolchain::builder(const Context&, DeclaredPlace place) const {

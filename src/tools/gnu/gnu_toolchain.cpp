@@ -13,6 +13,7 @@ const ToolTypeRegistration RegisterGNUMatcher({
     .variables = kGnuStyleVariables,
     .detect = detectGNU,
     .rank = 1,
+    .compiler = kGnuToolchain.of(GnuProgram::CCompiler).name,
 });
 
 }  // namespace Vesk

@@ -13,6 +13,7 @@ const ToolTypeRegistration RegisterLLVMMatcher({
     .variables = kGnuStyleVariables,
     .detect = detectLLVM,
     .rank = 2,
+    .compiler = kLlvmToolchain.of(GnuProgram::CCompiler).name,
 });
 
 }  // namespace Vesk
