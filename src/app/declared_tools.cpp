@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
+#include "base/attempt.h"
 #include "base/console.h"
-#include "base/exception.h"
 #include "base/report.h"
 #include "driver/input_context.h"
 #include "project/project_paths.h"
@@ -67,16 +67,14 @@ ToolDeclaration declaration(const std::string& origin, const ToolEntry& entry,
 
 /// One tool of a user's registry must not keep all of the user's projects from being built.
 std::unique_ptr<Matcher> createRegistryTool(const ToolEntry& entry, Surroundings& surroundings) {
-    std::string reason;
-    try {
-        return createTool(declaration(kRegistryOrigin, entry, surroundings));
-    } catch (const VeskException& error) {
-        reason = error.report();
-    } catch (const std::exception& error) {
-        reason = reportOf(error);
+    std::unique_ptr<Matcher> tool;
+    const auto failure =
+        failureOf([&] { tool = createTool(declaration(kRegistryOrigin, entry, surroundings)); });
+    if (failure) {
+        reportWarning(fmt::format("{} tool '{}' is left out.", kRegistryOrigin, entry.name),
+                      {*failure});
     }
-    reportWarning(fmt::format("{} tool '{}' is left out.", kRegistryOrigin, entry.name), {reason});
-    return nullptr;
+    return tool;
 }
 
 /// The tools of the registry that have conditions, or those that have none and are the same for

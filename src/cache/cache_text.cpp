@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "base/exception.h"
+#include "base/attempt.h"
 #include "cache/literal_text.h"
 #include "grammar/loaders.h"
 #include "types/values/string_values.h"
@@ -61,13 +61,12 @@ std::optional<Assignment> parsed(std::string_view source, const std::filesystem:
     if (auto assignment = readPlainAssignment(text)) {
         return assignment;
     }
-    try {
-        return parseAssignment(text, base);
-    } catch (const VeskException&) {
-        return std::nullopt;
-    } catch (const std::exception&) {
-        return std::nullopt;  // the parser's runtime, about text that is no UTF-8
+    std::optional<Assignment> result;
+    if (!succeeds([&] { result = parseAssignment(text, base); })) {
+        return std::nullopt;  // such as text that is not UTF-8, of which the parser's runtime
+                              // throws
     }
+    return result;
 }
 
 }  // namespace

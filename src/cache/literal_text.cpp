@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "base/exception.h"
+#include "base/attempt.h"
 #include "grammar/literals.h"
-#include "platform/files.h"
+#include "types/context/source_text.h"
 #include "types/values/list_value.h"
 #include "types/values/simple_values.h"
 #include "types/values/string_values.h"
@@ -13,76 +13,6 @@ namespace Vesk {
 namespace {
 
 constexpr std::string_view kRawEnd = ")\"";
-
-bool appendRaw(std::string& out, char letter, std::string_view text) {
-    if (text.find(kRawEnd) != std::string_view::npos) {
-        return false;
-    }
-    out += letter;
-    out += "\"(";
-    out += text;
-    out += kRawEnd;
-    return true;
-}
-
-/// A plain literal, unless the text ends it early or looks, together with the quote at its end,
-/// like the start of a path literal.
-bool appendString(std::string& out, const VeskBaseString& value) {
-    const std::string& text = value.text;
-    const bool raw = valueAs<VeskRawString>(&value) != nullptr;
-    if (raw || text.find('"') != std::string::npos || text.ends_with('P')) {
-        return appendRaw(out, 'R', text);
-    }
-    out += '"';
-    out += text;
-    out += '"';
-    return true;
-}
-
-bool appendPath(std::string& out, const VeskPathString& value) {
-    if (value.baseDirectory.empty() || platform::isAbsolutePath(value.text)) {
-        return appendRaw(out, 'P', value.text);
-    }
-    const auto path = value.baseDirectory / platform::pathFromUtf8(value.text);
-    return appendRaw(out, 'P', platform::pathToUtf8(path));
-}
-
-bool appendValue(std::string& out, const ValuePtr& value);
-
-bool appendList(std::string& out, const VeskList& list) {
-    out += '[';
-    const char* separator = "";
-    for (const ValuePtr& item : list.items) {
-        out += separator;
-        if (!appendValue(out, item)) {
-            return false;
-        }
-        separator = ", ";
-    }
-    out += ']';
-    return true;
-}
-
-bool appendValue(std::string& out, const ValuePtr& value) {
-    if (!value) {
-        return false;
-    }
-    if (const auto* path = valueAs<VeskPathString>(value.get())) {
-        return appendPath(out, *path);
-    }
-    if (const auto* string = valueAs<VeskBaseString>(value.get())) {
-        return appendString(out, *string);
-    }
-    if (const auto* list = valueAs<VeskList>(value.get())) {
-        return appendList(out, *list);
-    }
-    try {
-        out += toSourceString(*value);
-    } catch (const VeskException&) {
-        return false;
-    }
-    return true;
-}
 
 class PlainReader {
   public:
@@ -208,7 +138,7 @@ bool appendPlainAssignment(std::string& out, const Assignment& assignment) {
     out += sourceText(assignment.modifier);
     out += assignment.name.str();
     out += sourceText(assignment.op);
-    return appendValue(out, assignment.value);
+    return succeeds([&] { appendSource(out, *assignment.value, ReadBack::AsItIs); });
 }
 
 std::optional<Assignment> readPlainAssignment(std::string_view text) {

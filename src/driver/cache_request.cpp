@@ -44,14 +44,14 @@ class RequestMaker {
         Part part;
         part.inputs = text_.recipe(recipe);
         for (const RecipeInput& input : recipe.inputs) {
-            std::vector<std::string> files = pathsIn(input.assignment);
-            if (input.intermediate && !files.empty()) {
-                part.source = files.back();
+            const std::size_t before = part.reads.size();
+            appendPaths(part.reads, input.assignment);
+            if (input.intermediate && part.reads.size() > before) {
+                part.source = part.reads.back();
             }
-            std::ranges::move(files, std::back_inserter(part.reads));
         }
         for (const Assignment& output : recipe.outputs) {
-            std::ranges::move(pathsIn(output), std::back_inserter(part.writes));
+            appendPaths(part.writes, output);
         }
         part.judged = part.writes.empty() ? Judged::WithTarget : Judged::Alone;
         part.declaration =

@@ -8,9 +8,9 @@
 #include <system_error>
 #include <unordered_set>
 
+#include "base/attempt.h"
 #include "base/collector.h"
 #include "base/console.h"
-#include "base/exception.h"
 #include "base/interruption.h"
 #include "driver/value_paths.h"
 #include "platform/directories.h"
@@ -29,16 +29,12 @@ constexpr std::chrono::seconds kInterval{30};
 /// Nothing may leave the thread of a job but the status and the reason.
 std::int32_t runAction(const std::function<void()>& action, std::string& failure) {
     try {
-        action();
-        return 0;
-    } catch (const VeskException& exception) {
-        failure = exception.report();
-    } catch (const std::exception& exception) {
-        failure = reportOf(exception);
+        const auto error = failureOf(action);
+        failure = error.value_or("");
+        return error ? 1 : 0;
     } catch (const Interrupted&) {
         return 0;  // who waits for the job sees the same request
     }
-    return 1;
 }
 
 /// The body of a job's task. Writes to its own job only.

@@ -1,5 +1,6 @@
 #include "driver/tool_choice.h"
 
+#include "base/attempt.h"
 #include "base/console.h"
 #include "base/text.h"
 #include "driver/mistyped_names.h"
@@ -17,11 +18,7 @@ void resolveCompared(Context& trial, const Toolbox& toolbox) {
         if (assignment == nullptr || !assignment->value) {
             continue;
         }
-        try {
-            assignment->value = trial.valueOfVariable(name);
-        } catch (const VeskException&) {
-            assignment->value = std::make_shared<VeskRawString>(assignment->value->toString());
-        } catch (const std::exception&) {
+        if (!succeeds([&] { assignment->value = trial.valueOfVariable(name); })) {
             assignment->value = std::make_shared<VeskRawString>(assignment->value->toString());
         }
         assignment->state = ResolveState::Resolved;

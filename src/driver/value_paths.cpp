@@ -52,17 +52,20 @@ void eachPath(const VeskValue* value, const PathSink& take) {
 
 std::vector<std::string> pathsIn(const Assignment& assignment) {
     std::vector<std::string> paths;
-    eachPath(assignment.value.get(),
-             [&paths](std::string path) { paths.push_back(std::move(path)); });
+    appendPaths(paths, assignment);
     return paths;
+}
+
+void appendPaths(std::vector<std::string>& files, const Assignment& assignment) {
+    eachPath(assignment.value.get(),
+             [&files](std::string path) { files.push_back(std::move(path)); });
 }
 
 std::vector<std::string> filesNamedBy(const Context& target) {
     std::vector<std::string> files;
     for (const auto& [name, assignment] : target.assignments()) {
         if (assignment.modifier != AssignModifier::Output) {
-            eachPath(assignment.value.get(),
-                     [&files](std::string path) { files.push_back(std::move(path)); });
+            appendPaths(files, assignment);
         }
     }
     sortUnique(files);

@@ -19,6 +19,7 @@ void eachPath(const VeskValue* value, const PathSink& take);
 
 /// The files that an assignment names, in its order.
 std::vector<std::string> pathsIn(const Assignment& assignment);
+void appendPaths(std::vector<std::string>& files, const Assignment& assignment);
 
 /// The files that a target's variables name, outputs of its dependencies included and its own left
 /// out. Sorted; each once.

@@ -2,8 +2,8 @@
 
 #include <optional>
 
+#include "base/attempt.h"
 #include "base/console.h"
-#include "base/exception.h"
 #include "base/report.h"
 #include "grammar/loaders.h"
 #include "platform/files.h"
@@ -62,18 +62,11 @@ class ProjectDescriber {
         FoundFile found;
         found.listed = genericText(relativePath(file, directory_));
         found.directory = file.lexically_relative(root_).parent_path();
-        try {
-            found.unit = parseUnitFile(file);
-        } catch (const VeskException& error) {
-            warnOfErrors(found, error.report());
-        } catch (const std::exception& error) {
-            warnOfErrors(found, reportOf(error));
+        if (const auto error = failureOf([&] { found.unit = parseUnitFile(file); })) {
+            reportWarning("Unit file '" + found.listed + "' is listed, but it has errors.",
+                          {*error});
         }
         return found;
-    }
-
-    static void warnOfErrors(const FoundFile& found, const std::string& report) {
-        reportWarning("Unit file '" + found.listed + "' is listed, but it has errors.", {report});
     }
 
     static std::string genericText(const fs::path& path) {

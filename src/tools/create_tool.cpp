@@ -5,8 +5,8 @@
 #include <exception>
 #include <utility>
 
+#include "base/attempt.h"
 #include "base/console.h"
-#include "base/exception.h"
 #include "base/report.h"
 #include "base/text.h"
 #include "tools/tool_registry.h"
@@ -58,20 +58,15 @@ std::unique_ptr<Matcher> makeMatcher(const ToolDeclaration& tool, const std::str
         return nullptr;
     }
     const Declared declared = splitDeclaration(*tool.context);
-    std::string reason;
-    try {
-        std::unique_ptr<Matcher> matcher =
-            type->factory(CiString(tool.name), declared.must, declared.others);
-        if (matcher) {
-            return matcher;
-        }
-        return skip("Unable to create {} tool '{}' for '{}'.", tool.origin, tool.name, word);
-    } catch (const VeskException& exception) {
-        reason = exception.report();
-    } catch (const std::exception& exception) {
-        reason = reportOf(exception);
+    std::unique_ptr<Matcher> matcher;
+    const auto failure = failureOf(
+        [&] { matcher = type->factory(CiString(tool.name), declared.must, declared.others); });
+    if (failure) {
+        return skip("Unable to create {} tool '{}' for '{}': {}", tool.origin, tool.name, word,
+                    *failure);
     }
-    return skip("Unable to create {} tool '{}' for '{}': {}", tool.origin, tool.name, word, reason);
+    return matcher ? std::move(matcher)
+                   : skip("Unable to create {} tool '{}' for '{}'.", tool.origin, tool.name, word);
 }
 
 }  // namespace

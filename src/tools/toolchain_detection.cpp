@@ -1,12 +1,11 @@
 #include "tools/toolchain_detection.h"
 
 #include <algorithm>
-#include <exception>
 #include <iterator>
 #include <utility>
 
+#include "base/attempt.h"
 #include "base/console.h"
-#include "base/exception.h"
 #include "tools/tool_registry.h"
 
 namespace Vesk {
@@ -14,16 +13,11 @@ namespace Vesk {
 namespace {
 
 std::vector<DetectedTool> detect(const ToolType& type) {
-    std::string reason;
-    try {
-        return type.detect();
-    } catch (const VeskException& exception) {
-        reason = exception.report();
-    } catch (const std::exception& exception) {
-        reason = reportOf(exception);
+    std::vector<DetectedTool> tools;
+    if (const auto failure = failureOf([&] { tools = type.detect(); })) {
+        console::warning("Unable to look for toolchains of type '{}': {}", type.word, *failure);
     }
-    console::warning("Unable to look for toolchains of type '{}': {}", type.word, reason);
-    return {};
+    return tools;
 }
 
 bool areRivals(const ToolType& a, const ToolType& b) {

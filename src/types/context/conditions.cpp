@@ -1,5 +1,6 @@
 // Conditional blocks of contexts.
 
+#include "base/attempt.h"
 #include "types/context/context.h"
 #include "types/values/errors.h"
 
@@ -39,22 +40,16 @@ bool compare(const Condition& condition, Context& context) {
 }  // namespace
 
 bool Context::conditionHolds(const Condition& condition, Unresolvable unresolvable) {
-    const bool exists = condition.op == ConditionOperator::Exists;
+    if (condition.op == ConditionOperator::Exists) {
+        return succeeds([&] { resolvedOperand(condition.left, *this); });
+    }
+    if (unresolvable == Unresolvable::isFalse) {
+        bool holds = false;
+        return succeeds([&] { holds = compare(condition, *this); }) && holds;
+    }
     try {
-        if (exists) {
-            resolvedOperand(condition.left, *this);
-            return true;
-        }
         return compare(condition, *this);
-    } catch (const VeskException&) {
-        if (exists || unresolvable == Unresolvable::isFalse) {
-            return false;
-        }
-        rethrowWithNote(condition.place, "in a condition");
-    } catch (const std::exception&) {
-        if (exists || unresolvable == Unresolvable::isFalse) {
-            return false;
-        }
+    } catch (...) {
         rethrowWithNote(condition.place, "in a condition");
     }
 }

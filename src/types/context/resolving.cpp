@@ -1,5 +1,6 @@
 // How a context is resolved: hints, what was held back, then every variable.
 
+#include "base/attempt.h"
 #include "base/console.h"
 #include "base/text.h"
 #include "types/context/context.h"
@@ -73,11 +74,7 @@ void Context::resolveHints() {
             throw VeskException("Invalid hint '" + assignment.value->toString() +
                                 "': expected an identifier.");
         }
-        try {
-            assignment.value = resolveIdentifier(*path)->clone();
-        } catch (const VeskException&) {
-            assignment.value = std::make_shared<VeskString>(path->toDisplayString());
-        } catch (const std::exception&) {
+        if (!succeeds([&] { assignment.value = resolveIdentifier(*path)->clone(); })) {
             assignment.value = std::make_shared<VeskString>(path->toDisplayString());
         }
         assignment.state = ResolveState::Resolved;

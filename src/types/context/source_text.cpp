@@ -1,4 +1,4 @@
-// Values and assignments as source text: what the grammar reads back to an equal value.
+#include "types/context/source_text.h"
 
 #include "platform/files.h"
 #include "types/context/assignment.h"
@@ -19,31 +19,8 @@ constexpr std::string_view kRawEnd = ")\"";
                         " cannot be written in a file: no literal can hold its text.");
 }
 
-/// A plain string cannot hold a double quote, but a reference to one.
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text) {
-        if (c == '"') {
-            result += "${ascii[34]}";
-        } else {
-            result += c;
-        }
-    }
-    return result + "\"";
-}
-
 bool hasReferences(const std::string& text) {
     return text.find("${") != std::string::npos || text.find('#') != std::string::npos;
-}
-
-std::string rawText(const VeskRawString& value) {
-    if (value.text.find(kRawEnd) == std::string::npos) {
-        return "R\"(" + value.text + std::string(kRawEnd);
-    }
-    if (hasReferences(value.text)) {
-        throwUnwritable(value);
-    }
-    return quoted(value.text);
 }
 
 /// Only what the reference stands for tells whether such a path is relative.
@@ -51,40 +28,115 @@ bool beginsWithReference(const std::string& path) {
     return path.starts_with("${") || path.starts_with("#{");
 }
 
-std::string pathText(const VeskPathString& value) {
-    std::string path = value.text;
-    if (!value.baseDirectory.empty() && !platform::isAbsolutePath(path) &&
-        !beginsWithReference(path)) {
-        path = platform::pathToUtf8(value.baseDirectory / platform::pathFromUtf8(value.text));
-    }
-    if (path.find(kRawEnd) != std::string::npos) {
-        throwUnwritable(value);
-    }
-    return "P\"(" + path + std::string(kRawEnd);
-}
+class SourceWriter {
+  public:
+    SourceWriter(std::string& out, ReadBack use) : out_(out), use_(use) {}
 
-std::string listText(const VeskList& list) {
-    std::string text = "[";
-    for (const ValuePtr& item : list.items) {
-        if (!item) {
-            throwUnwritable(list);
+    void value(const VeskValue& value) {
+        if (const auto* path = valueAs<VeskPathString>(&value)) {
+            this->path(*path);
+        } else if (const auto* text = valueAs<VeskBaseString>(&value)) {
+            string(*text);
+        } else if (const auto* list = valueAs<VeskList>(&value)) {
+            this->list(*list);
+        } else if (const auto* context = valueAs<VeskContext>(&value)) {
+            this->context(*context);
+        } else {
+            out_ += value.toDisplayString();  // integers, identifiers, the character set
         }
-        text += (text.size() > 1 ? ", " : "") + toSourceString(*item);
     }
-    return text + "]";
-}
 
-std::string contextText(const VeskContext& value) {
-    const auto context = value.context();
-    if (!context->conditions().empty()) {
-        throwUnwritable(value);
+    void assignment(const Assignment& assignment) {
+        out_ += sourceText(assignment.modifier);
+        out_ += assignment.name.str();
+        if (assignment.value) {
+            out_ += sourceText(assignment.op);
+            value(*assignment.value);
+        }
     }
-    std::string text = "{";
-    for (const auto& [name, assignment] : context->assignments()) {
-        text += " " + assignment.toSourceString();
+
+  private:
+    bool expanded() const noexcept { return use_ == ReadBack::Expanded; }
+
+    void raw(char letter, std::string_view text, const VeskValue& value) {
+        if (text.find(kRawEnd) != std::string_view::npos) {
+            throwUnwritable(value);
+        }
+        out_ += letter;
+        out_ += "\"(";
+        out_ += text;
+        out_ += kRawEnd;
     }
-    return text + " }";
-}
+
+    void string(const VeskBaseString& value) {
+        if (mustBeRaw(value.text, valueAs<VeskRawString>(&value) != nullptr)) {
+            raw('R', value.text, value);
+        } else {
+            quoted(value.text);
+        }
+    }
+
+    bool mustBeRaw(const std::string& text, bool isRaw) const {
+        if (expanded()) {
+            return isRaw && (text.find(kRawEnd) == std::string::npos || hasReferences(text));
+        }
+        return isRaw || text.find('"') != std::string::npos || text.ends_with('P');
+    }
+
+    /// A plain string cannot hold a double quote, but a reference to one.
+    void quoted(const std::string& text) {
+        out_ += '"';
+        for (const char c : text) {
+            if (c == '"') {
+                out_ += "${ascii[34]}";
+            } else {
+                out_ += c;
+            }
+        }
+        out_ += '"';
+    }
+
+    void path(const VeskPathString& value) {
+        const std::string& text = value.text;
+        if (value.baseDirectory.empty() || platform::isAbsolutePath(text) ||
+            (expanded() && beginsWithReference(text))) {
+            raw('P', text, value);
+        } else {
+            const auto path = value.baseDirectory / platform::pathFromUtf8(text);
+            raw('P', platform::pathToUtf8(path), value);
+        }
+    }
+
+    void list(const VeskList& list) {
+        out_ += '[';
+        const char* separator = "";
+        for (const ValuePtr& item : list.items) {
+            if (!item) {
+                throwUnwritable(list);
+            }
+            out_ += separator;
+            value(*item);
+            separator = ", ";
+        }
+        out_ += ']';
+    }
+
+    void context(const VeskContext& value) {
+        const auto context = value.context();
+        if (!context->conditions().empty()) {
+            throwUnwritable(value);
+        }
+        out_ += '{';
+        for (const auto& [name, assignment] : context->assignments()) {
+            out_ += ' ';
+            this->assignment(assignment);
+        }
+        out_ += " }";
+    }
+
+    std::string& out_;
+    const ReadBack use_;
+};
 
 }  // namespace
 
@@ -113,32 +165,19 @@ std::string_view sourceText(AssignOperator op) {
     }
 }
 
+void appendSource(std::string& out, const VeskValue& value, ReadBack use) {
+    SourceWriter(out, use).value(value);
+}
+
 std::string toSourceString(const VeskValue& value) {
-    if (const auto* path = valueAs<VeskPathString>(&value)) {
-        return pathText(*path);
-    }
-    if (const auto* raw = valueAs<VeskRawString>(&value)) {
-        return rawText(*raw);
-    }
-    if (const auto* string = valueAs<VeskBaseString>(&value)) {
-        return quoted(string->text);
-    }
-    if (const auto* list = valueAs<VeskList>(&value)) {
-        return listText(*list);
-    }
-    if (const auto* context = valueAs<VeskContext>(&value)) {
-        return contextText(*context);
-    }
-    return value.toDisplayString();  // integers, identifiers, the character set
+    std::string text;
+    appendSource(text, value, ReadBack::Expanded);
+    return text;
 }
 
 std::string Assignment::toSourceString() const {
-    std::string text(sourceText(modifier));
-    text += name.str();
-    if (value) {
-        text += sourceText(op);
-        text += Vesk::toSourceString(*value);
-    }
+    std::string text;
+    SourceWriter(text, ReadBack::Expanded).assignment(*this);
     return text;
 }
 
