@@ -44,6 +44,11 @@ void setVerbosity(Settings& settings, const std::string& value) {
     console::setThreshold(settings.verbosity);
 }
 
+void askWhy(Settings& settings, const std::string& /*value*/) {
+    settings.why = true;
+    setVerbosity(settings, std::to_string(console::level::kWarning));
+}
+
 void setJobCount(Settings& settings, const std::string& value) {
     settings.jobCount =
         value.empty() ? std::max(1U, std::thread::hardware_concurrency()) : count(value);
@@ -182,6 +187,8 @@ constexpr std::array kOptions = {
     Option{kWhatIsShown, "", "compile-commands", ArgumentForm::Attached, "FILE",
            "writes the compilation database of the target and all that it needs",
            take<&Settings::compileCommands>},
+    Option{kWhatIsShown, "", "why", ArgumentForm::None, "",
+           "shows only why targets are built, or in a dry run would be", askWhy},
     Option{kWhatIsShown, "", "summary", ArgumentForm::None, "",
            "says in the end how many targets were built, and which failed", set<&Settings::summary>},
 

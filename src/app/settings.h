@@ -80,6 +80,7 @@ struct Settings {
     bool rebuild = false;
     bool dryRun = false;
     bool keepGoing = false;
+    bool why = false;      ///< show the reasons for which targets are built
     bool summary = false;  ///< say in the end what became of the targets, also after a success
     Doubts doubts = Doubts::Warn;
     std::uint32_t maxCommands = 0;  ///< 0: no limit

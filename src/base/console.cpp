@@ -57,6 +57,16 @@ struct Shared {
         }
     }
 
+    /// To standard output.
+    void writeLocked(std::string_view text) {
+        buffered += text;
+        keepLocked(kOutput, text);
+        lines += lineCount(text);
+        if (buffered.size() >= kFlushAt) {
+            flushLocked();
+        }
+    }
+
     void flushLocked() noexcept {
         if (!buffered.empty()) {
             failed = !platform::writeBytes(platform::Stream::Output, buffered) || failed;
@@ -182,6 +192,15 @@ void write(int level, int colour, std::string_view text, const std::vector<std::
     put(level, [&](std::string& out, std::string_view prefix) {
         appendMessage(out, colour, prefix, text, notes);
     });
+}
+
+void writeAnswer(std::string_view text) {
+    if (enabled(level::kError)) {
+        const std::lock_guard lock(shared().mutex);
+        std::string line;
+        appendLine(line, colour::kNormal, {}, text);
+        shared().writeLocked(line);
+    }
 }
 
 void writeColumns(int level, int colour, std::string_view text, const SecondColumn& second) {

@@ -55,6 +55,10 @@ void write(int level, int colour, std::string_view text);
 /// No other message comes between.
 void write(int level, int colour, std::string_view text, const std::vector<std::string>& notes);
 
+/// A line that the user has asked for by an option of its own: no prefix stands before it, and only
+/// a threshold that hides errors hides it.
+void writeAnswer(std::string_view text);
+
 /// What stands behind a message's text in a colour of its own.
 struct SecondColumn {
     int colour = colour::kNormal;

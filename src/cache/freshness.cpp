@@ -193,7 +193,8 @@ bool Freshness::fresh(std::size_t part) {
                                                     request_.parts[kTargetPart].writes.size()));
 }
 
-std::string Freshness::reason() {
+/// What is out of date whatever the files are.
+std::string Freshness::textReason() const {
     if (last_ == nullptr) {
         return "it has not been built before";
     }
@@ -203,28 +204,42 @@ std::string Freshness::reason() {
     if (damaged_) {
         return "its record is damaged";
     }
-    std::string text = firstDifference(layout_, request_);
-    if (!text.empty()) {
-        return text;
-    }
+    return firstDifference(layout_, request_);
+}
+
+std::vector<Reason> Freshness::fileReasons(std::size_t most) {
+    std::vector<Reason> reasons;
     for (const RecordFile& file : files_) {
-        if (isNamesPath(file.path)) {
+        if (isNamesPath(file.path) || reasons.size() == most) {
             continue;
         }
-        const Comparison comparison = states_.compare(root_.absolute(file.path), file.state);
-        if (comparison == Comparison::Missing) {
-            return std::string(file.path) + " is missing";
-        }
-        if (comparison == Comparison::Changed) {
-            return std::string(file.path) + " has changed";
+        std::string path = root_.absolute(file.path);
+        const Comparison comparison = states_.compare(path, file.state);
+        if (comparison == Comparison::Missing || comparison == Comparison::Changed) {
+            const bool missing = comparison == Comparison::Missing;
+            reasons.push_back({std::string(file.path) + (missing ? " is missing" : " has changed"),
+                               std::move(path)});
         }
     }
-    for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
+    return reasons;
+}
+
+std::vector<Reason> Freshness::reasons(std::size_t most) {
+    if (std::string text = textReason(); !text.empty()) {
+        return {{std::move(text), {}}};
+    }
+    std::vector<Reason> reasons = fileReasons(most);
+    for (std::size_t i = kFirstRecipePart; reasons.empty() && i < request_.parts.size(); ++i) {
         if (const auto last = lastPart(i); last && !headersStand(i, *last)) {
-            return shadow_ + " has appeared where headers are looked for";
+            reasons.push_back({shadow_ + " has appeared where headers are looked for", {}});
         }
     }
-    return {};
+    return reasons;
+}
+
+std::string Freshness::reason() {
+    const std::vector<Reason> first = reasons(1);
+    return first.empty() ? std::string() : first.front().text;
 }
 
 }  // namespace Vesk

@@ -17,6 +17,12 @@
 
 namespace Vesk {
 
+/// Why something is out of date.
+struct Reason {
+    std::string text;  ///< `C_FLAGS: "-O0" is now "-O2"`, `src/a.h has changed`
+    std::string file;  ///< absolute, as FileStates takes it, where one is the reason
+};
+
 /// A request held against the record of the last build, if there is one. All that is referred to
 /// outlives it.
 class Freshness {
@@ -49,11 +55,16 @@ class Freshness {
     const std::vector<RecordText::Part>& lastParts() const noexcept { return layout_.parts; }
     const std::vector<RecordFile>& lastFiles() const noexcept { return files_; }
 
-    /// The first thing that differs: `C_FLAGS: "-O0" is now "-O2"`, `src/a.h has changed`. Empty
-    /// when nothing does.
+    /// What differs, at most so many: the first difference in the texts, or the files. Empty when
+    /// nothing does.
+    std::vector<Reason> reasons(std::size_t most);
+
+    /// The first of them, or nothing.
     std::string reason();
 
   private:
+    std::string textReason() const;
+    std::vector<Reason> fileReasons(std::size_t most);
     bool sameText() const;
     bool samePart(std::size_t part) const;
     bool tellsOfFiles() const;

@@ -5,6 +5,7 @@
 
 #include "cache/project_cache.h"
 #include "driver/build_events.h"
+#include "driver/build_reasons.h"
 #include "driver/hidden_values.h"
 #include "project/project_catalog.h"
 #include "tools/toolbox.h"
@@ -18,6 +19,9 @@ struct DriverOptions {
     bool keepGoing = false;    ///< after a failure go on with what does not need the failed target
     HiddenValues hidden = {};  ///< that no record shows; those of ENV come on top
     unsigned maxCommands = 0;  ///< of a target's list, how many run at once; 0: all
+
+    /// Gets the reasons of all that is built; null: nobody wants to know. Needed for a dry run.
+    BuildReasons* reasons = nullptr;
 };
 
 /// All that is referred to outlives the build.

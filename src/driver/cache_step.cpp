@@ -153,9 +153,19 @@ void CacheStep::report() {
         case CacheAnswer::Refused:
             throw VeskException("Unable to obtain cache record for " + displayName_);
     }
+    if (request_.parts.size() == kFirstRecipePart) {
+        giveReasons();  // of no step; but others may be built because of it
+    }
     if (console::enabled(console::level::kDetail)) {
         console::message(console::level::kDetail, console::colour::kTrace, "Out of date: {}.",
                          freshness_->reason());
+    }
+}
+
+void CacheStep::giveReasons() {
+    if (options_.reasons != nullptr && !std::exchange(gaveReasons_, true)) {
+        options_.reasons->add(displayName_, freshness_->reasons(BuildReasons::kMostReasons),
+                              request_);
     }
 }
 
@@ -176,6 +186,7 @@ std::string CacheStep::stamp() const {
 bool CacheStep::stale(std::size_t recipe) {
     const std::size_t part = kFirstRecipePart + recipe;
     if (!freshness_->fresh(part)) {
+        giveReasons();
         cache_.states().look(request_.parts[part].reads);
         noteAbsent(request_.parts[part].writes, MadeFiles::Kind::Output);
         noteAbsent(request_.parts[part].byProducts, MadeFiles::Kind::ByProduct);

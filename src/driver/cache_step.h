@@ -77,6 +77,7 @@ class CacheStep {
     void noteAbsent(const std::vector<std::string>& files, MadeFiles::Kind kind);
     void noteMade();
     void report();
+    void giveReasons();
     void lookAnewAtOutputs();
     void takeOutputDirectory(CacheRequest::Part& part);
 
@@ -88,6 +89,7 @@ class CacheStep {
     ObtainResult obtained_;
     std::optional<Freshness> freshness_;  ///< nothing for a hit
     bool asked_ = false;
+    bool gaveReasons_ = false;
     std::vector<std::string> absent_;  ///< outputs that were not there, of a target without steps
     std::vector<StepOutcome> outcomes_;
     std::vector<double> seconds_;  ///< of what ran; 0: not known

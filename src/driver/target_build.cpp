@@ -124,6 +124,7 @@ TargetResult TargetBuild::buildNow() {
     }
     if (!cache_->mustBuild()) {
         tellEnd(TargetEnd::UpToDate);
+        tellWhatMayFollow();
         return stored();
     }
     const TargetEnd end = runRecipes() ? TargetEnd::Ran : TargetEnd::UpToDate;
@@ -139,6 +140,26 @@ void TargetBuild::tellEnd(TargetEnd end) const {
     if (!set_->recipes.empty()) {
         setting_.events->ended(subject_.displayName, end);
     }
+}
+
+/// In a dry run: that the target is up to date only as long as its dependencies are not built.
+void TargetBuild::tellWhatMayFollow() const {
+    BuildReasons* const reasons = setting_.options.reasons;
+    if (!setting_.options.dryRun || reasons == nullptr) {
+        return;
+    }
+    std::vector<std::string> dependencies;
+    for (const DependencyStamp& dependency : subject_.dependencies) {
+        dependencies.push_back(dependency.name);
+    }
+    const std::string chain = reasons->mayFollow(subject_.displayName, dependencies);
+    if (chain.empty() || set_->recipes.empty()) {
+        return;
+    }
+    if (reasons->shows()) {
+        reasons->showPossible(subject_.displayName, chain);
+    }
+    console::normal("May follow: {}", chain);
 }
 
 /// A target that does nothing itself passes on what its dependencies say, as does one that runs in

@@ -92,6 +92,7 @@ class TargetBuild {
     std::string prefix() const { return "[" + subject_.displayName + "] "; }
 
   private:
+    void tellWhatMayFollow() const;
     bool stampIsItsOwn() const;
     std::string newStamp() const;
     bool runRecipes();

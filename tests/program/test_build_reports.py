@@ -1,4 +1,4 @@
-"""What a build says of itself: how it ended."""
+"""What a build says of itself: why targets are built, and how it ended."""
 
 from harness import ProgramTest
 
@@ -60,3 +60,76 @@ class Summary(ProgramTest):
         self.same(self.build("--summary", "-n", "--rebuild", "other").splitlines()[-1],
                   "1 target to build, 0 up to date, in {*}", "dry run")
         self.assertEqual(self.printed("--summary", "other", "--rebuild"), "other\n")
+
+
+class Why(ProgramTest):
+    remembers = True
+
+    def setUp(self):
+        super().setUp()
+        self.write("a.src", "one")
+        self.unit("""
+            all: app note { NO_TOOL }
+            base: { ^OUT = P"(base.txt)" src = P"(a.src)" cmdline = "child copy ${src} ${OUT}" }
+            lib: base { ^OUT = P"(lib.txt)" from = base.OUT cmdline = "child copy ${from} ${OUT}" }
+            app: lib { ^OUT = P"(app.txt)" from = lib.OUT cmdline = "child copy ${from} ${OUT}" }
+            note: app { cmdline = "child print noted" }
+            after: note { NO_TOOL }
+            last: after { cmdline = "child print last" }
+            """)
+
+    def says(self, *arguments, out):
+        self.check("--why", *arguments, out=out)
+
+    def test_chains(self):
+        never = "because it has not been built before"
+        self.says("last", out=f"""
+            vesk::base {never}
+            vesk::lib {never}
+            vesk::app {never}
+            vesk::note {never}
+            noted
+            vesk::last {never}
+            last
+            """)
+        for jobs, text in (("-j1", "two"), ("-j4", "three")):
+            self.says(jobs, "last", out="Nothing has to be built.\n")
+            self.write("a.src", text)
+            self.says("-n", "last", out="""
+                vesk::base because a.src has changed
+                vesk::lib perhaps, because vesk::base because a.src has changed
+                vesk::app perhaps, because vesk::lib because vesk::base because a.src has changed
+                vesk::note perhaps, because vesk::app because vesk::lib because vesk::base because a.src has changed
+                vesk::last perhaps, because vesk::after because vesk::note because vesk::app because vesk::lib because vesk::base because a.src has changed
+                """)
+            self.says(jobs, "last", out="""
+                vesk::base because a.src has changed
+                vesk::lib because vesk::base because a.src has changed
+                vesk::app because vesk::lib because vesk::base because a.src has changed
+                vesk::note because vesk::app because vesk::lib because vesk::base because a.src has changed
+                noted
+                vesk::last because vesk::after because vesk::note because vesk::app because vesk::lib because vesk::base because a.src has changed
+                last
+                """)
+        self.says("last", "--rebuild", "-n", out="".join(
+            f"vesk::{name} because everything is to be built again\n"
+            for name in ("base", "lib", "app", "note", "last")))
+
+    def test_only_what_runs_is_named(self):
+        """A touched file, and one that is made to the same content, are no reasons."""
+        self.build("app")
+        self.write("a.src", "one")
+        self.says("app", out="Nothing has to be built.\n")
+        (self.dir / "base.txt").write_text("by hand")
+        self.says("app", out="""
+            vesk::base because base.txt has changed
+            """)
+
+    def test_a_dry_run_marks_what_may_follow(self):
+        self.build("app")
+        self.write("a.src", "two")
+        out = self.build("-n", "app")
+        self.assertIn("[vesk::lib] May follow: vesk::base because a.src has changed\n", out)
+        self.assertNotIn("lib.txt", out)
+        self.assertNotIn("May follow", self.build("app"))
+        self.assertNotIn("May follow", self.build("-n", "app"))

@@ -87,11 +87,16 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session)
     BuildSetting collecting = setting;
     BuildSummary summary(settings.dryRun);
     collecting.events = &summary;
+    BuildReasons reasons(settings.why ? BuildReasons::Show::yes : BuildReasons::Show::no);
+    collecting.options.reasons = settings.why || settings.dryRun ? &reasons : nullptr;
     CompileCommands built;
     if (!settings.compileCommands.empty()) {
         collecting.onRecipes = [&](const std::vector<Recipe>& recipes) { built.add(recipes); };
     }
     std::shared_ptr<Context> outputs = buildAndSumUp(collecting, target, settings, summary);
+    if (settings.why && !reasons.any()) {
+        console::writeAnswer("Nothing has to be built.");
+    }
     writeCompileCommands(settings, session, setting, built);
     return outputs;
 }
@@ -136,7 +141,8 @@ Session runBuild(const Settings& settings) {
 int build(const Settings& settings) {
     // A run with more messages than usual is done, not repeated; a dry run writes nothing; another
     // run takes another time.
-    if (console::threshold() < console::level::kNormal || settings.dryRun || settings.summary) {
+    if (console::threshold() < console::level::kNormal || settings.dryRun || settings.summary ||
+        settings.why) {
         runBuild(settings);
         return 0;
     }
