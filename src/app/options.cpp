@@ -44,6 +44,22 @@ void setVerbosity(Settings& settings, const std::string& value) {
     console::setThreshold(settings.verbosity);
 }
 
+void setProgress(Settings& settings, const std::string& value) {
+    if (equalsIgnoringCase(value, "auto")) {
+        settings.progress = ProgressStyle::Auto;
+    } else if (equalsIgnoringCase(value, "line")) {
+        settings.progress = ProgressStyle::Line;
+    } else if (equalsIgnoringCase(value, "plain")) {
+        settings.progress = ProgressStyle::Plain;
+    } else if (equalsIgnoringCase(value, "none")) {
+        settings.progress = ProgressStyle::None;
+    } else {
+        VeskException error("There is no progress '" + value + "'.");
+        error.addNote("write --progress=auto, line, plain or none");
+        throw error;
+    }
+}
+
 void askWhy(Settings& settings, const std::string& /*value*/) {
     settings.why = true;
     setVerbosity(settings, std::to_string(console::level::kWarning));
@@ -187,6 +203,8 @@ constexpr std::array kOptions = {
     Option{kWhatIsShown, "", "compile-commands", ArgumentForm::Attached, "FILE",
            "writes the compilation database of the target and all that it needs",
            take<&Settings::compileCommands>},
+    Option{kWhatIsShown, "", "progress", ArgumentForm::Attached, "STYLE",
+           "how far the build is: auto, line, plain or none", setProgress},
     Option{kWhatIsShown, "", "why", ArgumentForm::None, "",
            "shows only why targets are built, or in a dry run would be", askWhy},
     Option{kWhatIsShown, "", "summary", ArgumentForm::None, "",

@@ -36,6 +36,9 @@ enum class RunMode : std::int32_t {
     Init = 12,
 };
 
+/// How a build shows how far it is.
+enum class ProgressStyle : std::uint8_t { Auto, Line, Plain, None };
+
 /// A variable that the command line gives a plain text.
 struct Definition {
     std::string name;
@@ -80,6 +83,7 @@ struct Settings {
     bool rebuild = false;
     bool dryRun = false;
     bool keepGoing = false;
+    ProgressStyle progress = ProgressStyle::Auto;
     bool why = false;      ///< show the reasons for which targets are built
     bool summary = false;  ///< say in the end what became of the targets, also after a success
     Doubts doubts = Doubts::Warn;

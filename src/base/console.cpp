@@ -49,6 +49,9 @@ struct Shared {
     bool failed = false;  ///< a part of standard output is lost
     bool keeps = false;
     std::size_t lines = 0;  ///< that have been written
+    std::string status;     ///< the last line of the terminal
+    std::size_t statusColumns = 0;
+    bool atLineStart = true;  ///< nobody else can have left a line without its end
     std::string kept;
 
     void keepLocked(char stream, std::string_view text) {
@@ -68,9 +71,20 @@ struct Shared {
     }
 
     void flushLocked() noexcept {
+        eraseStatusLocked();
         if (!buffered.empty()) {
             failed = !platform::writeBytes(platform::Stream::Output, buffered) || failed;
             buffered.clear();
+            atLineStart = true;
+        }
+    }
+
+    /// With blanks: they work on every terminal.
+    void eraseStatusLocked() {
+        if (!status.empty()) {
+            std::string blanks = "\r" + std::string(statusColumns, ' ') + "\r";
+            buffered.insert(0, blanks);
+            status.clear();
         }
     }
 };
@@ -317,6 +331,27 @@ std::string transcriptText(std::string_view transcript) {
 void flush() noexcept {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
+    state.flushLocked();
+    state.atLineStart = false;  // a command may write now
+}
+
+void showStatus(std::string_view text, std::size_t columns, std::string_view sequence) {
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    if (state.status == text && state.buffered.empty() && sequence.empty()) {
+        return;
+    }
+    state.eraseStatusLocked();
+    state.buffered += sequence;
+    if (!text.empty() && (state.atLineStart || state.buffered.ends_with('\n'))) {
+        state.buffered += text;
+        state.failed =
+            !platform::writeBytes(platform::Stream::Output, state.buffered) || state.failed;
+        state.buffered.clear();
+        state.status = text;
+        state.statusColumns = columns;
+        return;
+    }
     state.flushLocked();
 }
 

@@ -111,6 +111,12 @@ std::string transcript();
 /// for bytes that are no transcript.
 bool repeat(std::string_view transcript);
 
+/// The last line of a terminal: a text of so many columns, which stands below all that is written,
+/// in place of the one before; it is erased before anything else is written, and before a child
+/// starts, and comes back with the next call. Empty: there is none. `sequence`: for the terminal,
+/// takes no room. Not shown where a command may have left a line without its end.
+void showStatus(std::string_view text, std::size_t columns, std::string_view sequence);
+
 /// How many lines have been written so far, to both streams; not counting those that commands
 /// write to the streams by themselves.
 std::size_t linesWritten() noexcept;

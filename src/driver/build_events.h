@@ -1,6 +1,8 @@
 // Telling others how a build goes while it goes.
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -28,6 +30,21 @@ class BuildEvents {
 
     /// A target with recipes has come to its end.
     virtual void ended(const std::string& /*target*/, TargetEnd /*end*/) {}
+
+    /// So many steps more are to be expected: what may have to run, and targets still to build.
+    virtual void expected(std::size_t /*steps*/) {}
+
+    /// So many of those are none: up to date, visited, or not to be run any more.
+    virtual void dropped(std::size_t /*steps*/) {}
+
+    /// Of the expected steps, some of a target run now; have come to their end.
+    virtual void stepsBegan(const std::string& /*target*/, std::size_t /*steps*/) {}
+    virtual void stepsEnded(const std::string& /*target*/, std::size_t /*steps*/) {}
+
+    /// The thread is going to wait for steps, at most so long. Returns how long it may.
+    virtual std::chrono::milliseconds beforeWaiting(std::chrono::milliseconds longest) {
+        return longest;
+    }
 };
 
 /// Events that nobody is told of.

@@ -127,8 +127,10 @@ void Driver::visitNextDependency(TargetVisit& visit) {
         const Visited& visited = enter(location, std::move(arguments));
         if (visited.hasFailed()) {
             visit.skipDependency();
+            setting_.events->dropped(1);
             setting_.events->skipped(visit.displayName(), displayName(location));
         } else if (visited.finished) {
+            setting_.events->dropped(1);
             visit.addOutputs(location, visited.result);
         }  // else it is on top of the stack now, and hands its outputs over when it is finished
     } catch (...) {
@@ -138,6 +140,7 @@ void Driver::visitNextDependency(TargetVisit& visit) {
 
 void Driver::finishTop() {
     TargetVisit& visit = *stack_.back();
+    setting_.events->dropped(1);  // what it stood for are its own steps from now on
     if (visit.hasFailedDependency()) {
         throw BuildFailed();
     }
@@ -268,6 +271,7 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
     const PrefixEnd prefixEnd;
     beginBuild();
     const std::string root = visitKey(location, {});
+    setting_.events->expected(1);
     try {
         enter(location, {});
         visitAll();

@@ -186,6 +186,7 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
     };
     node.end = [self = shared_from_this(), batch](NodeEnd end) { return self->ended(*batch, end); };
     recipeNodes_.push_back(shared_.schedule.add(std::move(node)));
+    shared_.setting.events->expected(1);
     if (makesSources) {
         sourceNodes_.push_back(recipeNodes_.back());
     }
@@ -257,6 +258,7 @@ Turn ScheduledBuild::ask(Batch& batch) {
         for (std::size_t i = 0; i < batch.stale.size(); ++i) {
             console::normal("Starting build job");
         }
+        shared_.setting.events->stepsBegan(name_, 1);
         return Turn::Run;
     } catch (...) {
         batch.stage.reset();
@@ -267,11 +269,13 @@ Turn ScheduledBuild::ask(Batch& batch) {
 
 bool ScheduledBuild::ended(Batch& batch, NodeEnd end) {
     if (!batch.stage) {
+        shared_.setting.events->dropped(1);
         return end == NodeEnd::Done;
     }
     const console::PrefixScope scope(build_->prefix());
     const auto stage = std::exchange(batch.stage, nullptr);
     stage->showTranscripts();
+    shared_.setting.events->stepsEnded(name_, 1);
     for (std::size_t i = 0; i < batch.stale.size(); ++i) {
         const Job& job = *stage->jobs()[i];
         if (job.succeeded) {

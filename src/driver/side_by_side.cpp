@@ -17,12 +17,15 @@ constexpr std::size_t kMostUnfinished = 20'000;
 }  // namespace
 
 SideBySide::SideBySide(const BuildSetting& setting)
-    : shared_{
-          setting,
-          Schedule({workerCount(setting.options.jobCount, std::numeric_limits<unsigned>::max(),
-                                std::numeric_limits<unsigned>::max()),
-                    [] { return platform::interruptSignal() == 0; }, [this] { keepProgress(); }}),
-          nullptr, false} {}
+    : shared_{setting,
+              Schedule({workerCount(setting.options.jobCount, std::numeric_limits<unsigned>::max(),
+                                    std::numeric_limits<unsigned>::max()),
+                        [] { return platform::interruptSignal() == 0; }, [this] { keepProgress(); },
+                        std::chrono::milliseconds(30'000),
+                        [this](const std::chrono::milliseconds longest) {
+                            return shared_.setting.events->beforeWaiting(longest);
+                        }}),
+              nullptr, false} {}
 
 bool SideBySide::mayOverlap(const Builder& builder, const TargetContext& context) const {
     switch (builder.overlap(context)) {

@@ -271,7 +271,10 @@ void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers)
     const DriverOptions& options = setting_.options;
     // Commands may do their work on other machines, so this one's processors are no limit.
     const unsigned workers = workerCount(options.jobCount, numbers.size(), numbers.size());
+    setting_.events->expected(numbers.size());
+    setting_.events->stepsBegan(subject_.displayName, numbers.size());
     stage.run({workers, options.maxCommands, options.keepGoing, keepProgress});
+    setting_.events->stepsEnded(subject_.displayName, numbers.size());
     tellCache();
     const bool failed = stage.reportFailures();
     if (failed || platform::interruptSignal() != 0) {

@@ -104,6 +104,7 @@ void TargetVisit::begin() {
         warnOfMistypedNames(*location_.target, input_->context(), choice_);
         input_->evaluateConditions();
         dependencies_ = createDependencyList(input_->context());
+        setting_.events->expected(dependencies_.size());
     } catch (...) {
         rethrowWithNote(note());
     }

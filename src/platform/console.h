@@ -2,6 +2,7 @@
 // is written is what arrives.
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 namespace Vesk::platform {
@@ -15,5 +16,9 @@ void prepareConsole();
 /// Writes all bytes. False when the stream does not take them, as one on a full disk. A pipe whose
 /// reader has gone takes them all: whoever went away wanted no more.
 bool writeBytes(Stream stream, std::string_view bytes) noexcept;
+
+/// How many columns the terminal has that the stream is; nothing for a stream that is none, and on
+/// Windows for a console without escape processing.
+std::optional<unsigned> terminalWidth(Stream stream) noexcept;
 
 }  // namespace Vesk::platform

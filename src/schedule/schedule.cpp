@@ -191,6 +191,9 @@ void Schedule::advance(std::chrono::milliseconds wait) {
     if (idle()) {
         return;
     }
+    if (running_ > 0 && wait.count() > 0 && options_.beforeWaiting) {
+        wait = options_.beforeWaiting(wait);
+    }
     if (running_ > 0) {
         for (const auto& [number, succeeded] : workers_.take(wait)) {
             used_ -= nodes_[number].body.slots;

@@ -65,6 +65,9 @@ class Schedule {
         std::function<bool()> mayStart = {};    ///< false: stops; asked before anything is begun
         std::function<void()> onInterval = {};  ///< called now and then while waiting
         std::chrono::milliseconds interval{30'000};
+
+        /// Called before a wait with its limit; returns the limit that holds. Empty: the same.
+        std::function<std::chrono::milliseconds(std::chrono::milliseconds)> beforeWaiting = {};
     };
 
     explicit Schedule(Options options) : options_(std::move(options)), workers_(options_.limit) {}

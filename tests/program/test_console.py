@@ -1,12 +1,16 @@
 """What is written where, in which order and colour."""
 
+import fcntl
 import os
 import pty
 import re
+import struct
+import termios
 
 from harness import HANGS, ProgramTest, SETTINGS, dedented, posix_only
 from test_toolchains import NATIVE, ToolchainTest
 
+WHOLE = 'SIDE_BY_SIDE="yes"'
 HELLO = """
     hello: { cmdline = "child print hello" }
     bad: hello { cmdline = "child exit 3" x = "${nothing}" }
@@ -133,11 +137,12 @@ class Terminal(ToolchainTest):
             f'{name}: {{ SIDE_BY_SIDE = "yes" cmdline = "sh talk {name}" }}\n' for name in names) +
             'libraries: { OUTPUT_TYPE = "object" C_FILES = ["src/*.c"] C_FLAGS = ["-Wall"] }\n')
 
-    def on_terminal(self, *arguments, stderr=None, env=None):
+    def on_terminal(self, *arguments, stderr=None, env=None, progress="none"):
         """What vesk writes to a terminal."""
         ours, theirs = pty.openpty()
         self.addCleanup(os.close, ours)
-        process = self.start(*arguments, stdout=theirs, stderr=theirs if stderr is None else stderr,
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 60, 0, 0))
+        process = self.start(f"--progress={progress}", *arguments, stdout=theirs, stderr=theirs if stderr is None else stderr,
                              env={"TERM": "xterm", **(env or {})})
         os.close(theirs)
         read = b""
@@ -183,6 +188,60 @@ class Terminal(ToolchainTest):
             self.assertEqual(out.count("\nn3 "), 9)
             own = [line for line in out.splitlines() if line.startswith("[vesk") or " n3 " in line]
             self.assertNotIn("\x1b", "\n".join(own))
+
+
+    def shown(self, text):
+        """What stands on the terminal in the end, where a line is redrawn."""
+        lines = []
+        for line in re.sub(r"\x1b\][^\x1b]*\x1b\\\\", "", text).split("\n"):
+            cells = ""
+            for part in line.split("\r"):
+                cells = part + cells[len(part):]
+            lines.append(cells.rstrip())
+        return "\n".join(lines)
+
+    def test_progress_is_a_line_that_goes_away(self):
+        """Drawn while something takes long, cut to the width, and no byte of the messages is lost."""
+        self.unit("all: a b { NO_TOOL }\n" + "".join(
+            f'{name}: {{ SIDE_BY_SIDE = "yes" cmdline = "echo {name}; sleep 1" }}\n' for name in "ab"))
+        arguments = ("-j2", "all", "--rebuild")
+        drawn = self.on_terminal(*arguments, progress="auto", env={"NO_COLOR": "1"})
+        self.assertRegex(drawn, r"\[0/2\] 0:0\d vesk::a, vesk::b\r +\r")
+        *lines, time = self.shown(drawn).splitlines()
+        self.assertRegex(time, r"^2 steps in 0:\d\d$")
+        plain = self.on_terminal(*arguments, env={"NO_COLOR": "1"})
+        self.assertEqual(sorted(lines), sorted(plain.splitlines()))
+        self.assertNotIn("\r", plain)
+        self.assertNotIn("\x1b", drawn)
+        self.assertNotIn("[0/2]", self.run_vesk(*arguments).out)
+        self.assertNotIn("[0/2]", self.on_terminal(*arguments, "-v", "6", progress="auto"))
+
+    def test_taskbar_where_the_terminal_knows_it(self):
+        self.unit('a: { SIDE_BY_SIDE = "yes" cmdline = "sleep 1" }\nb: a { cmdline = "exit 0" }\n')
+        for env, has in (({}, False), ({"WT_SESSION": "1"}, True), ({"ConEmuANSI": "ON"}, True),
+                         ({"WT_SESSION": "1", "NO_COLOR": "1"}, False)):
+            drawn = self.on_terminal("-j2", "b", "--rebuild", progress="auto", env=env)
+            self.assertEqual(drawn.count("\x1b]9;4;0;0\x1b\\"), int(has), env)
+
+
+class Progress(ProgramTest):
+    def test_numbered_lines(self):
+        self.unit("""
+            all: a b { NO_TOOL }
+            a: { cmdline = "child print a" }
+            b: { cmdline = "child print b" }
+            """)
+        for jobs in ("-j1", "-j3"):
+            out = self.run_vesk("--progress=plain", jobs, WHOLE, "all").out
+            self.assertRegex(out, r"(?m)^\[1/[23]\] 0:\d\d vesk::[ab]$")
+            self.assertRegex(out, r"(?m)^\[2/[23]\] 0:\d\d vesk::[ab]$")
+            self.assertRegex(out, r"\n2 steps in 0:\d\d\n$")
+
+    def test_unknown_style(self):
+        self.check_error("--progress=bar", out="", err="""
+            Error: There is no progress 'bar'.
+              write --progress=auto, line, plain or none
+            """)
 
 
 class ControlCharacters(ProgramTest):

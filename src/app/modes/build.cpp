@@ -5,6 +5,7 @@
 #include "app/compile_commands.h"
 #include "app/modes/modes.h"
 #include "app/output_file.h"
+#include "app/progress.h"
 #include "app/project_root.h"
 #include "app/session.h"
 #include "app/snapshot.h"
@@ -86,7 +87,8 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session)
     const BuildSetting setting = buildSetting(settings, session);
     BuildSetting collecting = setting;
     BuildSummary summary(settings.dryRun);
-    collecting.events = &summary;
+    Progress progress(settings, summary);
+    collecting.events = &progress;
     BuildReasons reasons(settings.why ? BuildReasons::Show::yes : BuildReasons::Show::no);
     collecting.options.reasons = settings.why || settings.dryRun ? &reasons : nullptr;
     CompileCommands built;

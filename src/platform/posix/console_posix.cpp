@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace Vesk::platform {
@@ -37,6 +38,17 @@ bool writeBytes(Stream stream, std::string_view bytes) noexcept {
         }
     }
     return true;
+}
+
+std::optional<unsigned> terminalWidth(Stream stream) noexcept {
+    constexpr unsigned kUsual = 80;
+    const int descriptor = stream == Stream::Output ? STDOUT_FILENO : STDERR_FILENO;
+    if (::isatty(descriptor) == 0) {
+        return std::nullopt;
+    }
+    winsize size{};
+    const bool known = ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
+    return known ? size.ws_col : kUsual;
 }
 
 }  // namespace Vesk::platform

@@ -56,4 +56,16 @@ bool writeBytes(Stream stream, std::string_view bytes) noexcept {
     return true;
 }
 
+std::optional<unsigned> terminalWidth(Stream stream) noexcept {
+    const HANDLE handle = handleOf(stream);
+    DWORD mode = 0;
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (handle == nullptr || handle == INVALID_HANDLE_VALUE || !::GetConsoleMode(handle, &mode) ||
+        (mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) == 0 ||
+        !::GetConsoleScreenBufferInfo(handle, &info)) {
+        return std::nullopt;
+    }
+    return static_cast<unsigned>(info.srWindow.Right - info.srWindow.Left + 1);
+}
+
 }  // namespace Vesk::platform
