@@ -21,10 +21,6 @@ struct PrefixEnd {
     ~PrefixEnd() { console::setPrefix({}); }
 };
 
-std::string displayName(const TargetLocation& location) {
-    return location.unit->name + "::" + location.target->name;
-}
-
 std::string argumentText(const ValuePtr& argument) {
     const auto* context = valueAs<VeskContext>(argument.get());
     if (context != nullptr && !context->owns()) {
@@ -128,7 +124,7 @@ void Driver::visitNextDependency(TargetVisit& visit) {
         if (visited.hasFailed()) {
             visit.skipDependency();
             setting_.events->dropped(1);
-            setting_.events->skipped(visit.displayName(), displayName(location));
+            setting_.events->skipped(visit.displayName(), setting_.catalog.nameOf(location));
         } else if (visited.finished) {
             setting_.events->dropped(1);
             visit.addOutputs(location, visited.result);

@@ -33,7 +33,7 @@ enum class Runs : std::uint8_t {
 
 /// What a visit has found out.
 struct BuildSubject {
-    std::string displayName;  ///< unit::target
+    std::string displayName;  ///< as messages have it
     std::string targetName;
     std::string note;  ///< "in target main::app (/p/vesk.txt:3)"
     std::string toolName;

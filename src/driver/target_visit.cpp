@@ -41,7 +41,7 @@ TargetVisit::TargetVisit(const BuildSetting& setting, TargetLocation location,
       location_(std::move(location)),
       arguments_(std::move(arguments)),
       key_(std::move(key)),
-      displayName_(location_.unit->name + "::" + location_.target->name) {}
+      displayName_(setting.catalog.nameOf(location_)) {}
 
 void TargetVisit::announce() const {
     console::setPrefix("[" + displayName_ + "] ");
@@ -263,7 +263,7 @@ TargetResult TargetVisit::finish(SideBySide* others) {
 
 /// One cache belongs to one project: unit, target, arguments and profile tell its records apart.
 std::string TargetVisit::cacheKey() const {
-    std::string key = displayName_;
+    std::string key = location_.unit->name + "::" + location_.target->name;
     for (const ValuePtr& argument : arguments_) {
         key += "(" + setting_.options.hidden.masked(argument->toDisplayString()) + ")";
     }

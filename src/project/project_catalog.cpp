@@ -1,5 +1,7 @@
 #include "project/project_catalog.h"
 
+#include <algorithm>
+
 #include "base/text.h"
 #include "types/values/errors.h"
 
@@ -82,6 +84,18 @@ TargetLocation ProjectCatalog::locate(const DependencyReference& reference) cons
         throw VeskException("Unit '" + mainUnit->name + "' has no targets.");
     }
     return {&from, mainUnit, mainUnit->targets.front()};
+}
+
+std::string ProjectCatalog::nameOf(const TargetLocation& location) const {
+    std::string name = location.unit->name + "::" + location.target->name;
+    const bool shared = location.project != active_ &&
+                        std::ranges::any_of(projects_, [&location](const Project* other) {
+                            const auto unit = other == location.project
+                                                  ? nullptr
+                                                  : other->findUnit(location.unit->name);
+                            return unit && unit->findTarget(location.target->name);
+                        });
+    return shared ? location.project->name + "/" + name : name;
 }
 
 const ImplicitLayers& ProjectCatalog::implicitLayers(const Project& project) const {

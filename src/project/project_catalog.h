@@ -52,6 +52,10 @@ class ProjectCatalog {
     /// throws VeskException when it has none.
     TargetLocation locate(const DependencyReference& reference) const;
 
+    /// What messages call the target: "unit::target", with "project/" in front for one of an import
+    /// when another project has a target of that name.
+    std::string nameOf(const TargetLocation& location) const;
+
     /// What every target of the project sees first. Throws NotFoundException for a project that is
     /// not the catalog's.
     const ImplicitLayers& implicitLayers(const Project& project) const;

@@ -417,6 +417,7 @@ class Installations(AndroidTest):
         self.registry(self.tools +
                       f'sdk {{ tool_type = "android-sdk" toolchain_path = P"({self.named()})" }}')
         self.same_with_many_jobs(self.build)
+        self.assertEqual(self.run_vesk("-n", "--rebuild", env=self.env).err, "")
         self.assertIn("native-code: 'arm64-v8a' 'x86_64'",
                       self.asked("aapt2", "dump", "badging", "out/hello.apk"))
         self.signer("out/hello.apk")

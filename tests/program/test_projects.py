@@ -372,6 +372,22 @@ class Imports(SeveralProjects):
         self.project("top", "top", " ".join(f'"../p{number}";' for number in range(width)))
         self.check("-u", cwd=self.dir / "top", env=self.env, out="main\n")
 
+    def test_targets_of_one_name(self):
+        self.project("lib", "lib", targets='t: { cmdline = "child exit 1" }\nn(p, q): t { NO_TOOL }')
+        self.project("app", "app", '"../lib" other;',
+                     "t: other/main::t { NO_TOOL }\nu: other/main::n(a, b) { NO_TOOL a = 1 b = 2 }")
+        result = self.run_vesk(cwd=self.dir / "app", env=self.env)
+        self.assertIn("[main::t] Visiting target\n[lib/main::t] Visiting target\n", result.out)
+        self.assertIn("[lib/main::t] Command ended with status 1: child exit 1\n", result.err)
+        self.assertIn("\n[main::t] Visiting target\n",
+                      self.run_vesk(cwd=self.dir / "lib", env=self.env).out)
+        for unit in ("other/main", "lib/1", "LIB/"):
+            self.check("-l", unit, cwd=self.dir / "app", env=self.env, out="t\nn(p, q)  t\n")
+        self.check("-l", "lob/1", status=1, out=None, cwd=self.dir / "app", env=self.env,
+                   err="Error: Project 'lob' not found.\n  did you mean 'lib'?\n")
+        self.check("-l", "lib/man", status=1, out=None, cwd=self.dir / "app", env=self.env,
+                   err="Error: Unit 'man' not found.\n  did you mean 'main'?\n")
+
     def test_lists_load_imports_too(self):
         self.project("lib", "lib", profiles="p { }")
         self.project("loop", "loop", '"../app";')

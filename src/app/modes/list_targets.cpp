@@ -68,21 +68,55 @@ std::string secondColumnOf(const std::shared_ptr<const Target>& target,
     return description.empty() ? dependenciesOf(*target) : description;
 }
 
+/// "name(p, q)" for one that others call with arguments.
+std::string labelOf(const Target& target) {
+    return target.parameters.empty()
+               ? target.name
+               : fmt::format("{}({})", target.name, joined(target.parameters, ", "));
+}
+
 void print(const Unit& unit, const ImplicitLayers& implicit) {
     std::size_t width = 0;
     for (const auto& target : unit.targets) {
-        width = std::max(width, target->name.size());
+        width = std::max(width, labelOf(*target).size());
     }
     for (const auto& target : unit.targets) {
         const std::string column = secondColumnOf(target, implicit);
         if (column.empty()) {
-            console::normal("{}", target->name);
+            console::normal("{}", labelOf(*target));
         } else {
             console::writeColumns(console::level::kNormal, console::colour::kNormal,
-                                  fmt::format("{:{}}  ", target->name, width),
+                                  fmt::format("{:{}}  ", labelOf(*target), width),
                                   {console::colour::kSecondColumn, column});
         }
     }
+}
+
+struct UnitPlace {
+    const Project* project;
+    std::string unit;
+};
+
+/// "unit", or "project/unit" with a project that is loaded, by its name or by the alias that it has
+/// in the one at hand. Without a unit behind the slash it is the main unit.
+UnitPlace placeOf(const std::string& word, const Workspace& workspace) {
+    const std::size_t slash = word.find('/');
+    if (slash == std::string::npos) {
+        return {workspace.project, word};
+    }
+    const std::string name = word.substr(0, slash);
+    std::string unit = word.substr(slash + 1);
+    if (const Project* imported = workspace.project->findImport(name)) {
+        return {imported, std::move(unit)};
+    }
+    std::vector<std::string> names;
+    for (const Project* project : workspace.store->projects()) {
+        if (equalsIgnoringCase(project->name, name)) {
+            return {project, std::move(unit)};
+        }
+        names.push_back(project->name);
+    }
+    throw NotFoundException("Project", name, didYouMean(name, names));
 }
 
 }  // namespace
@@ -91,13 +125,12 @@ int listTargets(const Settings& settings) {
     UserRegistry registry;
     Workspace workspace = loadWorkspaceOrUnit(settings, registry);
     const Request request = readRequest(settings, workspace, registry);
-    const Project& project = *workspace.project;
+    const auto [project, unitName] = placeOf(settings.unitToList, workspace);
     const auto implicit =
-        implicitLayers(project, *builtinVariables(workspace.root.directory), *request.assignments);
-    const auto unit = project.findUnit(settings.unitToList);
+        implicitLayers(*project, *builtinVariables(project->root), *request.assignments);
+    const auto unit = project->findUnit(unitName);
     if (!unit) {
-        throw NotFoundException("Unit", settings.unitToList,
-                                didYouMean(settings.unitToList, project.unitNames()));
+        throw NotFoundException("Unit", unitName, didYouMean(unitName, project->unitNames()));
     }
     print(*unit, implicit);
     return 0;
