@@ -122,7 +122,20 @@ class UnitText {
             if (isTest(programs_[i]) == tests) {
                 addTarget(names[i], {programs_[i]}, library);
             }
+            if (tests && isTest(programs_[i])) {
+                addTest(names[i]);
+            }
         }
+    }
+
+    /// What runs the program. Its path is in quotes of the command interpreter: there may be
+    /// blanks.
+    void addTest(const std::string& program) {
+        text_ += fmt::format("\n// vesk --test runs it\n{}: {} {{\n", takeName("run_" + program),
+                             program);
+        addLine("TEST", "\"yes\"");
+        addLine("cmdline", fmt::format("\"${{ascii[34]}}${{{}.OUTPUT}}${{ascii[34]}}\"", program));
+        text_ += "}\n";
     }
 
     static bool isTest(const FirstSource& program) {
@@ -140,7 +153,11 @@ class UnitText {
         if (path.ends_with("/main")) {
             path.resize(path.rfind('/'));
         }
-        return identifierFrom(path.substr(path.rfind('/') + 1));
+        std::string name = identifierFrom(path.substr(path.rfind('/') + 1));
+        if (isTest(program)) {
+            std::ranges::replace(name, '-', '_');  // it will stand in a text, as a reference
+        }
+        return name;
     }
 
     std::string takeName(const std::string& wanted) {
@@ -166,9 +183,6 @@ class UnitText {
             addLibraries();
         }
         addFlags(sources);
-        if (sources.size() == 1 && isTest(sources.front())) {
-            text_ += "    TEST = \"yes\"  // vesk --test runs it\n";
-        }
         text_ += "}\n";
     }
 

@@ -24,7 +24,7 @@ class TargetVisit {
                 std::vector<ValuePtr> arguments, std::string key);
 
     const TargetLocation& location() const noexcept { return location_; }
-    const std::string& displayName() const noexcept { return displayName_; }  ///< as messages have it
+    const std::string& displayName() const noexcept { return displayName_; }  ///< in messages
     const std::string& key() const noexcept { return key_; }
 
     /// Puts this target's name in front of messages.

@@ -34,6 +34,11 @@ class FirstUnit(ProgramTest):
                 self.build()
                 out = subprocess.run([self.dir / "out" / program], capture_output=True, text=True)
                 self.assertEqual(out.stdout, prints)
+        self.dir = self.base / "with a test"
+        for name in ("test/number-1.c", "app.c"):
+            self.write(name, MAIN)
+        self.build("--init")
+        self.assertIn("1 test: 1 passed", self.build("--test"))
 
     def test_nothing_is_overwritten(self):
         self.unit("mine")
@@ -96,7 +101,10 @@ app_common: {
 }
 a_test: +app_common {
     C_FILES = ["tests/a_test.c"]
+}
+run_a_test: a_test {
     TEST = "yes"
+    cmdline = "${ascii[34]}${a_test.OUTPUT}${ascii[34]}"
 }
 """)
         self.same_unit({"a.cpp": "namespace n { int main() { return 1; } }\n"}, """\
