@@ -38,6 +38,19 @@ double timeoutOf(const Context& context) {
     return std::min(seconds, kLongestTimeout);
 }
 
+/// What compiles or links makes files for others, and is no test itself.
+void requireCommands(const TargetBuild& build, const std::string& name) {
+    for (const Recipe& recipe : build.recipes()) {
+        if (recipe.role != RecipeRole::Any) {
+            VeskException error(fmt::format("'{}' makes a program; TEST runs commands.", name));
+            error.addNote(
+                "leave TEST out there, and let another target run the program: run_it: it { "
+                "cmdline = \"${it.OUTPUT}\" TEST = \"yes\" }");
+            throw error;
+        }
+    }
+}
+
 }  // namespace
 
 /// Its functions are called on the thread that owns the schedule, all but `work`.
@@ -112,6 +125,7 @@ void TestRun::Test::prepare(TargetVisit* visit) {
     }
     const auto make = [&] {
         build_ = visit->prepareBuild(options_.onlyChanged ? Runs::AsNeeded : Runs::Again);
+        requireCommands(*build_, result_.name());
         timeout_ = timeoutOf(*build_->subject().context);
     };
     if (!guarded(make)) {

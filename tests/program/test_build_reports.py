@@ -1,6 +1,6 @@
 """What a build says of itself: why targets are built, and how it ended."""
 
-from harness import ProgramTest
+from harness import ProgramTest, posix_only
 
 WHOLE = 'SIDE_BY_SIDE="yes"'
 
@@ -35,6 +35,7 @@ class Summary(ProgramTest):
         self.assertIn("  failed: vesk::bad\n", self.after_the_error("all", "--summary"))
         self.assertIn("  failed: vesk::bad\n", self.after_the_error("all", "-j2"))
 
+    @posix_only("the commands are a POSIX shell's")
     def test_the_first_error_is_shown_again_when_it_is_far_away(self):
         for lines, again in ((4, False), (40, True)):
             self.write("say", "printf '\\033[1mthe fault\\033[m\\n'; exit 3\n")

@@ -128,7 +128,7 @@ class CleanProgram(GnuTest):
         self.write("src/main.c", "int f(void);\nint main(void) { return f(); }\n")
         self.write("src/f.c", "int f(void) { return 0; }\n")
         self.unit("""
-            app: lib { C_FILES = ["src/main.c"]  LIBS = ["${lib.OUTPUT}"] }
+            app: lib { C_FILES = ["src/main.c"]  LIB_FILES = [lib.OUTPUT] }
             lib: { OUTPUT_TYPE = "static"  C_FILES = ["src/f.c"] }
             """)
         before = self.files()

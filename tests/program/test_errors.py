@@ -133,14 +133,12 @@ class Syntax(ProgramTest):
 
     def test_errors_of_a_project_file_show_their_place(self):
         self.write(".vesk_project.txt", "name p\nprofiles { debug { a = 1; } }")
-        self.check_error(err="""
-            Error: {DIR}/.vesk_project.txt(2,24): ';' extraneous input ';' expecting \
-{LINE_COMMENT, BLOCK_COMMENT, '}', '^', '!', '\\u003F', 'if', IDENTIFIER}
-              {DIR}/.vesk_project.txt:2:25
-              profiles { debug { a = 1; } }
-                                      ^
-              nothing ends a value or a name: leave out the ';'
-            """)
+        self.assertIn("""
+  {DIR}/.vesk_project.txt:2:25
+  profiles { debug { a = 1; } }
+                          ^
+  nothing ends a value or a name: leave out the ';'
+""", self.error())
 
     def test_forms(self):
         for text in ("app { }", "app: ", "unit a unit b", "app: { a = 1 } }", "app: { /* open }",

@@ -258,7 +258,7 @@ class Programs(GnuTest):
         (self.dir / "db").mkdir()
 
         def entries(name):
-            return [f"{Path(entry['file']).name}{' -O2' * ('-O2' in entry['command'])}"
+            return [f"{Path(entry['file'].replace(chr(92), '/')).name}{' -O2' * ('-O2' in entry['command'])}"
                     for entry in json.loads(self.read(name))]
 
         plain, fast = ["lib.c", "app.c", "other.c"], ["lib.c -O2", "app.c -O2", "other.c -O2"]
@@ -531,13 +531,14 @@ class Scores(ToolchainTest):
                                  scores)
 
     def test_by_how_it_was_declared(self):
-        by_hand = 'toolchain_path = P"(/opt/gcc/bin)"'
+        opt = "C:/opt" if SETTINGS.windows else "/opt"
+        by_hand = f'toolchain_path = P"({opt}/gcc/bin)"'
         cross = by_hand + ' toolchain_prefix = "arm-none-eabi-"'
         family = self.gcc("14.0.6", self.native, "family")
         for tool, asked, score in (
             (by_hand, "", 4),
             (by_hand, 'toolchain_version = "14"', 3),  # one whose version is known goes first
-            (by_hand, 'toolchain_path = P"(/opt/./gcc/bin)"', 6),
+            (by_hand, f'toolchain_path = P"({opt}/./gcc/bin)"', 6),
             (cross, "", None), (cross, 'toolchain_target = "arm-none-eabi"', 6),
             (family, "", 2), (family, 'toolchain_name = "GCC"', 5),
         ):
@@ -779,8 +780,7 @@ class Detection(ToolchainTest):
         self.assertIn("/gcc ", self.build())
 
 
-class NamesOfOtherTools(ToolchainTest):
-    @needs("gcc")
+class NamesOfOtherTools(GnuTest):
     def test_they_are_warned_of(self):
         self.write("main.c", "int main(void) { return 0; }\n")
         self.unit("""

@@ -123,6 +123,12 @@ extern "C" void onSignal(int signal) {
     caught = signal;
 }
 
+/// move FROM TO
+int moveFile(const Arguments& arguments) {
+    fs::rename(platform::pathFromUtf8(arguments.at(0)), platform::pathFromUtf8(arguments.at(1)));
+    return 0;
+}
+
 /// linger STARTED [ASKED]: makes the first file and stays until it is told to end; with a second
 /// file, makes that when it is told to, and stays.
 int linger(const Arguments& arguments) {
@@ -179,9 +185,10 @@ using Verb = int (*)(const Arguments&);
 
 const std::map<std::string, Verb>& verbs() {
     static const std::map<std::string, Verb> table = {
-        {"args", args},   {"bytes", bytes},   {"copy", copy},        {"cwd", cwd},
-        {"env", env},     {"exit", exitWith}, {"meet", meet},        {"print", print},
-        {"touch", touch}, {"linger", linger}, {"with_env", withEnv}, {"/D", interpret},
+        {"args", args},    {"bytes", bytes},   {"copy", copy},     {"cwd", cwd},
+        {"env", env},      {"exit", exitWith}, {"meet", meet},     {"print", print},
+        {"touch", touch},  {"linger", linger}, {"move", moveFile}, {"with_env", withEnv},
+        {"/D", interpret},
     };
     return table;
 }
