@@ -1,6 +1,7 @@
 // What the commands of test targets run, so that they say the same on every system.
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <map>
@@ -12,6 +13,7 @@
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/process.h"
+#include "platform/system.h"
 #include "program/children/arguments.h"
 
 namespace Vesk::test {
@@ -129,9 +131,17 @@ int moveFile(const Arguments& arguments) {
     return 0;
 }
 
+/// As Windows ends a program at Ctrl-C; its emulator would let it end as if all were well.
+extern "C" void endByControlC(int /*signal*/) {
+    std::_Exit(static_cast<int>(0xC000013AU));
+}
+
 /// linger STARTED [ASKED]: makes the first file and stays until it is told to end; with a second
 /// file, makes that when it is told to, and stays.
 int linger(const Arguments& arguments) {
+    if (arguments.size() == 1 && platform::kWindows) {
+        std::signal(SIGINT, endByControlC);
+    }
     if (arguments.size() > 1) {
         std::signal(SIGINT, onSignal);
         std::signal(SIGTERM, onSignal);
