@@ -8,6 +8,7 @@
 #include <set>
 #include <system_error>
 
+#include "base/attempt.h"
 #include "base/ci_string.h"
 #include "base/collector.h"
 #include "base/exception.h"
@@ -25,13 +26,13 @@ std::string outputDirectoryOf(const std::string& object) {
     return object.substr(0, end);
 }
 
-/// Empty for a member that is no text.
+/// Empty for a member that is not text.
 std::string textIn(const nlohmann::ordered_json& entry, const char* member) {
     const auto found = entry.find(member);
     return found != entry.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-/// None for a text that is no compilation database.
+/// None for a text that is not a compilation database.
 std::vector<nlohmann::ordered_json> entriesIn(const std::string& text) {
     const auto parsed = nlohmann::ordered_json::parse(text, nullptr, false);
     std::vector<nlohmann::ordered_json> entries;
@@ -40,18 +41,6 @@ std::vector<nlohmann::ordered_json> entriesIn(const std::string& text) {
                              [](const auto& entry) { return entry.is_object(); });
     }
     return entries;
-}
-
-/// False when the target cannot be visited; the driver is of no more use then.
-bool visits(Driver& driver, const TargetLocation& target) {
-    try {
-        driver.build(target);
-        return true;
-    } catch (const VeskException&) {
-        return false;
-    } catch (const std::exception&) {
-        return false;
-    }
 }
 
 }  // namespace
@@ -83,8 +72,9 @@ void CompileCommands::addProject(const BuildSetting& setting, const Project& pro
     auto driver = std::make_unique<Driver>(looking);
     for (const auto& unit : project.units()) {
         for (const auto& target : unit->targets) {
-            if (target->parameters.empty() && !visits(*driver, {&project, unit, target})) {
-                driver = std::make_unique<Driver>(looking);
+            const auto visit = [&] { driver->build({&project, unit, target}); };
+            if (target->parameters.empty() && !succeeds(visit)) {
+                driver = std::make_unique<Driver>(looking);  // the failed one is of no more use
             }
         }
     }

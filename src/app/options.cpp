@@ -34,7 +34,7 @@ void setCommandLineMode(Settings& settings, const std::string& /*value*/) {
 
 void setUnitFile(Settings& settings, const std::string& value) {
     const std::filesystem::path path = platform::pathFromUtf8(value);
-    // An empty path has no absolute form; whoever opens the file says what is wrong with it.
+    // An empty path has no absolute form; the code that opens the file reports it.
     settings.unitFile = path.empty() ? path : std::filesystem::absolute(path).lexically_normal();
     settings.unitFileSource = UnitFileSource::Given;
 }

@@ -47,7 +47,7 @@ class BuildEvents {
     }
 };
 
-/// Events that nobody is told of.
+/// Events that are not reported to anybody.
 BuildEvents& noEvents() noexcept;
 
 }  // namespace Vesk

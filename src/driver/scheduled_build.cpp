@@ -63,7 +63,7 @@ TargetResult ScheduledBuild::begin() {
     return result;
 }
 
-/// What the target makes without a recipe that tells of it.
+/// What the target makes without a recipe that declares it.
 std::vector<std::string> ScheduledBuild::ownFiles() const {
     std::vector<std::string> files;
     if (isList_) {

@@ -64,7 +64,7 @@ class PlaceListener : public antlr4::BaseErrorListener {
 };
 
 /// Collects errors as "source(1,4): 'token' message", and what helps with them. Throws nothing:
-/// whoever started the parser does, with all of them.
+/// the caller of the parser does, with all of them.
 class ThrowingErrorListener : public antlr4::BaseErrorListener {
   public:
     /// The text must outlive the listener.

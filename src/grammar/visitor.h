@@ -38,7 +38,7 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     /// For a file; `name` stands for it in messages.
     VeskVisitorImpl(std::filesystem::path file, std::string name, FileKind kind);
 
-    /// For a text that is no file: relative paths in it are relative to `base`.
+    /// For a text that is not a file: relative paths in it are relative to `base`.
     explicit VeskVisitorImpl(std::filesystem::path base);
 
     // Unit files: Unit, TargetPtr, DependencyRecord, DependencyReference, IdentifierPath,
@@ -110,10 +110,10 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     /// Throws VeskException with notes that show the place.
     [[noreturn]] void fail(const Tree* tree, std::string message) const;
 
-    std::shared_ptr<const std::filesystem::path> file_;  ///< null for a text that is no file
+    std::shared_ptr<const std::filesystem::path> file_;  ///< null for a text that is not a file
     std::filesystem::path baseDirectory_;                ///< of path values
-    std::string name_;                                   ///< empty for a text that is no file
-    std::uint32_t fileNumber_ = 0;  ///< in places; 0 for a text that is no file
+    std::string name_;                                   ///< empty for a text that is not a file
+    std::uint32_t fileNumber_ = 0;  ///< in places; 0 for a text that is not a file
     std::string targetName_;        ///< the target being visited
     std::string key_;               ///< the variable being visited
     FileKind kind_;

@@ -14,7 +14,7 @@ enum class Stream { Output, Error };
 void prepareConsole();
 
 /// Writes all bytes. False when the stream does not take them, as one on a full disk. A pipe whose
-/// reader has gone takes them all: whoever went away wanted no more.
+/// reader has gone takes them all: that reader wanted no more.
 bool writeBytes(Stream stream, std::string_view bytes) noexcept;
 
 /// How many columns the terminal has that the stream is; nothing for a stream that is none, and on
