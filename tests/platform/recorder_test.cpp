@@ -1,10 +1,11 @@
+#include "platform/recorder.h"
+
 #include <functional>
 #include <gtest/gtest.h>
 
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/recorder.h"
 #include "platform/support.h"
 
 namespace Vesk::platform {
