@@ -39,6 +39,7 @@ std::size_t lineCount(std::string_view text) noexcept {
 }
 
 thread_local Collector* collectorOfThread = nullptr;
+thread_local MessageCopy* copyOfThread = nullptr;
 
 /// What is guarded by the mutex: the prefix, the buffered standard output, what is kept of both
 /// streams.
@@ -67,6 +68,17 @@ struct Shared {
         lines += lineCount(text);
         if (buffered.size() >= kFlushAt) {
             flushLocked();
+        }
+    }
+
+    void showLocked(char stream, std::string_view text) {
+        if (stream == kOutput) {
+            writeLocked(text);
+        } else {
+            keepLocked(stream, text);
+            lines += lineCount(text);
+            flushLocked();
+            platform::writeBytes(platform::Stream::Error, text);
         }
     }
 
@@ -165,6 +177,15 @@ void put(int level, Append append) {
     }
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
+    if (copyOfThread != nullptr) {
+        std::string lines;
+        append(lines, state.prefix);
+        const char stream = level < level::kWarning ? kOutput : kError;
+        if (copyOfThread->take(stream, lines)) {
+            state.showLocked(stream, lines);
+        }
+        return;
+    }
     if (level < level::kWarning) {
         const std::size_t start = state.buffered.size();
         append(state.buffered, state.prefix);
@@ -176,12 +197,9 @@ void put(int level, Append append) {
         }
         return;
     }
-    state.flushLocked();
     std::string lines;
     append(lines, state.prefix);
-    state.keepLocked(kError, lines);
-    state.lines += lineCount(lines);
-    platform::writeBytes(platform::Stream::Error, lines);
+    state.showLocked(kError, lines);
 }
 
 }  // namespace
@@ -298,6 +316,18 @@ std::string transcript() {
     return std::exchange(state.kept, {});
 }
 
+MessageCopy::MessageCopy(std::string& copy, Shown shown)
+    : copy_(copy), shown_(shown), outer_(std::exchange(copyOfThread, this)) {}
+
+MessageCopy::~MessageCopy() {
+    copyOfThread = outer_;
+}
+
+bool MessageCopy::take(char stream, std::string_view text) {
+    appendPart(copy_, stream, text);
+    return shown_ == Shown::yes;
+}
+
 bool repeat(std::string_view transcript) {
     std::vector<TranscriptPart> parts;
     while (!transcript.empty()) {
@@ -308,13 +338,7 @@ bool repeat(std::string_view transcript) {
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
     for (const TranscriptPart& part : parts) {
-        state.lines += lineCount(part.text);
-        if (part.stream == kOutput) {
-            state.buffered += part.text;
-        } else {
-            state.flushLocked();
-            platform::writeBytes(platform::Stream::Error, part.text);
-        }
+        state.showLocked(part.stream, part.text);
     }
     return true;
 }

@@ -107,6 +107,26 @@ void startTranscript();
 /// Ends that, and gives what was kept, as bytes for `repeat`.
 std::string transcript();
 
+/// While it lives, the messages that this thread writes itself are also copied to a text, in the
+/// form of a transcript.
+class MessageCopy {
+  public:
+    enum class Shown { yes, no };  ///< `no`: the copy is all that is made
+
+    explicit MessageCopy(std::string& copy, Shown shown = Shown::yes);
+    ~MessageCopy();
+    MessageCopy(const MessageCopy&) = delete;
+    MessageCopy& operator=(const MessageCopy&) = delete;
+
+    /// Takes a part of standard output (`o`) or standard error (`e`). Whether it is to be shown.
+    bool take(char stream, std::string_view text);
+
+  private:
+    std::string& copy_;
+    Shown shown_;
+    MessageCopy* outer_;
+};
+
 /// Writes once more what a transcript holds, each part to its stream. False, with nothing written,
 /// for bytes that are no transcript.
 bool repeat(std::string_view transcript);

@@ -30,13 +30,6 @@ SourceFiles& sourceFiles() {
     return *files;
 }
 
-/// Empty for a number that stands for no file.
-std::string nameOf(std::uint32_t number) {
-    SourceFiles& files = sourceFiles();
-    const std::lock_guard lock(files.mutex);
-    return number == 0 || number > files.names.size() ? std::string() : files.names[number - 1];
-}
-
 bool continuesCodePoint(char c) noexcept {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
 }
@@ -119,8 +112,14 @@ std::string_view textFrom(std::string_view text, std::size_t line, std::size_t c
     return rest && column > 0 ? rest->substr(byteOf(*rest, column)) : std::string_view();
 }
 
+std::string sourceFileName(std::uint32_t number) {
+    SourceFiles& files = sourceFiles();
+    const std::lock_guard lock(files.mutex);
+    return number == 0 || number > files.names.size() ? std::string() : files.names[number - 1];
+}
+
 std::vector<std::string> placeLines(const SourcePlace& place) {
-    const std::string name = nameOf(place.file);
+    const std::string name = sourceFileName(place.file);
     if (name.empty()) {
         return {};
     }

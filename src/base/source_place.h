@@ -20,6 +20,9 @@ struct SourcePlace {
 /// from any thread.
 std::uint32_t sourceFileNumber(const std::string& name);
 
+/// The name that a number stands for; empty for 0.
+std::string sourceFileName(std::uint32_t number);
+
 /// "/a/vesk.txt:2:8", that line of the file, which is read again, and a caret below the column.
 /// Only the first when there is no such line any more; nothing for a place in no file. A long line
 /// is cut to what is around the column.

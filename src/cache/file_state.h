@@ -2,33 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
-#include <initializer_list>
-#include <optional>
 #include <string>
 #include <string_view>
 
+#include "base/content_hash.h"
+
 namespace Vesk {
-
-/// 128 bits of XXH3.
-struct ContentHash {
-    std::uint64_t high = 0;
-    std::uint64_t low = 0;
-
-    bool operator==(const ContentHash&) const = default;
-};
-
-/// Reads the file. Nothing when it cannot be read to its end.
-std::optional<ContentHash> hashFile(const std::filesystem::path& path);
-
-/// Of the pieces as one text.
-ContentHash hashText(std::initializer_list<std::string_view> pieces);
-inline ContentHash hashText(std::string_view text) {
-    return hashText({text});
-}
-
-/// 32 hexadecimal digits.
-std::string digits(const ContentHash& hash);
 
 struct FileState {
     enum class Kind : char {

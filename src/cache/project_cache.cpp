@@ -183,6 +183,60 @@ std::optional<RecordText> ProjectCache::last(const std::string& key) {
     return entry->record;
 }
 
+std::optional<ContentHash> ProjectCache::recordHash(const std::string& key) {
+    Entry* entry = find(key);
+    if (entry == nullptr) {
+        return std::nullopt;
+    }
+    const std::lock_guard lock(entry->mutex);
+    return entry->valid && entry->record ? std::optional(hashWithoutSeal(*entry->record))
+                                         : std::nullopt;
+}
+
+ProjectCache::Standing ProjectCache::filesStand(
+    Entry& entry, const std::function<bool(const std::string&)>& isToBeMade) {
+    using Comparison = FileStates::Comparison;
+    auto files = filesOf(entry.record->layout(kFirstRecipePart).parts);
+    if (!files) {
+        return Standing::no;
+    }
+    bool touched = false;
+    for (const RecordFile& file : *files) {
+        const std::string path = root_.absolute(file.path);
+        const Comparison comparison =
+            isToBeMade(path) ? Comparison::Changed : states_.compare(path, file.state);
+        if (comparison != Comparison::Same && comparison != Comparison::SameContent) {
+            return Standing::no;
+        }
+        touched = touched || comparison == Comparison::SameContent;
+    }
+    if (!touched) {
+        return Standing::yes;
+    }
+    for (RecordFile& file : *files) {
+        file.state = states_.current(root_.absolute(file.path));
+    }
+    entry.record = withFiles(*entry.record, *files);
+    changed_ = true;
+    return Standing::refreshed;
+}
+
+ProjectCache::Standing ProjectCache::standing(
+    const std::string& key, const ContentHash& record,
+    const std::function<bool(const std::string&)>& isToBeMade) {
+    Entry* entry = find(key);
+    if (entry == nullptr) {
+        return Standing::no;
+    }
+    const std::lock_guard lock(entry->mutex);
+    if (!entry->valid || entry->claimed || entry->closed ||
+        hashWithoutSeal(*entry->record) != record) {
+        return Standing::no;
+    }
+    markAsked(*entry);
+    return filesStand(*entry, isToBeMade);
+}
+
 bool ProjectCache::insert(const std::string& key, const RecordText& record) {
     const std::lock_guard lock(mutex_);
     if (closed_ || entries_.contains(key)) {

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -79,6 +80,20 @@ class ProjectCache {
     /// place among the records, as if it had been asked for.
     std::optional<RecordText> last(const std::string& key);
 
+    /// Of the record of a finished build, to be recognised later. Nothing without one.
+    std::optional<ContentHash> recordHash(const std::string& key);
+
+    enum class Standing {
+        no,
+        yes,
+        refreshed,  ///< files were touched; the record, which remembers their new times, is another
+    };
+
+    /// Whether the record is that one, and its files are what it says, for a caller who knows that
+    /// a request would be the same. The answer is no where a file `isToBeMade`.
+    Standing standing(const std::string& key, const ContentHash& record,
+                      const std::function<bool(const std::string&)>& isToBeMade);
+
     /// Stores the record of a finished build and ends the claim. False, with a message, when the
     /// token is not that of the current claim. A key that nobody asked for yet is inserted. Saves
     /// when that was long ago.
@@ -106,9 +121,6 @@ class ProjectCache {
     /// How long a finished build may stay unsaved while the next ones run.
     static constexpr std::chrono::seconds kSaveInterval{30};
 
-    /// How many days a record is kept that nobody asks for: its target may be gone for good.
-    static constexpr DayNumber kDaysKept = 90;
-
   private:
     struct Entry {
         std::string_view key;
@@ -134,6 +146,7 @@ class ProjectCache {
     bool insert(const std::string& key, const RecordText& record);
     void addLoaded(std::string_view key, RecordText record, DayNumber day);
     void markAsked(Entry& entry) noexcept;
+    Standing filesStand(Entry& entry, const std::function<bool(const std::string&)>& isToBeMade);
     ObtainResult check(Entry& entry, const CacheRequest& request);
     void beginClaim(Entry& entry, ObtainResult& result);
     ObtainResult obtainAfterWaiting(Entry& entry, const CacheRequest& request,

@@ -6,7 +6,6 @@
 
 #include "cache/file_state.h"
 #include "cache/record_files.h"
-#include "platform/files.h"
 
 namespace Vesk {
 namespace {
@@ -33,11 +32,6 @@ bool isOurs(const RecordText& record) {
 
 }  // namespace
 
-DayNumber today() noexcept {
-    constexpr std::int64_t kNanosecondsPerDay = std::int64_t{86'400} * 1'000'000'000;
-    return static_cast<DayNumber>(platform::fileClock() / kNanosecondsPerDay);
-}
-
 const std::string& openSeal() {
     static const std::string seal(kSealSize, '0');
     return seal;
@@ -55,6 +49,16 @@ std::optional<DayNumber> checkSeal(std::string_view key, const RecordText& recor
     const bool whole = seal.size() == kSealSize && day != 0 &&
                        seal.substr(kDayDigits + 1) == hashDigits(key, record.text(), hashAt);
     return whole ? std::optional(day) : std::nullopt;
+}
+
+ContentHash hashWithoutSeal(const RecordText& record) {
+    const std::string_view text = record.text();
+    const std::string_view seal = sealOf(record);
+    if (seal.empty()) {
+        return hashText(text);
+    }
+    const auto before = static_cast<std::size_t>(seal.data() - text.data());
+    return hashText({text.substr(0, before), text.substr(before + seal.size())});
 }
 
 void appendSealed(std::string& out, std::string_view key, const RecordText& record, DayNumber day) {

@@ -10,20 +10,20 @@
 #include <string>
 #include <string_view>
 
+#include "base/content_hash.h"
+#include "base/day_number.h"
 #include "cache/cache_record.h"
 
 namespace Vesk {
-
-/// Days since 1970-01-01; 0: not known.
-using DayNumber = std::uint32_t;
-
-DayNumber today() noexcept;
 
 /// The field's text in a record that is not in a file.
 const std::string& openSeal();
 
 /// The day in the record's seal, 0 for a record of others. Nothing for one that is damaged.
 std::optional<DayNumber> checkSeal(std::string_view key, const RecordText& record);
+
+/// Of the record without its seal: the same in memory and in any file.
+ContentHash hashWithoutSeal(const RecordText& record);
 
 /// Appends a record as it stands in the file.
 void appendSealed(std::string& out, std::string_view key, const RecordText& record, DayNumber day);

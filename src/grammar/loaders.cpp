@@ -120,7 +120,9 @@ Model parseCollecting(const std::filesystem::path& path,
     if (tree == nullptr) {
         throwCollected(file, scheme.startRule);
     }
-    return modelOf<Model>((tree->*scheme.top)(), path, scheme.fileKind, scheme.noModel);
+    Model model = modelOf<Model>((tree->*scheme.top)(), path, scheme.fileKind, scheme.noModel);
+    model.hash = hashText(file.text());
+    return model;
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/content_hash.h"
+
 namespace Vesk {
 
 class Context;
@@ -49,6 +51,7 @@ struct ProjectImport {
 
 struct ProjectFile {
     std::filesystem::path path;  ///< weakly canonical
+    ContentHash hash;            ///< of the file's text
     std::string name;            ///< empty without a name line
     std::vector<ProjectImport> imports;
     std::vector<ToolEntry> tools;
@@ -58,6 +61,7 @@ struct ProjectFile {
 
 struct RegistryFile {
     std::filesystem::path path;                                 ///< weakly canonical
+    ContentHash hash;                                           ///< of the file's text
     std::vector<std::pair<std::string, std::string>> projects;  ///< name, path as written
     std::vector<ToolEntry> tools;
 };

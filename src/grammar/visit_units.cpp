@@ -35,8 +35,19 @@ antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
     } catch (...) {
         rethrowWithNote("in target '" + target->name + "'");
     }
+    target->hash = hashOf(tree);
     targetName_.clear();
     return TargetPtr(std::move(target));
+}
+
+/// Of all that a visit of the target can tell from its text: where it stands, and the text itself.
+ContentHash VeskVisitorImpl::hashOf(Tree* tree) const {
+    antlr4::Token* const start = tree->getStart();
+    const std::string text = start->getInputStream()->getText(
+        antlr4::misc::Interval(start->getStartIndex(), tree->getStop()->getStopIndex()));
+    const SourcePlace place = placeOf(tree);
+    return hashText(
+        {name_, "\n", std::to_string(place.line), ":", std::to_string(place.column), "\n", text});
 }
 
 /// Parameters are variables, so their names compare without regard to case.

@@ -96,6 +96,7 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
   private:
     using Tree = antlr4::ParserRuleContext;
 
+    ContentHash hashOf(Tree* tree) const;
     void addParameter(Target& target, Parser::Parameter_nameContext* tree) const;
     void setSourceParameter(DependencyRecord& record,
                             Parser::Dependency_parameterContext* tree) const;

@@ -24,6 +24,7 @@ constexpr char kRegistrySeparator = '\n';
 std::atomic<bool> active{false};
 std::atomic<bool> repeatable{true};
 std::mutex mutex;
+thread_local Questions* scope = nullptr;
 std::string recording;  // of each question its letter, the answer's digest, the subject, a zero
 
 /// Of a directory only which one it is: what is in it is a question of its own, and its times
@@ -58,7 +59,19 @@ std::uint64_t digestOfTimes(const std::optional<FileStatus>& status) noexcept {
 std::uint64_t statusAnswer(const char* path) {
     std::error_code error;
     const auto status = statusAt(path, error);
+    if (isRecording()) {
+        recordStatus(std::string(path), status, error);
+    }
     return digestOfStatus(status, error);
+}
+
+std::uint64_t timesAnswer(const char* path) {
+    std::error_code error;
+    const auto status = statusAt(path, error);
+    if (status && isRecording()) {
+        recordTimes(path, *status);
+    }
+    return digestOfTimes(status);
 }
 
 std::uint64_t registryAnswer(std::string_view subject) {
@@ -78,7 +91,7 @@ std::optional<std::uint64_t> answerTo(Question question, const char* subject) {
         case Question::Status:
             return statusAnswer(subject);
         case Question::Times:
-            return digestOfTimes(statusAt(subject, error));
+            return timesAnswer(subject);
         case Question::Entries:
             return digestOfEntries(listDirectory(pathFromUtf8(subject), error), error);
         case Question::Canonical:
@@ -96,7 +109,7 @@ std::optional<std::uint64_t> answerTo(Question question, const char* subject) {
 }  // namespace
 
 bool isRecording() noexcept {
-    return active.load(std::memory_order_relaxed);
+    return scope != nullptr || active.load(std::memory_order_relaxed);
 }
 
 void record(Question question, std::string_view subject, std::uint64_t answer) {
@@ -109,13 +122,38 @@ void record(Question question, std::string_view subject, std::uint64_t answer) {
     }
     std::array<char, sizeof answer> digest;
     std::memcpy(digest.data(), &answer, sizeof answer);
-    const std::lock_guard lock(mutex);
-    recording += static_cast<char>(question);
-    recording.append(digest.data(), digest.size()).append(subject).append(1, '\0');
+    const auto appendTo = [&](std::string& questions) {
+        questions += static_cast<char>(question);
+        questions.append(digest.data(), digest.size()).append(subject).append(1, '\0');
+    };
+    if (scope != nullptr) {
+        appendTo(scope->recording);
+    }
+    if (active.load(std::memory_order_relaxed)) {
+        const std::lock_guard lock(mutex);
+        appendTo(recording);
+    }
 }
 
 void recordSideEffect() noexcept {
     repeatable = false;
+    if (scope != nullptr) {
+        scope->repeatable = false;
+    }
+}
+
+QuestionScope::QuestionScope(Questions& questions) noexcept
+    : outer_(std::exchange(scope, &questions)) {}
+
+QuestionScope::~QuestionScope() {
+    scope = outer_;
+}
+
+void recordAgain(const Questions& questions) {
+    if (scope != nullptr) {
+        scope->recording += questions.recording;
+        scope->repeatable = scope->repeatable && questions.repeatable;
+    }
 }
 
 void recordStatus(const std::filesystem::path& path, const std::optional<FileStatus>& status,
@@ -178,22 +216,36 @@ std::optional<std::string> takeRecording() {
     return repeatable ? std::optional(std::exchange(recording, {})) : std::nullopt;
 }
 
-bool stillValid(std::string_view recording) {
+namespace {
+
+/// Hands over letter, answer and subject of each question, until `take` says no. False then, and
+/// for bytes that are no recording.
+template <class Take>
+bool eachQuestion(std::string_view questions, Take take) {
     constexpr std::size_t kDigestBytes = sizeof(std::uint64_t);
-    for (std::size_t at = 0; at < recording.size();) {
+    for (std::size_t at = 0; at < questions.size();) {
         const std::size_t subject = at + 1 + kDigestBytes;
-        const std::size_t end = recording.find('\0', subject);
-        if (subject >= recording.size() || end == std::string_view::npos) {
+        const std::size_t end = questions.find('\0', subject);
+        if (subject >= questions.size() || end == std::string_view::npos) {
             return false;
         }
         std::uint64_t answer = 0;
-        std::memcpy(&answer, recording.data() + at + 1, kDigestBytes);
-        if (answerTo(static_cast<Question>(recording[at]), recording.data() + subject) != answer) {
+        std::memcpy(&answer, questions.data() + at + 1, kDigestBytes);
+        if (!take(static_cast<Question>(questions[at]), answer, questions.data() + subject)) {
             return false;
         }
         at = end + 1;
     }
     return true;
+}
+
+}  // namespace
+
+bool stillValid(std::string_view questions) {
+    return eachQuestion(questions,
+                        [](Question question, std::uint64_t answer, const char* subject) {
+                            return answerTo(question, subject) == answer;
+                        });
 }
 
 }  // namespace Vesk::platform

@@ -20,8 +20,31 @@ void startRecording();
 /// moment ago can be written once more and keep its times.
 std::optional<std::string> takeRecording();
 
+/// What was asked in scopes, with the answers.
+struct Questions {
+    std::string recording;   ///< bytes for `stillValid`
+    bool repeatable = true;  ///< as for `takeRecording`; no more questions are of use without it
+};
+
+/// While it lives, what this thread asks is also recorded apart from the rest. One scope may be in
+/// another; the inner one records then.
+class QuestionScope {
+  public:
+    explicit QuestionScope(Questions& questions) noexcept;
+    ~QuestionScope();
+    QuestionScope(const QuestionScope&) = delete;
+    QuestionScope& operator=(const QuestionScope&) = delete;
+
+  private:
+    Questions* outer_;
+};
+
+/// Adds what another scope has recorded to the scope around, if there is one: for an answer that is
+/// remembered. The rest of the run has recorded it before.
+void recordAgain(const Questions& questions);
+
 /// Asks all of it again. False at the first answer that differs, and for bytes that are no such
-/// recording. Not while another recording goes on.
-bool stillValid(std::string_view notes);
+/// recording. What it asks is recorded like any other question.
+bool stillValid(std::string_view recording);
 
 }  // namespace Vesk::platform

@@ -88,6 +88,7 @@ Project& ProjectLoader::readProject(const fs::path& projectFile, const std::stri
 
     auto made = std::make_unique<Project>();
     made->file = file.path;
+    made->hash = file.hash;
     made->root = file.path.parent_path();
     made->name = file.name;
     made->profiles = std::move(file.profiles);

@@ -32,6 +32,7 @@ struct ImportedProject {
 class Project {
   public:
     std::filesystem::path file;                  ///< weakly canonical; empty for a standalone unit
+    ContentHash hash;                            ///< of the file's text
     std::filesystem::path root;                  ///< the directory that relative paths start from
     std::string name;                            ///< a standalone unit's: the unit's name
     std::string profile;                         ///< spelled as it is defined; empty without one

@@ -138,6 +138,7 @@ Registry loadRegistry(const fs::path& file) {
         return registry;
     }
     RegistryFile read = parseRegistryFile(file);
+    registry.hash = read.hash;
     for (const auto& [name, path] : read.projects) {
         if (!registry.projects.emplace(name, platform::pathFromUtf8(path)).second) {
             warnOfSecond("project", name, file);

@@ -20,6 +20,7 @@ class Registry {
     using Tools = std::map<std::string, ToolEntry>;  ///< names that differ in case are two
 
     std::filesystem::path file;  ///< read from and written back to
+    ContentHash hash;            ///< of the text that was read
     Projects projects;           ///< paths as registered: a project's directory or its file
     Tools tools;
 

@@ -140,7 +140,7 @@ TEST_F(DamageTest, RecordsOfTargetsThatAreGoneAreDroppedAfterSomeTime) {
         EXPECT_TRUE(cache.upsert("main::new", recordOf(requestOf(kTool), states, root), 0));
         EXPECT_TRUE(cache.save());
     };
-    rewrite(today() - ProjectCache::kDaysKept, today() - ProjectCache::kDaysKept - 1);
+    rewrite(today() - kDaysKept, today() - kDaysKept - 1);
     saveAfterAsking("main::other");
     EXPECT_EQ(build(), "");
     EXPECT_EQ(hits, 1);

@@ -6,6 +6,7 @@
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/remembered.h"
 #include "platform/support.h"
 
 namespace Vesk::platform {
@@ -105,6 +106,36 @@ TEST(Questions, ARunThatDidSomethingIsNotRepeatable) {
         EXPECT_EQ(notesOf(deed), std::nullopt) << name;
     }
     EXPECT_EQ(notesOf([] {}), "");
+}
+
+TEST(Questions, ScopesTellWhatWasAskedInThem) {
+    const TempDir dir;
+    const fs::path file = dir / "file";
+    Remembered<bool> known;
+    const auto isThere = [&] { return known.get("file", [&] { return isFile(file); }); };
+    Questions outer;
+    Questions inner;
+    Questions again;
+    {
+        const QuestionScope scope(outer);
+        environmentVariable("VESK_TEST_ASKED");
+        const QuestionScope within(inner);
+        EXPECT_FALSE(isThere());
+    }
+    fileStatus(dir.path());
+    {
+        const QuestionScope scope(again);
+        EXPECT_FALSE(isThere());
+    }
+    EXPECT_EQ(again.recording, inner.recording) << "what is remembered was asked as well";
+    test::write(file, "x");
+    EXPECT_TRUE(stillValid(outer.recording));
+    EXPECT_FALSE(stillValid(inner.recording));
+    const QuestionScope scope(outer);
+    std::error_code error;
+    removeFile(file, error);
+    EXPECT_FALSE(outer.repeatable);
+    EXPECT_TRUE(inner.repeatable);
 }
 
 TEST(Questions, WhatIsNoNotesIsNeverTheSame) {

@@ -154,11 +154,7 @@ const SdkPart& AndroidSdk::requirePlatform(std::string_view asked) const {
 }
 
 const AndroidSdk& AndroidSdks::at(const std::string& root) {
-    auto& sdk = known_[root];
-    if (!sdk) {
-        sdk = std::make_unique<AndroidSdk>(root);
-    }
-    return *sdk;
+    return known_.get(root, [&] { return AndroidSdk(root); });
 }
 
 std::string buildToolPath(const SdkPart& tools, std::string_view name) {

@@ -1,11 +1,11 @@
 // An installed Android SDK: the versions of its build tools and platforms.
 #pragma once
 
-#include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/remembered.h"
 
 namespace Vesk {
 
@@ -48,7 +48,7 @@ class AndroidSdks {
     const AndroidSdk& at(const std::string& root);
 
   private:
-    std::map<std::string, std::unique_ptr<AndroidSdk>> known_;
+    platform::Remembered<AndroidSdk> known_;
 };
 
 /// The program of the build tools: "aapt2", on Windows "aapt2.exe".

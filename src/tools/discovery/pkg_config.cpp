@@ -262,16 +262,14 @@ std::vector<std::string> packagesRequired(std::string_view pcFile) {
 }
 
 const std::vector<std::string>& PkgConfig::directoriesOf(const std::string& program) {
-    const auto known = directories_.find(program);
-    if (known != directories_.end()) {
-        return known->second;
-    }
-    std::vector<std::string> directories;
-    for (const char* variable : {"PKG_CONFIG_PATH", "PKG_CONFIG_LIBDIR"}) {
-        addDirectories(directories, platform::environmentVariable(variable).value_or(""));
-    }
-    addDirectories(directories, trimmed(ask(program, "--variable=pc_path pkg-config").text));
-    return directories_.emplace(program, std::move(directories)).first->second;
+    return directories_.get(program, [&] {
+        std::vector<std::string> directories;
+        for (const char* variable : {"PKG_CONFIG_PATH", "PKG_CONFIG_LIBDIR"}) {
+            addDirectories(directories, platform::environmentVariable(variable).value_or(""));
+        }
+        addDirectories(directories, trimmed(ask(program, "--variable=pc_path pkg-config").text));
+        return directories;
+    });
 }
 
 const PackageFlags& PkgConfig::flags(const std::string& program,
@@ -279,23 +277,19 @@ const PackageFlags& PkgConfig::flags(const std::string& program,
     const std::string asked = quoted(packages);
     const char* libraries = kind == LinkKind::Static ? "--static --libs " : "--libs ";
     const std::string key = fmt::format("{}\n{}{}", program, libraries, asked);
-    const auto known = answers_.find(key);
-    if (known != answers_.end()) {
-        return known->second;
-    }
-    for (const char* variable : kVariables) {
-        platform::environmentVariable(variable);
-    }
-    const bool allSeen = PackageFiles(directoriesOf(program)).lookAt(packages);
-    const Dependence dependence = allSeen ? Dependence::Recorded : Dependence::Unknown;
-    const ProgramAnswer compile = ask(program, "--cflags " + asked, dependence);
-    const ProgramAnswer link = ask(program, libraries + asked, dependence);
-    if (compile.status != 0 || link.status != 0) {
-        throwWhatIsMissing(program, packages);
-    }
-    return answers_
-        .emplace(key, PackageFlags{wordsOfAnswer(compile.text), wordsOfAnswer(link.text)})
-        .first->second;
+    return answers_.get(key, [&] {
+        for (const char* variable : kVariables) {
+            platform::environmentVariable(variable);
+        }
+        const bool allSeen = PackageFiles(directoriesOf(program)).lookAt(packages);
+        const Dependence dependence = allSeen ? Dependence::Recorded : Dependence::Unknown;
+        const ProgramAnswer compile = ask(program, "--cflags " + asked, dependence);
+        const ProgramAnswer link = ask(program, libraries + asked, dependence);
+        if (compile.status != 0 || link.status != 0) {
+            throwWhatIsMissing(program, packages);
+        }
+        return PackageFlags{wordsOfAnswer(compile.text), wordsOfAnswer(link.text)};
+    });
 }
 
 }  // namespace Vesk

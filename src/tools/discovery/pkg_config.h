@@ -1,10 +1,11 @@
 // Installed libraries that pkg-config knows: how to compile and link with them.
 #pragma once
 
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/remembered.h"
 
 namespace Vesk {
 
@@ -37,8 +38,8 @@ class PkgConfig {
   private:
     const std::vector<std::string>& directoriesOf(const std::string& program);
 
-    std::map<std::string, std::vector<std::string>> directories_;  ///< by program
-    std::map<std::string, PackageFlags> answers_;                  ///< by all that was asked
+    platform::Remembered<std::vector<std::string>> directories_;  ///< by program
+    platform::Remembered<PackageFlags> answers_;                  ///< by all that was asked
 };
 
 /// The words of pkg-config's answer: as a POSIX shell splits it, without expansions.

@@ -186,22 +186,13 @@ ToolchainPlace ToolchainPrograms::locate(const std::string& path, ToolchainPlace
 const ToolchainPlace& ToolchainPrograms::place(const DeclaredPlace& declared, Context& target) {
     const std::string path = pathFor(declared, target);
     const std::string key = fmt::format("{}\n{}\n{}", path, declared.prefix, declared.suffix);
-    const auto found = places_.find(key);
-    if (found != places_.end()) {
-        return found->second;
-    }
-    ToolchainPlace place = locate(path, {{}, declared.prefix, declared.suffix});
-    return places_.emplace(key, std::move(place)).first->second;
+    return places_.get(key, [&] { return locate(path, {{}, declared.prefix, declared.suffix}); });
 }
 
 std::string ToolchainPrograms::find(const ToolchainPlace& place,
                                     std::initializer_list<std::string_view> names) {
-    const std::string key = programPath(place, *names.begin());
-    const auto found = programs_.find(key);
-    if (found != programs_.end()) {
-        return found->second;
-    }
-    return programs_.emplace(key, findProgram(place, names)).first->second;
+    return programs_.get(programPath(place, *names.begin()),
+                         [&] { return findProgram(place, names); });
 }
 
 std::string ToolchainPrograms::require(const ToolchainPlace& place,
@@ -218,18 +209,17 @@ std::string ToolchainPrograms::require(const ToolchainPlace& place,
 
 const std::string& ToolchainPrograms::requirePkgConfig(const ToolchainPlace& place,
                                                        const std::string& triple) {
-    const auto known = pkgConfigs_.find(triple);
-    if (known != pkgConfigs_.end()) {
-        return known->second;
-    }
-    std::string program = isNativeTriple(triple) ? std::string() : crossPkgConfig(place, triple);
-    if (program.empty()) {
-        program = findFirst(place, {"pkg-config", "pkgconf"});
-    }
-    if (program.empty()) {
-        throwNoPkgConfig();
-    }
-    return pkgConfigs_.emplace(triple, std::move(program)).first->second;
+    return pkgConfigs_.get(triple, [&] {
+        std::string program =
+            isNativeTriple(triple) ? std::string() : crossPkgConfig(place, triple);
+        if (program.empty()) {
+            program = findFirst(place, {"pkg-config", "pkgconf"});
+        }
+        if (program.empty()) {
+            throwNoPkgConfig();
+        }
+        return program;
+    });
 }
 
 }  // namespace Vesk

@@ -3,12 +3,11 @@
 
 #include <filesystem>
 #include <initializer_list>
-#include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/remembered.h"
 #include "tools/discovery/pkg_config.h"
 #include "types/context/context.h"
 
@@ -68,9 +67,9 @@ class ToolchainPrograms {
     ToolchainPlace locate(const std::string& path, ToolchainPlace given) const;
 
     std::string compiler_;
-    std::map<std::string, ToolchainPlace> places_;
-    std::map<std::string, std::string> programs_;
-    std::map<std::string, std::string> pkgConfigs_;  ///< by triple
+    platform::Remembered<ToolchainPlace> places_;
+    platform::Remembered<std::string> programs_;
+    platform::Remembered<std::string> pkgConfigs_;  ///< by triple
     PkgConfig packages_;
 };
 

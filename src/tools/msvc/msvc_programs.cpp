@@ -115,23 +115,22 @@ const MsvcDirectories& MsvcPrograms::directories(const DeclaredPlace& declared, 
     }
     const std::string key = fmt::format("{}\n{}\n{}\n{}\n{}\n{}", path, declared.triple, compiler,
                                         wish.directory, wish.version, forDrivers);
-    if (const auto found = directories_.find(key); found != directories_.end()) {
-        return found->second;
-    }
-    MsvcDirectories directories;
-    directories.architecture = &architectureOf(declared.triple);
-    directories.compiler = compiler.empty() ? "cl" : compiler;
-    directories.clang = directories.compiler.find(kClang) != std::string::npos;
-    directories.bin = findBin(path, directories);
-    const ToolSet set = toolSetAround(directories.bin);
-    directories.toolSet = set.directory;
-    directories.version = set.version;
-    if (!wish.directory.empty()) {
-        wish.directory = normalPath(wish.directory, normalPath(text("PROJECT_ROOT")));
-    }
-    directories.kit = chooseKit(wish, programDirectories());
-    directories.kitBins = binsOf(directories.kit);
-    return directories_.emplace(key, std::move(directories)).first->second;
+    return directories_.get(key, [&] {
+        MsvcDirectories directories;
+        directories.architecture = &architectureOf(declared.triple);
+        directories.compiler = compiler.empty() ? "cl" : compiler;
+        directories.clang = directories.compiler.find(kClang) != std::string::npos;
+        directories.bin = findBin(path, directories);
+        const ToolSet set = toolSetAround(directories.bin);
+        directories.toolSet = set.directory;
+        directories.version = set.version;
+        if (!wish.directory.empty()) {
+            wish.directory = normalPath(wish.directory, normalPath(text("PROJECT_ROOT")));
+        }
+        directories.kit = chooseKit(wish, programDirectories());
+        directories.kitBins = binsOf(directories.kit);
+        return directories;
+    });
 }
 
 std::string MsvcPrograms::require(const MsvcDirectories& directories, MsvcProgram program,
@@ -140,11 +139,8 @@ std::string MsvcPrograms::require(const MsvcDirectories& directories, MsvcProgra
         name.empty() ? namesOf(program, directories) : std::vector<std::string_view>{name};
     const std::string key =
         fmt::format("{}\n{}\n{}", directories.bin, directories.kit.version, fmt::join(names, "\n"));
-    auto found = programs_.find(key);
-    if (found == programs_.end()) {
-        found = programs_.emplace(key, findIn(directories, names)).first;
-    }
-    if (found->second.empty()) {
+    const std::string& found = programs_.get(key, [&] { return findIn(directories, names); });
+    if (found.empty()) {
         throw VeskException(fmt::format(
             "This target needs the program '{}', which is neither in '{}' nor in {}. Install it: "
             "compilers and linkers are a part of Visual Studio, rc, mc and signtool of the Windows "
@@ -153,7 +149,7 @@ std::string MsvcPrograms::require(const MsvcDirectories& directories, MsvcProgra
             directories.kit.directory.empty() ? "a Windows SDK, of which none was found"
                                               : "'" + directories.kit.directory + "/bin'"));
     }
-    return found->second;
+    return found;
 }
 
 }  // namespace Vesk

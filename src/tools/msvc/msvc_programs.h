@@ -2,11 +2,11 @@
 #pragma once
 
 #include <initializer_list>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/remembered.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/windows_kits.h"
 
@@ -52,8 +52,8 @@ class MsvcPrograms {
                         const std::string& name);
 
   private:
-    std::map<std::string, MsvcDirectories> directories_;
-    std::map<std::string, std::string> programs_;
+    platform::Remembered<MsvcDirectories> directories_;
+    platform::Remembered<std::string> programs_;
 };
 
 }  // namespace Vesk

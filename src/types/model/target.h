@@ -3,14 +3,22 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+<<<<<<< HEAD:src/types/model/target.h
 #include "types/context/context.h"
 #include "types/context/context_template.h"
 #include "types/model/dependency.h"
+=======
+#include "base/content_hash.h"
+#include "types/context.h"
+#include "types/context_template.h"
+#include "types/dependency.h"
+>>>>>>> 8e81c37 (Questions of a part of a run are recorded apart, messages copied):src/types/target.h
 
 namespace Vesk {
 
@@ -25,6 +33,9 @@ class Target {
     std::shared_ptr<const Context> context;             ///< the body, merged; see `setBody`
     std::shared_ptr<const std::filesystem::path> file;  ///< where it is written
     std::uint32_t line = 0;
+
+    /// Of its text, its file and its place there; nothing for what stands in no file.
+    std::optional<ContentHash> hash;
 
     /// Takes the body and merges it. Throws what merging throws, with notes.
     void setBody(ContextTemplate written);

@@ -1,0 +1,21 @@
+// Days, for what is kept for some time.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/files.h"
+
+namespace Vesk {
+
+/// Days since 1970-01-01; 0: not known.
+using DayNumber = std::uint32_t;
+
+inline DayNumber today() noexcept {
+    constexpr std::int64_t kNanosecondsPerDay = std::int64_t{86'400} * 1'000'000'000;
+    return static_cast<DayNumber>(platform::fileClock() / kNanosecondsPerDay);
+}
+
+/// How many days something is kept that nobody asks for: its target may be gone for good.
+inline constexpr DayNumber kDaysKept = 90;
+
+}  // namespace Vesk
