@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/builtin_variables.h"
+#include "app/kept_visits.h"
 #include "tools/static/static_tools.h"
 
 namespace Vesk {
@@ -15,7 +16,9 @@ Toolbox makeStaticTools() {
 }
 
 DeclaredTools makeDeclaredTools(const Registry& registry, const ProjectStore& store,
-                                const Context& builtins, const Request& request) {
+                                const Context& builtins, const Request& request,
+                                platform::Questions& asked) {
+    const platform::QuestionScope scope(asked);
     return {registry, store.projects(), [&](const Project& project) {
                 return implicitLayers(project, builtins, *request.assignments);
             }};
@@ -51,13 +54,18 @@ Session openSession(const Settings& settings) {
     Request request = readRequest(settings, workspace, registry);
     const auto builtins = builtinVariables(workspace.root.directory);
     Toolbox staticTools = makeStaticTools();
+    platform::Questions asked;
     DeclaredTools declared =
-        makeDeclaredTools(registry.read(), *workspace.store, *builtins, request);
+        makeDeclaredTools(registry.read(), *workspace.store, *builtins, request, asked);
     ProjectCatalog catalog = makeCatalog(workspace, *builtins, request);
     ProjectCaches caches(catalog.projects(),
                          settings.dryRun ? ProjectCaches::Use::look : ProjectCaches::Use::build);
-    return {std::move(request), std::move(staticTools), std::move(declared), std::move(catalog),
-            std::move(caches)};
+    const auto surroundings =
+        asked.repeatable
+            ? std::optional(surroundingsOfRun(registry.read(), *builtins, request, asked))
+            : std::nullopt;
+    return {std::move(request), std::move(staticTools), std::move(declared),
+            std::move(catalog), std::move(caches),      surroundings};
 }
 
 }  // namespace Vesk

@@ -1,10 +1,13 @@
 // All that a build works with.
 #pragma once
 
+#include <optional>
+
 #include "app/declared_tools.h"
 #include "app/project_caches.h"
 #include "app/request.h"
 #include "app/settings.h"
+#include "base/content_hash.h"
 #include "driver/build_setting.h"
 #include "project/project_catalog.h"
 #include "tools/toolbox.h"
@@ -17,6 +20,7 @@ struct Session {
     DeclaredTools declaredTools;
     ProjectCatalog catalog;
     ProjectCaches caches;
+    std::optional<ContentHash> surroundings;  ///< of its visits; nothing: they cannot be kept
 };
 
 /// Takes all steps of the set-up, from the registry to the caches, which it locks unless the build

@@ -12,6 +12,8 @@
 
 namespace Vesk {
 
+class VisitKeeper;
+
 struct DriverOptions {
     int jobCount = 1;          ///< -j; 0 and 1: one at a time of what can be spread
     bool rebuild = false;      ///< take nothing from the cache
@@ -36,6 +38,7 @@ struct BuildSetting {
     std::function<void(const std::vector<Recipe>&)> onRecipes = {};
 
     BuildEvents* events = &noEvents();
+    VisitKeeper* keeper = nullptr;  ///< null: every visit is made, and none is kept
 };
 
 }  // namespace Vesk

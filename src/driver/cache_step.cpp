@@ -262,7 +262,7 @@ bool CacheStep::makesFiles() const {
                                [](const auto& part) { return !part.writes.empty(); });
 }
 
-void CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp) {
+bool CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp) {
     FileStates& states = cache_.states();
     lookAnewAtOutputs();
     const std::vector<std::string> files = filesToRead(request_, outcomes_);
@@ -275,13 +275,14 @@ void CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp
         console::warning("'{}' has not made its output '{}'.", displayName_, file);
     }
     if (!record || obtained_.answer != CacheAnswer::Claimed) {
-        return;
+        return false;
     }
     noteMade();
     const std::uint64_t token = std::exchange(obtained_.token, 0);
     if (!cache_.upsert(key_, std::move(*record), token)) {
         throw VeskException("Unable to update cache record for " + displayName_);
     }
+    return missing.empty();
 }
 
 void CacheStep::keepProgress() {

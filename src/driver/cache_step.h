@@ -65,8 +65,9 @@ class CacheStep {
     bool makesFiles() const;
 
     /// Records a finished build, when there is a claim, with the outputs that only its completion
-    /// gave. Tells of outputs that are not there. Throws VeskException when the cache refuses.
-    void record(std::vector<Assignment> outputs, const std::string& stamp);
+    /// gave. Tells of outputs that are not there. Whether the record will be a hit as long as
+    /// nothing changes. Throws VeskException when the cache refuses.
+    bool record(std::vector<Assignment> outputs, const std::string& stamp);
 
     /// Keeps what has run so far; in the middle of a build that goes on, or after a failure.
     void keepProgress();

@@ -117,8 +117,7 @@ void Driver::pop() {
 }
 
 void Driver::visitNextDependency(TargetVisit& visit) {
-    const TargetLocation location = visit.locateNext();
-    std::vector<ValuePtr> arguments = visit.argumentsForNext();
+    auto [location, arguments] = visit.next();
     try {
         const Visited& visited = enter(location, std::move(arguments));
         if (visited.hasFailed()) {
@@ -166,11 +165,11 @@ void Driver::failTop() {
 }
 
 void Driver::step(TargetVisit& visit) {
-    if (visit.nextDependency() != nullptr) {
+    if (visit.hasNext()) {
         visitNextDependency(visit);
-    } else {
+    } else if (visit.hasFailedDependency() || visit.isSettled(others_.get())) {
         finishTop();
-    }
+    }  // else it goes through its dependencies once more
 }
 
 template <class Action>
@@ -222,9 +221,7 @@ std::unique_ptr<TargetVisit> Driver::visitOnly(const TargetLocation& location) {
     visited_[key];
     push(location, {}, key);
     guarded([this] { stack_.back()->begin(); });
-    const auto isReady = [this] {
-        return stack_.size() == 1 && stack_.back()->nextDependency() == nullptr;
-    };
+    const auto isReady = [this] { return stack_.size() == 1 && !stack_.back()->hasNext(); };
     while (!stack_.empty() && !isReady()) {
         guarded([this] { step(*stack_.back()); });
     }
@@ -284,7 +281,7 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
     if (visited.hasFailed()) {
         throw BuildFailed();
     }
-    return visited.result.outputs;
+    return visited.result.outputs.context();
 }
 
 }  // namespace Vesk

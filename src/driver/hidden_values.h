@@ -21,9 +21,11 @@ class HiddenValues {
     Assignment masked(const Assignment& assignment) const;
     std::string masked(std::string text) const;
 
+    /// Whether one of the texts stands in this one.
+    bool showIn(std::string_view text) const;
+
   private:
     bool showIn(const VeskValue* value) const;
-    bool showIn(std::string_view text) const;
 
     std::vector<std::string> texts_;
 };

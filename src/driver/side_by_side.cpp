@@ -27,7 +27,7 @@ SideBySide::SideBySide(const BuildSetting& setting)
                         }}),
               nullptr, false} {}
 
-bool SideBySide::mayOverlap(const Builder& builder, const TargetContext& context) const {
+bool SideBySide::mayOverlap(const Builder& builder, const TargetContext& context) {
     switch (builder.overlap(context)) {
         case Overlap::Always:
             return true;
@@ -95,6 +95,12 @@ void SideBySide::waitForStamp(const ScheduledBuild& dependency) {
     }
 }
 
+void SideBySide::waitUnlessOverlapping(bool overlaps) {
+    if (!overlaps && !shared_.schedule.idle()) {
+        waitForAll();
+    }
+}
+
 /// A second visit must not wait for the claim of the first one, which waits for this thread.
 void SideBySide::waitForRecord(const BuildSubject& subject) {
     const auto found = builds_.find({&subject.cache, subject.cacheKey});
@@ -110,9 +116,7 @@ bool SideBySide::waitsForOthers(TargetBuild& build,
     if (std::ranges::any_of(dependencies, [](const auto& each) { return !each->finished(); })) {
         return true;
     }
-    const auto isToBeMade = [this](const std::string& file) {
-        return shared_.schedule.makerOf(file).has_value();
-    };
+    const auto isToBeMade = [this](const std::string& file) { return this->isToBeMade(file); };
     for (const CacheRequest::Part& part : build.cache().request().parts) {
         if (std::ranges::any_of(part.reads, isToBeMade) ||
             std::ranges::any_of(part.writes, isToBeMade)) {

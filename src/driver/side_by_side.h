@@ -22,6 +22,18 @@ class SideBySide {
     void waitForRecipes(const Builder& builder, const TargetContext& context,
                         const ScheduledBuild::Dependencies& dependencies);
 
+    /// Waits until nothing is left to be made, unless the target may be built while others are.
+    /// Throws BuildFailed.
+    void waitUnlessOverlapping(bool overlaps);
+
+    /// Whether the target may be built while others are.
+    static bool mayOverlap(const Builder& builder, const TargetContext& context);
+
+    /// Whether a recipe that has not ended makes the file.
+    bool isToBeMade(const std::string& file) const {
+        return shared_.schedule.makerOf(file).has_value();
+    }
+
     /// Waits until it is known how dependants see that the target was built. Throws BuildFailed,
     /// also when that one has failed.
     void waitForStamp(const ScheduledBuild& dependency);
@@ -42,7 +54,6 @@ class SideBySide {
     void abandon();
 
   private:
-    bool mayOverlap(const Builder& builder, const TargetContext& context) const;
     bool waitsForOthers(TargetBuild& build, const ScheduledBuild::Dependencies& dependencies) const;
     void waitForAll();
     void waitFor(NodeId node);

@@ -6,6 +6,7 @@
 
 #include "base/console.h"
 #include "base/interruption.h"
+#include "cache/record_files.h"
 #include "driver/build_errors.h"
 #include "driver/target_environment.h"
 #include "platform/files.h"
@@ -94,7 +95,7 @@ std::shared_ptr<const Recipe> TargetBuild::recipe(std::size_t number) const {
 
 TargetResult TargetBuild::expected() {
     TargetResult result{knownOutputs(*set_), {}, {}};
-    addOutputsTo(*result.outputs,
+    addOutputsTo(*result.outputs.context(),
                  assignmentsOf(*subject_.builder->expectedCompletion(*subject_.context)));
     if (stampIsKnown()) {
         result.stamp = newStamp();
@@ -104,17 +105,34 @@ TargetResult TargetBuild::expected() {
 
 TargetResult TargetBuild::stored() const {
     TargetResult result{knownOutputs(*set_), cache_->stamp(), {}};
-    addOutputsTo(*result.outputs, cache_->storedOutputs());
+    addOutputsTo(*result.outputs.context(), cache_->storedOutputs());
+    if (subject_.ended) {
+        subject_.ended(*this, result, true);
+    }
     return result;
+}
+
+/// Whether dependants will see the same when it comes from the cache.
+bool TargetBuild::isStoredAs(const TargetResult& result) const {
+    const auto record = subject_.cache.last(subject_.cacheKey);
+    if (!record) {
+        return false;
+    }
+    const VisitOutputs stored(knownOutputs(*set_));
+    addOutputsTo(*stored.context(), outputsOf(*record, subject_.cache.root().directory()));
+    return stored.hash() == result.outputs.hash();
 }
 
 TargetResult TargetBuild::complete() {
     TargetResult result{knownOutputs(*set_), {}, {}};
     std::vector<Assignment> completed =
         assignmentsOf(*subject_.builder->complete(*subject_.context, 0));
-    addOutputsTo(*result.outputs, completed);
+    addOutputsTo(*result.outputs.context(), completed);
     result.stamp = newStamp();
-    cache_->record(std::move(completed), result.stamp);
+    const bool stands = cache_->record(std::move(completed), result.stamp);
+    if (stands && subject_.ended && isStoredAs(result)) {
+        subject_.ended(*this, result, false);
+    }
     return result;
 }
 

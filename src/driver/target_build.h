@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,15 +12,17 @@
 #include "driver/cache_request.h"
 #include "driver/cache_step.h"
 #include "driver/jobs.h"
+#include "driver/visit_outputs.h"
 #include "run/build_env.h"
 
 namespace Vesk {
 
 class ScheduledBuild;
+class TargetBuild;
 
 /// What a visit leaves to the dependants.
 struct TargetResult {
-    std::shared_ptr<Context> outputs;
+    VisitOutputs outputs;
     std::string stamp;                          ///< see DependencyStamp
     std::shared_ptr<ScheduledBuild> scheduled;  ///< which builds the target, or has; null: built
 };
@@ -43,6 +46,11 @@ struct BuildSubject {
     ProjectCache& cache;
     std::string cacheKey;
     Runs runs = Runs::AsNeeded;
+    HiddenValues hidden = {};
+
+    /// Told when the cache has the record of the target, with the complete result and whether it
+    /// is an earlier one; or empty.
+    std::function<void(const TargetBuild&, const TargetResult&, bool hit)> ended = {};
 };
 
 /// Whose environment gets the variables of the target's ENV.
@@ -94,6 +102,7 @@ class TargetBuild {
   private:
     void tellWhatMayFollow() const;
     bool stampIsItsOwn() const;
+    bool isStoredAs(const TargetResult& result) const;
     std::string newStamp() const;
     bool runRecipes();
     void runStage(Stage stage, const std::vector<std::size_t>& numbers);

@@ -8,7 +8,9 @@
 #include "driver/build_errors.h"
 #include "driver/mistyped_names.h"
 #include "driver/target_wishes.h"
+#include "keep/encoding.h"
 #include "types/context/context_value.h"
+#include "types/values/errors.h"
 #include "types/values/identifier_path.h"
 
 namespace Vesk {
@@ -41,7 +43,8 @@ TargetVisit::TargetVisit(const BuildSetting& setting, TargetLocation location,
       location_(std::move(location)),
       arguments_(std::move(arguments)),
       key_(std::move(key)),
-      displayName_(setting.catalog.nameOf(location_)) {}
+      displayName_(setting.catalog.nameOf(location_)),
+      memory_(std::make_shared<VisitMemory>(setting.keeper, location_, displayName_, arguments_)) {}
 
 void TargetVisit::announce() const {
     console::setPrefix("[" + displayName_ + "] ");
@@ -92,6 +95,22 @@ void TargetVisit::begin() {
     stopIfInterrupted();
     announce();
     console::normal("Visiting target");
+    memory_->begin();
+    if (const KeptVisit* kept = memory_->taken()) {
+        setting_.events->expected(kept->dependencies.size());
+    } else {
+        evaluate();
+    }
+}
+
+VisitMemory::Watch TargetVisit::watch(VisitMemory::Part part) {
+    using Shown = console::MessageCopy::Shown;
+    return {*memory_, part, next_ < repeated_ ? Shown::no : Shown::yes};
+}
+
+void TargetVisit::evaluate() {
+    memory_->forgetMade();
+    const auto watched = watch(VisitMemory::Part::first);
     try {
         const auto trial = InputContext::forToolChoice(location_.target, displayName_, layers());
         choice_ = chooseTool(*trial, displayName_, setting_.staticTools,
@@ -110,8 +129,54 @@ void TargetVisit::begin() {
     }
 }
 
-const DependencyRecord* TargetVisit::nextDependency() const {
-    return next_ < dependencies_.size() ? &dependencies_[next_] : nullptr;
+/// What the kept visit has said is said; it goes on where it was, after the outputs up to there
+/// have been put into the context that now is made. `visited`: so many of the dependencies have
+/// been.
+void TargetVisit::evaluateAfterAll(std::size_t visited) {
+    setting_.events->dropped(memory_->taken()->dependencies.size() - visited);
+    memory_->leave();
+    announce();
+    repeated_ = next_ + 1;
+    next_ = 0;
+    stamps_.clear();
+    scheduled_.clear();
+    evaluate();
+    --repeated_;
+}
+
+bool TargetVisit::hasNext() const {
+    const KeptVisit* kept = memory_->taken();
+    return next_ < (kept != nullptr ? kept->dependencies.size() : dependencies_.size());
+}
+
+/// Nothing when the visit does not go as the kept one did.
+std::optional<TargetVisit::Next> TargetVisit::nextAsKept() {
+    const KeptDependency& dependency = memory_->taken()->dependencies[next_];
+    auto arguments = decodedValues(dependency.arguments);
+    if (!arguments) {
+        return std::nullopt;
+    }
+    try {
+        return Next{
+            setting_.catalog.locate(dependency.reference, *location_.project, *location_.unit),
+            std::move(*arguments)};
+    } catch (const NotFoundException&) {
+        return std::nullopt;
+    }
+}
+
+TargetVisit::Next TargetVisit::next() {
+    if (memory_->taken() != nullptr) {
+        if (auto next = nextAsKept()) {
+            return std::move(*next);
+        }
+        evaluateAfterAll(next_);
+    }
+    Next next{locateNext(), {}};
+    const auto watched = watch(VisitMemory::Part::arguments);
+    next.arguments = argumentsForNext();
+    memory_->depends(dependencies_[next_].reference, next.arguments);
+    return next;
 }
 
 TargetLocation TargetVisit::locateNext() const {
@@ -152,13 +217,34 @@ std::vector<ValuePtr> TargetVisit::argumentsForNext() {
     return arguments;
 }
 
+/// Whether the visit still goes as the kept one did.
+bool TargetVisit::takeKeptOutputs(const TargetResult& result) {
+    if (!memory_->sameOutputs(next_, result)) {
+        return false;
+    }
+    console::repeat(memory_->taken()->dependencies[next_++].said);
+    scheduled_.push_back(result.scheduled);
+    return true;
+}
+
 void TargetVisit::addOutputs(const TargetLocation& dependency, const TargetResult& result) {
+    if (memory_->taken() != nullptr) {
+        if (!takeKeptOutputs(result)) {
+            evaluateAfterAll(next_ + 1);
+        }
+        return;
+    }
+    if (memory_->holds() && !memory_->sameOutputs(next_, result)) {
+        memory_->leave();
+    }
+    memory_->gets(result);
+    const auto watched = watch(VisitMemory::Part::outputs);
     const DependencyRecord& record = dependencies_[next_++];
     stamps_.push_back({dependency.unit->name + "::" + dependency.target->name, result.stamp});
     scheduled_.push_back(result.scheduled);
     try {
         outputs_->add({record, dependency.unit->name, dependency.target->name,
-                       dependency.unit == location_.unit, result.outputs});
+                       dependency.unit == location_.unit, result.outputs.context()});
     } catch (...) {
         rethrowWithNote(note());
     }
@@ -180,12 +266,58 @@ bool TargetVisit::hasFailedDependency() const noexcept {
            });
 }
 
+bool TargetVisit::endsAsKept(SideBySide* others) {
+    if (std::ranges::any_of(scheduled_,
+                            [](const auto& build) { return build && !build->finished(); })) {
+        return false;
+    }
+    if (others != nullptr) {
+        others->waitUnlessOverlapping(memory_->overlaps());
+    }
+    return memory_->ends(setting_.cacheOf(*location_.project), [others](const std::string& file) {
+        return others != nullptr && others->isToBeMade(file);
+    });
+}
+
+bool TargetVisit::isSettled(SideBySide* others) {
+    if (!memory_->holds()) {
+        return true;
+    }
+    const bool taken = memory_->taken() != nullptr;
+    if (endsAsKept(others)) {
+        return true;
+    }
+    if (taken) {
+        evaluateAfterAll(next_);
+    }
+    memory_->leave();
+    return !taken;
+}
+
 BuildSubject TargetVisit::subject() const {
-    return {displayName_,    location_.target->name,
-            note(),          choice_.tool->name().str(),
-            choice_.builder, input_->shared(),
-            stamps_,         setting_.cacheOf(*location_.project),
-            cacheKey(),      alwaysRuns() ? Runs::Always : Runs::AsNeeded};
+    const auto ended = [memory = memory_, overlaps = overlaps_](
+                           const TargetBuild& build, const TargetResult& result, bool hit) {
+        memory->made(build, overlaps, result, hit);
+    };
+    return {displayName_,
+            location_.target->name,
+            note(),
+            choice_.tool->name().str(),
+            choice_.builder,
+            input_->shared(),
+            stamps_,
+            setting_.cacheOf(*location_.project),
+            cacheKey(),
+            alwaysRuns() ? Runs::Always : Runs::AsNeeded,
+            setting_.options.hidden,
+            setting_.keeper != nullptr && !alwaysRuns()
+                ? ended
+                : std::function<void(const TargetBuild&, const TargetResult&, bool)>()};
+}
+
+std::unique_ptr<TargetBuild> TargetVisit::targetBuild() {
+    const auto watched = watch(VisitMemory::Part::last);
+    return std::make_unique<TargetBuild>(setting_, subject());
 }
 
 void TargetVisit::waitForStamp(SideBySide& others, const ScheduledBuild& dependency) const {
@@ -211,23 +343,24 @@ void TargetVisit::takeStamps(SideBySide& others) {
 }
 
 TargetResult TargetVisit::build(SideBySide* others) {
+    overlaps_ = SideBySide::mayOverlap(*choice_.builder, input_->context());
     if (others == nullptr) {
-        return TargetBuild(setting_, subject()).buildNow();
+        return targetBuild()->buildNow();
     }
     takeStamps(*others);
     others->waitForRecipes(*choice_.builder, input_->context(), scheduled_);
-    return others->build(std::make_unique<TargetBuild>(setting_, subject()), std::move(scheduled_));
+    return others->build(targetBuild(), std::move(scheduled_));
 }
 
 void TargetVisit::resolve() {
     input_->addWaiting();
     input_->context().resolveVariables();
-    printContext("Input context:", input_->context());
 }
 
 std::unique_ptr<TargetBuild> TargetVisit::prepareBuild(Runs runs) {
     try {
         resolve();
+        printContext("Input context:", input_->context());
         for (std::size_t i = 0; i < scheduled_.size(); ++i) {
             stamps_[i].stamp = scheduled_[i] ? scheduled_[i]->stamp() : stamps_[i].stamp;
         }
@@ -243,9 +376,16 @@ std::unique_ptr<TargetBuild> TargetVisit::prepareBuild(Runs runs) {
 
 TargetResult TargetVisit::finish(SideBySide* others) {
     announce();
+    if (memory_->taken() != nullptr) {
+        return keptResult();
+    }
     TargetResult result;
     try {
-        resolve();
+        {
+            const auto watched = watch(VisitMemory::Part::last);
+            resolve();
+        }
+        printContext("Input context:", input_->context());
         result = build(others);
     } catch (const BuildFailed&) {
         throw;  // the messages before it have said everything
@@ -254,11 +394,21 @@ TargetResult TargetVisit::finish(SideBySide* others) {
     } catch (...) {
         rethrowWithNote(note());
     }
-    printContext("Output context:", *result.outputs);
+    printContext("Output context:", *result.outputs.context());
     if (!result.scheduled) {
         console::normal("Build done");
     }
     return result;
+}
+
+TargetResult TargetVisit::keptResult() {
+    const KeptVisit& kept = *memory_->taken();
+    console::repeat(kept.saidLast);
+    if (kept.hasRecipes) {
+        setting_.events->ended(displayName_, TargetEnd::UpToDate);
+    }
+    console::normal("Build done");
+    return {VisitOutputs::fromKept(kept.outputs), std::string(kept.stamp), nullptr};
 }
 
 /// One cache belongs to one project: unit, target, arguments and profile tell its records apart.

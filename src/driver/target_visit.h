@@ -12,6 +12,7 @@
 #include "driver/side_by_side.h"
 #include "driver/target_build.h"
 #include "driver/tool_choice.h"
+#include "driver/visit_memory.h"
 
 namespace Vesk {
 
@@ -34,12 +35,15 @@ class TargetVisit {
     /// dependencies. Throws with a note that names the target.
     void begin();
 
-    /// The dependency whose turn it is; null after the last one.
-    const DependencyRecord* nextDependency() const;
+    /// Whether there is a dependency whose turn it is.
+    bool hasNext() const;
 
-    /// Where that dependency is, and the values that it gets for its parameters.
-    TargetLocation locateNext() const;
-    std::vector<ValuePtr> argumentsForNext();
+    struct Next {
+        TargetLocation location;
+        std::vector<ValuePtr> arguments;  ///< for its parameters
+    };
+
+    Next next();
 
     /// Takes its outputs and goes on to the one after it.
     void addOutputs(const TargetLocation& dependency, const TargetResult& result);
@@ -51,6 +55,9 @@ class TargetVisit {
     /// Whether the target runs in every build, whatever the cache has. Once the context is
     /// resolved.
     bool alwaysRuns() const;
+    /// After the last dependency: whether it is clear how the visit ends. Otherwise it is no longer
+    /// the one that is kept: it is made, and gets all outputs once more.
+    bool isSettled(SideBySide* others);
 
     /// Resolves the context and builds the target, or what of it the cache does not have; with
     /// `others` it may be built later, while others are.
@@ -72,6 +79,16 @@ class TargetVisit {
     std::vector<Assignment> boundParameters() const;
     void claimVariables();
     void resolve();
+    void evaluate();
+    void evaluateAfterAll(std::size_t visited);
+    TargetLocation locateNext() const;
+    std::vector<ValuePtr> argumentsForNext();
+    std::optional<Next> nextAsKept();
+    bool takeKeptOutputs(const TargetResult& result);
+    bool endsAsKept(SideBySide* others);
+    TargetResult keptResult();
+    VisitMemory::Watch watch(VisitMemory::Part part);
+    std::unique_ptr<TargetBuild> targetBuild();
     BuildSubject subject() const;
     void waitForStamp(SideBySide& others, const ScheduledBuild& dependency) const;
     void takeStamps(SideBySide& others);
@@ -84,13 +101,16 @@ class TargetVisit {
     std::string key_;
     std::string displayName_;
     ToolChoice choice_;
+    std::shared_ptr<VisitMemory> memory_;
     std::optional<InputContext> input_;
     std::optional<DependencyOutputs> outputs_;
     std::vector<DependencyRecord> dependencies_;
     std::vector<DependencyStamp> stamps_;
     ScheduledBuild::Dependencies scheduled_;  ///< for each stamp; null: it was built at once
     std::size_t next_ = 0;
+    std::size_t repeated_ = 0;  ///< of so many dependencies the messages have been written before
     bool failedDependency_ = false;
+    bool overlaps_ = false;
 };
 
 }  // namespace Vesk

@@ -36,6 +36,7 @@ class Settings:
     vesk: Path = None
     children: Path = None
     wine: list = field(default_factory=list)
+    keep: str = None  # VESK_KEEP of every run
 
     @property
     def windows(self):
@@ -192,6 +193,8 @@ class ProgramTest(SameResult, unittest.TestCase):
         else:
             result["PATH"] = ":".join([*map(str, directories), "/usr/bin", "/bin"])
             result["APPDATA"] = str(self.base / "data")
+        if SETTINGS.keep:
+            result["VESK_KEEP"] = SETTINGS.keep
         result.update(env)
         return {key: value for key, value in result.items() if value is not None}
 

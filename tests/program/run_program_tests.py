@@ -2,10 +2,10 @@
 """Tests the finished vesk.
 
     run_program_tests.py --vesk PROGRAM --children DIRECTORY [--wine SCRIPT PREFIX] [--jobs NUMBER]
-                         [PATTERN...]
+                         [--keep check] [PATTERN...]
 
 --children names the directory with the programs that the tests' commands run, as the build made
-them; --wine runs a Windows program with scripts/run-in-wine. A pattern selects the tests that have
+them; --wine runs a Windows program with scripts/run-in-wine; --keep sets VESK_KEEP (see docs/cache.md). A pattern selects the tests that have
 it in their name. The slowest tests are named; the last line reads "N passed, N failed, N skipped".
 """
 
@@ -31,6 +31,7 @@ def parse_arguments():
     parser.add_argument("--wine", nargs=2, metavar=("SCRIPT", "PREFIX"))
     # Tests wait for processes much of the time.
     parser.add_argument("--jobs", type=int, default=2 * os.cpu_count())
+    parser.add_argument("--keep")
     parser.add_argument("patterns", nargs="*")
     return parser.parse_args()
 
@@ -98,6 +99,7 @@ def main():
     SETTINGS.vesk = arguments.vesk.resolve()
     SETTINGS.children = arguments.children.resolve()
     SETTINGS.wine = [str(Path(part).resolve()) for part in arguments.wine or []]
+    SETTINGS.keep = arguments.keep
     # Under nohup or in the background of a script the tested program would inherit that it is deaf.
     signal.signal(signal.SIGHUP, signal.SIG_DFL)
     signal.signal(signal.SIGINT, signal.default_int_handler)

@@ -3,6 +3,7 @@
 
 #include "app/build_summary.h"
 #include "app/compile_commands.h"
+#include "app/kept_visits.h"
 #include "app/modes/modes.h"
 #include "app/output_file.h"
 #include "app/progress.h"
@@ -19,6 +20,8 @@
 
 namespace Vesk::modes {
 namespace {
+
+namespace fs = std::filesystem;
 
 void printImplicitContexts(const ProjectCatalog& catalog) {
     for (const Project* project : catalog.projects()) {
@@ -81,7 +84,8 @@ std::shared_ptr<Context> buildAndSumUp(const BuildSetting& setting, const Target
     }
 }
 
-std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session) {
+std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
+                                     VisitKeeper* keeper) {
     const TargetLocation target =
         session.catalog.locate(session.request.words.target.value_or(DependencyReference{}));
     const BuildSetting setting = buildSetting(settings, session);
@@ -91,6 +95,7 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session)
     collecting.events = &progress;
     BuildReasons reasons(settings.why ? BuildReasons::Show::yes : BuildReasons::Show::no);
     collecting.options.reasons = settings.why || settings.dryRun ? &reasons : nullptr;
+    collecting.keeper = keeper;
     CompileCommands built;
     if (!settings.compileCommands.empty()) {
         collecting.onRecipes = [&](const std::vector<Recipe>& recipes) { built.add(recipes); };
@@ -103,17 +108,21 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session)
     return outputs;
 }
 
-void buildAndWrite(const Settings& settings, Session& session) {
-    const std::shared_ptr<Context> outputs = buildTarget(settings, session);
+void buildAndWrite(const Settings& settings, Session& session, VisitStore& visits) {
+    VisitKeeper keeper(visits, visitKeeping(settings), [&](const Project& project) {
+        return surroundingsIn(project, *session.surroundings);
+    });
+    const std::shared_ptr<Context> outputs =
+        buildTarget(settings, session, session.surroundings ? &keeper : nullptr);
     if (!settings.dryRun) {
         writeOutputFile(settings.mainOutput, *outputs);
     }
 }
 
 /// A variable that is missing may have been text on the command line.
-void buildNaming(const Settings& settings, Session& session) {
+void buildNaming(const Settings& settings, Session& session, VisitStore& visits) {
     try {
-        buildAndWrite(settings, session);
+        buildAndWrite(settings, session, visits);
     } catch (const NotFoundException& error) {
         rethrowWithLostQuotes(session.request.words, error.name());
     } catch (const MissingVariable& error) {
@@ -121,7 +130,7 @@ void buildNaming(const Settings& settings, Session& session) {
     }
 }
 
-Session runBuild(const Settings& settings) {
+Session runBuild(const Settings& settings, VisitStore& visits, const fs::path& directory) {
     Session session = openSession(settings);
     reportUnreadVariables(settings.doubts, session);
     console::normal("Starting build");
@@ -129,9 +138,12 @@ Session runBuild(const Settings& settings) {
         printImplicitContexts(session.catalog);
     }
     try {
-        buildNaming(settings, session);
+        buildNaming(settings, session, visits);
     } catch (...) {
         session.caches.save();  // what was built before the failure is not built again
+        if (!settings.dryRun) {
+            saveVisits(visits, directory);
+        }
         throw;
     }
     session.caches.save();
@@ -141,20 +153,29 @@ Session runBuild(const Settings& settings) {
 }  // namespace
 
 int build(const Settings& settings) {
+    VisitStore visits;
     // A run with more messages than usual is done, not repeated; a dry run writes nothing; another
     // run takes another time.
-    if (console::threshold() < console::level::kNormal || settings.dryRun || settings.summary ||
-        settings.why) {
-        runBuild(settings);
+    if (console::threshold() < console::level::kNormal || settings.dryRun || settings.why) {
+        runBuild(settings, visits, {});
         return 0;
     }
-    Snapshot snapshot(findProjectRoot(settings).directory, settings.arguments);
-    if (snapshot.repeats()) {
+    const fs::path directory = findProjectRoot(settings).directory;
+    if (settings.summary) {
+        loadVisits(visits, directory);
+        const Session session = runBuild(settings, visits, directory);
+        saveVisits(visits, directory);
         return 0;
     }
+    Snapshot snapshot(directory, settings.arguments);
+    if (!visitKeeping(settings).checks && snapshot.repeats()) {
+        return 0;
+    }
+    loadVisits(visits, directory);
     snapshot.begin();
-    const Session session = runBuild(settings);
+    const Session session = runBuild(settings, visits, directory);
     snapshot.keep();  // while the session still locks the caches
+    saveVisits(visits, directory);
     return 0;
 }
 

@@ -9,16 +9,10 @@
 #include <unordered_map>
 #include <vector>
 
-<<<<<<< HEAD:src/types/model/target.h
+#include "base/content_hash.h"
 #include "types/context/context.h"
 #include "types/context/context_template.h"
 #include "types/model/dependency.h"
-=======
-#include "base/content_hash.h"
-#include "types/context.h"
-#include "types/context_template.h"
-#include "types/dependency.h"
->>>>>>> 8e81c37 (Questions of a part of a run are recorded apart, messages copied):src/types/target.h
 
 namespace Vesk {
 
