@@ -1,4 +1,4 @@
-"""Synthetic source trees, each with the build files of vesk and of ninja for the same work.
+"""Synthetic source trees, each with the build files of vesk, ninja or make for the same work.
 
 A tree knows which file to change and how to see that the change arrived: its program prints a sum
 of macros, its copies are compared. So a tool that skips too much is caught, not praised.
@@ -30,6 +30,16 @@ rule link
   rspfile_content = $in
 rule copy
   command = cp $in $out
+"""
+
+MAKE_RULES = f"""\
+cflags = {C_FLAGS} -Iinclude
+.SUFFIXES:
+all:
+obj/%.o: %.c
+\tgcc $(cflags) -MMD -c $< -o $@
+lib/%.a:
+\trm -f $@ && ar rcs $@ $(filter %.o,$^)
 """
 
 
@@ -88,6 +98,20 @@ def ninja_objects(sources):
     return objects, "".join(f"build {o}: cc {s}\n" for o, s in zip(objects, sources))
 
 
+def make_objects(sources):
+    """The objects of some sources, and the lines that bring their directories and headers in."""
+    objects = [f"obj/{source[:-2]}.o" for source in sources]
+    directory = os.path.dirname(objects[0])
+    return objects, (f"{' '.join(objects)}: | {directory}\n{directory}:\n\tmkdir -p $@\n"
+                     f"-include {' '.join(name[:-2] + '.d' for name in objects)}\n")
+
+
+def make_program(program, objects, archives=()):
+    """The lines that link a program; the list of objects is too long for a command."""
+    return (f"all: {program}\n{program}: {' '.join([*objects, *archives])} | bin\n"
+            f"\t$(file >$@.rsp,$^)gcc @$@.rsp -o $@\nbin lib:\n\tmkdir -p $@\n")
+
+
 def quoted(names):
     return ", ".join(f'"{name}"' for name in names)
 
@@ -108,6 +132,10 @@ def wide(root, tool, files, headers):
         write(root, "vesk.txt", f'wide: {{\n  C_FLAGS = "{C_FLAGS}"\n  INCLUDE_DIRS = ["include"]\n'
                                 f"  C_FILES = [{quoted(sources)}]\n}}\n")
         program = "out/wide"
+    elif tool == "make":
+        objects, statements = make_objects(sources)
+        write(root, "Makefile", MAKE_RULES + statements + make_program("bin/wide", objects))
+        program = "bin/wide"
     else:
         objects, statements = ninja_objects(sources)
         write(root, "build.ninja", f"{NINJA_RULES}{statements}"
@@ -121,7 +149,7 @@ def layers(root, tool, libraries):
     chooser = random.Random(1)
     depth = max(1, -(-libraries // LAYERS))
     functions, built = [], []
-    vesk, ninja = "", NINJA_RULES
+    vesk, ninja, make = "", NINJA_RULES, MAKE_RULES
     for i in range(libraries):
         name = f"lib{i}"
         start = i // depth * depth
@@ -137,6 +165,7 @@ def layers(root, tool, libraries):
                  f"  C_FILES = [{quoted(sources)}]\n}}\n")
         objects, statements = ninja_objects(sources)
         ninja += f"{statements}build lib/{name}.a: ar {' '.join(objects)}\n"
+        make += f"{make_objects(sources)[1]}lib/{name}.a: {' '.join(objects)} | lib\n"
         functions += own
         built.append(name)
     write_main(root, "src/main.c", functions)
@@ -144,6 +173,10 @@ def layers(root, tool, libraries):
         needs = " ".join("+" + name for name in built)
         write(root, "vesk.txt", f'program: {needs} {{\n  C_FILES = ["src/main.c"]\n'
                                 f'  C_FLAGS = "{C_FLAGS}"\n}}\n{vesk}')
+    elif tool == "make":
+        archives = [f"lib/{name}.a" for name in reversed(built)]
+        objects, statements = make_objects(["src/main.c"])
+        write(root, "Makefile", make + statements + make_program("bin/program", objects, archives))
     else:
         archives = " ".join(f"lib/{name}.a" for name in reversed(built))
         write(root, "build.ninja", f"{ninja}build obj/main.o: cc src/main.c\n"
@@ -152,17 +185,25 @@ def layers(root, tool, libraries):
     return Tree(root, "src/lib0/lib0_f0.c", "include/lib0.h", program)
 
 
-def null(root, tool, copies):
+def copies(root, tool, number):
+    """As `null`, and vesk may run the copies side by side."""
+    return null(root, tool, number, 'SIDE_BY_SIDE = "yes" ')
+
+
+def null(root, tool, copies, setting=""):
     """Independent copies of small files: what a tool does for a target but its command."""
     names = [f"t{i}" for i in range(copies)]
     for name in names:
         write(root, f"in/{name}.txt", "EDIT 0\n")
     (root / "out").mkdir()
     if tool == "vesk":
-        targets = "".join(f'{n}: {{ cmdline = "cp in/{n}.txt out/{n}.txt" '
+        targets = "".join(f'{n}: {{ {setting}cmdline = "cp in/{n}.txt out/{n}.txt" '
                           f"source = P\"(in/{n}.txt)\" ^made = P\"(out/{n}.txt)\" }}\n"
                           for n in names)
         write(root, "vesk.txt", f"all: {' '.join(names)} {{ NO_TOOL }}\n{targets}")
+    elif tool == "make":
+        write(root, "Makefile", f"all: {' '.join(f'out/{n}.txt' for n in names)}\n"
+              "out/%.txt: in/%.txt\n\tcp $< $@\n")
     else:
         write(root, "build.ninja", NINJA_RULES +
               "".join(f"build out/{n}.txt: copy in/{n}.txt\n" for n in names))

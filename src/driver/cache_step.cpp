@@ -196,14 +196,13 @@ bool CacheStep::stale(std::size_t recipe) {
     return false;
 }
 
-double CacheStep::secondsOf(const std::vector<std::size_t>& recipes) const {
-    constexpr double kGuess = 1.0;
+double CacheStep::secondsOf(const std::vector<std::size_t>& recipes, double guess) const {
     double longest = 0;
     for (const std::size_t recipe : recipes) {
         const auto last =
             freshness_ ? freshness_->lastPart(kFirstRecipePart + recipe) : std::nullopt;
         const double seconds = last ? secondsIn(freshness_->lastParts()[*last]) : 0;
-        longest = std::max(longest, seconds == 0 ? kGuess : seconds);
+        longest = std::max(longest, seconds == 0 ? guess : seconds);
     }
     return longest;
 }

@@ -58,8 +58,8 @@ class CacheStep {
     /// are.
     void ran(std::size_t recipe, double seconds = 0);
 
-    /// How long recipes that run together took in earlier builds; a guess where that is not known.
-    double secondsOf(const std::vector<std::size_t>& recipes) const;
+    /// How long recipes that run together took in earlier builds; `guess` where that is not known.
+    double secondsOf(const std::vector<std::size_t>& recipes, double guess) const;
 
     /// Whether the target makes files that tell whether it was built.
     bool makesFiles() const;

@@ -145,6 +145,16 @@ const std::vector<std::string>& ScheduledBuild::filesToBeMade() {
     return *filesToBeMade_;
 }
 
+/// In a first build no step's time is known. Archiving and linking take a fraction of a compiler's
+/// time; if all counted alike, the program's own sources would be compiled after the last library
+/// has been put together, and the link would wait for them alone.
+double ScheduledBuild::guessFor(const std::vector<std::size_t>& batch) const {
+    const auto links = [this](std::size_t i) {
+        return build_->recipes()[i].role == RecipeRole::Link;
+    };
+    return std::ranges::all_of(batch, links) ? 0.05 : 1.0;
+}
+
 void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<NodeId> after) {
     CacheStep& cache = build_->cache();
     auto batch = std::make_shared<Batch>();
@@ -177,7 +187,7 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
     node.after = std::move(after);
     node.reads.assign(reads.begin(), reads.end());
     node.slots = most == 0 ? size : std::min(size, most);
-    node.seconds = cache.secondsOf(batch->recipes);
+    node.seconds = cache.secondsOf(batch->recipes, guessFor(batch->recipes));
     node.ask = [self = shared_from_this(), batch] { return self->ask(*batch); };
     node.work = [batch, prefix = build_->prefix(), most] {
         batch->stage->runCollected(prefix, most);

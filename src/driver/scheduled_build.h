@@ -66,6 +66,7 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
     std::vector<NodeId> unfinishedDependencies() const;
     void waitForSources(std::vector<NodeId>& after);
     const std::vector<std::string>& filesToBeMade();
+    double guessFor(const std::vector<std::size_t>& batch) const;
 
     Turn ask(Batch& batch);
     bool ended(Batch& batch, NodeEnd end);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <chrono>
+#include <compare>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -129,11 +130,18 @@ class Schedule {
         }
     };
 
-    /// The priority, and the number's complement: of equal ones the earliest comes first.
-    using Entry = std::pair<double, NodeId>;
+    /// What waits for a place; the largest comes first.
+    struct Ready {
+        bool isShort;
+        double priority;
+        NodeId complement;  ///< of its number: of equal ones the earliest comes first
+
+        auto operator<=>(const Ready&) const = default;
+    };
 
     void advance(std::chrono::milliseconds wait);
     void follow(std::vector<NodeId>& after, NodeId node) const;
+    Ready readyEntry(NodeId number) const;
     void makeReady(NodeId number);
     void beginReady();
     void begin(NodeId number);
@@ -144,7 +152,7 @@ class Schedule {
     Options options_;
     std::deque<Node> nodes_;
     std::unordered_map<std::string, Maker, FileHash, std::equal_to<>> makers_;
-    std::priority_queue<Entry> ready_;
+    std::priority_queue<Ready> ready_;
     std::vector<NodeId> immediate_;  ///< can end without being run
     std::size_t unfinished_ = 0;
     std::size_t firstUnfinished_ = 0;

@@ -155,7 +155,7 @@ ScheduleNode TestRun::Test::node() {
     node.slots =
         options_.maxCommands == 0 ? node.slots : std::min(node.slots, options_.maxCommands);
     // One after another they run in their order, else the longest first.
-    node.seconds = options_.jobs == 1 ? 1 : cache.secondsOf(all);
+    node.seconds = options_.jobs == 1 ? 1 : cache.secondsOf(all, 1.0);
     node.ask = [this] { return ask(); };
     node.work = [this] { return work(); };
     node.end = [this](NodeEnd end) { return endRun(end); };
