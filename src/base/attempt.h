@@ -10,8 +10,8 @@
 
 namespace Vesk {
 
-/// Whether the work succeeds. An error of either family makes it false, and is not looked at;
-/// everything else passes, such as Interrupted.
+/// Whether the work succeeds. An error of either family means false and is not examined; anything
+/// else passes through, such as Interrupted.
 template <class Work>
 bool succeeds(Work&& work) {
     try {
@@ -24,7 +24,7 @@ bool succeeds(Work&& work) {
     }
 }
 
-/// The same, saying why not: the report of the error, or nothing.
+/// The same, with the reason: the report of the error, or nothing on success.
 template <class Work>
 std::optional<std::string> failureOf(Work&& work) {
     try {

@@ -1,4 +1,4 @@
-// Names without regard to ASCII case.
+// Names that compare without regard to ASCII case.
 #pragma once
 
 #include <compare>
@@ -15,13 +15,13 @@ constexpr char asciiLower(char c) noexcept {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// Below, at or above zero, like strcmp; only ASCII letters fold.
+/// Below, at or above zero, like strcmp; only ASCII letters are folded.
 int compareIgnoringCase(std::string_view a, std::string_view b) noexcept;
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) noexcept;
 
-/// A string that compares, orders and hashes without regard to ASCII case and keeps the spelling
-/// it was made from.
+/// A string that compares, orders and hashes without regard to ASCII case but keeps its original
+/// spelling.
 class CiString {
   public:
     CiString() = default;
@@ -44,7 +44,7 @@ class CiString {
     std::string text_;
 };
 
-/// Orders CiStrings; lets a map be searched with a string_view, without making a CiString.
+/// Orders CiStrings, and lets a map be searched with a string_view without making a CiString.
 struct CiLess {
     using is_transparent = void;
     bool operator()(std::string_view a, std::string_view b) const noexcept {

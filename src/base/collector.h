@@ -1,4 +1,4 @@
-// What a thread writes, collected to be shown in one piece; and whose name stands before messages.
+// Collecting what a thread writes, to show it in one piece; and the prefix of messages.
 #pragma once
 
 #include <string>
@@ -9,10 +9,10 @@
 
 namespace Vesk::console {
 
-/// Sets the text that stands before every message, and returns the one before.
+/// Sets the text that stands before every message, and returns the previous one.
 std::string exchangePrefix(std::string prefix);
 
-/// Another prefix for as long as it lives.
+/// Sets another prefix for its own lifetime.
 class PrefixScope {
   public:
     explicit PrefixScope(std::string prefix) : before_(exchangePrefix(std::move(prefix))) {}
@@ -24,8 +24,8 @@ class PrefixScope {
     std::string before_;
 };
 
-/// While it lives, what its thread writes is collected instead of shown, so that it can be shown in
-/// one piece later, on another thread. Does not nest.
+/// During its lifetime, what its thread writes is collected instead of shown, so that another
+/// thread can show it in one piece later. Does not nest.
 class Collector {
   public:
     explicit Collector(std::string prefix);
@@ -33,12 +33,12 @@ class Collector {
     Collector(const Collector&) = delete;
     Collector& operator=(const Collector&) = delete;
 
-    /// What has been written so far, as bytes for `repeat`.
+    /// What has been written so far, in the form that `repeat` takes.
     std::string take();
 
     const std::string& prefix() const noexcept { return prefix_; }
 
-    /// Lines of ours, and bytes of a command's. A message begins a new line.
+    /// Lines of vesk's own, and the output of a command. A message starts on a new line.
     void addMessage(platform::Stream stream, std::string_view lines);
     void addOutput(platform::Stream stream, std::string_view bytes);
 
@@ -47,16 +47,16 @@ class Collector {
 
     std::string prefix_;
     std::string collected_;
-    char openStream_ = 0;  ///< where the output of a command has not ended its last line
+    char openStream_ = 0;  ///< the stream in which a command's last line is still unfinished
 };
 
-/// The bytes of a transcript, whatever stream they were for.
+/// The bytes of a transcript, regardless of their stream.
 std::string transcriptText(std::string_view transcript);
 
 /// Whether this thread's messages are collected.
 bool collects() noexcept;
 
-/// Adds bytes that a command wrote to what is collected; a message after them begins a new line.
+/// Adds a command's output to what is collected. A message after it starts on a new line.
 void writeOutput(platform::Stream stream, std::string_view bytes);
 
 }  // namespace Vesk::console

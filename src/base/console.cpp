@@ -16,7 +16,7 @@
 namespace Vesk::console {
 namespace {
 
-/// Output is handed to the system at this size even when nothing asks for it.
+/// Output is written when it reaches this size, even if nothing asks for it.
 constexpr std::size_t kFlushAt = std::size_t{32} * 1024;
 
 std::atomic<int> currentThreshold{kDefaultThreshold};
@@ -41,18 +41,18 @@ std::size_t lineCount(std::string_view text) noexcept {
 thread_local Collector* collectorOfThread = nullptr;
 thread_local MessageCopy* copyOfThread = nullptr;
 
-/// What is guarded by the mutex: the prefix, the buffered standard output, what is kept of both
-/// streams.
+/// The state that the mutex guards: the prefix, the buffered standard output, the recorded parts of
+/// both streams.
 struct Shared {
     std::mutex mutex;
     std::string prefix;
     std::string buffered;
-    bool failed = false;  ///< a part of standard output is lost
+    bool failed = false;  ///< part of standard output is lost
     bool keeps = false;
-    std::size_t lines = 0;  ///< that have been written
+    std::size_t lines = 0;  ///< written so far
     std::string status;     ///< the last line of the terminal
     std::size_t statusColumns = 0;
-    bool atLineStart = true;  ///< nobody else can have left a line without its end
+    bool atLineStart = true;  ///< nobody else can have left a line unfinished
     std::string kept;
 
     void keepLocked(char stream, std::string_view text) {
@@ -91,7 +91,7 @@ struct Shared {
         }
     }
 
-    /// With blanks: they work on every terminal.
+    /// Overwriting with blanks works on every terminal.
     void eraseStatusLocked() {
         if (!status.empty()) {
             std::string blanks = "\r" + std::string(statusColumns, ' ') + "\r";
@@ -162,7 +162,7 @@ void appendMessage(std::string& out, int colour, std::string_view prefix, std::s
     }
 }
 
-/// Writes what `append` adds to a text, given the prefix.
+/// Writes the text that `append` builds when given the prefix.
 template <class Append>
 void put(int level, Append append) {
     if (!enabled(level)) {

@@ -1,9 +1,10 @@
 // The one place that writes messages.
 //
-// A message has a level and a colour. It is written when its level is at least the process-wide
+// A message has a level and a colour. It is written if its level is at least the process-wide
 // threshold. Levels 6 and 7 go to standard error, all others to standard output. Standard output is
-// buffered; it is flushed before anything goes to standard error, and by `flush`, which whoever
-// starts a child calls first, so that a log shows things in the order in which they happened.
+// buffered. It is flushed before anything goes to standard error, and by `flush`, which must be
+// called before a child process starts, so that a log shows events in the order in which they
+// happened.
 //
 // All functions may be called from any thread.
 #pragma once
@@ -43,23 +44,23 @@ inline constexpr int kDefaultThreshold = 5;
 int threshold() noexcept;
 void setThreshold(int value) noexcept;
 
-/// Whether a message of this level would be written; ask before building an expensive text.
+/// Whether a message of this level would be written. Ask before building an expensive text.
 bool enabled(int level) noexcept;
 
-/// Writes one message line: prefix and text in the colour, the colour's end, a line end. One line
-/// end at the end of the text is dropped first. Control characters in the text, which would reach
-/// into the terminal, are shown as "\x1b"; tabs and line ends stay.
+/// Writes one message line: prefix and text in the colour, the colour's end, a line end. A line end
+/// at the end of the text is dropped first. Control characters, which could affect the terminal,
+/// are shown as "\x1b"; tabs and line ends stay.
 void write(int level, int colour, std::string_view text);
 
-/// The same, and below it each note that is not empty on a line of its own, indented by two blanks.
-/// No other message comes between.
+/// The same, with each note that is not empty on its own line below, indented by two blanks. No
+/// other message comes between.
 void write(int level, int colour, std::string_view text, const std::vector<std::string>& notes);
 
-/// A line that the user has asked for by an option of its own: no prefix stands before it, and only
-/// a threshold that hides errors hides it.
+/// A line that the user asked for with an option: it has no prefix, and only a threshold that hides
+/// errors hides it.
 void writeAnswer(std::string_view text);
 
-/// What stands behind a message's text in a colour of its own.
+/// The part of a message behind its text, in its own colour.
 struct SecondColumn {
     int colour = colour::kNormal;
     std::string_view text;
@@ -98,27 +99,28 @@ void error(fmt::format_string<Args...> format, Args&&... args) {
 /// The text that stands before every message, normally "[unit::target] ".
 void setPrefix(std::string prefix);
 
-/// Whether escapes are written at all.
+/// Whether colour escapes are written.
 bool coloursWanted();
 
-/// From now on everything that is written is also kept.
+/// From now on everything that is written is also recorded.
 void startTranscript();
 
-/// Ends that, and gives what was kept, as bytes for `repeat`.
+/// Stops recording and returns what was recorded, in the form that `repeat` takes.
 std::string transcript();
 
-/// While it lives, the messages that this thread writes itself are also copied to a text, in the
-/// form of a transcript.
+/// During its lifetime, the messages that this thread writes itself are also copied to a text, in
+/// the form of a transcript.
 class MessageCopy {
   public:
-    enum class Shown { yes, no };  ///< `no`: the copy is all that is made
+    enum class Shown { yes, no };  ///< `no`: only the copy is made
 
     explicit MessageCopy(std::string& copy, Shown shown = Shown::yes);
     ~MessageCopy();
     MessageCopy(const MessageCopy&) = delete;
     MessageCopy& operator=(const MessageCopy&) = delete;
 
-    /// Takes a part of standard output (`o`) or standard error (`e`). Whether it is to be shown.
+    /// Copies a part of standard output (`o`) or standard error (`e`). Returns whether it is to be
+    /// shown.
     bool take(char stream, std::string_view text);
 
   private:
@@ -127,24 +129,24 @@ class MessageCopy {
     MessageCopy* outer_;
 };
 
-/// Writes once more what a transcript holds, each part to its stream. False, with nothing written,
-/// for bytes that are no transcript.
+/// Writes the contents of a transcript again, each part to its stream. False, with nothing written,
+/// for bytes that are not a transcript.
 bool repeat(std::string_view transcript);
 
-/// The last line of a terminal: a text of so many columns, which stands below all that is written,
-/// in place of the one before; it is erased before anything else is written, and before a child
-/// starts, and comes back with the next call. Empty: there is none. `sequence`: for the terminal,
-/// takes no room. Not shown where a command may have left a line without its end.
+/// Sets the last line of a terminal, a text of so many columns that stays below everything that is
+/// written. It is erased before anything else is written and before a child starts, and comes back
+/// with the next call. An empty text removes it. `sequence` is sent to the terminal and takes no
+/// room. The line is not shown while a command may have left its last line unfinished.
 void showStatus(std::string_view text, std::size_t columns, std::string_view sequence);
 
-/// How many lines have been written so far, to both streams; not counting those that commands
-/// write to the streams by themselves.
+/// How many lines have been written so far to both streams, not counting those that commands write
+/// to the streams directly.
 std::size_t linesWritten() noexcept;
 
-/// Hands the buffered standard output to the system.
+/// Writes the buffered standard output.
 void flush() noexcept;
 
-/// Whether some of the standard output could not be written: a full disk, a reader that is gone.
+/// Whether some of the standard output could not be written: a full disk, a closed pipe.
 bool outputIsLost() noexcept;
 
 }  // namespace Vesk::console

@@ -25,7 +25,7 @@ class Hasher {
     }
 
   private:
-    /// One for a thread: it is large, and only one hash is made at a time.
+    /// One per thread: it is large, and a thread makes only one hash at a time.
     static XXH3_state_t* state() {
         thread_local const std::unique_ptr<XXH3_state_t, HasherDeleter> state(XXH3_createState());
         return state.get();

@@ -1,4 +1,4 @@
-// Hashes of contents: texts and files are told apart by them.
+// Hashes by which texts and files are told apart.
 #pragma once
 
 #include <cstdint>
@@ -18,10 +18,10 @@ struct ContentHash {
     bool operator==(const ContentHash&) const = default;
 };
 
-/// Reads the file. Nothing when it cannot be read to its end.
+/// Reads the file. Nothing if it cannot be read to its end.
 std::optional<ContentHash> hashFile(const std::filesystem::path& path);
 
-/// Of the pieces as one text.
+/// Hashes the pieces as if they were one text.
 ContentHash hashText(std::initializer_list<std::string_view> pieces);
 inline ContentHash hashText(std::string_view text) {
     return hashText({text});

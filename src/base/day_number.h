@@ -1,4 +1,4 @@
-// Days, for what is kept for some time.
+// Day numbers, for things that are kept for a limited time.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ inline DayNumber today() noexcept {
     return static_cast<DayNumber>(platform::fileClock() / kNanosecondsPerDay);
 }
 
-/// How many days something is kept that nobody asks for: its target may be gone for good.
+/// How many days something is kept after its last use; its target may be gone for good.
 inline constexpr DayNumber kDaysKept = 90;
 
 }  // namespace Vesk

@@ -11,22 +11,22 @@
 
 namespace Vesk {
 
-/// Something with notes: lines below an error's text that say where the failing thing was asked
-/// for, why it failed, or what may help. The text itself stays alone on its line.
+/// Something that carries notes: lines below an error's text that say where the failing thing was
+/// asked for, why it failed, or what may help. The text itself stays alone on its line.
 class Noted {
   public:
     virtual ~Noted() = default;
 
-    /// Adds a line such as "in variable 'x' of main::app"; the innermost is added first. An empty
+    /// Adds a line such as "in variable 'x' of main::app". The innermost is added first. An empty
     /// note adds no line.
     void addNote(std::string note);
 
-    /// The same with a line that is worked out only when the error is printed: many errors are
-    /// caught by the caller and never seen.
+    /// The same with a line that is worked out only when the error is printed, because many errors
+    /// are caught and never seen.
     void addNote(std::function<std::string()> makeNote);
 
-    /// Shows where the error lies, with the line of the file. Only the first place counts, the
-    /// innermost.
+    /// Shows where the error lies, with the line of the file. Only the first call counts, the
+    /// innermost place.
     void addPlace(const SourcePlace& place);
 
     /// The lines, without indentation.
@@ -37,8 +37,8 @@ class Noted {
     std::vector<std::function<std::string()>> notes_;
 };
 
-/// An error that ends the current run: bad input, a failed build, a broken invariant. Deliberately
-/// not a std::exception: whoever must catch everything catches both.
+/// An error that ends the current run: bad input, a failed build, a broken invariant. It
+/// deliberately does not derive from std::exception; code that must catch everything catches both.
 ///
 /// Only the application's entry catches it for good and prints `report()`. Code on the way up may
 /// add notes.
@@ -61,7 +61,7 @@ class NotedError : public std::runtime_error, public Noted {
     using std::runtime_error::runtime_error;
 };
 
-/// The text of a standard exception, then its notes, if it has any, as in `VeskException::report`.
+/// The text of a standard exception, followed by its notes, if any, as in `VeskException::report`.
 std::string reportOf(const std::exception& error);
 
 /// Rethrows the exception being handled with `note` added. A standard exception that cannot carry

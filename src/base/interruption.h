@@ -3,8 +3,8 @@
 
 namespace Vesk {
 
-/// Thrown after Ctrl-C or a termination request, once the running commands have ended. Of no family
-/// of errors, so that nothing that tries again or goes on after an error takes it for one.
+/// Thrown after Ctrl-C or a termination request, once the running commands have ended. It belongs
+/// to no family of errors, so code that retries or continues after an error does not catch it.
 class Interrupted {
   public:
     explicit Interrupted(int signal) noexcept : signal_(signal) {}
@@ -16,7 +16,7 @@ class Interrupted {
     int signal_;
 };
 
-/// Throws Interrupted when the user has asked to stop. Cheap enough for inner loops.
+/// Throws Interrupted if the user has asked to stop. Cheap enough for inner loops.
 void stopIfInterrupted();
 
 }  // namespace Vesk

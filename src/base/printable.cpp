@@ -13,8 +13,8 @@ bool isWideControl(char c) noexcept {
     return byte >= 0x80 && byte < 0xA0;
 }
 
-/// The first byte from `from` on that must not reach a terminal: a control character but for tabs
-/// and line ends.
+/// The first byte from `from` on that must not reach a terminal: a control character other than a
+/// tab or a line end.
 std::size_t findControl(std::string_view text, std::size_t from) noexcept {
     constexpr unsigned char kDelete = 0x7F;
     constexpr unsigned char kWideLead = 0xC2;
@@ -32,7 +32,7 @@ std::size_t findControl(std::string_view text, std::size_t from) noexcept {
 
 constexpr char kEscape = '\x1b';
 
-/// Where the sequence ends that an escape character begins.
+/// The end of the sequence that an escape character starts.
 std::size_t endOfEscape(std::string_view text, std::size_t at) noexcept {
     const char kind = at + 1 < text.size() ? text[at + 1] : '\0';
     std::size_t end = at + 2;
@@ -41,7 +41,7 @@ std::size_t endOfEscape(std::string_view text, std::size_t at) noexcept {
             ++end;
         }
         ++end;
-    } else if (kind == ']') {  // a text, such as that of a link, up to a bell or "\x1b\\"
+    } else if (kind == ']') {  // a text, such as a link's, up to a bell or "\x1b\\"
         end = text.find_first_of("\a\x1b", end);
         end = end == std::string_view::npos ? text.size() : end + (text[end] == kEscape ? 2 : 1);
     }

@@ -1,4 +1,4 @@
-// How errors are printed: their text as a message, their notes below it.
+// How errors are printed: the text as a message, the notes below it.
 #pragma once
 
 #include <exception>
@@ -11,7 +11,7 @@ namespace Vesk {
 /// Prints "Error: " and the error's text, then its notes.
 void reportError(const VeskException& error);
 
-/// Prints a standard exception's text alone, then its notes, if it has any.
+/// Prints a standard exception's text alone, then its notes, if any.
 void reportError(const std::exception& error);
 
 /// Prints a warning, then the notes that are not empty.

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-/// How much of a line is shown before and after the place, in bytes.
+/// How many bytes of a line are shown before and after the place.
 constexpr std::size_t kBefore = 60;
 constexpr std::size_t kAfter = 60;
 
@@ -57,7 +57,7 @@ std::optional<std::string_view> lineOf(std::string_view text, std::size_t number
     return line;
 }
 
-/// The byte at which the code point of that number, from 1, starts.
+/// The byte at which the code point with that number, counted from 1, starts.
 std::size_t byteOf(std::string_view line, std::size_t column) noexcept {
     std::size_t at = 0;
     for (std::size_t left = column - 1; left > 0 && at < line.size(); --left) {
@@ -68,7 +68,7 @@ std::size_t byteOf(std::string_view line, std::size_t column) noexcept {
     return at;
 }
 
-/// The nearest start of a code point at or after a byte.
+/// The first start of a code point at or after a byte.
 std::size_t codePointFrom(std::string_view line, std::size_t at) noexcept {
     while (at < line.size() && continuesCodePoint(line[at])) {
         ++at;

@@ -19,8 +19,8 @@ bool isSame(char a, char b) noexcept {
     return asciiLower(a) == asciiLower(b);
 }
 
-/// The number of single-byte edits between two words, of which swapping two neighbours is one;
-/// `limit + 1` when it is larger than `limit`.
+/// The number of single-byte edits between two words, counting a swap of two neighbours as one;
+/// `limit + 1` if it is larger than `limit`.
 std::size_t editDistance(std::string_view a, std::string_view b, std::size_t limit) {
     const std::size_t difference = a.size() > b.size() ? a.size() - b.size() : b.size() - a.size();
     if (difference > limit) {
@@ -83,7 +83,7 @@ std::string counted(std::size_t count, std::string_view what) {
 }
 
 int leadingInteger(const std::string& text) {
-    // Our own words and limits: what std::stoi says and accepts differs between libraries.
+    // Own messages and limits, because what std::stoi says and accepts differs between libraries.
     std::size_t at = text.find_first_not_of(" \t\r\n\v\f");
     at = at == std::string::npos ? text.size() : at;
     const bool negative = at < text.size() && text[at] == '-';

@@ -14,15 +14,15 @@ namespace Vesk {
 
 inline constexpr const char* kCacheFileName = ".vesk_cache";
 
-/// Takes one record off the file; the key is a piece of the same text. `day`: of its seal.
+/// Receives one record of the file. The key is a piece of the same text; `day` comes from its seal.
 using RecordSink = std::function<void(std::string_view key, RecordText record, DayNumber day)>;
 
-/// Reads the file and hands over its records, in its order. False after a fault, of which a warning
-/// tells: then all that was handed over is to be forgotten. A missing file has no records.
+/// Reads the file and passes its records on in file order. False after a fault, which a warning
+/// describes; the records passed on so far must then be discarded. A missing file has no records.
 bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take);
 
-/// Writes a file of records: into a new file beside it that replaces it at the end, so that at any
-/// moment there is a whole one.
+/// Writes the records into a new file, which replaces the old one at the end, so that there is a
+/// complete file at any moment.
 class CacheFileWriter {
   public:
     /// Creates the directory if it is missing.
@@ -31,10 +31,10 @@ class CacheFileWriter {
     CacheFileWriter(const CacheFileWriter&) = delete;
     CacheFileWriter& operator=(const CacheFileWriter&) = delete;
 
-    /// `day`: on which it was last asked for.
+    /// `day`: when the record was last asked for.
     void write(std::string_view key, const RecordText& record, DayNumber day);
 
-    /// Whether the file is in place now. All failures have been told by then.
+    /// Whether the file is in place now. All failures have been reported by then.
     bool finish();
 
   private:

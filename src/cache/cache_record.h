@@ -1,12 +1,12 @@
-// What the cache remembers of a target, and what it is asked.
+// What the cache remembers of a target, and what it is asked for.
 //
-// Both are kept as the text that stands in the cache file, so that asking whether anything has
-// changed is comparing bytes and looking at files, and saving is copying.
+// Both are kept as the text of the cache file, so checking for changes means comparing bytes and
+// looking at files, and saving means copying.
 //
-// A record is made of parts, which the file calls recipes. The first is about the target as a
-// whole, the second about its variables; one for each recipe follows. The first part's outputs hold
-// a table of all files with their states, and each part's outputs say by number which of them it
-// reads and writes.
+// A record consists of parts, which the file calls recipes. The first part describes the target as
+// a whole, the second its variables; then follows one part for each recipe. The first part's
+// outputs contain a table of all files with their states. Each part's outputs list by number which
+// of these files it reads and writes.
 #pragma once
 
 #include <cstddef>
@@ -23,11 +23,11 @@
 
 namespace Vesk {
 
-/// A record as text, without its key. Never changes.
+/// A record as text, without its key. Immutable.
 class RecordText {
   public:
     struct Part {
-        std::string_view inputs;  ///< from the line of their number on
+        std::string_view inputs;  ///< starting with the line that gives their number
         std::string_view outputs;
     };
 
@@ -44,7 +44,7 @@ class RecordText {
 
     std::string_view text() const noexcept { return text_; }
 
-    /// Of the first parts, and without the environment, when there are more than `atMost`.
+    /// If there are more than `atMost` parts: only the first ones, and no environment.
     Layout layout(std::size_t atMost = std::numeric_limits<std::size_t>::max()) const;
     const std::shared_ptr<const std::string>& storage() const noexcept { return storage_; }
 
@@ -55,21 +55,21 @@ class RecordText {
 
 class CacheReader;
 
-/// Steps over the text of a record without its key. Null, or the name of the field at fault.
+/// Steps over the text of a record without its key. Returns null, or the name of the faulty field.
 const char* skipRecord(CacheReader& reader);
 
-/// Inputs as they stand in a part; a value that no source text can give back stands as its display
-/// text.
+/// Appends inputs in the form that a part has. A value that no source text can express is written
+/// as its display text.
 void appendInputs(std::string& out, const std::vector<RecipeInput>& inputs);
 
 inline constexpr std::size_t kTargetPart = 0;
 inline constexpr std::size_t kVariablesPart = 1;
 inline constexpr std::size_t kFirstRecipePart = 2;
 
-/// What decides whether a recipe runs again.
+/// Which changes make a recipe run again.
 enum class Judged : std::uint8_t {
-    WithTarget,  ///< anything that changed of its target
-    Alone,       ///< what changed of itself: it has outputs of its own
+    WithTarget,  ///< any change in its target
+    Alone,       ///< only changes of its own, as it has outputs of its own
 };
 
 /// What a build of the target would consist of now.
@@ -78,12 +78,12 @@ struct CacheRequest {
         std::string inputs;              ///< as in RecordText
         std::vector<std::string> reads;  ///< files, absolute, as FileStates takes them
         std::vector<std::string> writes;
-        std::string source;  ///< the one that a compiler is given, among the reads
+        std::string source;  ///< the one given to the compiler, among `reads`
         std::filesystem::path dependencyFile;
         std::shared_ptr<const HeaderSearch> headerSearch;  ///< see Recipe
         std::filesystem::path outputDirectory;             ///< see Recipe
-        std::vector<std::string> byProducts;  ///< files that only the commands themselves need
-        std::filesystem::path directory;      ///< of the relative paths in it
+        std::vector<std::string> byProducts;  ///< files that only the commands themselves use
+        std::filesystem::path directory;      ///< base of relative paths in `dependencyFile`
         std::shared_ptr<const ToolEnvironment> toolEnvironment;  ///< see Command
         Judged judged = Judged::WithTarget;
         Declaration declaration = Declaration::Partial;  ///< see Recipe
@@ -92,7 +92,7 @@ struct CacheRequest {
     std::vector<Part> parts;
     std::string environment;  ///< as in RecordText
 
-    /// Why nothing of an earlier build is taken; empty: what stands is.
+    /// Why no earlier result may be reused; empty if it may.
     std::string_view again = {};
 };
 

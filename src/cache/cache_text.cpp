@@ -63,7 +63,7 @@ std::optional<Assignment> parsed(std::string_view source, const std::filesystem:
     }
     std::optional<Assignment> result;
     if (!succeeds([&] { result = parseAssignment(text, base); })) {
-        return std::nullopt;  // such as text that is not UTF-8, of which the parser's runtime
+        return std::nullopt;  // such as text that is not UTF-8, for which the parser's runtime
                               // throws
     }
     return result;
@@ -112,7 +112,7 @@ void appendComparableAssignment(std::string& out, const Assignment& assignment) 
     }
 }
 
-// What the regular expression P\"(?!\()([^\"\r\n]*)\" with the replacement P"($1)" does.
+// Equivalent to replacing the regular expression P\"(?!\()([^\"\r\n]*)\" by P"($1)".
 std::string withRawPathLiterals(std::string_view text) {
     std::string result;
     for (;;) {

@@ -1,8 +1,9 @@
-// The text of which cache files are made: numbers, strings and assignments.
+// The elements of cache files: numbers, strings and assignments.
 //
-// A number is a line. A string is the line of its length in bytes and then its bytes and a line
-// end, so it may hold anything. An assignment is a line with its form, operator and modifier, and
-// then strings: its source text (form A), or its name and its text (R: raw string, S: any other).
+// A number is a line. A string is a line with its length in bytes, then its bytes and a line end,
+// so it may contain anything. An assignment is a line with its form, operator and modifier,
+// followed by strings: its source text (form A), or its name and its text (R: raw string, S: any
+// other).
 #pragma once
 
 #include <cstdint>
@@ -21,17 +22,17 @@ void appendText(std::string& out, std::string_view text);
 /// A string assignment "name = text" with no modifier.
 void appendTextAssignment(std::string& out, std::string_view name, std::string_view text);
 
-/// False, and nothing appended, for a value that no source text can give back.
+/// False, with nothing appended, for a value that no source text can express.
 bool appendAssignment(std::string& out, const Assignment& assignment);
 
-/// The same; a value that cannot be given back is told by its display text.
+/// The same, but a value that no source text can express is written as its display text.
 void appendComparableAssignment(std::string& out, const Assignment& assignment);
 
-/// Every P"..." that is no raw path literal made one, so that backslashes in it stay.
+/// Turns every P"..." that is not a raw path literal into one, so that its backslashes stay.
 std::string withRawPathLiterals(std::string_view text);
 
-/// Takes one thing after the other off the front of a text. Each operation is false at something
-/// else than it looks for; the position is of no use then.
+/// Takes one element after another off the front of a text. Each operation returns false if it
+/// finds something else; the position is undefined after that.
 class CacheReader {
   public:
     explicit CacheReader(std::string_view text) : text_(text) {}
@@ -40,13 +41,13 @@ class CacheReader {
     bool number(std::uint64_t& number);
     bool text(std::string_view& content);
 
-    /// The value is final; nothing in it is expanded again. `base`: of relative paths.
+    /// The value is final; nothing in it is expanded again. Relative paths start from `base`.
     std::optional<Assignment> assignment(const std::filesystem::path& base);
 
-    /// Steps over one without making it; false where `assignment` would give nothing.
+    /// Steps over an assignment without making it. False where `assignment` would give nothing.
     bool skipAssignment();
 
-    /// The same for text that has been read before: what is inside is not looked at again.
+    /// The same for text that has been read before; its content is not checked again.
     bool stepOverAssignment();
 
     const char* position() const noexcept { return text_.data(); }

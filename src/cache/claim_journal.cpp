@@ -11,7 +11,8 @@
 namespace Vesk {
 namespace {
 
-/// Each key is followed by its hash. Nothing for any other text; none at all is a file cut short.
+/// The keys in the text, each followed by its hash. Nothing if the text is anything else; an empty
+/// text is a file that was cut short.
 std::optional<std::vector<std::string>> keysIn(std::string_view content) {
     std::vector<std::string> keys;
     CacheReader reader(content);

@@ -1,4 +1,4 @@
-// Which records of the cache file have been overtaken by builds that it does not know of yet.
+// Which records of the cache file are outdated by builds that the file does not contain yet.
 #pragma once
 
 #include <filesystem>
@@ -10,18 +10,18 @@
 
 namespace Vesk {
 
-/// A file beside the cache file. A key is noted before the first command runs that may change what
-/// its record tells of; the file is removed when the cache file has been saved. So a process that
-/// is killed in between leaves no record that could be taken for a hit by mistake.
+/// A file next to the cache file. A key is written to it before the first command runs that may
+/// change what the key's record describes. When the cache file has been saved, the journal is
+/// removed. So a killed process leaves no record that could wrongly be taken for a hit.
 class ClaimJournal {
   public:
     explicit ClaimJournal(const std::filesystem::path& cacheFile);
 
-    /// The keys that a killed process left. Nothing, after a warning, when they cannot be known:
-    /// then each record may be one of them.
+    /// The keys left by a killed process. Nothing, after a warning, if they cannot be known; then
+    /// each record may be one of them.
     std::optional<std::vector<std::string>> read();
 
-    /// False when it cannot be written down.
+    /// False if the key cannot be written.
     bool note(std::string_view key);
 
     void clear() noexcept;
@@ -29,8 +29,8 @@ class ClaimJournal {
   private:
     bool append(const std::string& text) const;
 
-    /// Moves the file into place with its first claim: a process that is killed leaves no empty
-    /// file, which would be taken for one cut short.
+    /// Moves the file into place together with its first claim. A killed process thus leaves no
+    /// empty file, which would look like one that was cut short.
     bool create(const std::string& text) const;
 
     std::filesystem::path file_;

@@ -26,7 +26,7 @@ class Cleaner {
                 cleanFile(path, entry);
             }
         }
-        // What is in a directory comes after it.
+        // The contents of a directory are listed after it.
         for (auto each = entries.rbegin(); !options_.dryRun && each != entries.rend(); ++each) {
             if (each->second.kind == MadeFiles::Kind::Directory) {
                 cleanDirectory(each->first);
@@ -45,7 +45,7 @@ class Cleaner {
         }
     }
 
-    /// How the file was when its target had made it, if that is known.
+    /// The state of the file when its target had made it, if known.
     std::optional<FileState> stateOf(const std::string& path, const MadeFiles::Entry& entry) const {
         if (entry.kind == MadeFiles::Kind::Former) {
             return entry.state;
@@ -58,7 +58,7 @@ class Cleaner {
         return state == record->second.end() ? std::nullopt : std::optional(state->second);
     }
 
-    /// Why the file has to stay; empty when it may go.
+    /// Why the file has to stay; empty if it may be removed.
     std::string faultOf(const std::string& path, const MadeFiles::Entry& entry) {
         if (entry.kind == MadeFiles::Kind::ByProduct ||
             entry.kind == MadeFiles::Kind::FormerByProduct || options_.force) {
@@ -83,7 +83,7 @@ class Cleaner {
         const std::filesystem::path file = platform::pathFromUtf8(cache_.root().absolute(path));
         std::error_code error;
         if (platform::isDirectory(file)) {
-            removeDirectory(path);  // an output that is one
+            removeDirectory(path);  // an output that is a directory
         } else if (!platform::exists(file, error) && !error) {
             forget(path);
         } else if (std::string why = faultOf(path, entry); !why.empty()) {

@@ -10,28 +10,28 @@
 namespace Vesk {
 
 struct CleanOptions {
-    /// Whether this is to go, which the target of the entry's key has made.
+    /// Whether an entry, made by the target of its key, is to be removed.
     std::function<bool(const MadeFiles::Entry&)> concerns;
 
-    bool force = false;   ///< what was changed goes too
-    bool dryRun = false;  ///< nothing goes
+    bool force = false;   ///< also remove files that have changed since
+    bool dryRun = false;  ///< remove nothing
 };
 
-/// Paths are as users see them: below the project's directory without it.
+/// Paths are shown as users know them: relative to the project's directory if they lie below it.
 struct CleanReport {
     struct Left {
         std::string path;
         std::string why;  ///< "it has changed since vesk made it"
     };
 
-    std::vector<std::string> files;  ///< that are gone, or would be
+    std::vector<std::string> files;  ///< removed, or to be removed
     std::vector<std::string> directories;
     std::vector<Left> left;
 };
 
-/// Removes files that builds of the cache's project have made and that are as they were made, then
-/// the directories that builds have made and that are empty now. Records of targets of which
-/// nothing is left are dropped; `save` is the caller's.
+/// Removes files that the project's builds have made and that are unchanged since, then directories
+/// that builds have made and that are empty now. Drops the records of targets of which nothing is
+/// left. The caller must call `save`.
 CleanReport clean(ProjectCache& cache, const CleanOptions& options);
 
 }  // namespace Vesk

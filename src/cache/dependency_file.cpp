@@ -9,7 +9,7 @@
 namespace Vesk {
 namespace {
 
-/// Behind the target. Its own blanks need not be escaped, and "C:\" has a colon too.
+/// Behind the target. Blanks in its name need not be escaped, and "C:\" has a colon too.
 std::string_view afterTarget(std::string_view rule) {
     for (std::size_t at = rule.find(':'); at != std::string_view::npos;
          at = rule.find(':', at + 1)) {
@@ -22,13 +22,13 @@ std::string_view afterTarget(std::string_view rule) {
     return {};
 }
 
-/// How many bytes the line break at the front of the text has; 0 without one.
+/// The length in bytes of the line break at the front of the text; 0 if there is none.
 std::size_t lineBreak(std::string_view text) {
     return text.starts_with('\n') ? 1 : text.starts_with("\r\n") ? 2 : 0;
 }
 
-/// The file of an entry of a report: the entry itself, or what an object names beside the name of
-/// its module or header.
+/// The file of an entry in a report: the entry itself, or a member next to the name of its module
+/// or header.
 void addReported(const nlohmann::json& entry, std::vector<std::string>& names) {
     if (entry.is_string() && entry != "") {
         names.push_back(entry.get<std::string>());
@@ -91,7 +91,7 @@ std::optional<std::vector<std::string>> reportedDependencies(std::string_view js
             addReported(*value, names);
             continue;
         }
-        // Early versions of the format tell of a module nothing but its name, which is no file.
+        // Early versions of the format give only the name of a module, which is not a file.
         const bool mayBeNames = value.key() == "ImportedModules";
         for (const nlohmann::json& entry : *value) {
             if (entry.is_object() || !mayBeNames) {

@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kLongestShown = 160;
 constexpr std::size_t kShownBeforeDifference = 30;
 
-/// An input as it is compared: its name and the text of its value.
+/// An input in comparable form: its name and the text of its value.
 struct Named {
     std::string name;
     std::string value;
@@ -33,7 +33,7 @@ Named named(const Assignment& assignment) {
             {}};
 }
 
-/// What a part's inputs or an environment hold, in order.
+/// The contents of a part's inputs or of an environment, in order.
 std::vector<Named> assignmentsIn(std::string_view text, bool hasIntermediates) {
     std::vector<Named> result;
     CacheReader reader(text);
@@ -80,7 +80,7 @@ bool sameAssignments(std::string_view last, std::string_view now, bool hasInterm
                });
 }
 
-/// Two long texts, cut to where they differ.
+/// Two long texts, cut to the part where they differ.
 void shorten(std::string& a, std::string& b) {
     const auto difference = static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
     for (std::string* text : {&a, &b}) {
@@ -109,7 +109,7 @@ std::vector<std::string> lines(const std::string& text) {
     return result;
 }
 
-/// Of two sorted lists of files, the first that only one has.
+/// Given two sorted lists of files, the first file that only one of them has.
 std::string fileListChanged(const std::string& before, const std::string& now, bool written) {
     const std::vector<std::string> old = lines(before);
     for (const std::string& file : lines(now)) {
@@ -155,7 +155,7 @@ const Named* findNamed(const std::map<std::string_view, const Named*>& items,
     return found == items.end() ? nullptr : found->second;
 }
 
-/// What came or went says more than what changed along with it.
+/// Something that appeared or disappeared says more than what changed along with it.
 std::string difference(const std::vector<Named>& before, const std::vector<Named>& now) {
     std::map<std::string_view, const Named*> old;
     std::map<std::string_view, const Named*> current;

@@ -1,4 +1,4 @@
-// Telling the user what differs between two builds of a target.
+// Tells the user what differs between two builds of a target.
 #pragma once
 
 #include <string>
@@ -8,13 +8,13 @@
 
 namespace Vesk {
 
-/// Whether the inputs of a part, or environments, say the same. A text and its hash do: whether a
+/// Whether the inputs of a part, or environments, are the same. A text equals its hash: whether a
 /// text is hidden depends on what else was on the command line.
 bool sameInputs(std::string_view last, std::string_view now);
 bool sameEnvironment(std::string_view last, std::string_view now);
 
 /// A sentence about the first difference in the texts, in the order variables, dependencies, files,
-/// environment, commands. Empty when they are equal.
+/// environment, commands. Empty if they are equal.
 std::string firstDifference(const RecordText::Layout& last, const CacheRequest& now);
 
 }  // namespace Vesk

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int kHex = 16;
 
-/// Takes a number and the blank after it.
+/// Takes a number and the blank behind it.
 template <class Number>
 bool takeNumber(std::string_view& text, Number& number, int base = 10) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);

@@ -15,7 +15,7 @@ bool isFile(FileState::Kind kind) {
     return kind == FileState::Kind::File || kind == FileState::Kind::Recent;
 }
 
-/// Whether it is the same file, and nobody has written to it.
+/// Whether it is the same file and nobody has written to it.
 bool untouched(const platform::FileStatus& status, const FileState& state) {
     return status.device == state.device && status.number == state.number &&
            (status.directory || status.size == state.size) &&
@@ -23,7 +23,7 @@ bool untouched(const platform::FileStatus& status, const FileState& state) {
            status.changedNanoseconds == state.changed;
 }
 
-/// Our own files beside a project come and go with every build.
+/// How the names of vesk's own files begin, which come and go with every build.
 constexpr std::string_view kOwnFiles = ".vesk_cache";
 
 bool sameStatus(const platform::FileStatus& a, const platform::FileStatus& b) {
@@ -57,7 +57,7 @@ void FileStates::examine(Entry& entry, const std::string& path) {
     } else if (!status->regular) {
         entry.kind = status->directory ? FileState::Kind::Directory : FileState::Kind::Other;
     } else if (platform::isRecent(*status)) {
-        // Its times will not tell of a change in this moment, so the content is taken down now.
+        // Its times will not reveal a change made in this moment, so the content is hashed now.
         entry.kind = FileState::Kind::Recent;
         read(entry, path);
     } else {
@@ -126,7 +126,8 @@ FileState FileStates::stateOf(Entry& entry, std::string_view path) {
         state.changed = entry.status.changedNanoseconds;
         state.hash = entry.hash;
     } else if (state.kind == FileState::Kind::Names) {
-        // Times of this moment will not tell of a further name; those of no directory never do.
+        // Times of this moment will not reveal a further name, and what is not a directory has no
+        // names.
         const bool recent = platform::isRecent(entry.status);
         state.device = entry.status.device;
         state.number = entry.status.number;
@@ -137,8 +138,8 @@ FileState FileStates::stateOf(Entry& entry, std::string_view path) {
     return state;
 }
 
-/// The times suffice while they are the same. In a directory that other files come to and go from,
-/// as the cache's own do, the names are compared.
+/// Equal times mean equal names. If files come and go in a directory, as the cache's own do, the
+/// names are compared.
 FileStates::Comparison FileStates::compareNames(Entry& entry, std::string_view path,
                                                 const FileState& stored) {
     if (entry.kind != FileState::Kind::Names) {
@@ -192,8 +193,8 @@ FileState::Kind FileStates::kindOf(std::string_view path) {
     return examined(path).kind;
 }
 
-/// Whether the file has changed since the build first looked at it, or while it was read by
-/// commands before anybody had looked.
+/// Whether the file changed after the build first looked at it, or while commands read it before
+/// anyone had looked.
 bool FileStates::changedMeanwhile(const Entry& entry, std::string_view path,
                                   std::int64_t startedAt) {
     if (entry.examinedAt > startedAt && !entry.builtHere) {
@@ -266,7 +267,7 @@ bool FileStates::confirmRecent(std::string_view path, FileState& state) {
 
 void FileStates::readAhead(const std::vector<std::string>& paths, unsigned workers) {
     std::vector<std::pair<Entry*, const std::string*>> unread;
-    const std::lock_guard lock(mutex_);  // held throughout: the entries belong to the workers now
+    const std::lock_guard lock(mutex_);  // held throughout: the workers own the entries now
     for (const std::string& path : paths) {
         Entry& entry = entries_[path];
         if (!entry.hashed && !entry.changedWhileRead) {

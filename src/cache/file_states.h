@@ -13,15 +13,15 @@
 
 namespace Vesk {
 
-/// Remembers what the files were like when the build first looked at them, which is before the
-/// commands that use them run, or after the command that made them. Paths are absolute, UTF-8, with
-/// forward slashes; one spelling is one file. A namesPath stands for the names in a directory. All
-/// operations may be called from any thread.
+/// Remembers the state of each file when the build first looked at it: before the commands that use
+/// it run, or after the command that made it. Paths are absolute, UTF-8, with forward slashes; one
+/// spelling is one file. A namesPath stands for the names in a directory. All operations may be
+/// called from any thread.
 class FileStates {
   public:
     enum class Comparison {
         Same,         ///< nothing was read
-        SameContent,  ///< touched: `current` tells the times to remember instead
+        SameContent,  ///< touched: remember the times that `current` gives
         Changed,
         Missing,
     };
@@ -29,30 +29,30 @@ class FileStates {
     /// Compares the file as the build found it with a stored state.
     Comparison compare(std::string_view path, const FileState& stored);
 
-    /// The file as the build found it, with its content's hash.
+    /// The file as the build found it, with the hash of its content.
     FileState current(std::string_view path);
 
-    /// What is there, if anything; nothing is read.
+    /// What kind of thing is there, if any. Reads nothing.
     FileState::Kind kindOf(std::string_view path);
 
     /// Examines files that commands are about to read.
     void look(const std::vector<std::string>& paths);
 
-    /// The state to remember of a file that commands have just read, which began at `startedAt`
-    /// (of platform::fileClock): the one from before they began. Unknown when it has changed since.
+    /// The state to remember for a file that commands have just read: the one from before they
+    /// began, at `startedAt` (of platform::fileClock). Unknown if the file has changed since.
     FileState afterReading(std::string_view path, std::int64_t startedAt);
 
-    /// A command has written the file: it is looked at again when it is next asked for.
+    /// A command has written the file: the next request examines it again.
     void written(std::string_view path);
 
-    /// The same for all that is or was below a directory.
+    /// The same for everything that is or was below a directory.
     void writtenBelow(std::string_view directory);
 
-    /// Whether a state of kind Recent can be trusted by now: enough time has passed and the file
-    /// is still the same. Makes it one of kind File then.
+    /// Whether a state of kind Recent can be trusted by now: enough time has passed and the file is
+    /// still the same. If so, its kind becomes File.
     static bool confirmRecent(std::string_view path, FileState& state);
 
-    /// Reads what `current` would have to read, for all of these, on this many threads.
+    /// Reads what `current` would have to read for these files, on this many threads.
     void readAhead(const std::vector<std::string>& paths, unsigned workers);
 
   private:
@@ -64,7 +64,7 @@ class FileStates {
         bool examined = false;
         bool hashed = false;
         bool changedWhileRead = false;  ///< changed between being examined and being read
-        bool builtHere = false;         ///< by this build, so that a new time is no news
+        bool builtHere = false;         ///< by this build, so a new time means nothing
     };
 
     Entry& examined(std::string_view path);

@@ -19,7 +19,7 @@ Freshness::Freshness(const CacheRequest& request, const RecordText* last, FileSt
     }
 }
 
-/// Names that come and go do not matter by themselves: see headersStand.
+/// Names that come and go do not matter by themselves; see headersStand.
 bool Freshness::unchanged(const RecordFile& file) {
     const Comparison comparison = states_.compare(root_.absolute(file.path), file.state);
     if (isNamesPath(file.path)) {
@@ -49,7 +49,7 @@ bool Freshness::sameText() const {
     return true;
 }
 
-/// A table without files, where there should be some, would say that all of them are unchanged.
+/// A table without files, where there should be some, would claim that all of them are unchanged.
 bool Freshness::tellsOfFiles() const {
     const bool expected = std::ranges::any_of(request_.parts, [](const CacheRequest::Part& part) {
         return !part.reads.empty() || !part.writes.empty();
@@ -78,7 +78,7 @@ RecordText Freshness::refreshed() const {
     std::vector<RecordFile> files = files_;
     for (RecordFile& file : files) {
         if (watchIsOutdated_ && isNamesPath(file.path)) {
-            continue;  // looks different the next time too, and is then looked through again
+            continue;  // looks different next time too, and is then searched again
         }
         file.state = states_.current(root_.absolute(file.path));
     }
@@ -98,7 +98,7 @@ std::optional<std::size_t> Freshness::lastPart(std::size_t part) const {
     return found == partsByInputs_.end() ? std::nullopt : std::optional(found->second);
 }
 
-/// `expected`: how many files the request knows of; a build may have found more.
+/// `expected`: how many files the request knows of. A build may have found more.
 bool Freshness::filesUnchanged(std::size_t lastPart, std::string_view field, std::size_t expected) {
     const auto numbers = fileNumbers(layout_.parts[lastPart], field, files_.size());
     return numbers && numbers->size() >= expected &&
@@ -139,8 +139,8 @@ bool Freshness::isWatched(const std::string& names) {
     return watched_.contains(names);
 }
 
-/// Whether the compiler would find the same headers again. Looks for names only where a directory
-/// holds others than it did.
+/// Whether the compiler would find the same headers again. Looks for names only in directories
+/// whose names have changed.
 bool Freshness::headersStand(std::size_t part, std::size_t lastPart) {
     if (!request_.parts[part].headerSearch || sameNames(lastPart)) {
         return true;
@@ -179,21 +179,21 @@ bool Freshness::fresh(std::size_t part) {
     }
     const CacheRequest::Part& wanted = request_.parts[part];
     if (wanted.judged == Judged::WithTarget) {
-        // Recipes that run together: nothing of the target may differ.
+        // Recipes that run together: nothing in the target may differ.
         return sameText() && partUnchanged(kTargetPart, request_.parts[kTargetPart]);
     }
     const auto counterpart = lastPart(part);
     if (!counterpart || !partUnchanged(*counterpart, wanted) || !headersStand(part, *counterpart)) {
         return false;
     }
-    // A compiler tells all that it has read. Other commands may depend on what dependencies have
-    // done without telling, and may make more of the target's outputs than their recipe says.
+    // A compiler reports everything it has read. Other commands may silently depend on what
+    // dependencies have done, and may make more of the target's outputs than their recipe says.
     return wanted.declaration == Declaration::Complete ||
            (samePart(kTargetPart) && filesUnchanged(kTargetPart, recordField::kWrites,
                                                     request_.parts[kTargetPart].writes.size()));
 }
 
-/// What is out of date whatever the files are.
+/// What is out of date regardless of the files.
 std::string Freshness::textReason() const {
     if (last_ == nullptr) {
         return "it has not been built before";

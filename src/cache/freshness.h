@@ -1,4 +1,4 @@
-// Whether what an earlier build made still stands, and if not, why.
+// Whether the result of an earlier build still stands, and if not, why.
 #pragma once
 
 #include <cstddef>
@@ -20,46 +20,46 @@ namespace Vesk {
 /// Why something is out of date.
 struct Reason {
     std::string text;  ///< `C_FLAGS: "-O0" is now "-O2"`, `src/a.h has changed`
-    std::string file;  ///< absolute, as FileStates takes it, where one is the reason
+    std::string file;  ///< the file that is the reason, if any: absolute, as FileStates takes it
 };
 
-/// A request held against the record of the last build, if there is one. All that is referred to
-/// outlives it.
+/// A request compared with the record of the last build, if there is one. Everything passed by
+/// reference must outlive it.
 class Freshness {
   public:
     Freshness(const CacheRequest& request, const RecordText* last, FileStates& states,
               const TrackingRoot& root);
 
-    /// Whether all of the request equals the record and no file has changed.
+    /// Whether the whole request equals the record and no file has changed.
     bool everything();
 
-    /// Whether a directory where compilers look for headers has got or lost names. The parts that
-    /// are fresh all the same have to be watched again.
+    /// Whether a directory where compilers look for headers has gained or lost names. Parts that
+    /// are fresh nevertheless must be watched again.
     bool namesChanged() const noexcept { return namesChanged_; }
 
-    /// What a compiler has read by the record: without the source, and without what its recipe
-    /// declares. For a part of the request with its counterpart in the record.
+    /// What a compiler has read according to the record, without the source and without what its
+    /// recipe declares. Only for a part of the request that has a counterpart in the record.
     HeadersRead headersRead(std::size_t part, std::size_t lastPart) const;
 
-    /// After `everything` said yes: whether files were touched; the record then remembers outdated
-    /// times, `refreshed` is the one to keep.
+    /// After `everything` returned true: whether files were touched. Then the record holds outdated
+    /// times, and `refreshed` is the one to keep.
     bool touched() const noexcept { return touched_; }
     RecordText refreshed() const;
 
-    /// Whether the result of a recipe's part still stands. Looks at the files again: steps of the
-    /// build that have run meanwhile may have changed them.
+    /// Whether the result of a recipe's part still stands. Looks at the files again, since steps of
+    /// the build may have changed them meanwhile.
     bool fresh(std::size_t part);
 
-    /// The number of the record's part that stands for the request's; nothing without one.
+    /// The number of the record's part that corresponds to the request's; nothing if there is none.
     std::optional<std::size_t> lastPart(std::size_t part) const;
     const std::vector<RecordText::Part>& lastParts() const noexcept { return layout_.parts; }
     const std::vector<RecordFile>& lastFiles() const noexcept { return files_; }
 
-    /// What differs, at most so many: the first difference in the texts, or the files. Empty when
-    /// nothing does.
+    /// At most `most` differences: the first difference in the texts, or the files. Empty if
+    /// nothing differs.
     std::vector<Reason> reasons(std::size_t most);
 
-    /// The first of them, or nothing.
+    /// The first of them, or an empty text.
     std::string reason();
 
   private:
@@ -76,7 +76,7 @@ class Freshness {
     bool isWatched(const std::string& names);
 
     const CacheRequest& request_;
-    const RecordText* last_;  ///< null: there is none
+    const RecordText* last_;  ///< null if there is none
     bool damaged_ = false;    ///< the record's table of files cannot be read
     FileStates& states_;
     const TrackingRoot& root_;
@@ -87,8 +87,8 @@ class Freshness {
     bool namesChanged_ = false;
     std::unordered_set<std::string> watched_;  ///< every namesPath of the record
     std::unordered_set<std::string> free_;     ///< places where there is no header
-    bool watchIsOutdated_ = false;  ///< directories have appeared of which the record knows nothing
-    std::string shadow_;            ///< the place of a header that takes the place of another
+    bool watchIsOutdated_ = false;             ///< the record does not know some new directories
+    std::string shadow_;                       ///< where a header has appeared that hides another
 };
 
 }  // namespace Vesk

@@ -70,7 +70,7 @@ class PlainReader {
         return false;
     }
 
-    /// The text up to `end`, which is taken too.
+    /// The text up to `end`; takes `end` as well.
     std::optional<std::string> upTo(std::string_view end) {
         const std::size_t at = text_.find(end);
         if (at == std::string_view::npos) {
@@ -109,7 +109,8 @@ class PlainReader {
                 return nullptr;
             }
             if (text_.starts_with('[')) {
-                return nullptr;  // lists in lists are the parser's: it counts how deep they go
+                return nullptr;  // lists in lists are left to the parser, which counts how deep
+                                 // they go
             }
             result->items.push_back(value());
             if (!result->items.back()) {

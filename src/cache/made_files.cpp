@@ -30,7 +30,7 @@ bool fitsInLine(std::string_view text) noexcept {
 
 MadeFiles::MadeFiles(const std::filesystem::path& directory) : file_(directory / kMadeFileName) {}
 
-/// What is no line of ours is left out: nothing is removed for its sake.
+/// A line that vesk did not write is ignored: nothing is removed because of it.
 void MadeFiles::readLine(std::string_view line) {
     const auto kind = takeField(line);
     const auto key = kind ? takeField(line) : std::nullopt;

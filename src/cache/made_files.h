@@ -1,7 +1,7 @@
-// What builds have made, and was not there before: all that may be removed again.
+// The files and directories that builds created: everything that may be removed again.
 //
-// A file of lines next to the cache, each a kind, the key of a record and a path, between tabs. It
-// is read when something is built and when something is removed.
+// They are kept in a file next to the cache. Each line has a kind, the key of a record and a path,
+// separated by tabs. The file is read when something is built or removed.
 #pragma once
 
 #include <cstdint>
@@ -20,9 +20,9 @@ inline constexpr const char* kMadeFileName = ".vesk_cache.made";
 class MadeFiles {
   public:
     enum class Kind : char {
-        Output = 'o',     ///< the record of that key tells its state
-        Former = 'f',     ///< the same, but no record has it any more: the line tells its state
-        ByProduct = 'b',  ///< of a command, and of no use to anybody else
+        Output = 'o',     ///< the record of that key holds its state
+        Former = 'f',     ///< the same, but no record has it any more; the line holds its state
+        ByProduct = 'b',  ///< of a command, and of no use to anything else
         FormerByProduct = 'p',
         Directory = 'd',
     };
@@ -33,17 +33,18 @@ class MadeFiles {
         FileState state;  ///< of a former output
     };
 
-    /// The list of this directory's cache; its file is read when it is needed first.
+    /// The list of this directory's cache. Its file is read when it is first needed.
     explicit MadeFiles(const std::filesystem::path& directory);
 
-    /// What is not there now is about to be made. The path as TrackingRoot stores it.
+    /// Something that does not exist yet is about to be made. The path is in the form that
+    /// TrackingRoot stores.
     void add(std::string_view path, Kind kind, std::string_view key);
 
-    /// The target does not make the file any more, which was like this when it last did. Without
-    /// effect for a file that it did not make first.
+    /// The target no longer makes the file; `state` is how it last made it. Has no effect for a
+    /// file that this target did not make first.
     void noteFormer(std::string_view path, std::string_view key, const FileState& state);
 
-    /// Of the by-products of this key only these are made any more. Looks at all entries.
+    /// Only these by-products of the key are still made. Looks at all entries.
     void keepByProducts(std::string_view key, const std::unordered_set<std::string_view>& paths);
 
     bool knows(std::string_view path);
@@ -53,8 +54,8 @@ class MadeFiles {
     /// By path.
     const std::map<std::string, Entry, std::less<>>& entries();
 
-    /// Writes the file if there is news. A failure costs no more than that something is not
-    /// removed one day.
+    /// Writes the file if anything is new. If that fails, something may not be removed later; that
+    /// is all.
     void save();
 
   private:

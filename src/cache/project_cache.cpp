@@ -18,7 +18,7 @@ std::uint64_t newToken() noexcept {
     return ++last;
 }
 
-/// Longer limits are cut to this: some systems' waiting overflows on points of time far away.
+/// Longer limits are cut to this: on some systems, waiting for a point of time far away overflows.
 constexpr std::chrono::hours kLongestWait(24 * 365 * 50);
 
 std::chrono::steady_clock::time_point deadlineAfter(std::uint64_t milliseconds) {
@@ -64,7 +64,7 @@ void ProjectCache::addLoaded(std::string_view key, RecordText record, DayNumber 
     textOfKeys_ = record.storage();
     entry.record = std::move(record);
     entry.day = day;
-    entry.valid = day != 0;  // a record of others answers no request of ours
+    entry.valid = day != 0;  // a record that vesk did not seal answers no request
     entry.stored = entry.valid;
 }
 
@@ -81,7 +81,7 @@ void ProjectCache::load() {
     const auto claimed = journal_.read();
     if (!whole || !claimed) {
         forgetEverything();
-        changed_ = true;  // a bad file is replaced even when nothing else is new
+        changed_ = true;  // a bad file is replaced even if nothing else is new
         return;
     }
     for (const std::string& key : *claimed) {
@@ -92,7 +92,7 @@ void ProjectCache::load() {
     }
 }
 
-/// A file in which nothing else is new is written for this once in a while only.
+/// A file in which nothing else is new is written for this only once in a while.
 void ProjectCache::markAsked(Entry& entry) noexcept {
     if (entry.day != 0 && entry.day + kDaysKept / 3 <= today_) {
         changed_ = true;
@@ -119,7 +119,7 @@ ObtainResult ProjectCache::check(Entry& entry, const CacheRequest& request) {
 
 void ProjectCache::beginClaim(Entry& entry, ObtainResult& result) {
     if (entry.stored && !journal_.note(entry.key)) {
-        // What cannot be noted must not be there to be noted.
+        // What cannot be recorded in the journal must not be in the file either.
         std::error_code ignored;
         platform::removeFile(file_, ignored);
     }
@@ -312,7 +312,7 @@ void ProjectCache::release(const std::string& key, std::uint64_t token) noexcept
 
 std::vector<std::pair<std::string, RecordText>> ProjectCache::records() {
     std::vector<std::pair<std::string, RecordText>> records;
-    for (Entry& entry : storage_) {  // nobody else adds any while this is asked
+    for (Entry& entry : storage_) {  // nobody adds entries while this runs
         const std::lock_guard lock(entry.mutex);
         if (entry.record) {
             records.emplace_back(entry.key, *entry.record);
@@ -339,7 +339,7 @@ void ProjectCache::close() noexcept {
         const std::lock_guard lock(mutex_);
         closed_ = true;
     }
-    // Nothing is added to a closed cache, so the entries can be walked without its lock.
+    // Nothing is added to a closed cache, so walking the entries needs no lock.
     for (Entry& entry : storage_) {
         const std::lock_guard lock(entry.mutex);
         entry.closed = true;
@@ -347,7 +347,7 @@ void ProjectCache::close() noexcept {
     }
 }
 
-/// Files that had changed a moment before they were looked at: by now their times may tell.
+/// Files that had changed just before they were examined: by now their times may be reliable.
 void ProjectCache::confirmRecent(Entry& entry) {
     auto files = filesOf(entry.record->layout(kFirstRecipePart).parts);
     if (!files) {

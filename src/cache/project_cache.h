@@ -1,7 +1,7 @@
 // The memory of earlier builds of one project.
 //
-// Two levels of locks: one guards the map, one in each entry guards that entry. They are never held
-// together, so looking up one record never waits for work on another.
+// There are two levels of locks: one guards the map, and one in each entry guards that entry. They
+// are never held together, so looking up one record never waits for work on another.
 #pragma once
 
 #include <atomic>
@@ -29,8 +29,8 @@
 namespace Vesk {
 
 enum class CacheAnswer {
-    Hit,      ///< the record stands: nothing needs to run
-    Claimed,  ///< the caller builds, and then upserts or releases
+    Hit,      ///< the record stands; nothing needs to run
+    Claimed,  ///< the caller builds, then calls upsert or release
     Miss,     ///< the caller builds; its result is not recorded
     Refused,  ///< the cache has been closed
 };
@@ -38,25 +38,25 @@ enum class CacheAnswer {
 struct ObtainResult {
     CacheAnswer answer = CacheAnswer::Miss;
 
-    /// Hit: the record. Claimed and Miss: that of the last build, if any, for finding out what has
-    /// changed since.
+    /// Hit: the record. Claimed and Miss: the record of the last build, if any, to find out what
+    /// has changed since.
     std::optional<RecordText> record;
 
     std::uint64_t token = 0;  ///< Claimed: never 0
 };
 
-/// What `obtain` does when nobody builds the record and it does not match.
+/// What `obtain` does if nobody is building the record and it does not match.
 enum class Lookup {
-    only,  ///< answers and claims nothing
+    only,  ///< only answers; claims nothing
     claim,
-    claimUnseen,  ///< as `claim`, without comparing: the caller knows that it does not match
+    claimUnseen,  ///< like `claim`, without comparing: the caller knows that it does not match
 };
 
 /// All operations may be called from any thread.
 class ProjectCache {
   public:
-    /// Empty; its file is kCacheFileName in this directory. Records are compared with the files as
-    /// `states` has them.
+    /// Starts empty. The file is kCacheFileName in this directory. Records are compared with the
+    /// files in the states that `states` gives.
     ProjectCache(const std::filesystem::path& directory, FileStates& states);
     ProjectCache(const ProjectCache&) = delete;
     ProjectCache& operator=(const ProjectCache&) = delete;
@@ -64,78 +64,80 @@ class ProjectCache {
     const TrackingRoot& root() const noexcept { return root_; }
     FileStates& states() noexcept { return states_; }
 
-    /// What builds have made. To be used on one thread at a time; `save` saves it too.
+    /// The files that builds have made. To be used by one thread at a time; `save` saves it as
+    /// well.
     MadeFiles& made() noexcept { return made_; }
 
-    /// Reads the file. Never fails: after a fault the cache is empty and a warning has told why.
-    /// To be called before anything else.
+    /// Reads the file. Never fails: after a fault the cache is empty and a warning has given the
+    /// reason. Call this before anything else.
     void load();
 
-    /// Looks the key up and compares. While another build holds the claim this waits until it is
-    /// released, at most `waitMilliseconds`; 0 waits as long as it takes.
+    /// Looks the key up and compares. While another build holds the claim, waits until it is
+    /// released, at most `waitMilliseconds`; 0 means without limit.
     ObtainResult obtain(const std::string& key, const CacheRequest& request, Lookup lookup,
                         std::uint64_t waitMilliseconds);
 
-    /// The record of the last build, if any, which is compared with nothing. The key takes its
-    /// place among the records, as if it had been asked for.
+    /// The record of the last build, if any, without comparing it with anything. The key takes its
+    /// place among the records as if it had been asked for.
     std::optional<RecordText> last(const std::string& key);
 
-    /// Of the record of a finished build, to be recognised later. Nothing without one.
+    /// A hash that identifies the record of a finished build. Nothing if there is no such record.
     std::optional<ContentHash> recordHash(const std::string& key);
 
     enum class Standing {
         no,
         yes,
-        refreshed,  ///< files were touched; the record, which remembers their new times, is another
+        refreshed,  ///< files were touched, so the record was replaced by one with their new times
     };
 
-    /// Whether the record is that one, and its files are what it says, for a caller who knows that
-    /// a request would be the same. The answer is no where a file `isToBeMade`.
+    /// Whether the record is the one with this hash and its files are still as it says, for a
+    /// caller who knows that a request would be the same. The answer is `no` if a file
+    /// `isToBeMade`.
     Standing standing(const std::string& key, const ContentHash& record,
                       const std::function<bool(const std::string&)>& isToBeMade);
 
-    /// Stores the record of a finished build and ends the claim. False, with a message, when the
-    /// token is not that of the current claim. A key that nobody asked for yet is inserted. Saves
-    /// when that was long ago.
+    /// Stores the record of a finished build and ends the claim. False, with a message, if the
+    /// token is not that of the current claim. A key that nobody has asked for yet is inserted.
+    /// Saves the file if the last save was long ago.
     bool upsert(const std::string& key, RecordText record, std::uint64_t token);
 
-    /// Keeps what a build has done so far under its claim, which goes on. Saves as `upsert` does.
+    /// Keeps what a build has done so far; the claim continues. Saves as `upsert` does.
     void checkpoint(const std::string& key, RecordText record, std::uint64_t token);
 
-    /// Ends a claim without a record, after a build that failed. The key's earlier record has been
-    /// no hit since the claim. Does nothing for a token that is not current.
+    /// Ends a claim without a record, after a failed build. The key's earlier record has not been a
+    /// hit since the claim began. Does nothing for an outdated token.
     void release(const std::string& key, std::uint64_t token) noexcept;
 
-    /// Every key that has a record, and the record. While no build goes on.
+    /// All keys that have a record, with the record. Call only while nothing is being built.
     std::vector<std::pair<std::string, RecordText>> records();
 
     /// Drops the record of a key, unless it is claimed.
     void forget(const std::string& key);
 
-    /// Ends all waiting; every operation on a record is refused from now on.
+    /// Ends all waiting. From now on every operation on a record is refused.
     void close() noexcept;
 
-    /// Writes the file if there is news. False, with a message, when that fails.
+    /// Writes the file if anything is new. False, with a message, if that fails.
     bool save();
 
-    /// How long a finished build may stay unsaved while the next ones run.
+    /// How long a finished build may stay unsaved while others run.
     static constexpr std::chrono::seconds kSaveInterval{30};
 
   private:
     struct Entry {
         std::string_view key;
         std::mutex mutex;
-        std::condition_variable released;  ///< told when the claim ends
+        std::condition_variable released;  ///< notified when the claim ends
         std::optional<RecordText> record;  ///< of the last build
-        DayNumber day = 0;                 ///< on which it was last asked for; 0: not one of ours
-        bool valid = false;                ///< it finished, and nobody has begun another
-        bool stored = false;               ///< the file has a record that could be taken for a hit
+        DayNumber day = 0;                 ///< when it was last asked for; 0: not one of vesk's
+        bool valid = false;                ///< it is finished, and no newer build has begun
+        bool stored = false;  ///< the file holds a record that could be taken for a hit
         bool claimed = false;
         bool closed = false;
-        std::uint64_t token = 0;  ///< of the claim; 0 without one
+        std::uint64_t token = 0;  ///< of the claim; 0 if there is none
 
-        /// The record is no hit any more, and no recipe is fresh for its sake that does not tell
-        /// what it writes.
+        /// The record is no longer a hit, and it no longer makes a recipe fresh that does not
+        /// declare what it writes.
         void invalidate();
         void endClaim() noexcept;
     };
@@ -166,9 +168,9 @@ class ProjectCache {
 
     std::mutex mutex_;
     bool closed_ = false;
-    std::deque<Entry> storage_;                      ///< entries stay for good
-    std::deque<std::string> ownKeys_;                ///< of entries that were not in the file
-    std::shared_ptr<const std::string> textOfKeys_;  ///< keeps the keys that were
+    std::deque<Entry> storage_;                      ///< entries are never removed
+    std::deque<std::string> ownKeys_;                ///< for entries that were not in the file
+    std::shared_ptr<const std::string> textOfKeys_;  ///< keeps the other keys alive
     std::unordered_map<std::string_view, Entry*> entries_;
 
     std::mutex saving_;

@@ -1,5 +1,5 @@
-// Names under which records and requests keep what is no variable of a target. No variable of the
-// language can be called like this.
+// Names under which records and requests keep what is not a variable of a target. No variable of
+// the language can have such a name.
 #pragma once
 
 #include <string>
@@ -19,16 +19,17 @@ inline constexpr std::string_view kMilliseconds = "build: milliseconds";  ///< t
 
 /// Inputs of the first two parts.
 namespace requestField {
-inline constexpr std::string_view kDependency = "dependency: ";  ///< then its name; text: its stamp
-inline constexpr std::string_view kReads = "files: read";        ///< paths, sorted, a line each
+inline constexpr std::string_view kDependency =
+    "dependency: ";  ///< followed by its name; the text is its stamp
+inline constexpr std::string_view kReads = "files: read";  ///< paths, sorted, a line each
 inline constexpr std::string_view kWrites = "files: written";
 }  // namespace requestField
 
-/// What is kept of a text that the file must not show.
+/// Replaces a text that the file must not show.
 inline constexpr std::string_view kHashInstead = "hash: ";
 std::string hashInstead(std::string_view text);
 
-/// The inputs of the second part in the record of a build that did not finish: no request has them.
+/// The inputs of the second part in the record of an unfinished build. No request has them.
 const std::string& unfinishedInputs();
 
 }  // namespace Vesk

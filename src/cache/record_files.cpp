@@ -8,7 +8,7 @@
 namespace Vesk {
 namespace {
 
-/// Steps over an assignment; its name and text when it is one of the cache's own fields.
+/// Steps over an assignment. Gives its name and text if it is one of the cache's own fields.
 bool takeField(CacheReader& reader, std::string_view& name, std::string_view& text) {
     CacheReader ahead = reader;
     std::string_view head;
@@ -111,7 +111,7 @@ RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& fi
     for (const RecordFile& file : files) {
         appendStateLine(table, file.state, file.path);
     }
-    // In the text the line of the old table's length stands before it.
+    // In the text, the line with the old table's length comes before it.
     const auto start = static_cast<std::size_t>(old.data() - text.data());
     const std::size_t lengthLine = text.rfind('\n', start - 2) + 1;
     std::string changed(text.substr(0, lengthLine));

@@ -1,4 +1,4 @@
-// The files of a record: what they were like, and which part uses which.
+// The files of a record: their states, and which part uses which.
 #pragma once
 
 #include <cstddef>
@@ -20,43 +20,43 @@ struct RecordFile {
     FileState state;
 };
 
-/// The table of a record, given its parts. Refers to the record's text. Nothing when it has a
-/// fault.
+/// The table of a record, given its parts. Refers to the record's text. Nothing if the table is
+/// faulty.
 std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Part>& parts);
 
-/// Numbers of a part's files in that table, under kReads or kWrites. Nothing when one of them is
-/// none or is not below `limit`.
+/// The numbers of a part's files in that table, under kReads or kWrites. Nothing if one of them is
+/// not a number below `limit`.
 std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part,
                                                     std::string_view field, std::size_t limit);
 
-/// The files that any of its parts has written, each once. Refers to the record's text.
+/// The files that any part has written, each once. Refers to the record's text.
 std::vector<RecordFile> filesWritten(const RecordText& record);
 
-/// The text of a field of a part's outputs; empty without one.
+/// The text of a field in a part's outputs; empty if there is none.
 std::string_view fieldOf(const RecordText::Part& part, std::string_view field);
 
-/// How long the part's recipe took; 0 where that is not known.
+/// How long the part's recipe took; 0 if that is not known.
 double secondsIn(const RecordText::Part& part);
 
-/// The same record with other states in the table.
+/// The same record with other states in its table.
 RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files);
 
-/// The same record as one of a build that did not finish.
+/// The same record, marked as that of an unfinished build.
 RecordText unfinished(const RecordText& record);
 
-/// The outputs that a record keeps, apart from the cache's own fields. Relative paths in them start
+/// The outputs that a record keeps, without the cache's own fields. Relative paths in them start
 /// from `base`.
 std::vector<Assignment> outputsOf(const RecordText& record, const std::filesystem::path& base);
 
-/// The stamp of the build; empty where its outputs tell enough.
+/// The stamp of the build; empty if its outputs tell enough.
 std::string stampOf(const RecordText& record);
 
-/// A table that is being filled, each file once.
+/// A table under construction, with each file once.
 class FileTable {
   public:
     bool contains(std::string_view stored) const { return numbers_.contains(std::string(stored)); }
 
-    /// The number of a file that is there.
+    /// The number of a file that the table contains.
     std::size_t numberOf(std::string_view stored) const { return numbers_.at(std::string(stored)); }
 
     std::size_t add(std::string_view stored, const FileState& state);

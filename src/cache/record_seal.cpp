@@ -14,18 +14,19 @@ constexpr std::size_t kDayDigits = 6;
 constexpr std::size_t kHashDigits = 32;
 constexpr std::size_t kSealSize = kDayDigits + 1 + kHashDigits;  // "020417 0123...ef"
 
-/// Empty without one.
+/// Empty if the record has none.
 std::string_view sealOf(const RecordText& record) {
     const auto parts = record.layout(1).parts;
     return parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kSeal);
 }
 
-/// Of the key and the whole text but the hash itself, which starts at `hashAt`.
+/// The hash of the key and the whole text except the hash itself, which starts at `hashAt`.
 std::string hashDigits(std::string_view key, std::string_view text, std::size_t hashAt) {
     return digits(hashText({key, "\n", text.substr(0, hashAt), text.substr(hashAt + kHashDigits)}));
 }
 
-/// Fields of ours are in many places, so that they are never all damaged at once.
+/// Whether any of vesk's own fields are there. They stand in many places, so damage never hits them
+/// all.
 bool isOurs(const RecordText& record) {
     return record.text().find("\nfiles: ") != std::string_view::npos;
 }

@@ -1,8 +1,8 @@
-// How a record in the file shows that it is all that was written.
+// How a record in the file shows that it is complete.
 //
-// A field of the record's first part holds the day on which it was last asked for and a hash of all
-// the rest, key included. A record without one is none that was made here; it is kept, but it
-// answers no request.
+// A field of the record's first part holds the day on which the record was last asked for and a
+// hash of everything else, including the key. A record without a seal was not written by vesk; it
+// is kept but answers no request.
 #pragma once
 
 #include <cstdint>
@@ -19,13 +19,13 @@ namespace Vesk {
 /// The field's text in a record that is not in a file.
 const std::string& openSeal();
 
-/// The day in the record's seal, 0 for a record of others. Nothing for one that is damaged.
+/// The day in the record's seal; 0 if there is no seal. Nothing for a damaged record.
 std::optional<DayNumber> checkSeal(std::string_view key, const RecordText& record);
 
-/// Of the record without its seal: the same in memory and in any file.
+/// The hash of the record without its seal, the same in memory and in any file.
 ContentHash hashWithoutSeal(const RecordText& record);
 
-/// Appends a record as it stands in the file.
+/// Appends a record in the form that it has in the file.
 void appendSealed(std::string& out, std::string_view key, const RecordText& record, DayNumber day);
 
 }  // namespace Vesk

@@ -14,7 +14,7 @@
 namespace Vesk {
 namespace {
 
-/// A file as a compiler names it, which may put "./" in front of what it was given.
+/// A file as a compiler names it, possibly with "./" in front of the given name.
 std::string reportedPath(const std::filesystem::path& directory, std::string_view name) {
     while (name.starts_with("./")) {
         name.remove_prefix(2);
@@ -55,8 +55,8 @@ class RecordMaker {
         double seconds = 0;
     };
 
-    /// What is written comes first: a file that one step makes and another reads is remembered as
-    /// it was made.
+    /// Written files come first: a file that one step makes and another reads is remembered as it
+    /// was made.
     void collectParts() {
         parts_.resize(2);
         for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
@@ -104,8 +104,8 @@ class RecordMaker {
         return numbers;
     }
 
-    /// Remembers where the headers might have been found before they were, so that a file that
-    /// appears there is noticed. One that is there already was passed over.
+    /// Remembers where the headers could have been found earlier on the search path, so that a file
+    /// appearing there is noticed. A file that is already there was passed over.
     void watch(const HeadersRead& headers, std::vector<std::size_t>& numbers) {
         std::unordered_set<std::size_t> known(numbers.begin(), numbers.end());
         const auto add = [&](std::size_t number) {
@@ -123,7 +123,7 @@ class RecordMaker {
         });
     }
 
-    /// The state of the directory is taken before anybody asks whether the file is there.
+    /// The state of the directory is taken before anyone asks whether the file exists.
     std::size_t numberOfNames(const std::string& place) {
         const auto [entry, isNew] = watched_.try_emplace(std::string(directoryOf(place)), 0);
         if (isNew) {
@@ -139,7 +139,7 @@ class RecordMaker {
         return results_.outcomes[part] == StepOutcome::Kept && last_.lastPart(part);
     }
 
-    /// Files of a step that did not run, as they have been found unchanged.
+    /// The files of a step that did not run, as they were found unchanged.
     std::vector<std::size_t> known(std::size_t part, std::string_view field) {
         const std::vector<RecordFile>& files = last_.lastFiles();
         numbersOfLast_.resize(files.size());
@@ -167,7 +167,7 @@ class RecordMaker {
             if (!table_.contains(stored)) {
                 FileState state = states_.current(path);
                 if (state.kind == FileState::Kind::Missing && hasSteps()) {
-                    state.kind = FileState::Kind::Unknown;  // to be made again, if it can be
+                    state.kind = FileState::Kind::Unknown;  // to be made again, if possible
                     noteMissing(path);
                 }
                 table_.add(stored, state);
@@ -177,7 +177,7 @@ class RecordMaker {
         return numbers;
     }
 
-    /// A target without steps says what is there, not what it makes.
+    /// A target without steps lists what exists; it does not make it.
     bool hasSteps() const { return request_.parts.size() > kFirstRecipePart; }
 
     void noteMissing(const std::string& path) {
@@ -204,7 +204,7 @@ class RecordMaker {
     void addDiscovered(const CacheRequest::Part& part, std::vector<std::size_t>& numbers) {
         const auto names = readDependencyFile(part.dependencyFile);
         if (!names) {
-            // The compiler told nothing: whether this step is fresh cannot be known.
+            // The compiler reported nothing, so nobody can know whether this step is fresh.
             FileState unknown;
             unknown.kind = FileState::Kind::Unknown;
             numbers.push_back(table_.add(root_.stored(trackedPath(part.dependencyFile)), unknown));
@@ -264,10 +264,11 @@ class RecordMaker {
     const TrackingRoot& root_;
     std::vector<std::string>* missing_;
     std::vector<Part> parts_;
-    std::vector<std::size_t> numbers_;  ///< in the request, of the parts after the first two
+    std::vector<std::size_t> numbers_;  ///< indexes in the request of the parts after the first two
     FileTable table_;
-    std::unordered_map<std::string, std::size_t> watched_;   ///< by directory, in table_
-    std::vector<std::optional<std::size_t>> numbersOfLast_;  ///< in table_, of the last record's
+    std::unordered_map<std::string, std::size_t> watched_;  ///< by directory, in table_
+    std::vector<std::optional<std::size_t>>
+        numbersOfLast_;  ///< indexes in `table_` of the last record's files
 };
 
 }  // namespace

@@ -7,7 +7,7 @@
 namespace Vesk {
 namespace {
 
-/// Of the source and of the headers, each once: files look beside themselves first.
+/// The directories of the source and of the headers, each once: compilers look beside a file first.
 std::vector<std::string_view> directoriesOf(const HeadersRead& read) {
     std::vector<std::string_view> directories = {directoryOf(read.source)};
     for (const std::string& header : read.headers) {

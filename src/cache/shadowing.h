@@ -1,5 +1,5 @@
-// Where a compiler has looked for headers in vain: a file that appears there takes the place of the
-// one that was found.
+// Places where a compiler looked for headers in vain. A file that appears there would be found
+// instead of the current one.
 #pragma once
 
 #include <functional>
@@ -12,20 +12,20 @@
 
 namespace Vesk {
 
-/// What one command has read. Paths as FileStates takes them.
+/// What one command has read. Paths are those that FileStates takes.
 struct HeadersRead {
     const HeaderSearch* search = nullptr;
     std::string_view source;
     std::vector<std::string> headers;
 };
 
-/// Calls `take` with every path that comes before one of the headers, until it says no. Which file
-/// included a header, and by which name, is not known: a path may be among them at which nobody has
-/// looked.
+/// Calls `take` with every path that is searched before one of the headers is found, until it
+/// returns false. Which file included a header, and by which name, is not known, so some of these
+/// paths may never have been looked at.
 void eachEarlierPlace(const HeadersRead& read, const std::function<bool(const std::string&)>& take);
 
-/// The namesPath that shows a file that appears at `place`: that of its directory, or of the
-/// nearest one above that is there.
+/// The namesPath that reveals a file appearing at `place`: that of its directory, or of the nearest
+/// existing directory above.
 std::string watchedNames(const std::string& place, FileStates& states);
 
 }  // namespace Vesk

@@ -41,7 +41,7 @@ std::string_view directoryOf(std::string_view path) noexcept {
 
 namespace {
 
-/// Some compilers of Windows report all names in lower case.
+/// Some compilers on Windows report all names in lower case.
 bool beginsWith(std::string_view path, std::string_view start) noexcept {
     const std::string_view head = path.substr(0, start.size());
     return platform::kWindows ? equalsIgnoringCase(head, start) : head == start;

@@ -1,4 +1,4 @@
-// Paths as the cache spells them.
+// Paths in the form that the cache uses.
 #pragma once
 
 #include <filesystem>
@@ -11,33 +11,33 @@ namespace Vesk {
 /// Absolute, UTF-8, with forward slashes.
 std::string trackedPath(const std::filesystem::path& path);
 
-/// The same for a path in UTF-8, which starts from `base` when it is relative.
+/// The same for a path in UTF-8. A relative one starts from `base`.
 std::string trackedPath(const std::string& path, const std::filesystem::path& base);
 
-/// The path that stands for the names in a directory, "include/*". No file that is tracked has such
-/// a name: a star makes a pattern.
+/// The path that stands for the names in a directory, "include/*". No tracked file has such a name,
+/// because a star makes a pattern.
 std::string namesPath(std::string_view directory);
 bool isNamesPath(std::string_view path) noexcept;
 
-/// The directory that holds a file, and the one of a namesPath. Empty where there is none.
+/// The directory of a file, or the one that a namesPath stands for. Empty if there is none.
 std::string_view directoryOf(std::string_view path) noexcept;
 
-/// Whether a tracked path lies in a directory that is written in the same way.
+/// Whether a tracked path lies below a directory that is spelled the same way.
 bool isBelow(std::string_view path, std::string_view directory) noexcept;
 
-/// Whether a tracked path lies in one of the directories, which are written in the same way.
+/// Whether a tracked path lies below one of the directories, which are spelled the same way.
 bool isBelowAny(std::string_view path, const std::vector<std::string>& directories) noexcept;
 
-/// A project's directory, from which records name the files below it, so that a project that has
-/// moved finds its records good.
+/// A project's directory. Records name the files below it relative to it, so they stay valid when
+/// the project moves.
 class TrackingRoot {
   public:
     explicit TrackingRoot(const std::filesystem::path& directory);
 
-    /// A tracked path as it stands in a record.
+    /// The form that a tracked path has in a record.
     std::string_view stored(std::string_view path) const;
 
-    /// And back.
+    /// The reverse.
     std::string absolute(std::string_view stored) const;
 
     const std::filesystem::path& directory() const noexcept { return directory_; }

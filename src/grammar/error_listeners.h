@@ -1,4 +1,4 @@
-// What happens to syntax errors where they do not go straight to the console.
+// What happens to syntax errors that do not go straight to the console.
 #pragma once
 
 #include <cstdint>
@@ -29,15 +29,15 @@ class VeskErrorCounter : public antlr4::BaseErrorListener {
     std::int32_t count_ = 0;
 };
 
-/// What helps with the errors of one file: the place of each, as file, line and column, the line's
-/// text, and a caret below the column; then how to write what is meant. That is said once in a
-/// file, and of one line once: the parser mostly stumbles again over what follows.
+/// The lines that help with an error of one file: its place as file, line and column, the source
+/// line, a caret below the column, and then how to write what was meant. Each hint is given once in
+/// a file, and only one on a line, because further errors there mostly follow from the first.
 class ErrorHelp {
   public:
     /// Name and text must outlive the object.
     ErrorHelp(std::string_view name, std::string_view text) : name_(name), text_(text) {}
 
-    /// The lines for an error as a listener gets it.
+    /// The lines for an error, given what a listener gets.
     std::vector<std::string> lines(antlr4::Recognizer* recognizer, const antlr4::Token* offending,
                                    std::size_t line, std::size_t column);
 
@@ -48,8 +48,8 @@ class ErrorHelp {
     std::size_t hinted_ = 0;  ///< the last line with a hint
 };
 
-/// Has the runtime's console listener print an error, and what helps below. It stands in for that
-/// listener, as the runtime calls several in the order of their addresses.
+/// Has the runtime's console listener print an error, and prints the help below it. It replaces
+/// that listener, because the runtime calls several listeners in the order of their addresses.
 class PlaceListener : public antlr4::BaseErrorListener {
   public:
     /// Name and text must outlive the listener.
@@ -63,8 +63,8 @@ class PlaceListener : public antlr4::BaseErrorListener {
     ErrorHelp help_;
 };
 
-/// Collects errors as "source(1,4): 'token' message", and what helps with them. Throws nothing:
-/// the caller of the parser does, with all of them.
+/// Collects errors as "source(1,4): 'token': message", with the help for them. Throws nothing; the
+/// caller of the parser throws them all together.
 class ThrowingErrorListener : public antlr4::BaseErrorListener {
   public:
     /// The text must outlive the listener.

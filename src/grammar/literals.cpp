@@ -32,7 +32,8 @@ std::optional<SignedMagnitude> readNumber(std::string_view text) noexcept {
     return number;
 }
 
-/// The number below zero with that magnitude; in unsigned arithmetic, so that the least one works.
+/// The negative number with that magnitude. Unsigned arithmetic, so that the smallest number works
+/// too.
 std::int64_t negated(std::uint64_t magnitude) noexcept {
     return static_cast<std::int64_t>(std::uint64_t{0} - magnitude);
 }

@@ -26,7 +26,7 @@ using Parser = grammar::VeskTopParser;
 template <class FileTree, class TopTree>
 struct FileScheme {
     const char* kind;     ///< as in "Project file '...' not found."
-    const char* noModel;  ///< the error when the visit gives nothing
+    const char* noModel;  ///< the error if the visit gives nothing
     FileKind fileKind;
     FileTree* (Parser::*startRule)();
     TopTree* (FileTree::*top)();
@@ -53,7 +53,8 @@ Model modelOf(Tree* tree, const std::filesystem::path& path, FileKind kind, cons
     }
 }
 
-/// A text and the recognisers that work on it. The tree that they make lives as long.
+/// A text and the recognisers that work on it. The tree that they make lives as long as this
+/// object.
 struct Parse {
     explicit Parse(const SourceFile& file) : input(file.text(), file.name()), recognisers(&input) {}
 
@@ -61,8 +62,8 @@ struct Parse {
     Recognisers recognisers;
 };
 
-/// The tree of a file without errors, or null. All of the file is split into tokens first, so that
-/// one with too many open brackets is refused before anything else is said about it.
+/// The tree of a file without errors, or null. The whole file is split into tokens first, so a file
+/// with too many open brackets is refused before any other error is reported.
 template <class FileTree>
 FileTree* parseFast(Parse& parse, FileTree* (Parser::*startRule)()) {
     makeFast(parse.recognisers);
@@ -70,12 +71,12 @@ FileTree* parseFast(Parse& parse, FileTree* (Parser::*startRule)()) {
     return tryRule(parse.recognisers, startRule);
 }
 
-/// Parses again what `parseFast` found faulty. Each error is printed as it is found, and its place
-/// is shown below. Errors of the lexer alone do not reject the file: what they are about
-/// is left out.
+/// Parses again what `parseFast` found faulty. Each error is printed as soon as it is found, with
+/// its place below. Errors of the lexer alone do not reject the file; what they refer to is left
+/// out.
 Parser::UnitFileContext* parseReporting(Parse& parse, const SourceFile& file) {
     console::flush();              // the runtime writes to standard error by itself,
-    platform::recordSideEffect();  // past what is kept to be repeated
+    platform::recordSideEffect();  // bypassing the record of what to print again
     PlaceListener places(file.name(), file.text());
     parse.recognisers.lexer.removeErrorListeners();
     parse.recognisers.lexer.addErrorListener(&places);
@@ -90,7 +91,7 @@ Parser::UnitFileContext* parseReporting(Parse& parse, const SourceFile& file) {
     return tree;
 }
 
-/// Parses again what `parseFast` found faulty, and throws all errors at once.
+/// Parses again what `parseFast` found faulty, and throws all errors together.
 template <class FileTree>
 [[noreturn]] void throwCollected(const SourceFile& file, FileTree* (Parser::*startRule)()) {
     Parse parse(file);

@@ -1,5 +1,5 @@
-// What project and registry files say, entry by entry in the order of the file. Nothing is merged
-// by name and nothing is looked up here. What unit files say is the model of types/model/target.h.
+// What project and registry files say, entry by entry in file order. Nothing is merged by name and
+// nothing is looked up here. The contents of unit files are modelled in types/model/target.h.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +19,8 @@ class ContextTemplate;
 /// An entry of a tools section.
 struct ToolEntry {
     std::string name;
-    std::shared_ptr<Context> context;  ///< empty in a registry when the body cannot be merged
-    std::shared_ptr<const ContextTemplate> source;  ///< as written, nothing merged
+    std::shared_ptr<Context> context;  ///< empty in a registry if the body cannot be merged
+    std::shared_ptr<const ContextTemplate> source;  ///< as written, without merging
     std::string failure;                            ///< why there is no context
     std::uint32_t line = 0;
 };
@@ -39,13 +39,14 @@ struct UnitEntry {
     std::uint32_t line = 0;
 };
 
-/// An entry of an import section. Parts that are not written are empty.
+/// An entry of an import section. Parts that are not written stay empty.
 struct ProjectImport {
     bool byPath = false;
-    std::string location;         ///< the path, or the registered name, as written
-    std::string alias;            ///< of an import by path
-    std::string sourceProfile;    ///< of the importing project; the import needs it
-    std::string importedProfile;  ///< the profile with which the imported project is loaded
+    std::string location;  ///< the path, or the registered name, as written
+    std::string alias;     ///< of an import by path
+    std::string
+        sourceProfile;  ///< a profile of the importing project under which the import applies
+    std::string importedProfile;  ///< the profile under which the imported project is loaded
     std::uint32_t line = 0;
 };
 

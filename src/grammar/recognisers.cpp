@@ -9,8 +9,8 @@
 namespace Vesk {
 namespace {
 
-/// Text is read on one thread, so the automaton that lexers share needs no lock for each character:
-/// locking is a third of the time that the runtime takes for one.
+/// Text is read on one thread, so the automaton that lexers share needs no lock for each character.
+/// Locking would take a third of the time that the runtime spends on one.
 class LoneSimulator : public antlr4::atn::LexerATNSimulator {
   public:
     using LexerATNSimulator::LexerATNSimulator;
@@ -26,7 +26,7 @@ class LoneSimulator : public antlr4::atn::LexerATNSimulator {
     }
 };
 
-/// The runtime's error handling, with control characters escaped in messages.
+/// The runtime's error handling, but with control characters in messages escaped.
 class PrintableErrors : public antlr4::DefaultErrorStrategy {
   protected:
     std::string escapeWSAndQuote(const std::string& text) const override {

@@ -1,4 +1,4 @@
-// Lexer and parser over one text, and how they are run.
+// Lexer and parser for one text, and how to run them.
 #pragma once
 
 #include <memory>
@@ -10,17 +10,17 @@
 
 namespace Vesk {
 
-/// The lexer, with two checks that rules cannot make. It counts how many braces and square brackets
-/// are open, and throws VeskException, with the place, for one more than kMaxNesting: the parser
-/// would overflow the stack. And it sees that a comment is never closed: one error that covers the
-/// rest of the text, instead of a slash, an asterisk and the comment's words as tokens.
+/// The lexer, with two checks that rules cannot express. It counts open braces and square brackets
+/// and throws VeskException, with the place, beyond kMaxNesting, where the parser would overflow
+/// the stack. And it detects a comment that is never closed: one error that covers the rest of the
+/// text, instead of a slash, an asterisk and the comment's words as tokens.
 class CheckingLexer : public grammar::CommonLexer {
   public:
     explicit CheckingLexer(antlr4::CharStream* input);
 
     std::unique_ptr<antlr4::Token> nextToken() override;
 
-    /// Messages go to a terminal, texts of files may hold anything.
+    /// Messages go to a terminal, and texts of files may contain anything.
     std::string getErrorDisplay(const std::string& text) override;
 
   private:
@@ -30,7 +30,7 @@ class CheckingLexer : public grammar::CommonLexer {
     std::size_t open_ = 0;
 };
 
-/// A lexer and a parser with the runtime's default listeners. Owns tokens and parse tree.
+/// A lexer and a parser with the runtime's default listeners. Owns the tokens and the parse tree.
 struct Recognisers {
     explicit Recognisers(antlr4::CharStream* input);
 
@@ -39,13 +39,13 @@ struct Recognisers {
     grammar::VeskTopParser parser;
 };
 
-/// Sets recognisers up for a fast, silent attempt: errors end the parse, conflicts are settled
-/// without looking at the calling rules. What it accepts, the thorough parse accepts as well, with
-/// the same tree.
+/// Sets recognisers up for a fast, silent attempt: an error ends the parse, and conflicts are
+/// settled without looking at the calling rules. Whatever it accepts, the thorough parse accepts as
+/// well, with the same tree.
 void makeFast(Recognisers& recognisers);
 
-/// Runs `rule` in a fast attempt. Null when the text has errors, in the lexer or the parser; the
-/// text is then to be parsed again, by recognisers that report them.
+/// Runs `rule` in a fast attempt. Null if the text has errors, in the lexer or the parser; the text
+/// is then parsed again by recognisers that report them.
 template <class Tree>
 Tree* tryRule(Recognisers& recognisers, Tree* (grammar::VeskTopParser::*rule)()) {
     try {

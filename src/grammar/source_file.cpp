@@ -26,7 +26,8 @@ std::string reasonOf(const std::error_code& error) {
         return fmt::format("it is larger than {} MiB, so it is not a file written for vesk",
                            kMaxFileBytes / (1024 * 1024));
     }
-    const std::string text = error.message();  // some systems end it with a stop and a line end
+    const std::string text =
+        error.message();  // some systems end it with a full stop and a line end
     std::string_view reason = trimmed(text);
     while (reason.ends_with('.')) {
         reason.remove_suffix(1);

@@ -1,4 +1,4 @@
-// Files of the language as the parser needs them: read whole, and text.
+// Files of the language, read whole and checked to be text.
 #pragma once
 
 #include <cstddef>
@@ -11,19 +11,20 @@ namespace Vesk {
 /// The bytes of one file.
 class SourceFile {
   public:
-    /// Reads the file. One that cannot be read leaves `failure` set.
+    /// Reads the file. If it cannot be read, `failure` is set.
     explicit SourceFile(const std::filesystem::path& path);
 
-    /// Why the file cannot be read, as the end of a sentence: "Permission denied"; else empty.
+    /// Why the file cannot be read, as the end of a sentence: "Permission denied". Empty if it was
+    /// read.
     const std::string& failure() const noexcept { return failure_; }
-    /// Whether there is no such file, as opposed to one that cannot be read.
+    /// Whether the file does not exist, as opposed to being unreadable.
     bool missing() const noexcept { return missing_; }
 
-    /// The path as it was given, for messages.
+    /// The path as given, for messages.
     const std::string& name() const noexcept { return name_; }
 
-    /// The text without byte order mark. Throws VeskException, with the place, for what is no text:
-    /// a NUL byte, or bytes that are not UTF-8.
+    /// The text without byte order mark. Throws VeskException, with the place, for what is not
+    /// text: a NUL byte, or bytes that are not UTF-8.
     std::string_view text() const;
 
   private:

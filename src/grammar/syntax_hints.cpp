@@ -18,7 +18,7 @@ constexpr const char* kEscape =
     "a string has no escapes: a double quote in it is ${ascii[34]}, or write the whole as "
     "R\"(...)\"";
 
-/// The refused token with what stands around it. Beyond the ends stands the type EOF.
+/// The rejected token and its surroundings. Beyond both ends the type is EOF.
 class Place {
   public:
     Place(antlr4::TokenStream& tokens, const antlr4::Token& offending, std::string_view rest)
@@ -44,13 +44,13 @@ class Place {
         return type(offset) == Tokens::IDENTIFIER || type(offset) == Tokens::NAME_STR;
     }
 
-    /// Whether no blank stands between this token and the one before.
+    /// Whether no blank separates this token from the one before it.
     bool touches(std::ptrdiff_t offset) const {
         return at(offset - 1) != nullptr && at(offset) != nullptr &&
                at(offset - 1)->getStopIndex() + 1 == at(offset)->getStartIndex();
     }
 
-    /// The innermost bracket of a kind that is open before this token; null when there is none.
+    /// The innermost bracket of a kind that is open before this token; null if there is none.
     const antlr4::Token* openBracket(std::size_t open, std::size_t close) const {
         std::size_t closed = 0;
         for (std::ptrdiff_t offset = -1; at(offset) != nullptr; --offset) {
@@ -65,7 +65,7 @@ class Place {
 
     bool inBraces() const { return openBracket(Tokens::LBRACE, Tokens::RBRACE) != nullptr; }
 
-    /// What is written without a blank around this token, as far as it belongs to one value.
+    /// The text around this token without blanks, as far as it belongs to one value.
     std::string word() const {
         std::ptrdiff_t first = 0;
         while (touches(first) && !opens(type(first - 1))) {
@@ -100,7 +100,7 @@ std::string inQuotes(std::string_view text) {
     return fmt::format(kDoubleQuotes, fmt::format("\"{}\"", text));
 }
 
-/// "a\"b": the string that the first quote inside ended, or a string that goes on right behind it.
+/// "a\"b": the inner quote ended the string, or a string continues right behind it.
 std::string escapedQuote(const Place& place) {
     const bool ended = place.isString(-1) && place.text(-1).ends_with("\\\"");
     return ended && place.touches(0) ? kEscape : "";

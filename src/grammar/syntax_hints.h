@@ -1,5 +1,5 @@
-// What somebody most likely meant who wrote what the parser refuses: habits from shells, C, JSON
-// and other build tools.
+// What the author of a rejected text most likely meant: habits from shells, C, JSON and other build
+// tools.
 #pragma once
 
 #include <string>
@@ -9,9 +9,9 @@
 
 namespace Vesk {
 
-/// How to write what is meant where a recogniser met an error, as its listener is told; empty when
-/// there is nothing to say beyond the recogniser's own message. `rest` is the file's text from the
-/// error's place on.
+/// How to write what was meant at the place of a recogniser's error, given what its listener gets.
+/// Empty if there is nothing to add to the recogniser's own message. `rest` is the file's text from
+/// that place on.
 std::string hintFor(antlr4::Recognizer* recognizer, const antlr4::Token* offending,
                     std::string_view rest);
 

@@ -23,13 +23,13 @@ void TextStream::consume() {
 }
 
 std::size_t TextStream::LA(ssize_t offset) {
-    if (offset == 1) {  // nearly every call
+    if (offset == 1) {  // the usual case
         return position_ < size_ ? at(position_) : antlr4::IntStream::EOF;
     }
     if (offset == 0) {
         return 0;
     }
-    // Offsets count from the next character, 1, and backwards from the last one, -1.
+    // Offsets count forwards from the next character, 1, and backwards from the last one, -1.
     const ssize_t index = static_cast<ssize_t>(position_) + (offset > 0 ? offset - 1 : offset);
     if (index < 0 || static_cast<std::size_t>(index) >= size_) {
         return antlr4::IntStream::EOF;

@@ -1,4 +1,4 @@
-// The lexer's view of a text that lies in memory.
+// The lexer's view of a text in memory.
 #pragma once
 
 #include <cstddef>
@@ -9,12 +9,12 @@
 
 namespace Vesk {
 
-/// A stream of code points over UTF-8 text. Nearly all text is ASCII, and is read where it lies:
-/// the runtime's own stream would first copy it to four times its size. The text must outlive the
+/// A stream of code points over UTF-8 text. Nearly all text is ASCII and is read in place; the
+/// runtime's own stream would first copy it to four times its size. The text must outlive the
 /// stream and the tokens made from it.
 ///
 /// Text that is not well-formed UTF-8 is read byte by byte. The tokens are the same then, since
-/// only ASCII characters have a meaning outside strings; strings keep their bytes.
+/// only ASCII characters have a meaning outside strings, and strings keep their bytes.
 class TextStream : public antlr4::CharStream {
   public:
     TextStream(std::string_view text, std::string name);

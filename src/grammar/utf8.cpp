@@ -10,7 +10,7 @@ unsigned byteAt(std::string_view text, std::size_t at) noexcept {
     return static_cast<unsigned char>(text[at]);
 }
 
-/// The number of bytes that a sequence with this first byte has; 0 for a byte that starts none.
+/// How many bytes a sequence with this first byte has; 0 for a byte that starts no sequence.
 std::size_t sequenceLength(unsigned first) noexcept {
     if (first < 0x80) {
         return 1;
@@ -21,7 +21,7 @@ std::size_t sequenceLength(unsigned first) noexcept {
     return first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
 }
 
-/// Whether `second` may follow `first`: excludes over-long forms, surrogates and what lies beyond
+/// Whether `second` may follow `first`. Excludes over-long forms, surrogates and anything beyond
 /// U+10FFFF.
 bool fits(unsigned first, unsigned second) noexcept {
     const unsigned low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;

@@ -7,7 +7,7 @@
 
 namespace Vesk {
 
-/// The length in bytes of the longest start of `text` that is well-formed UTF-8.
+/// The length in bytes of the longest prefix of `text` that is well-formed UTF-8.
 std::size_t wellFormedUtf8(std::string_view text) noexcept;
 
 /// The code points of well-formed UTF-8.

@@ -1,4 +1,4 @@
-// Project and registry files: their sections.
+// The sections of project and registry files.
 #include "base/exception.h"
 #include "grammar/visitor.h"
 
@@ -15,7 +15,7 @@ std::string textOf(antlr4::tree::TerminalNode* token) {
     return token != nullptr ? token->getText() : std::string();
 }
 
-/// What both kinds of import entry have.
+/// What both kinds of import entry have in common.
 template <class Tree>
 ProjectImport importEntry(Tree* tree) {
     ProjectImport entry;
@@ -103,7 +103,8 @@ antlrcpp::Any VeskVisitorImpl::visitBuild_tool(Parser::Build_toolContext* tree) 
         if (kind_ != FileKind::Registry) {
             throw;
         }
-        tool.failure = error.report();  // it must not keep all of the user's projects from loading
+        tool.failure =
+            error.report();  // one bad entry must not keep all of the user's projects from loading
     }
     return tool;
 }

@@ -40,7 +40,8 @@ antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
     return TargetPtr(std::move(target));
 }
 
-/// Of all that a visit of the target can tell from its text: where it stands, and the text itself.
+/// A hash of all that a visit can learn about the target from its text: the place and the text
+/// itself.
 ContentHash VeskVisitorImpl::hashOf(Tree* tree) const {
     antlr4::Token* const start = tree->getStart();
     const std::string text = start->getInputStream()->getText(

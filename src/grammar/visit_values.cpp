@@ -1,4 +1,4 @@
-// Values, and the names of variables.
+// Values and the names of variables.
 #include <fmt/format.h>
 
 #include "grammar/literals.h"
@@ -28,7 +28,7 @@ bool beginsWithReference(const std::string& text) {
 
 }  // namespace
 
-// The first token decides: asking for each alternative in turn would search the children each time.
+// The first token decides. Asking for each alternative in turn would search the children each time.
 antlrcpp::Any VeskVisitorImpl::visitValueNode(Parser::ValueNodeContext* tree) {
     switch (tree->start->getType()) {
         case Parser::STRING:

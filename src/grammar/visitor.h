@@ -21,13 +21,13 @@ class Target;
 struct DependencyRecord;
 
 enum class FileKind : int {
-    Unit = 0,  ///< also a text that is not a file
+    Unit = 0,  ///< also for a text that is not a file
     Project = 1,
     Registry = 2,
 };
 
-/// Visits the tree of a text without syntax errors. Each visit returns what its rule stands for, as
-/// the type named at its group; `taken` gets it out. Errors carry a note with file and line.
+/// Visits the tree of a text without syntax errors. Each visit returns what its rule stands for,
+/// with the type named at its group; `taken` extracts it. Errors carry a note with file and line.
 class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
   public:
     using Any = antlrcpp::Any;
@@ -35,10 +35,10 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     using TargetPtr = std::shared_ptr<const Target>;
     using TemplatePtr = std::shared_ptr<const ContextTemplate>;
 
-    /// For a file; `name` stands for it in messages.
+    /// For a file. Messages call it `name`.
     VeskVisitorImpl(std::filesystem::path file, std::string name, FileKind kind);
 
-    /// For a text that is not a file: relative paths in it are relative to `base`.
+    /// For a text that is not a file. Relative paths in it are relative to `base`.
     explicit VeskVisitorImpl(std::filesystem::path base);
 
     // Unit files: Unit, TargetPtr, DependencyRecord, DependencyReference, IdentifierPath,
@@ -105,7 +105,7 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     ValuePtr pathValue(std::string text) const;
     std::shared_ptr<Context> instantiated(const ContextTemplate& source, const Tree* tree) const;
 
-    /// Where a part of the tree begins.
+    /// The place where a part of the tree begins.
     SourcePlace placeOf(const Tree* tree) const;
 
     /// Throws VeskException with notes that show the place.
@@ -121,7 +121,7 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     bool inTool_ = false;
 };
 
-/// The result of a visit. Throws std::bad_cast when the visit gave none of that type.
+/// The result of a visit. Throws std::bad_cast if the result has another type.
 template <class T>
 T taken(antlrcpp::Any result) {
     return std::move(result.as<T>());
@@ -130,7 +130,7 @@ T taken(antlrcpp::Any result) {
 /// The line on which a part of the tree begins.
 std::uint32_t lineOf(const antlr4::ParserRuleContext* tree);
 
-/// Without so many characters at the start and at the end.
+/// The text without so many characters at the start and at the end.
 std::string stripped(const std::string& tokenText, std::size_t front, std::size_t back);
 
 }  // namespace Vesk

@@ -30,7 +30,7 @@ bool typeIsGivenTwice(const ContextTemplate& source) {
     return std::count_if(source.assignments.begin(), source.assignments.end(), isType) > 1;
 }
 
-/// The declaration's assignments apart from the type, those with "!" and the others.
+/// The declaration's assignments apart from the type: those with "!" and all others.
 struct Declared {
     AssignmentMap must;
     AssignmentMap others;
@@ -42,7 +42,8 @@ Declared splitDeclaration(const Context& context) {
         if (!equalsIgnoringCase(key, kToolType)) {
             AssignmentMap& map =
                 assignment.modifier == AssignModifier::Must ? declared.must : declared.others;
-            // A copy of the value too: it must not refer to the context, which may end first.
+            // The value is copied as well, since it must not refer to the context, which may be
+            // gone first.
             map.emplace(key, deepCopy(assignment));
         }
     }

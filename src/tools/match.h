@@ -1,4 +1,4 @@
-// The outcome of comparing a tool with a target.
+// The result of comparing a tool with a target.
 #pragma once
 
 #include <cstdint>
@@ -8,23 +8,24 @@
 
 namespace Vesk {
 
-/// How a variable that a tool looks at compares.
+/// How a variable that a tool compares fits.
 enum class MatchKind : std::uint32_t {
     NoMatch = 0,       ///< the target only declares it as an output, without a value
-    PartialMatch = 1,  ///< the target has it, with another value or with none to compare
-    ExactMatch = 2,    ///< both give the same value
+    PartialMatch = 1,  ///< the target has it with another value, or without one to compare
+    ExactMatch = 2,    ///< both have the same value
 };
 
 /// Whether the tool can build the target at all.
 enum class MatchNote : std::uint32_t { BuildImpossible = 0, BuildPossible = 1 };
 
-/// The note's name, as log lines print it.
+/// The value's name, as log lines print it.
 constexpr const char* matchNoteName(MatchNote note) noexcept {
     return note == MatchNote::BuildPossible ? "BuildPossible" : "BuildImpossible";
 }
 
 struct MatchResult {
-    std::map<CiString, MatchKind, CiLess> matches;  ///< by variable; what a target lacks is absent
+    std::map<CiString, MatchKind, CiLess>
+        matches;  ///< by variable; those not in the target are absent
     MatchNote note = MatchNote::BuildImpossible;
 };
 

@@ -14,7 +14,7 @@ bool isUnresolved(const VeskValue& value) {
     return valueAs<VeskIdentifier>(&value) != nullptr;
 }
 
-/// Kinds of value that cannot be compared with each other differ.
+/// Kinds of value that cannot be compared with each other count as different.
 bool equalValues(const ValuePtr& target, const ValuePtr& tool) {
     if (!target || !tool || isUnresolved(*target) || isUnresolved(*tool)) {
         return false;
@@ -95,8 +95,8 @@ bool Matcher::needsSatisfied(const Context& target) const {
     return true;
 }
 
-// Tools want few variables and targets have many, so the walk is over the wants; both are in name
-// order, so the outcome and the log are those of a walk over the target.
+// Tools want few variables and targets have many, so this walks the wants. Both are in name order,
+// so the outcome and the log are those of a walk over the target.
 void Matcher::compareWants(const Context& target, MatchResult& result) const {
     const bool logs = console::enabled(console::level::kMatch);
     for (const auto& [key, want] : wants_) {

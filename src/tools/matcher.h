@@ -1,4 +1,4 @@
-// Tools, seen from the side that chooses among them.
+// Tools from the side that chooses among them.
 #pragma once
 
 #include <memory>
@@ -14,8 +14,8 @@ namespace Vesk {
 
 class Builder;
 
-/// A named tool: decides whether it can build a target and how well it fits, and makes the builder
-/// that does the work. Owned by its toolbox; not changed after construction.
+/// A named tool. It decides whether it can build a target and how well it fits, and makes the
+/// builder that does the work. Owned by its toolbox; not changed after construction.
 class Matcher {
   public:
     virtual ~Matcher() = default;
@@ -24,33 +24,33 @@ class Matcher {
     virtual std::unique_ptr<Matcher> clone() const = 0;
 
   protected:
-    /// What the concrete tool adds to a match whose needs are satisfied: a verdict, and kinds that
-    /// take precedence over the comparison of wants.
+    /// What the concrete tool adds to a match whose needs are satisfied: whether it can build, and
+    /// kinds of match that take precedence over the comparison of wants.
     virtual MatchResult matchTool(const Context& target) const;
 
   public:
-    /// The builder of this tool that suits the target. Throws VeskException when there is none.
+    /// The builder of this tool for the target. Throws VeskException if there is none.
     virtual std::shared_ptr<Builder> createBuilder(const Context& target) const = 0;
 
-    /// Compares the tool with a target of which the values of `comparedNames` are resolved; a value
+    /// Compares the tool with a target in which the values of `comparedNames` are resolved. A value
     /// that is still an identifier differs from every other.
     MatchResult match(const Context& target) const;
 
     const CiString& name() const noexcept { return name_; }
 
-    /// The word of `tool_type` under which the class is registered.
+    /// The word for `tool_type` under which the class is registered.
     const std::string& typeWord() const noexcept { return typeWord_; }
 
-    /// One line for the tool selection report: the type word, the name in apostrophes and, when the
-    /// declaration gives one, the toolchain's name.
+    /// One line for the tool selection report: the type word, the name in apostrophes and the
+    /// toolchain's name, if declared.
     virtual std::string description() const;
 
-    /// What lies under the context of a target that this tool builds: `tool_type` and all that the
-    /// tool's declaration gave, with its operators and modifiers.
+    /// The layer under the context of a target that this tool builds: `tool_type` and everything
+    /// that the tool's declaration gave, with its operators and modifiers.
     const AssignmentMap& declaredSettings() const noexcept { return declared_; }
 
-    /// The variables of a target whose values this tool compares, as opposed to those of which it
-    /// only asks whether they are there.
+    /// The variables of a target whose values this tool compares, as opposed to those that it only
+    /// checks for existence.
     virtual std::vector<CiString> comparedNames() const;
 
     const AssignmentMap& wants() const noexcept { return wants_; }
@@ -58,8 +58,8 @@ class Matcher {
 
   protected:
     /// Puts the declaration over the class's tables. `must` holds the assignments with "!", which
-    /// may satisfy needs; `others` the rest. Throws what a derived class throws for a declaration
-    /// that cannot work.
+    /// may satisfy needs; `others` holds the rest. Throws what a derived class throws for a
+    /// declaration that cannot work.
     Matcher(CiString name, std::string typeWord, const AssignmentMap& wants,
             const AssignmentMap& needs, const AssignmentMap& must, const AssignmentMap& others);
     Matcher(const Matcher&) = default;
@@ -71,8 +71,8 @@ class Matcher {
 
     CiString name_;
     std::string typeWord_;
-    AssignmentMap wants_;  ///< looked at to score a target, with the tool's own values
-    AssignmentMap needs_;  ///< must be in a target, unless there is a value here
+    AssignmentMap wants_;  ///< compared to score a target, with the tool's own values
+    AssignmentMap needs_;  ///< must be in a target unless they have a value here
     AssignmentMap declared_;
 };
 

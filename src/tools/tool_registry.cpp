@@ -10,7 +10,7 @@ namespace {
 
 using Registry = std::map<CiString, ToolType, CiLess>;
 
-/// Made on first use: registration objects of other files may run before this file's own.
+/// Created on first use: registration objects of other files may run before this file's own.
 Registry& registry() {
     static Registry types;
     return types;

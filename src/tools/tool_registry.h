@@ -1,10 +1,10 @@
-// The types of tool that this program knows, by the word that `tool_type` names them with, and all
-// that the rest of the program has to know of each.
+// The types of tool that this program knows, by their words for `tool_type`, and everything that
+// the rest of the program has to know about each.
 //
-// Filled before main starts, by one ToolTypeRegistration object in the source file of each matcher
-// class, and only read afterwards. A linker takes such an object out of a static library only when
-// something refers to it: static_tools.cpp refers to those of all static tools, so every program
-// that creates the static tools has their types registered.
+// The registry is filled before main starts, by one ToolTypeRegistration object in the source file
+// of each matcher class, and is only read after that. A linker takes such an object out of a static
+// library only if something refers to it; static_tools.cpp refers to those of all static tools, so
+// every program that creates the static tools has their types registered.
 #pragma once
 
 #include <functional>
@@ -20,38 +20,39 @@
 
 namespace Vesk {
 
-/// Makes a matcher from a tool's name and its declaration, split into assignments with "!" and all
-/// others. May return null or throw when it cannot.
+/// Makes a matcher from a tool's name and its declaration, which is split into the assignments with
+/// "!" and all others. May return null or throw if that is not possible.
 using MatcherFactory = std::function<std::unique_ptr<Matcher>(
     const CiString& name, const AssignmentMap& must, const AssignmentMap& others)>;
 
-/// A name that people know from other tools, "LDFLAGS", and the variable of that meaning here.
+/// A name that people know from other tools, "LDFLAGS", and the variable with that meaning here.
 struct Misnomer {
     std::string_view typed;
     std::string_view meant;
 };
 
-/// What is referred to lives as long as the program.
+/// Everything referred to lives as long as the program.
 struct ToolType {
     std::string_view word;
     MatcherFactory factory;
-    std::span<const std::string_view> sources = {};  ///< variables by which a target asks for it
+    std::span<const std::string_view> sources = {};  ///< by which a target asks for it
     std::span<const Misnomer> misnomers = {};
     VariableGroups variables = {};
 
-    /// For a toolchain: finds those of this machine. A type without exists without being declared.
+    /// For a toolchain: finds those of this machine. A type without a detector exists without being
+    /// declared.
     ToolchainDetector detect = nullptr;
     int rank = 0;  ///< detectors are asked in this order, the lowest first
 
-    /// The word in the name of a compiler of the type, "gcc"; empty where its directory tells that
-    /// it is there.
+    /// The word in the name of a compiler of the type, "gcc"; empty if its directory shows that it
+    /// is there.
     std::string_view compiler = {};
 
     bool isToolchain() const noexcept { return detect != nullptr; }
 };
 
-/// Registers a type for as long as the program runs; a word that is registered already keeps its
-/// first type.
+/// Registers a type for the life of the program. A word that is already registered keeps its first
+/// type.
 class ToolTypeRegistration {
   public:
     explicit ToolTypeRegistration(ToolType type);
@@ -62,7 +63,7 @@ class ToolTypeRegistration {
     std::string_view word_;
 };
 
-/// The factory for classes whose constructor takes what a factory is given.
+/// The factory for classes whose constructor takes what a factory gets.
 template <class M>
 MatcherFactory matcherFactory() {
     return [](const CiString& name, const AssignmentMap& must, const AssignmentMap& others) {
@@ -75,20 +76,20 @@ const ToolType* findToolType(std::string_view word);
 
 bool isKnownToolType(std::string_view word);
 
-/// Every registered type, in the order of their ranks and then of their words.
+/// All registered types, in the order of their ranks, then of their words.
 std::vector<const ToolType*> toolTypes();
 
-/// Every registered word, in order.
+/// All registered words, in order.
 std::vector<std::string> toolTypeWords();
 
 /// Whether the target names a source of a toolchain.
 bool namesToolchainSources(const Context& target);
 
-/// Whether the target names a source of a tool that exists without being declared: it is for that
-/// tool, whatever else it holds.
+/// Whether the target names a source of a tool that exists without being declared. Then it is meant
+/// for that tool, whatever else it holds.
 bool spellsOutCommands(const Context& target);
 
-/// The variables that people mean who type this name: those of one type, or of all. Each once.
+/// The variables probably meant by this name: those of one type, or of all, each once.
 std::vector<std::string> meantBy(std::string_view typed, const ToolType* only = nullptr);
 
 }  // namespace Vesk

@@ -1,4 +1,4 @@
-// A set of tools from which the best one for a target is taken.
+// A set of tools from which the best one for a target is chosen.
 #pragma once
 
 #include <cstddef>
@@ -20,19 +20,19 @@ struct Selection {
 
 class Toolbox {
   public:
-    /// Takes the tool: 0 when its name is new, 1 when it replaced the tool of that name. Throws
+    /// Adds the tool. Returns 0 for a new name, 1 if it replaced the tool of that name. Throws
     /// std::invalid_argument for null.
     int add(std::unique_ptr<Matcher> matcher);
 
-    /// The tool with the highest score among those that can build the target; the first by name
-    /// among equals.
+    /// The tool with the highest score among those that can build the target; of equals, the first
+    /// by name.
     Selection select(const Context& target, const MatchWeights& weights = {}) const;
 
-    /// The variables of a target whose values some tool of the box compares: those that must be
-    /// resolved before `select`.
+    /// The variables of a target whose values some tool of the box compares. They must be resolved
+    /// before `select`.
     const std::set<CiString, CiLess>& comparedNames() const noexcept { return comparedNames_; }
 
-    /// Null when there is none.
+    /// Null if there is none.
     const Matcher* find(std::string_view name) const;
 
     std::size_t size() const noexcept { return matchers_.size(); }
@@ -47,7 +47,7 @@ class Toolbox {
     std::set<CiString, CiLess> comparedNames_;
 };
 
-/// A tool from the declarations wins against a static one of the same score.
+/// The better of two selections. A declared tool wins against a static one with the same score.
 const Selection& betterOf(const Selection& fromStatic, const Selection& fromDeclared) noexcept;
 
 }  // namespace Vesk

@@ -11,13 +11,13 @@ namespace Vesk {
 /// Assignments by name. An entry without a value stands for "any value".
 using AssignmentMap = Context::Map;
 
-/// One entry of a table: a name, and a text where there is a default.
+/// One entry of a table: a name, and a text if there is a default.
 struct TableEntry {
     std::string_view name;
     const char* value = nullptr;  ///< null: no value
 };
 
-/// The entries as assignments; default texts become plain strings.
+/// The entries as assignments. Default texts become plain strings.
 AssignmentMap makeTable(std::initializer_list<TableEntry> entries);
 
 }  // namespace Vesk

@@ -50,7 +50,7 @@ constexpr VariableGroup kBuiltInGroup = {"What every target can read", VariableR
                                          kBuiltIns};
 constexpr const VariableGroup* kEveryTarget[] = {&kTargetGroup, &kBuiltInGroup};
 
-/// Puts the group behind those of its title.
+/// Puts the group behind the others with the same title.
 void insert(std::vector<RegisteredGroup>& groups, RegisteredGroup group) {
     const auto last =
         std::ranges::find(groups.rbegin(), groups.rend(), group.group->title,
@@ -78,7 +78,7 @@ constexpr std::array kColumns = {
 
 using Rows = std::vector<const Variable*>;
 
-/// Columns without a single text are left out.
+/// Columns without any text are left out.
 std::string markdownTable(const Rows& rows) {
     std::string heading = "|";
     std::string rule = "|";

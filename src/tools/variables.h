@@ -1,7 +1,7 @@
-// What variables mean: the one table from which documentation and --explain are made, and editors
-// may take what they complete and explain.
+// What variables mean: the one table behind the documentation and --explain, which editors may use
+// to complete and explain names.
 //
-// Each tool type registers the groups that hold for it (tool_registry.h). A group that several
+// Each tool type registers the groups that apply to it (tool_registry.h). A group that several
 // types share is one object.
 #pragma once
 
@@ -16,8 +16,8 @@
 namespace Vesk {
 
 enum class VariableRole {
-    Input,    ///< a target gives it, itself or through a profile, a project, the command line
-    Output,   ///< a target has it when it is built
+    Input,    ///< a target gives it, directly or through a profile, a project or the command line
+    Output,   ///< a target has it once it is built
     Setting,  ///< a tool's declaration gives it
     BuiltIn,  ///< every target can read it
 };
@@ -26,12 +26,12 @@ enum class VariableRole {
 struct Variable {
     std::string_view name;
     std::string_view type;
-    std::string_view standard;  ///< what holds where it is not given
+    std::string_view standard;  ///< the value if it is not given
     std::string_view meaning;
-    std::string_view example = {};  ///< a value as unit files write it
+    std::string_view example = {};  ///< a value in the form that unit files use
 };
 
-/// Variables of one subject. What is referred to lives as long as the program.
+/// Variables of one subject. Everything referred to lives as long as the program.
 struct VariableGroup {
     std::string_view title;
     VariableRole role;
@@ -40,22 +40,22 @@ struct VariableGroup {
 
 using VariableGroups = std::span<const VariableGroup* const>;
 
-/// What holds for targets whatever tool they are built with.
+/// Variables of every target, whatever tool builds it.
 VariableGroups variablesOfEveryTarget() noexcept;
 
-/// A group, and the words of the types that registered it; none: it holds for every tool.
+/// A group, and the words of the types that registered it; none means every tool.
 struct RegisteredGroup {
     const VariableGroup* group;
     std::vector<std::string_view> toolTypes;
 };
 
-/// All of them, each once, those of one title side by side; first those of every target.
+/// All groups, each once, with those of one title side by side; first those of every target.
 std::vector<RegisteredGroup> registeredGroups();
 
-/// The groups' names, without values: what a builder or matcher looks at.
+/// The names in the groups, without values: what a builder or matcher looks at.
 AssignmentMap tableOf(std::initializer_list<const VariableGroup*> groups);
 
-/// The groups of each title as a table in Markdown, each between two comments that name the title.
+/// The groups of each title as a Markdown table, each between two comments that name the title.
 std::string variableTables();
 
 }  // namespace Vesk

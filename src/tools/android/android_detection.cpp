@@ -1,4 +1,4 @@
-// Which Android SDKs are installed.
+// Finds installed Android SDKs.
 
 #include <set>
 
@@ -28,7 +28,7 @@ std::vector<std::string> usualPlaces() {
     return directories;
 }
 
-/// The first one is the user's own, whatever its place; the others go by theirs.
+/// The first one is the user's own, wherever it is; the others are named by their place.
 DetectedTool detectedSdk(const AndroidSdk& sdk, bool isFirst) {
     auto context = std::make_shared<Context>();
     const auto add = [&context](const char* name, const std::string& text) {
@@ -42,7 +42,7 @@ DetectedTool detectedSdk(const AndroidSdk& sdk, bool isFirst) {
     return {isFirst ? name : name + identifierOf(sdk.root()), context};
 }
 
-/// At the detail level: who builds no packages is not told what they would need.
+/// At the detail level: who builds no packages need not know what they would require.
 void reportParts(const AndroidSdk& sdk) {
     const std::string platform = sdk.platforms().empty() ? "none" : sdk.platforms().front().version;
     console::message(console::level::kDetail, console::colour::kReport,

@@ -72,8 +72,8 @@ std::vector<CiString> AndroidSdkMatcher::comparedNames() const {
     return names;
 }
 
-// A profile may well ask for a compiler's version or target; only the type of tool and the versions
-// of an SDK's parts mean this one. Where an SDK lacks the version, another one may have it.
+// A profile may well ask for a compiler's version or target. Only the type of tool and the versions
+// of an SDK's parts refer to this tool. If one SDK lacks the version, another may have it.
 MatchResult AndroidSdkMatcher::matchTool(const Context& target) const {
     MatchResult result;
     if (spellsOutCommands(target) || isForCompilers(target)) {

@@ -11,8 +11,8 @@ namespace Vesk {
 
 extern const ToolTypeRegistration RegisterAndroidSdkMatcher;
 
-/// Fits targets with an Android manifest. A target of sources or objects that names a MANIFEST
-/// means one of another kind.
+/// Fits targets with an Android manifest. In a target of sources or objects MANIFEST means another
+/// kind of manifest.
 class AndroidSdkMatcher : public Matcher {
   public:
     /// Throws VeskException for a declaration without "toolchain_path".
@@ -29,8 +29,8 @@ class AndroidSdkMatcher : public Matcher {
     std::shared_ptr<AndroidSdks> sdks_;
 };
 
-/// The Android SDKs of this machine: where the environment says that one is, then the places where
-/// installers put them.
+/// The Android SDKs of this machine: those that the environment names, then the usual places of
+/// installers.
 std::vector<DetectedTool> detectAndroidSdks();
 
 }  // namespace Vesk

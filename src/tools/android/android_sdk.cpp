@@ -117,7 +117,7 @@ bool isNewerSdkVersion(std::string_view a, std::string_view b) noexcept {
     if (restA.empty() || restB.empty()) {
         return restA.empty() && !restB.empty();
     }
-    // Equally long names compare as their numbers do: ext9 is older than ext10.
+    // Names of equal length compare like their numbers: ext9 is older than ext10.
     return restA.size() != restB.size() ? restA.size() > restB.size() : restA > restB;
 }
 

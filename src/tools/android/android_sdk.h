@@ -17,8 +17,8 @@ struct SdkPart {
 
 class AndroidSdk {
   public:
-    /// Looks into the directories `build-tools` and `platforms` of an SDK. What is only half there,
-    /// as after a removal, does not count.
+    /// Looks into the directories `build-tools` and `platforms` of an SDK. Incomplete parts, such
+    /// as those left after a removal, do not count.
     explicit AndroidSdk(std::string root);
 
     const std::string& root() const noexcept { return root_; }
@@ -27,12 +27,12 @@ class AndroidSdk {
     const std::vector<SdkPart>& buildTools() const noexcept { return buildTools_; }
     const std::vector<SdkPart>& platforms() const noexcept { return platforms_; }
 
-    /// The newest version, or the newest that fits the asked one: "34" fits 34.0.0. Null when there
-    /// is none.
+    /// The newest version, or the newest that fits the requested one: "34" fits 34.0.0. Null if
+    /// there is none.
     const SdkPart* findBuildTools(std::string_view asked) const;
     const SdkPart* findPlatform(std::string_view asked) const;
 
-    /// The same for those who need one. Throws VeskException that tells what there is.
+    /// The same for callers who need one. Throws VeskException that lists what is installed.
     const SdkPart& requireBuildTools(std::string_view asked) const;
     const SdkPart& requirePlatform(std::string_view asked) const;
 
@@ -42,7 +42,7 @@ class AndroidSdk {
     std::vector<SdkPart> platforms_;
 };
 
-/// The SDKs that have been looked into, for the whole run. Used on the driver's thread only.
+/// The SDKs examined so far in this run. Used on the driver's thread only.
 class AndroidSdks {
   public:
     const AndroidSdk& at(const std::string& root);
@@ -51,20 +51,20 @@ class AndroidSdks {
     platform::Remembered<AndroidSdk> known_;
 };
 
-/// The program of the build tools: "aapt2", on Windows "aapt2.exe".
+/// A program of the build tools: "aapt2", on Windows "aapt2.exe".
 std::string buildToolPath(const SdkPart& tools, std::string_view name);
 
-/// The archive of Java classes in the build tools, "apksigner.jar"; empty when they have none.
+/// The archive of Java classes in the build tools, "apksigner.jar"; empty if they have none.
 std::string buildToolJar(const SdkPart& tools, std::string_view name);
 
 /// The script that runs it: "apksigner", on Windows "apksigner.bat".
 std::string buildToolScript(const SdkPart& tools, std::string_view name);
 
-/// The classes and resources of a platform, against which packages are made.
+/// The classes and resources of a platform, which packages are built against.
 std::string platformJar(const SdkPart& platform);
 
-/// Whether version `a` is preferred to `b`: the higher number; the plain one of two with the same
-/// number, as 34.0.0 is to 34.0.0-rc1; and any number to a name.
+/// Whether version `a` is preferred to `b`: the higher number; of two with the same number the
+/// plain one, such as 34.0.0 before 34.0.0-rc1; and any number before a name.
 bool isNewerSdkVersion(std::string_view a, std::string_view b) noexcept;
 
 }  // namespace Vesk

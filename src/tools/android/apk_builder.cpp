@@ -15,13 +15,13 @@ namespace Vesk {
 
 namespace {
 
-/// A setting that is a path, absolute; empty when it is not given.
+/// A setting that is a path, made absolute; empty if it is not given.
 std::string pathSetting(const TargetContext& target, const char* name, const TargetPaths& paths) {
     const std::string path = target.textOf(name).value_or("");
     return path.empty() ? path : paths.absolute(path);
 }
 
-/// The number in "34", "34-ext8": what manifests speak of. Empty for a platform without one.
+/// The number in "34" or "34-ext8", as used in manifests. Empty for a platform without a number.
 std::string apiLevel(const std::string& version) {
     return version.substr(0, version.find_first_not_of("0123456789"));
 }

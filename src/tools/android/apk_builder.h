@@ -1,4 +1,4 @@
-// Building Android packages.
+// Builds Android packages.
 #pragma once
 
 #include <memory>
@@ -9,10 +9,10 @@
 
 namespace Vesk {
 
-/// Makes a signed package of a manifest and what belongs to it; apk_recipes.h tells how.
+/// Makes a signed package from a manifest and what belongs to it; see apk_recipes.h.
 class AndroidApkBuilder : public Builder {
   public:
-    /// `sdkPath`: the declared toolchain_path, references and all.
+    /// `sdkPath`: the declared toolchain_path; references are not resolved yet.
     AndroidApkBuilder(ValuePtr sdkPath, std::shared_ptr<AndroidSdks> sdks);
 
     std::string name() const override { return "android_apk"; }
@@ -26,7 +26,7 @@ class AndroidApkBuilder : public Builder {
     std::shared_ptr<AndroidSdks> sdks_;
 };
 
-/// The SDK's directory, absolute; references in the declared path are those of the target.
+/// The SDK's directory, absolute. References in the declared path are resolved in the target.
 std::string sdkDirectory(const ValuePtr& declared, Context& target);
 
 }  // namespace Vesk

@@ -17,7 +17,7 @@ namespace Vesk {
 
 namespace {
 
-/// One argument a line.
+/// One argument per line.
 std::string argumentLines(const std::vector<std::string>& arguments) {
     std::string lines;
     for (const std::string& argument : arguments) {
@@ -33,7 +33,7 @@ std::vector<std::string> quotedForJava(std::vector<std::string> arguments) {
     return arguments;
 }
 
-/// All class files below a directory, in the order of their names.
+/// All class files below a directory, ordered by name.
 void archiveClasses(const std::string& directory, const std::string& archive) {
     ZipWriter writer(platform::pathFromUtf8(archive));
     for (const std::string& file : filesMatching(directory + "/**/*.class", {})) {
@@ -80,7 +80,7 @@ void ApkRecipes::compileJava() {
     recipe.command = command.text();
     addInputs(recipe, "JAVA_FILES", sources);
     addInputs(recipe, "CLASS_PATH", classPath);
-    // What R.java is made of: its own name depends on what the manifest says.
+    // The place of R.java's class depends on what the manifest says.
     addInput(recipe, "MANIFEST", manifest_);
     addInput(recipe, "symbols", symbols_);
     addInput(recipe, "program", program);

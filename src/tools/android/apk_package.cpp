@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kElfHeaderStart = 20;
 constexpr std::string_view kDexMark = "dex\n";
 
-/// As far as there are so many.
+/// The first bytes of the file, or fewer if it is shorter.
 std::string firstBytes(const std::string& path, std::size_t count) {
     std::error_code error;
     auto bytes = platform::readStart(platform::pathFromUtf8(path), count, error);

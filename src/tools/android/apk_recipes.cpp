@@ -103,7 +103,7 @@ CommandText ApkRecipes::javaTool(Recipe& recipe, std::string_view name,
         addInput(recipe, "program", script);
         return command;
     }
-    // Not by the script beside it: that one may end with success though it found no Java.
+    // Not by the script beside it, which may succeed even if it found no Java.
     command.add(nativePath(requireJavaProgram("java", tools_.javaPath)));
     command.add(mainClass == nullptr ? "-jar" : "-cp");
     command.add(nativePath(jar));
@@ -125,8 +125,8 @@ PackageContents ApkRecipes::packageContents() const {
     return contents;
 }
 
-/// Copies what comes from elsewhere into a directory of this target. The directory is emptied when
-/// other files belong into it than before; then all are copied, else those that have changed.
+/// Copies files from elsewhere into a directory of this target. If other files belong there than
+/// before, the directory is emptied and all are copied; otherwise only those that have changed.
 void ApkRecipes::stageFiles(PackageContents& contents) {
     const std::string directory = inObjects("stage");
     std::vector<StagedFile> files;
@@ -166,8 +166,9 @@ void ApkRecipes::stageFiles(PackageContents& contents) {
     }
 }
 
-/// In-process, since no program that is always there adds files to an archive and keeps them as
-/// they are; so the alignment of data can be chosen too, whatever the version of the build tools.
+/// Runs in vesk's process, since no program that is always available adds files to an archive and
+/// keeps them uncompressed. This also controls the alignment of data, whatever the version of the
+/// build tools.
 void ApkRecipes::pack() {
     PackageContents contents = packageContents();
     if (tools_.stagesFiles) {
@@ -208,7 +209,7 @@ void ApkRecipes::pack() {
     recipes.push_back(std::move(recipe));
 }
 
-/// The libraries that the target names, and the shared ones that its dependencies hand on.
+/// The libraries that the target names, and the shared ones passed on by its dependencies.
 std::vector<NativeLibrary> ApkRecipes::nativeLibraries() const {
     std::vector<NativeLibrary> libraries;
     const Assignment* assignment = target_.find("NATIVE_LIBS");
@@ -236,7 +237,7 @@ std::vector<NativeLibrary> ApkRecipes::nativeLibraries() const {
     return libraries;
 }
 
-/// A directory stands for all files in it, which keep their names from there.
+/// A directory stands for all files in it, whose names start from there.
 std::vector<ExtraFile> ApkRecipes::extraFiles() const {
     std::vector<ExtraFile> files;
     for (const std::string& path : paths_.files("EXTRA_FILES")) {

@@ -3,8 +3,8 @@
 //     resource files -> compiled resources -> one archive a directory -> package with manifest and
 //     assets, R.java -> Java classes -> DEX -> whole package -> signed package
 //
-// A step runs again when something that it reads has changed: an edited picture is compiled with
-// the few files of its batch, an edited library is only packed and signed.
+// A step runs again if something that it reads has changed. An edited picture is compiled with the
+// few files of its batch; an edited library is only packed and signed.
 #pragma once
 
 #include <string>
@@ -21,28 +21,28 @@
 
 namespace Vesk {
 
-/// What packages are made with.
+/// The tools and settings for making packages.
 struct ApkTools {
     SdkPart buildTools;
     std::string platformJar;      ///< android.jar
-    std::string platformVersion;  ///< empty when only the archive is known
+    std::string platformVersion;  ///< empty if only the archive is known
     std::string javaPath;         ///< the setting java_path
-    bool stagesFiles = false;     ///< with PowerShell: what is packed is copied to one place first
+    bool stagesFiles = false;     ///< PowerShell copies what is packed to one place first
 };
 
 class ApkRecipes {
   public:
-    /// All that is referred to outlives the object.
+    /// Everything passed by reference must outlive the object.
     ApkRecipes(const TargetContext& target, const BuildEnv& environment, ApkTools tools);
 
-    /// Throws VeskException for a target that cannot be built as it is written.
+    /// Throws VeskException for a target that cannot be built as written.
     void make();
 
     std::vector<Recipe> recipes;
     std::vector<Assignment> outputs;
 
   private:
-    // Stages that run one after another.
+    // The stages, which run one after another.
     enum Stage : std::uint32_t { Compile, Bundle, Link, Java, Dex, Empty, Copy, Pack, Sign };
 
     void compileResources();
@@ -83,7 +83,7 @@ class ApkRecipes {
     ApkTools tools_;
     std::vector<std::string> resources_;  ///< an archive for each directory of resources
     std::string manifest_;
-    std::string base_;           ///< what the resource linker makes
+    std::string base_;           ///< the output of the resource linker
     std::string symbols_;        ///< the symbols of R.java
     std::string javaDirectory_;  ///< where R.java is
     std::string javaClasses_;

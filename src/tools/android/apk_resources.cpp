@@ -1,4 +1,4 @@
-// Compiling and linking resources.
+// Compiles and links resources.
 
 #include <fmt/format.h>
 #include <xxhash.h>
@@ -15,7 +15,7 @@ namespace Vesk {
 
 namespace {
 
-/// How the resource compiler names what it makes of `res/values-de/strings.xml`.
+/// The resource compiler's name for the result of `res/values-de/strings.xml`.
 std::string compiledName(std::string_view file) {
     const std::size_t nameStart = file.rfind('/') + 1;
     const std::size_t typeStart = file.rfind('/', nameStart - 2) + 1;
@@ -29,11 +29,11 @@ std::string compiledName(std::string_view file) {
     return fmt::format("{}_{}{}.flat", type, name, values ? ".arsc" : "");
 }
 
-/// Whether a file, by its name in the directory of resources, begins the next batch. Names decide,
-/// so that a new file changes one batch and not all behind it.
+/// Whether a file, by its name in the resource directory, begins the next batch. Names decide, so
+/// that a new file changes one batch and not all those behind it.
 bool endsBatch(const std::vector<std::string>& batch, std::string_view next) {
     constexpr std::size_t kUsualSize = 24;
-    constexpr std::size_t kMostBytes = 5000;  // Windows' interpreter takes some 8,000
+    constexpr std::size_t kMostBytes = 5000;  // the interpreter of Windows takes about 8,000
     std::size_t bytes = next.size();
     for (const std::string& file : batch) {
         bytes += file.size() + 3;
@@ -68,7 +68,7 @@ void ApkRecipes::compileDirectory(const std::string& directory) {
     }
 }
 
-/// A process for each file would take longer to start than to do its work, by far.
+/// A process for each file would take far longer to start than to do its work.
 Recipe ApkRecipes::batchRecipe(const std::vector<std::string>& batch,
                                const std::string& compiledDirectory) const {
     const std::string program = buildToolPath(tools_.buildTools, "aapt2");
@@ -91,7 +91,7 @@ Recipe ApkRecipes::batchRecipe(const std::vector<std::string>& batch,
     return recipe;
 }
 
-/// The linker takes no list of files in a file, and a command may not grow with the project.
+/// The linker does not read file names from a file, and a command must not grow with the project.
 void ApkRecipes::bundle(const std::string& archive, std::vector<std::string> compiled) {
     Recipe recipe = newRecipe(Bundle);
     recipe.command = fmt::format("Bundling {}", paths_.inCommand(archive));
@@ -155,7 +155,7 @@ void ApkRecipes::link() {
     addManifestOptions(command);
     addAssets(command, recipe);
     addFlags(command, target_, "AAPT2_FLAGS");
-    // A later directory goes over an earlier one.
+    // A later directory overrides an earlier one.
     if (resources_.size() > 1) {
         command.add("--auto-add-overlay");
     }
@@ -172,7 +172,7 @@ void ApkRecipes::link() {
     addInputs(recipe, "resources", resources_);
     addOutput(recipe, "base", base_);
     addOutput(recipe, "symbols", symbols_);
-    // The package's name is that of a directory there; under an old name nothing may stay.
+    // The package's name is that of a directory there; nothing may stay under an old name.
     recipe.outputDirectory = platform::pathFromUtf8(javaDirectory_);
     recipe.oldOutputs = OldOutputs::Go;
     recipes.push_back(std::move(recipe));

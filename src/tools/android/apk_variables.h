@@ -7,10 +7,10 @@ namespace Vesk {
 
 extern const VariableGroups kApkVariables;
 
-/// What the builder consumes.
+/// The variables that the builder consumes.
 const AssignmentMap& androidApkSubjects();
 
-/// The variables that say what is built with.
+/// The variables that choose the tools to build with.
 const AssignmentMap& androidToolSettings();
 
 }  // namespace Vesk

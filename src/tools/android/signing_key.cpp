@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 constexpr std::string_view kFromVariable = "env:";
 constexpr std::string_view kFromFile = "file:";
 
-// What all of Android's tools agree on.
+// The convention that all Android tools share.
 constexpr const char* kDebugAlias = "androiddebugkey";
 constexpr const char* kDebugPassword = "android";
 constexpr const char* kDebugStore = "debug.keystore";
@@ -53,7 +53,7 @@ std::string debugKeystore() {
         variable));
 }
 
-/// The signer's options take "pass:" and a password as well.
+/// The signer's options also accept "pass:" and a password.
 void refusePasswordsIn(const TargetContext& target, const char* flags) {
     for (const std::string& flag : entriesOf(target, flags)) {
         if (flag.find("pass:") != std::string::npos) {
@@ -62,7 +62,7 @@ void refusePasswordsIn(const TargetContext& target, const char* flags) {
     }
 }
 
-/// The setting as the signer's option takes it; a file by its whole path.
+/// The setting in the form of the signer's option; a file by its absolute path.
 std::string passwordSource(const TargetContext& target, const TargetPaths& paths,
                            const char* variable) {
     const std::string text = target.textOf(variable).value_or("");
@@ -168,7 +168,7 @@ void makeDebugKey(const std::string& keystore, const CommandText& command) {
         keytool.command = command.text();
         keytool.workingDirectory = file.parent_path();
         runOrThrow(keytool);
-        // Another program may have made it meanwhile, and keys in use are not replaced.
+        // Another program may have made it meanwhile, and keys in use must not be replaced.
         if (exists()) {
             platform::removeFile(fresh, error);
             return;

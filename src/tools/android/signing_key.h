@@ -1,4 +1,4 @@
-// The key that a package is signed with.
+// The key that signs a package.
 #pragma once
 
 #include <string>
@@ -8,29 +8,29 @@
 
 namespace Vesk {
 
-/// Passwords are never here, but where the signer finds them: "env:NAME", "file:PATH". Only that of
-/// debug keys is known to everybody.
+/// Holds no passwords, but where the signer finds them: "env:NAME", "file:PATH". Only the password
+/// of debug keys is public.
 struct SigningKey {
     std::string keystore;       ///< absolute
-    std::string alias;          ///< empty: the only key of the store
-    std::string storePassword;  ///< as the signer's options take it
+    std::string alias;          ///< empty: the only key in the store
+    std::string storePassword;  ///< in the form of the signer's options
     std::string keyPassword;    ///< empty: that of the store
     bool isDebugKey = false;
 };
 
-/// What KEYSTORE, KEY_ALIAS, KEYSTORE_PASS and KEY_PASS say; without KEYSTORE the user's debug key.
-/// Throws VeskException when a password is missing or is given itself.
+/// The key that KEYSTORE, KEY_ALIAS, KEYSTORE_PASS and KEY_PASS describe; without KEYSTORE, the
+/// user's debug key. Throws VeskException if a password is missing or is given directly.
 SigningKey signingKeyOf(const TargetContext& target, const TargetPaths& paths);
 
-/// Throws VeskException when the store or a source of passwords is not there. Asked just before
-/// signing: what is up to date needs no key.
+/// Throws VeskException if the store or the source of a password does not exist. Called just before
+/// signing, since an up-to-date package needs no key.
 void requireSigningKey(const SigningKey& key);
 
-/// The command that makes a debug key, run in the directory where the store is to be.
+/// The command that makes a debug key, run in the directory of the future store.
 CommandText debugKeyCommand(const std::string& keytool);
 
-/// Makes the debug key unless there is one. Any number of builds may do so at once. Throws
-/// VeskException when it cannot be made.
+/// Makes the debug key unless it exists. Any number of builds may do so at once. Throws
+/// VeskException if it cannot be made.
 void makeDebugKey(const std::string& keystore, const CommandText& command);
 
 }  // namespace Vesk

@@ -13,7 +13,7 @@ namespace Vesk {
 
 namespace {
 
-// The format is PKWARE's "APPNOTE.TXT"; numbers in it are little-endian.
+// The format is PKWARE's "APPNOTE.TXT"; its numbers are little-endian.
 constexpr std::uint32_t kLocalMark = 0x04034B50;
 constexpr std::uint32_t kDirectoryMark = 0x02014B50;
 constexpr std::uint32_t kEndMark = 0x06054B50;
@@ -22,9 +22,9 @@ constexpr std::size_t kDirectorySize = 46;
 constexpr std::size_t kEndSize = 22;
 constexpr std::uint16_t kVersion = 20;
 constexpr std::uint16_t kUtf8Flag = 1U << 11U;
-constexpr std::uint16_t kFirstDay = 0x21;  // 1980-01-01, the format's first
+constexpr std::uint16_t kFirstDay = 0x21;  // 1980-01-01, the earliest date in the format
 
-// What the signer reads to keep an entry where it is.
+// The signer reads this to keep an entry where it is.
 constexpr std::uint16_t kAlignmentField = 0xD935;
 constexpr std::size_t kAlignmentFieldSize = 6;
 constexpr std::uint16_t kWord = 4;
@@ -84,7 +84,7 @@ std::uint32_t checksumOf(std::string_view bytes) noexcept {
         "'{}' is no ZIP archive, or it is damaged. Remove it if it is made by a build.", file));
 }
 
-/// Where the directory's end is described; before a comment of at most 64 KiB.
+/// The record that ends the directory. A comment of at most 64 KiB may follow it.
 std::size_t findEnd(std::string_view bytes) {
     constexpr std::size_t kMaxComment = 0xFFFF;
     const std::size_t last = bytes.size() < kEndSize ? 0 : bytes.size() - kEndSize;
@@ -101,7 +101,7 @@ std::uint16_t alignmentOf(const ZipEntry& entry) noexcept {
     return entry.name.ends_with(".so") ? kPage : kWord;
 }
 
-/// Fills the room up to the next multiple of the alignment.
+/// Fills up to the next multiple of the alignment.
 std::string alignmentField(std::uint64_t dataStart, std::uint16_t alignment) {
     const std::uint64_t least = dataStart + kAlignmentFieldSize;
     const std::size_t padding = (alignment - least % alignment) % alignment;

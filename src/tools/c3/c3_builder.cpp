@@ -29,7 +29,7 @@ Assignment output(const char* name, ValuePtr value) {
     return resolvedAssignment(name, std::move(value), AssignModifier::Output);
 }
 
-/// One that dependants with "+" append to their own variable.
+/// An output that dependants with "+" append to their own variable.
 Assignment handedOn(const char* name, ValuePtr value) {
     Assignment assignment = output(name, std::move(value));
     assignment.op = AssignOperator::Append;
@@ -50,8 +50,8 @@ void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>&
     }
 }
 
-/// The C3 libraries of the names that lie in one of the directories; others the compiler has
-/// itself.
+/// Those of the C3 libraries that lie in one of the directories. The compiler has the others built
+/// in.
 std::vector<std::string> c3Libraries(const std::vector<std::string>& directories,
                                      const std::vector<std::string>& names) {
     std::vector<std::string> found;
@@ -131,7 +131,7 @@ class C3Recipe {
         Recipe recipe = newRecipe();
         recipe.outputs.push_back(output("objects", pathValue(command_.objectDirectory)));
         recipe.outputDirectory = platform::pathFromUtf8(command_.objectDirectory);
-        recipe.oldOutputs = OldOutputs::Go;  // the objects of modules that are gone would stay
+        recipe.oldOutputs = OldOutputs::Go;  // otherwise the objects of removed modules would stay
         recipes.push_back(std::move(recipe));
     }
 
@@ -158,8 +158,8 @@ class C3Recipe {
         }
     }
 
-    /// What dependants need to link with the library. The compiler puts no objects of others into a
-    /// static one, so they are handed on with it.
+    /// What dependants need to link with the library. The compiler puts no foreign objects into a
+    /// static library, so they are passed on with it.
     void addLibraryOutputs() {
         const bool isShared = command_.type == OutputType::Shared;
         std::string library = command_.product.file;

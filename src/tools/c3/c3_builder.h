@@ -1,4 +1,4 @@
-// Building C3 programs, libraries and objects.
+// Builds C3 programs, libraries and objects.
 #pragma once
 
 #include <memory>
@@ -13,10 +13,10 @@ class C3Builder : public CBuilder {
   public:
     C3Builder(DeclaredPlace place, std::shared_ptr<ToolchainPrograms> programs);
 
-    /// The objects too, which are named after the modules in the sources.
-    /// What objects there are is known only afterwards.
+    /// Never for objects: which ones there are is known only after compiling.
     Overlap overlap(const TargetContext& target) const override;
 
+    /// Adds the objects, which are named after the modules in the sources.
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
 
   protected:

@@ -14,7 +14,7 @@ namespace Vesk {
 
 namespace {
 
-/// A part of a triple and the word for it; the first that fits.
+/// A part of a triple and the compiler's word for it; the first that fits counts.
 struct Word {
     std::string_view part;
     std::string_view word;
@@ -65,21 +65,21 @@ void addEach(CommandText& command, const char* option, const std::vector<std::st
     }
 }
 
-/// What the compiler is told to make code for; empty: what it does by itself.
+/// The compiler's target option; empty if its default fits.
 std::string machineOf(const TargetContext& target) {
     const std::string machine = target.textOf("C3_TARGET").value_or("");
     return machine.empty() ? c3TargetOf(target.textOf("TARGET_TRIPLE").value_or("")) : machine;
 }
 
-/// The compiler has programs for its own machine linked by the C compiler of the system, and does
-/// all other linking itself. Each takes the linker's options in its own form.
+/// For its own machine the compiler links programs with the system's C compiler, and does all other
+/// linking itself. Each takes the linker's options in its own form.
 bool linksByItself(const C3Command& command, const TargetContext& target) {
     const std::string machine = machineOf(target);
     return command.type == OutputType::Shared ||
            (!machine.empty() && machine != c3TargetOf(command.ownTriple));
 }
 
-/// So that what was built runs where it was built.
+/// So that the product runs where it was built.
 std::vector<std::string> loaderOptions(const C3Command& command, const TargetContext& target,
                                        const TargetPaths& paths) {
     if (isWindowsTriple(command.triple)) {
@@ -91,7 +91,7 @@ std::vector<std::string> loaderOptions(const C3Command& command, const TargetCon
     const std::size_t nameStart = file.rfind('/') + 1;
     std::vector<std::string> options;
     if (command.type == OutputType::Shared && !apple) {
-        // Else a program that was linked with it by a path would look for that path.
+        // Otherwise a program linked with it by a path would look for that path.
         options.push_back("-soname=" + file.substr(nameStart));
     }
     for (const std::string& path : runPaths(command.libraries, file.substr(0, nameStart - 1),
@@ -109,7 +109,7 @@ void addLinking(CommandText& text, const C3Command& command, const TargetContext
     addToLinker(text, entriesOf(target, "LINK_FLAGS"));
     addEach(text, "-L", paths.inCommand(paths.absolute(entriesOf(target, "LIB_DIRS"))));
     addEach(text, "-l", atLastPlace(entriesOf(target, "LIBS")));
-    // A library in C++ among the dependencies: this compiler links as C does.
+    // For a C++ library among the dependencies, because this compiler links as C does.
     if (equalsIgnoringCase(target.textOf("LINK_LANGUAGE").value_or(""), "c++")) {
         addEach(text, "-l", {isAppleTriple(command.triple) ? "c++" : "stdc++"});
     }
@@ -176,7 +176,7 @@ C3Product c3Product(const std::string& outputName, OutputType type, std::string_
         }
         name.resize(name.size() - ending.size());
     } else if (type != OutputType::Executable && !isWindowsTriple(triple)) {
-        // It does not put the prefix in front by which linkers find libraries.
+        // The compiler does not add the prefix by which linkers find libraries.
         name = decorated(name, "lib", "");
     }
     const std::string path = paths.inOutputDirectory(name);

@@ -11,36 +11,36 @@
 
 namespace Vesk {
 
-/// What the compiler calls the machine of a triple: "linux-x64" for x86_64-linux-gnu. Its own words
+/// The compiler's name for the machine of a triple: "linux-x64" for x86_64-linux-gnu. Its own words
 /// are left as they are.
 std::string c3TargetOf(std::string_view triple);
 
 /// The option for what a user calls an optimisation: "2", "O2", "-O2", "s". Throws VeskException
-/// for what the compiler does not know.
+/// for one that the compiler does not know.
 std::string c3OptimisationOption(std::string_view level);
 
-/// What a target makes: its file, and the name from which the compiler derives that by adding an
-/// ending.
+/// The file that a target makes, and the name from which the compiler derives it by adding a
+/// suffix.
 struct C3Product {
     std::string file;
     std::string givenName;
 };
 
-/// Throws VeskException for a name with an ending that the compiler would not make.
+/// Throws VeskException for a name with a suffix that the compiler would not make.
 C3Product c3Product(const std::string& outputName, OutputType type, std::string_view triple,
                     const TargetPaths& paths);
 
-/// The files that a target consists of, and where its results go.
+/// The files of a target and the places for its results.
 struct C3Command {
     std::string compiler;
     std::vector<std::string> sources;
-    std::vector<std::string> objects;    ///< linked with them
-    std::vector<std::string> libraries;  ///< the same
-    std::string ownTriple;               ///< what the compiler makes code for by itself
+    std::vector<std::string> objects;    ///< linked with the sources
+    std::vector<std::string> libraries;  ///< linked with the sources, too
+    std::string ownTriple;               ///< the compiler's default
     std::string triple;                  ///< what the product is for
     OutputType type = OutputType::Executable;
-    C3Product product;            ///< not of objects
-    std::string objectDirectory;  ///< of objects only
+    C3Product product;            ///< unused for objects
+    std::string objectDirectory;  ///< used for objects only
 };
 
 CommandText c3CommandText(const C3Command& command, const TargetContext& target,

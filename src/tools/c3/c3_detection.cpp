@@ -25,7 +25,7 @@ std::vector<std::string> searchedDirectories() {
     return directories;
 }
 
-/// The text behind a label: "C3 Compiler Version:       0.8.3 (...)".
+/// The text behind a label: "C3 Compiler Version: 0.8.3 (...)".
 std::string_view answerTo(std::string_view label, std::string_view answer) {
     const std::size_t at = answer.find(label);
     if (at == std::string_view::npos) {

@@ -15,7 +15,7 @@ constexpr Misnomer kMisnomers[] = {
     {"LDFLAGS", "LINK_FLAGS"}, {"LIBRARIES", "LIBS"},
 };
 
-/// Those of C as well: a target of both languages has to come here, where its mistake is reported.
+/// Includes those of C: a target of both languages has to come here, where its mistake is reported.
 constexpr std::string_view kScored[] = {"C3_FILES",  "C3_FLAGS",  "C_FILES",
                                         "CPP_FILES", "ASM_FILES", "OBJ_FILES"};
 

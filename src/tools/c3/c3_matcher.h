@@ -1,4 +1,4 @@
-// The C3 toolchain, "c3c": the compiler of the language C3, which links by itself.
+// The C3 toolchain, "c3c": the compiler of the language C3, which also links.
 #pragma once
 
 #include <memory>
@@ -18,7 +18,7 @@ struct C3Toolchain {
     std::shared_ptr<ToolchainPrograms> programs = std::make_shared<ToolchainPrograms>("c3c");
 };
 
-/// Fits targets that name C3 sources, whatever they are built for.
+/// Fits targets that name C3 sources, for any machine.
 using C3Matcher = ToolchainMatcher<C3Toolchain>;
 
 /// The C3 compilers of this machine: those in PATH, then in C3C_HOME and the usual places.

@@ -7,7 +7,7 @@ namespace Vesk {
 
 extern const VariableGroups kC3Variables;
 
-/// What the builder consumes.
+/// The variables that the builder consumes.
 const AssignmentMap& c3Subjects();
 
 }  // namespace Vesk

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kLaunchers[] = {"ccache", "distcc", "sccache", "icecc"};
 
-/// Of a file's name, without the system's ending for programs.
+/// The name of a file without the system's suffix for programs.
 std::string_view stemOf(std::string_view name) noexcept {
     const std::string_view ending = programEnding();
     const bool ends = name.size() > ending.size() &&
@@ -38,7 +38,7 @@ bool isLauncher(std::string_view name) noexcept {
     return std::ranges::find(kLaunchers, name) != std::end(kLaunchers);
 }
 
-/// "-12", "-12.2", "-posix", "-12-posix": what a distribution puts behind a compiler's name.
+/// "-12", "-12.2", "-posix", "-12-posix": what distributions append to a compiler's name.
 bool isSuffix(std::string_view text) noexcept {
     while (!text.empty()) {
         if (text.front() != '-') {
@@ -85,7 +85,7 @@ std::vector<FoundCompiler> compilersIn(const std::string& directory, std::string
     return found;
 }
 
-/// The interpreter of Windows misreads a quoted path that holds one of these.
+/// The command interpreter of Windows misreads a quoted path that contains one of these.
 bool confusesInterpreter(std::string_view path) noexcept {
     return platform::kWindows && path.find_first_of("&()@^|<>") != std::string_view::npos;
 }
@@ -170,7 +170,7 @@ std::vector<Toolchain> answeringCompilers(const CompilerFamily& family,
                              family.compiler);
             continue;
         }
-        // The first of each kind is what a user gets who types its name.
+        // The first of each kind is what a user gets by typing its name.
         const bool isFirst =
             triples.insert(family.defaultForEachTriple ? answer.triple : std::string()).second;
         if (seen.emplace(answer.version, answer.triple).second) {

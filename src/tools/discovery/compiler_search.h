@@ -1,4 +1,4 @@
-// Looking for installed compilers by their names.
+// Looks for installed compilers by their names.
 #pragma once
 
 #include <string>
@@ -15,26 +15,26 @@ struct FoundCompiler {
     ToolchainPlace place;
 };
 
-/// The file or directory behind all links; the path itself where that cannot be told.
+/// The file or directory that links lead to; the path itself if that cannot be found out.
 std::string realPath(const std::string& path);
 
-/// The prefix and suffix in a program's name, "x86_64-w64-mingw32-gcc-12-posix" for the word "gcc".
-/// False for programs that only begin or end alike, as "gcc-ar" and "c99-gcc" do.
+/// The prefix and suffix in a program's name, as in "x86_64-w64-mingw32-gcc-12-posix" for the word
+/// "gcc". False for programs whose names are only similar, such as "gcc-ar" and "c99-gcc".
 bool splitCompilerName(std::string_view name, std::string_view word, ToolchainPlace& place);
 
 /// The compilers in the directories, each file once, whatever names and links lead to it: first the
-/// directory's plain name, then newer versions before older ones. What runs other compilers, ccache
-/// and its like, is none.
+/// directory's plain name, then newer versions before older ones. Programs that run other
+/// compilers, such as ccache, are left out.
 std::vector<FoundCompiler> findCompilers(std::string_view word,
                                          const std::vector<std::string>& directories);
 
-/// What the compiler answers; empty when it fails.
+/// What the program answers; empty if it fails.
 std::string askCompiler(const FoundCompiler& compiler, std::string_view arguments);
 
-/// The text as the name of a tool: a dash for what names may not hold.
+/// The text as the name of a tool: a dash replaces anything that names may not contain.
 std::string identifierOf(std::string text);
 
-/// A compiler that has told about itself.
+/// A compiler with what it says about itself.
 struct Toolchain {
     std::string toolType;
     std::string family;  ///< "GCC"
@@ -44,34 +44,34 @@ struct Toolchain {
     const char* isDefault;  ///< a value of toolchain_default
 };
 
-/// What a compiler says of itself; an empty version where it does not answer as one of its family.
+/// What a compiler says about itself. The version is empty if it does not answer like its family.
 struct CompilerAnswer {
     std::string version;
     std::string triple;
 };
 
-/// How compilers of one family are found.
+/// How to find the compilers of one family.
 struct CompilerFamily {
     const char* toolType;
     const char* name;  ///< "GCC"
     std::string_view word;
     CompilerAnswer (*ask)(const FoundCompiler& compiler);
     bool defaultForEachTriple = false;  ///< the first of each triple, or the first of all
-    const char* compiler = name;        ///< what messages call it
+    const char* compiler = name;        ///< its name in messages
 };
 
-/// Those in the directories that answer, each version and triple once. What does not answer is left
-/// out with a message.
+/// The compilers in the directories that answer, each version and triple once. Those that do not
+/// answer are left out with a message.
 std::vector<Toolchain> answeringCompilers(const CompilerFamily& family,
                                           const std::vector<std::string>& directories);
 
-/// Adds what lies below the directory that an environment variable names, if that is absolute.
+/// Adds what lies below the directory that an environment variable names, if that path is absolute.
 void addBelow(std::vector<std::string>& directories, const char* variable, const char* below);
 
-/// As the registry holds it.
+/// In the form that the registry holds.
 DetectedTool detectedTool(const Toolchain& toolchain, std::string_view word);
 
-/// Warns about a program that belongs to a toolchain and is not there.
+/// Warns about a missing program that belongs to a toolchain.
 void warnIfMissing(const Toolchain& toolchain, std::initializer_list<std::string_view> programs,
                    const char* use);
 

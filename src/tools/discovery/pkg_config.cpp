@@ -24,7 +24,7 @@ using platform::Dependence;
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::string_view kComparison = "<>=!";
 
-/// All that pkg-config's manual names and that changes an answer.
+/// Everything in pkg-config's manual that changes an answer.
 constexpr const char* kVariables[] = {"PKG_CONFIG_PATH",
                                       "PKG_CONFIG_LIBDIR",
                                       "PKG_CONFIG_SYSROOT_DIR",
@@ -42,7 +42,7 @@ bool isOf(char c, std::string_view set) noexcept {
     return set.find(c) != std::string_view::npos;
 }
 
-/// The next name, version or comparison; commas separate too. Empty at the end.
+/// The next name, version or comparison; commas separate as well. Empty at the end.
 std::string_view nextToken(std::string_view& text) {
     text.remove_prefix(
         std::min(text.size(), text.find_first_not_of(std::string(kBlanks).append(","))));
@@ -62,7 +62,7 @@ bool isComparison(std::string_view token) noexcept {
     return !token.empty() && isOf(token.front(), kComparison);
 }
 
-/// Nothing in it has a meaning for a shell, and it is no option.
+/// Nothing in the word has a meaning for a shell, and it is not an option.
 bool isPlain(std::string_view token) noexcept {
     return !token.empty() && token.front() != '-' && std::ranges::all_of(token, [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
@@ -86,7 +86,7 @@ std::string quoted(const std::vector<std::string>& packages) {
     return "\"" + joined(packages, "\" \"") + "\"";
 }
 
-/// The one that pkg-config does not like, and why.
+/// The package that pkg-config rejects, and why.
 [[noreturn]] void throwWhatIsMissing(const std::string& program,
                                      const std::vector<std::string>& packages) {
     for (const std::string& package : packages) {
@@ -120,14 +120,14 @@ void addDirectories(std::vector<std::string>& directories, std::string_view list
     }
 }
 
-/// Goes through the .pc files of packages and of all that they require, and asks the system about
-/// each place where one of them may be.
+/// Goes through the .pc files of packages and of everything that they require, and asks the system
+/// about each place where one of them may be.
 class PackageFiles {
   public:
     explicit PackageFiles(const std::vector<std::string>& directories)
         : directories_(directories) {}
 
-    /// Whether all were found: whatever can change the answers has been looked at then.
+    /// Whether all were found. If so, everything that can change the answers has been looked at.
     bool lookAt(const std::vector<std::string>& packages) {
         std::vector<std::string> names = packagesOf(packages);
         while (!names.empty()) {
@@ -151,8 +151,9 @@ class PackageFiles {
         return packages;
     }
 
-    /// Adds what the package requires. The file of one that is built but not installed goes before
-    /// all others or, as there are several pkg-configs, before those of its directory: both count.
+    /// Adds what the package requires. A package that is built but not installed has a file that
+    /// goes before all others or, as there are several pkg-configs, before those of its directory.
+    /// Both count.
     bool readFiles(const std::string& name, std::vector<std::string>& required) const {
         bool found = false;
         for (const char* suffix : {"-uninstalled.pc", ".pc"}) {

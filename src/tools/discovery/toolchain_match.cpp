@@ -29,7 +29,7 @@ bool isTrivial(const Assignment* assignment) {
     return assignment == nullptr || !assignment->value;
 }
 
-/// One target's demands, compared with one toolchain.
+/// Compares one target's demands with one toolchain.
 class Comparison {
   public:
     Comparison(const ToolchainTraits& toolchain, const AssignmentMap& declared,
@@ -67,7 +67,7 @@ class Comparison {
         }
     }
 
-    /// Records a setting that the target asks for: true when the toolchain has it.
+    /// Records a setting that the target asks for. True if the toolchain has it.
     template <class F>
     bool compare(const char* name, F fits) {
         const Assignment* asked = target_.find(name);
@@ -94,7 +94,7 @@ class Comparison {
     void compareVersion() {
         const std::string version = own("toolchain_version");
         if (version.empty()) {
-            // Nobody can know; a toolchain of which it is known goes first.
+            // It cannot be known; a toolchain with a known version comes first.
             preferenceMissed_ |= !isTrivial(target_.find("toolchain_version")) ||
                                  !isTrivial(target_.find("toolchain_min_version"));
             return;
@@ -130,7 +130,8 @@ class Comparison {
         }
     }
 
-    /// A system alone can be that of several machines, of which this one's runs what is built.
+    /// Whether the target asks only for a system, which several machines can have. Products for
+    /// this machine's processor can run here.
     bool askedForSystem() const {
         const std::string asked = target_.textOf("toolchain_target").value_or("native");
         const std::string own = triple();
@@ -138,7 +139,7 @@ class Comparison {
                !tripleFits(std::string_view(own).substr(0, own.find('-')), asked);
     }
 
-    /// An unmet wish costs more than any default gains.
+    /// A wish that is not met costs more than any default gains.
     void preferDefault() {
         const MatchKind full = preferenceMissed_ ? MatchKind::PartialMatch : MatchKind::ExactMatch;
         if (preferenceMissed_) {

@@ -18,13 +18,14 @@ std::vector<CiString> toolchainSettings();
 /// What the matchers of compilers want: the settings that every declaration may give.
 const AssignmentMap& toolchainWants();
 
-/// Throws VeskException for a declaration without "toolchain_path"; `matcherClass` is named in it.
+/// Throws VeskException, naming `matcherClass`, for a declaration without "toolchain_path".
 void requireToolchainPath(const Matcher& matcher, const char* matcherClass);
 
-/// The triple that a declaration gives or that its prefix tells; empty when neither does.
+/// The triple that a declaration gives or that its prefix implies; empty if neither does.
 std::string declaredTriple(const AssignmentMap& declared);
 
-/// The verdict on a target that assigns one of `subjects`. What it asks for must be so:
+/// Whether and how well the toolchain fits a target that assigns one of `subjects`. Every setting
+/// that the target asks for must fit:
 ///
 ///     toolchain_version      "12" fits 12.2.0
 ///     toolchain_min_version  numbers are compared
@@ -33,16 +34,17 @@ std::string declaredTriple(const AssignmentMap& declared);
 ///     toolchain_prefix, toolchain_suffix, toolchain_path, tool_type
 ///
 /// A hint is only preferred. A toolchain that makes programs for other machines must be asked for.
-/// Of those for a system, as "windows", one for this machine's processor is preferred. Between
-/// toolchains that fit alike `toolchain_default` decides: one that is declared without it is
-/// preferred, then the one that detection calls the machine's.
+/// If several fit a system such as "windows", one for this machine's processor is preferred.
+/// Between toolchains that fit equally well `toolchain_default` decides: one declared without it is
+/// preferred, then the one that detection marked as the machine's.
 ///
 /// A target that spells out its commands is left to the command tools.
+///
 struct ToolchainTraits {
     const char* toolType;
     const char* matcherClass;
     std::span<const std::string_view> subjects;
-    bool anyTarget = false;      ///< the compiler makes code for whatever TARGET_TRIPLE says
+    bool anyTarget = false;      ///< the compiler makes code for any TARGET_TRIPLE
     std::string_view need = {};  ///< a variable that the target must have
 };
 

@@ -12,12 +12,12 @@
 
 namespace Vesk {
 
-/// Fits targets by `Toolchain::kTraits` and leaves to the toolchain what is its own. A Toolchain is
-/// copied with its matcher, so what it remembers is shared. It has
+/// Fits targets by `Toolchain::kTraits` and leaves everything else to the toolchain. A Toolchain is
+/// copied with its matcher, so it must share what it remembers. It has
 ///
 ///     std::shared_ptr<Builder> builder(const Context& target, DeclaredPlace place) const;
 ///
-/// and, where a declaration may leave something out, a static
+/// and, if a declaration may leave something out, a static
 ///
 ///     AssignmentMap completed(const AssignmentMap& must, AssignmentMap others);
 template <class Toolchain>

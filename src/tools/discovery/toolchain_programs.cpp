@@ -56,7 +56,7 @@ std::string textIn(const Context::Map& declared, std::string_view name) {
     return value ? value->toString() : std::string();
 }
 
-/// One in PATH, else one beside the compiler: whoever sets PATH chooses.
+/// The one in PATH, otherwise one beside the compiler: whoever sets PATH decides.
 std::string findFirst(const ToolchainPlace& place, std::initializer_list<std::string_view> names) {
     for (const std::string_view name : names) {
         if (std::string path = findInPath(fmt::format("{}{}", name, programEnding()));
@@ -86,7 +86,8 @@ std::string findFirst(const ToolchainPlace& place, std::initializer_list<std::st
     throw error;
 }
 
-/// Empty where the plain one is told which packages are for that machine.
+/// The pkg-config for that machine; empty if PKG_CONFIG_LIBDIR tells the plain one where its
+/// packages are.
 std::string crossPkgConfig(const ToolchainPlace& place, const std::string& triple) {
     const std::string named = triple + "-pkg-config";
     const std::string prefixed = place.prefix.empty() ? named : place.prefix + "pkg-config";
@@ -145,7 +146,7 @@ std::vector<std::string> searchPath() {
         if (directory.size() > 1 && directory.front() == '"' && directory.back() == '"') {
             directory = directory.substr(1, directory.size() - 2);
         }
-        // A relative directory would give another toolchain in every directory.
+        // A relative directory would mean another toolchain in each current directory.
         if (platform::isAbsolutePath(directory)) {
             directories.push_back(normalPath(directory));
         }

@@ -23,7 +23,7 @@ bool contains(std::string_view text, std::initializer_list<std::string_view> wor
         words, [text](std::string_view word) { return text.find(word) != std::string_view::npos; });
 }
 
-/// The names that people have for one machine, filled up with empty ones.
+/// The names in use for one machine, padded with empty ones.
 constexpr std::array<std::string_view, 5> kMachineNames[] = {
     {"x86_64", "x64", "amd64"},
     {"i686", "x86", "i386", "i486", "i586"},
@@ -85,7 +85,7 @@ bool isNativeTriple(std::string_view triple) noexcept {
     if (platform::kWindows) {
         return isWindowsTriple(triple);
     }
-    // Programs for these need libraries that a plain Linux does not have.
+    // Programs for these need libraries that a plain Linux lacks.
     return contains(triple, {"linux"}) && !contains(triple, {"android", "musl", "uclibc"});
 }
 

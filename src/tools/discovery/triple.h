@@ -9,18 +9,18 @@ namespace Vesk {
 bool isWindowsTriple(std::string_view triple) noexcept;
 bool isAppleTriple(std::string_view triple) noexcept;
 
-/// What compilers of this machine call it, more or less.
+/// How compilers of this machine call it, more or less.
 std::string_view nativeTriple() noexcept;
 
-/// Whether the triple begins with a name of this machine's processor. An empty one does.
+/// Whether the triple begins with a name of this machine's processor. An empty triple does.
 bool isNativeMachine(std::string_view triple) noexcept;
 
-/// Whether this machine runs what a compiler with that triple makes. An empty triple is taken for
+/// Whether this machine can run what a compiler with that triple makes. An empty triple counts as
 /// the machine's own.
 bool isNativeTriple(std::string_view triple) noexcept;
 
-/// Whether what a user asks for names this triple: the triple itself, one of its parts, "windows"
-/// for every name of that system, or "native". Machines go by all of their names ("x64", "arm64").
+/// Whether a user's word names this triple: the triple itself, one of its parts, "windows" for
+/// every name of that system, or "native". A machine may have any of its names ("x64", "arm64").
 /// Case does not matter.
 bool tripleFits(std::string_view triple, std::string_view asked) noexcept;
 

@@ -7,7 +7,7 @@ namespace Vesk {
 
 namespace {
 
-/// Takes the number up to the next dot off the text; 0 where there is none.
+/// Takes the number before the next dot off the text; 0 if there is none.
 std::uint64_t takePart(std::string_view& text) noexcept {
     const std::string_view part = text.substr(0, text.find('.'));
     text.remove_prefix(part.size() < text.size() ? part.size() + 1 : text.size());

@@ -12,7 +12,7 @@ namespace Vesk {
 
 namespace {
 
-/// Where the distributions for Windows put it when nobody chooses another place.
+/// The default places of the distributions for Windows.
 void addWindowsPlaces(std::vector<std::string>& directories) {
     for (const char* directory : {"C:/msys64/ucrt64/bin", "C:/msys64/mingw64/bin", "C:/mingw64/bin",
                                   "C:/MinGW/bin", "C:/TDM-GCC-64/bin", "C:/Strawberry/c/bin"}) {
@@ -28,7 +28,7 @@ void addWindowsPlaces(std::vector<std::string>& directories) {
     }
 }
 
-/// Clang goes by the name of gcc on some systems, and answers most of its questions.
+/// On some systems Clang is installed as gcc, and answers most of its questions.
 bool isClang(const FoundCompiler& compiler) {
     const std::string answer = askCompiler(compiler, "--version");
     return lowerCased(answer.substr(0, answer.find('\n'))).find("clang") != std::string::npos;
@@ -38,7 +38,7 @@ CompilerAnswer ask(const FoundCompiler& compiler) {
     if (isClang(compiler)) {
         return {};
     }
-    // Distributions cut what -dumpversion says to the first number.
+    // Distributions shorten what -dumpversion says to the first number.
     std::string version = leadingVersion(askCompiler(compiler, "-dumpfullversion"));
     if (version.empty()) {
         version = leadingVersion(askCompiler(compiler, "-dumpversion"));

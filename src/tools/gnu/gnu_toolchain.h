@@ -29,7 +29,7 @@ using GNUMatcher = ToolchainMatcher<GnuStyleToolchain<kGnuToolchain>>;
 
 extern const ToolTypeRegistration RegisterGNUMatcher;
 
-/// The GNU compilers of this machine: those in PATH, then in the places where Windows has them.
+/// The GNU compilers of this machine: those in PATH, then in their usual places on Windows.
 std::vector<DetectedTool> detectGNU();
 
 }  // namespace Vesk

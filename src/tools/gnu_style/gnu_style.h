@@ -14,14 +14,14 @@
 
 namespace Vesk {
 
-/// The recipes of one target and the outputs that come of them.
+/// The recipes of one target, and the resulting outputs.
 class GnuStyleBuild {
   public:
-    /// All that is referred to outlives the build.
+    /// Everything passed by reference must outlive the build.
     GnuStyleBuild(const TargetContext& target, const BuildEnv& environment, const GnuStyle& style);
 
-    /// Compiles the sources and makes what OUTPUT_TYPE says. `driver` links when the objects alone
-    /// do not tell that they need C++.
+    /// Compiles the sources and makes what OUTPUT_TYPE says. `driver` links if the objects alone do
+    /// not show that they need C++.
     void make(Language driver);
 
     /// Copies and changes OBJCOPY_INPUT.
@@ -33,13 +33,13 @@ class GnuStyleBuild {
   private:
     struct Product {
         std::string path;
-        std::string name;  ///< as commands name it
+        std::string name;  ///< in the form that commands use
         std::string importLibrary;
     };
 
     /// What the commands for all sources of a language have in common.
     struct Compiler {
-        CommandText command;  ///< their beginning
+        CommandText command;  ///< how they begin
         Assignment program;
         std::shared_ptr<const HeaderSearch> headerSearch;
         std::vector<std::string> flagFiles;
@@ -72,7 +72,7 @@ class GnuStyleBuild {
     Language driver_ = Language::C;
     std::vector<SourceFile> sources_;
     std::vector<std::string> objects_;    ///< of the sources, then OBJ_FILES
-    std::vector<std::string> libraries_;  ///< LIB_FILES, in the order in which they are linked
+    std::vector<std::string> libraries_;  ///< LIB_FILES, in link order
 };
 
 }  // namespace Vesk

@@ -41,7 +41,7 @@ class GnuStyleTool : public CBuilder {
     std::shared_ptr<ToolchainPrograms> programs_;
 };
 
-/// Builds targets that are mainly for one of the programs.
+/// Builds targets that mainly need one of the programs.
 template <const GnuToolchain& toolchain, GnuProgram program>
 class GnuStyleBuilder : public GnuStyleTool<toolchain> {
   public:
@@ -49,7 +49,7 @@ class GnuStyleBuilder : public GnuStyleTool<toolchain> {
         : GnuStyleTool<toolchain>(program, std::move(place), std::move(programs)) {}
 };
 
-/// For a ToolchainMatcher.
+/// The Toolchain of a ToolchainMatcher.
 template <const GnuToolchain& toolchain>
 struct GnuStyleToolchain {
     static constexpr const ToolchainTraits& kTraits = toolchain.traits;

@@ -1,4 +1,4 @@
-// Which program of a GCC-like toolchain a target is for.
+// Which program of a GCC-like toolchain a target needs.
 #pragma once
 
 #include <string_view>
@@ -7,7 +7,7 @@
 
 namespace Vesk {
 
-/// The variables of which a target must have one.
+/// Variables of which a target must have one.
 inline constexpr std::string_view kGnuStyleSources[] = {"C_FILES", "CPP_FILES", "ASM_FILES",
                                                         "OBJ_FILES", "OBJCOPY_INPUT"};
 

@@ -19,7 +19,7 @@ namespace {
 
 constexpr const char* kObjectSuffix = ".o";
 
-/// The option that tells the compiler a source's language when its name tells another one.
+/// The option that tells the compiler a source's language if its name suggests another one.
 const char* languageOption(const SourceFile& source) {
     struct Known {
         const char* option;
@@ -70,8 +70,8 @@ void GnuStyleBuild::make(Language driver) {
             break;
         case OutputType::Executable:
         case OutputType::Shared:
-            // A script without sources is for the linker itself: whoever writes that wants nothing
-            // of a compiler in the product.
+            // A script without sources is for the linker itself: its author wants nothing of a
+            // compiler in the product.
             if (sources_.empty() && hasEntries(target_, "LINKER_SCRIPT")) {
                 linkByHand();
             } else {
@@ -129,7 +129,7 @@ Recipe GnuStyleBuild::compileRecipe(const SourceFile& source, const Compiler& co
         command.add("-x");
         command.add(language);
     }
-    // The preprocessor writes the dependency file, and plain assembler does not pass it.
+    // The preprocessor writes the dependency file, and plain assembler skips the preprocessor.
     if (source.extension() != ".s") {
         command.add("-MMD");
         command.add("-MF");

@@ -1,4 +1,4 @@
-// Looking for compilers that take GCC's options.
+// Looks for compilers that take GCC's options.
 #pragma once
 
 #include "tools/discovery/compiler_search.h"
@@ -6,8 +6,8 @@
 
 namespace Vesk {
 
-/// The toolchains whose compilers lie in the directories, with warnings of what they lack.
-/// `defaultForEachTriple` and `ask` as in CompilerFamily.
+/// The toolchains whose compilers lie in the directories, with warnings about what they lack.
+/// `defaultForEachTriple` and `ask` are those of CompilerFamily.
 std::vector<DetectedTool> detectGnuStyle(const GnuToolchain& toolchain,
                                          const std::vector<std::string>& directories,
                                          bool defaultForEachTriple,

@@ -1,4 +1,4 @@
-// Making products of objects.
+// Makes products from objects.
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -23,7 +23,7 @@ std::string directoryOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
 }
 
-/// The entries of LIBS as the linker's options; one may be an option or a file already.
+/// The entries of LIBS as linker options. An entry may already be an option or a file.
 std::vector<std::string> libraryOptions(const std::vector<std::string>& names) {
     std::vector<std::string> options;
     for (const std::string& name : names) {
@@ -33,7 +33,7 @@ std::vector<std::string> libraryOptions(const std::vector<std::string>& names) {
     return options;
 }
 
-/// What files of an object copier's format are called.
+/// The suffix of files in an object copier's format.
 const char* endingOf(std::string_view format) noexcept {
     if (format == "binary") {
         return ".bin";
@@ -145,7 +145,7 @@ void GnuStyleBuild::link() {
     }
 }
 
-/// With the linker itself, for scripts and for objects that are linked again later.
+/// Calls the linker itself, for scripts and for objects that are linked again later.
 void GnuStyleBuild::linkByHand() {
     const Product product = productOf();
     const std::string program = style_.program(GnuProgram::Linker);
@@ -173,10 +173,10 @@ void GnuStyleBuild::archive() {
     const Product product = productOf();
     const std::string program = style_.program(GnuProgram::Archiver);
     Recipe recipe = productRecipe(product, program);
-    // An archiver adds to an archive that is there; members whose sources are gone would stay.
+    // An archiver adds to an existing archive, so members whose sources are gone would stay.
     recipe.oldOutputs = OldOutputs::Go;
     recipe.declaration =
-        Declaration::Complete;  // libraries that the target uses are not put into its own
+        Declaration::Complete;  // libraries that the target uses do not become part of it
     CommandText command;
     command.add(nativePath(program));
     command.add("rcs");
@@ -223,11 +223,11 @@ void GnuStyleBuild::copyObject() {
     objects_ = inputs;
     Recipe recipe = productRecipe(product, program);
     addInputs(recipe, "OBJCOPY_FLAGS", flagFiles(target_, paths_, {"OBJCOPY_FLAGS"}));
-    recipe.role = RecipeRole::Any;  // a source may include what it makes
+    recipe.role = RecipeRole::Any;  // a source may include the result
     finishProduct(std::move(recipe), command, product);
 }
 
-/// Named by its file alone: a program that was linked with it by a path would look for that path.
+/// Named by its file name alone: a program linked with it by a path would look for that path.
 void GnuStyleBuild::addSharedOptions(CommandText& command, const Product& product) const {
     if (type_ != OutputType::Shared) {
         return;
@@ -243,7 +243,7 @@ void GnuStyleBuild::addSharedOptions(CommandText& command, const Product& produc
     }
 }
 
-/// So that what was built runs where it was built, and anywhere else with the same directories.
+/// So that the product runs where it was built, and anywhere else with the same directories.
 void GnuStyleBuild::addRunPaths(CommandText& command, const Product& product) const {
     if (isWindowsTriple(style_.triple())) {
         return;
@@ -264,7 +264,7 @@ void GnuStyleBuild::addLibraries(CommandText& command, Recipe& recipe) const {
     addInputs(recipe, "LINK_FLAGS", flagFiles(target_, paths_, {"LINK_FLAGS"}));
 }
 
-/// Behind all else: anything may need them.
+/// Behind everything else, since anything may need them.
 void GnuStyleBuild::addPackages(CommandText& command, Recipe& recipe) const {
     const std::vector<std::string> words = style_.packages().link;
     command.add({}, words);
@@ -292,7 +292,7 @@ void GnuStyleBuild::addScript(CommandText& command, Recipe& recipe) const {
     }
 }
 
-/// What dependants need to link with this target: the library in front of those that it needs.
+/// What dependants need to link with this target: the library, in front of those that it needs.
 void GnuStyleBuild::addLibraryOutputs(const Product& product) {
     std::vector<std::string> files;
     const std::string& library =

@@ -7,10 +7,10 @@ namespace Vesk {
 
 extern const VariableGroups kGnuStyleVariables;
 
-/// What the builders consume that compile, archive and link.
+/// What the builders that compile, archive and link consume.
 const AssignmentMap& gnuStyleSubjects();
 
-/// What a builder consumes that copies an object.
+/// What a builder that copies an object consumes.
 const AssignmentMap& objectCopySubjects();
 
 }  // namespace Vesk

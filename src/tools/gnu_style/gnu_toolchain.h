@@ -1,4 +1,4 @@
-// A toolchain whose compilers take GCC's options: its programs, and what it says of one target.
+// A toolchain whose compilers take GCC's options: its programs, and its settings for one target.
 #pragma once
 
 #include <filesystem>
@@ -12,17 +12,17 @@
 
 namespace Vesk {
 
-/// The steps that need a program of their own.
+/// The steps that need their own program.
 enum class GnuProgram { CCompiler, CppCompiler, Archiver, Linker, ObjectCopier };
 
-/// The program of a step, and the one that is taken where there is none of this name.
+/// The program of a step, and the one used if there is none of this name.
 struct ProgramNames {
     const char* builder;  ///< the name of the builder
     std::string_view name;
     std::string_view otherwise = name;
 };
 
-/// What differs between toolchains of this kind. One for any target is told TARGET_TRIPLE.
+/// How toolchains of this kind differ. One for any target is given TARGET_TRIPLE.
 struct GnuToolchain {
     ToolchainTraits traits;
     const char* family;        ///< "GCC"
@@ -35,29 +35,29 @@ struct GnuToolchain {
     }
 };
 
-/// A toolchain in its place, for one target. All that is referred to outlives it.
+/// A toolchain in its place, for one target. Everything passed by reference must outlive it.
 class GnuStyle {
   public:
     GnuStyle(const GnuToolchain& toolchain, TargetContext& target, const DeclaredPlace& declared,
              ToolchainPrograms& programs);
 
-    /// Its path. Throws VeskException when it is not there.
+    /// The path of a program. Throws VeskException if it is missing.
     std::string program(GnuProgram program) const;
 
-    /// Says what the products are called.
+    /// The triple that decides how products are named.
     std::string triple() const;
 
-    /// Added to every call of a compiler, also when it links.
+    /// Added to every call of a compiler, including links.
     std::vector<std::string> compilerOptions() const;
 
     /// Added when a compiler links.
     std::vector<std::string> linkerOptions() const;
 
-    /// How PACKAGES of the target are compiled and linked with. Throws VeskException for a package,
-    /// or a pkg-config, that is not there.
+    /// How to compile and link with the target's PACKAGES. Throws VeskException for a missing
+    /// package or pkg-config.
     PackageFlags packages() const;
 
-    /// Where the programs find what they need to run; empty where they know by themselves.
+    /// Where the programs find what they need to run; empty if they need no help.
     std::vector<std::filesystem::path> searchDirectories() const;
 
   private:

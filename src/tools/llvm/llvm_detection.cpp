@@ -16,7 +16,7 @@ namespace Vesk {
 
 namespace {
 
-/// The directories of Linux distributions, one for each version, newest first.
+/// The directories of Linux distributions, one per version, newest first.
 void addVersionedDirectories(std::vector<std::string>& directories) {
     constexpr std::string_view kStart = "llvm-";
     std::vector<std::string> versions;

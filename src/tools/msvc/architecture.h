@@ -1,4 +1,4 @@
-// The machines that Microsoft's compilers make programs for.
+// The machines for which Microsoft's compilers make programs.
 #pragma once
 
 #include <string_view>
@@ -20,7 +20,7 @@ inline constexpr Architecture kArchitectures[] = {
 
 inline constexpr std::string_view kDefaultMsvcTriple = kArchitectures[0].triple;
 
-/// The architecture of a triple, or one by any name of its machine. Throws VeskException for
+/// The architecture of a triple, or that with any name of its machine. Throws VeskException for
 /// others.
 const Architecture& architectureOf(std::string_view triple);
 

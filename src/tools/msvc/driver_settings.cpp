@@ -28,7 +28,7 @@ std::string chooseFramework(const Context& target, DriverModel model,
     const char* variable = model == DriverModel::Kmdf ? "KMDF_VERSION" : "UMDF_VERSION";
     const std::string asked = target.textOf(variable).value_or("");
     const std::vector<std::string> all = frameworkVersions(directories.kit.directory, framework);
-    // Versions of before the second one are another framework.
+    // Versions before the second one are another framework.
     const auto found = std::ranges::find_if(all, [&](const std::string& version) {
         return asked.empty() ? model == DriverModel::Kmdf || version[0] == '2'
                              : versionFits(version, asked);
@@ -76,7 +76,7 @@ DriverSettings::DriverSettings(const Context& target, DriverModel model,
 std::vector<std::string> DriverSettings::compilerOptions() const {
     std::vector<std::string> options;
     if (kernel()) {
-        // Clang has no such option, and is told its parts.
+        // Clang has no such option, so it gets the parts.
         options = directories_.clang ? std::vector<std::string>{"/GR-", "/EHs-c-"}
                                      : std::vector<std::string>{"/kernel"};
         options.emplace_back("/Zp8");

@@ -1,4 +1,4 @@
-// What targets that are drivers of Windows are compiled and linked with.
+// How targets that are Windows drivers are compiled and linked.
 #pragma once
 
 #include <string>
@@ -10,20 +10,20 @@
 namespace Vesk {
 
 enum class DriverModel {
-    None,  ///< the target is no driver
-    Wdm,   ///< of the kernel, without a framework
-    Kmdf,  ///< of the kernel, with the driver framework
-    Umdf,  ///< a library in a process of its own, with the driver framework
+    None,  ///< the target is not a driver
+    Wdm,   ///< a kernel driver without a framework
+    Kmdf,  ///< a kernel driver with the driver framework
+    Umdf,  ///< a library in its own process, with the driver framework
 };
 
 /// What DRIVER says. Throws VeskException for an unknown word.
 DriverModel driverModelOf(const Context& target);
 
-/// The settings of one target, as the project templates of the WDK have them.
+/// The settings for one target, taken from the project templates of the WDK.
 class DriverSettings {
   public:
-    /// KMDF_VERSION and UMDF_VERSION choose the framework; the newest without them. Throws
-    /// VeskException for a framework that the kit lacks. The directories outlive the settings.
+    /// KMDF_VERSION and UMDF_VERSION choose the framework, by default the newest. Throws
+    /// VeskException for a framework that the kit lacks. The directories must outlive the settings.
     DriverSettings(const Context& target, DriverModel model, const MsvcDirectories& directories);
 
     bool kernel() const noexcept {
@@ -39,14 +39,14 @@ class DriverSettings {
     std::vector<std::string> linkerOptions(bool entry) const;
     std::vector<std::string> libraries() const;
 
-    /// Directories of the kits, also for targets that are no drivers.
+    /// Directories of the kits, also for targets that are not drivers.
     std::vector<std::string> includeDirectories() const;
     std::vector<std::string> libraryDirectories() const;
 
   private:
     DriverModel model_;
     const MsvcDirectories& directories_;
-    std::string framework_;  ///< "1.31"; empty without one
+    std::string framework_;  ///< "1.31"; empty if there is none
 };
 
 }  // namespace Vesk

@@ -1,4 +1,4 @@
-// The recipes of one target that Microsoft's tools build, and the outputs that come of them.
+// The recipes of one target built with Microsoft's tools, and the resulting outputs.
 #pragma once
 
 #include <cstdint>
@@ -17,12 +17,12 @@
 
 namespace Vesk {
 
-/// Message files become headers and resource scripts first; then sources and scripts become objects
-/// and resources; these become a product, which is signed; and a driver's product becomes a package
+/// Message files first become headers and resource scripts. Then sources and scripts become objects
+/// and resources. From these a product is made and signed. A driver's product becomes a package
 /// with a catalogue.
 class MsvcBuild {
   public:
-    /// All that is referred to outlives the build.
+    /// Everything passed by reference must outlive the build.
     MsvcBuild(TargetContext& target, const BuildEnv& environment, const DeclaredPlace& declared,
               MsvcPrograms& programs);
 
@@ -34,14 +34,14 @@ class MsvcBuild {
   private:
     struct Product {
         std::string path;
-        std::string linked;  ///< what the linker makes: the same, or what is then signed
+        std::string linked;  ///< what the linker makes: the same, or a file that is then signed
         std::string importLibrary;
         std::string debugFile;
     };
 
     /// What the commands for all sources of a language have in common.
     struct Compiler {
-        CommandText command;  ///< their beginning
+        CommandText command;  ///< how they begin
         std::string program;
         std::shared_ptr<const HeaderSearch> headerSearch;
         std::vector<std::string> flagFiles;
@@ -91,9 +91,9 @@ class MsvcBuild {
     OutputType type_;
     std::uint32_t stage_ = 0;
     std::vector<SourceFile> sources_;
-    std::vector<std::string> scripts_;  ///< resource scripts, those from messages among them
-    std::vector<std::string> messageDirectories_;  ///< with what was made of message files
-    std::vector<std::string> headers_;             ///< in there
+    std::vector<std::string> scripts_;  ///< resource scripts, including those from messages
+    std::vector<std::string> messageDirectories_;  ///< where the results of message files are
+    std::vector<std::string> headers_;             ///< the headers there
     std::vector<std::string> objects_;             ///< of the sources, then OBJ_FILES
     std::vector<std::string> resources_;
     std::vector<std::string> libraries_;

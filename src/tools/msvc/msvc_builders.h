@@ -1,5 +1,5 @@
-// The builders of the toolchain of Microsoft. Each builds whatever a target is made of; which one a
-// target gets says what it mainly is.
+// The builders of Microsoft's toolchain. Each can build any target; the one that a target gets
+// tells what it mainly is.
 #pragma once
 
 #include <cstddef>
@@ -37,7 +37,7 @@ class MsvcBuilder : public MSVCTool {
 };
 
 using MSVC_CL = MsvcBuilder<MsvcStep::C>;
-using MSVC_CPP = MsvcBuilder<MsvcStep::Cpp>;  ///< and C beside it
+using MSVC_CPP = MsvcBuilder<MsvcStep::Cpp>;  ///< and C as well
 using MSVC_LIB = MsvcBuilder<MsvcStep::Library>;
 using MSVC_LINK = MsvcBuilder<MsvcStep::Link>;
 using MSVC_MC = MsvcBuilder<MsvcStep::Messages>;

@@ -26,7 +26,7 @@ namespace {
 
 constexpr std::string_view kObjectSuffix = ".obj";
 
-/// How a compiler tells which headers it has read.
+/// How a compiler reports which headers it has read.
 enum class Report { Json, Makefile, Notes };
 
 Report reportOf(const MsvcDirectories& directories) {
@@ -39,12 +39,12 @@ Report reportOf(const MsvcDirectories& directories) {
     return knowsJson ? Report::Json : Report::Notes;
 }
 
-/// By which the cache knows the form.
+/// The suffix by which the cache knows the form.
 const char* endingOf(Report report) noexcept {
     return report == Report::Json ? ".json" : report == Report::Makefile ? ".d" : ".notes";
 }
 
-/// The option in front of a source whose name does not tell its language.
+/// The option in front of a source whose name does not show its language.
 const char* languageOption(const SourceFile& source) {
     const std::string_view extension = source.extension();
     if (source.language == Language::C) {
@@ -63,7 +63,7 @@ std::string runtimeOption(const Context& target) {
     throw VeskException(fmt::format("RUNTIME '{}' is none of MD, MDd, MT, MTd.", runtime));
 }
 
-/// A variable that the target's ENV gives its commands.
+/// A variable that the target's ENV gives to its commands.
 std::string environmentOf(const Context& target, std::string_view name) {
     const Assignment* variables = target.find("ENV");
     const auto* nested =
@@ -71,7 +71,7 @@ std::string environmentOf(const Context& target, std::string_view name) {
     return nested == nullptr ? std::string() : nested->context()->textOf(name).value_or("");
 }
 
-/// "INCLUDE=a;b". What the target itself gives comes last.
+/// "INCLUDE=a;b". The target's own value comes last.
 void addDirectories(std::vector<std::string>& variables, const Context& target,
                     const std::string& name, const std::vector<std::string>& directories) {
     std::string value;
@@ -105,7 +105,7 @@ std::shared_ptr<const ToolEnvironment> toolEnvironmentOf(const Context& target,
     auto environment = std::make_shared<ToolEnvironment>();
     std::vector<std::string> include = toolSetDirectories(directories, "include");
     const std::vector<std::string> ofKit = driver.includeDirectories();
-    // In the kernel the kit has the C headers, and the tool set's are for applications.
+    // In the kernel the kit provides the C headers; those of the tool set are for applications.
     include.insert(driver.kernel() ? include.begin() : include.end(), ofKit.begin(), ofKit.end());
     addDirectories(environment->variables, target, "INCLUDE", include);
 
@@ -122,7 +122,7 @@ std::shared_ptr<const ToolEnvironment> toolEnvironmentOf(const Context& target,
     return environment;
 }
 
-/// Variables in which these programs look for options of their own.
+/// Variables in which these programs look for further options.
 void addOptionVariables(Recipe& recipe, std::initializer_list<const char*> names) {
     for (const char* name : names) {
         if (const auto value = platform::environmentVariable(name); value && !value->empty()) {
@@ -195,7 +195,7 @@ std::string MsvcBuild::program(MsvcProgram program, const std::string& name) con
     return programs_.require(directories_, program, name);
 }
 
-// These programs take what begins with a slash for an option.
+// These programs take a word that begins with a slash for an option.
 std::string MsvcBuild::inCommand(const std::string& path) const {
     std::string name = paths_.inCommand(path);
     return name.starts_with('/') ? relativePath(name, paths_.root()) : name;
@@ -311,7 +311,7 @@ MsvcBuild::Compiler MsvcBuild::compilerFor(Language language) const {
     if (directories_.clang) {
         command.add("--target=", directories_.architecture->triple);
     }
-    // Without times in objects, one that is compiled to the same code is the same.
+    // Without times in objects, code that compiles to the same bytes gives the same object.
     if (says("REPRODUCIBLE", true)) {
         command.add("/Brepro");
     }
@@ -322,7 +322,7 @@ MsvcBuild::Compiler MsvcBuild::compilerFor(Language language) const {
     if (hasEntries(target_, "RUNTIME")) {
         command.add(runtimeOption(target_));
     }
-    // Into the objects: a file for all of them would be written by all compilers at once.
+    // Debug information goes into the objects: all compilers would write to a shared file at once.
     if (says("PDB", false)) {
         command.add("/Z7");
     }
@@ -372,8 +372,8 @@ Recipe MsvcBuild::compileRecipe(const SourceFile& source, const Compiler& compil
     return recipe;
 }
 
-/// Compilers without reports of their own write notes among their messages, where nobody could read
-/// them. They go over the source once more, for the notes alone.
+/// Compilers without reports of their own write these lines among their messages, where nobody
+/// could read them. So they read the source once more, for these lines alone.
 void MsvcBuild::addDependencyReport(const SourceFile& source, const Compiler& compiler,
                                     CommandText& command, Recipe& recipe) const {
     const std::string file = inCommand(source.dependencyFile);
@@ -437,7 +437,7 @@ void MsvcBuild::compileResources() {
         paths_.absolute(entriesOf(target_, "INCLUDE_DIRS"));
     for (std::size_t i = 0; i < scripts_.size(); ++i) {
         const std::string& script = scripts_[i];
-        // One made of messages lies among the objects already.
+        // The resource of a script made from messages already lies among the objects.
         const std::string result =
             (i < made ? script.substr(0, script.rfind('.')) : paths_.objectStem(script)) + ".res";
         Recipe recipe = resourceRecipe(script, result);

@@ -1,4 +1,4 @@
-// Which of Microsoft's compilers are installed.
+// Finds installed Microsoft compilers.
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -21,7 +21,7 @@ namespace Vesk {
 
 namespace {
 
-/// What the installer knows, previews and build tools included.
+/// What the installer knows, including previews and build tools.
 std::vector<VisualStudio> registeredInstallations(
     const std::vector<std::string>& programDirectories) {
     for (const std::string& programs : programDirectories) {
@@ -36,8 +36,8 @@ std::vector<VisualStudio> registeredInstallations(
     return {};
 }
 
-/// A developer prompt's, and those whose compiler and linker are in PATH. The linker too: there are
-/// other programs that are called link.
+/// That of a developer prompt, and those whose compiler and linker are in PATH. The linker must be
+/// there as well, since other programs are also called link.
 std::vector<ToolSet> toolSetsOfEnvironment() {
     std::vector<std::string> directories;
     if (const auto directory = platform::environmentVariable("VCToolsInstallDir")) {
@@ -87,7 +87,7 @@ std::vector<ToolSet> allToolSets(const std::vector<std::string>& programDirector
     return all;
 }
 
-/// The kits as settings of a tool, so that a build looks for nothing.
+/// The kits as settings of a tool, so that a build need not look for anything.
 class Kits {
   public:
     explicit Kits(const std::vector<std::string>& programDirectories) {

@@ -1,4 +1,4 @@
-// Making products of objects: linking, archiving, signing, packing.
+// Makes products from objects: linking, archiving, signing, packing.
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -18,8 +18,8 @@ namespace Vesk {
 
 namespace {
 
-/// The files of the entries of LIBS. Libraries that are a part of C elsewhere are one here too, and
-/// have no file.
+/// The files of the entries of LIBS. Libraries that belong to C elsewhere also belong to C here,
+/// and have no file.
 std::vector<std::string> libraryFiles(const std::vector<std::string>& names) {
     std::vector<std::string> files;
     for (const std::string& name : names) {
@@ -33,8 +33,8 @@ std::vector<std::string> libraryFiles(const std::vector<std::string>& names) {
     return files;
 }
 
-/// Those that lie in one of the directories, so that a change of them is noticed. The linker looks
-/// into the directory where it runs first; a name may be a path from there.
+/// Those that lie in one of the directories, so that a change in them is noticed. The linker first
+/// looks in the directory where it runs; a name may be a path from there.
 std::vector<std::string> filesIn(std::vector<std::string> directories,
                                  const std::vector<std::string>& names, const std::string& root) {
     constexpr std::string_view kOption = "defaultlib:";
@@ -55,7 +55,7 @@ std::vector<std::string> filesIn(std::vector<std::string> directories,
     return found;
 }
 
-/// One entry of a variable that names a file; empty without the variable.
+/// The only entry of a variable that names a file; empty if the variable is missing.
 std::string oneFile(const TargetPaths& paths, const char* variable) {
     const std::vector<std::string> files = paths.files(variable);
     if (files.size() > 1) {
@@ -67,7 +67,7 @@ std::string oneFile(const TargetPaths& paths, const char* variable) {
     return files.empty() ? std::string() : files.front();
 }
 
-/// The command interpreter's copying takes even a plus sign in a name for its own.
+/// The command interpreter's copy treats even a plus sign in a name specially.
 std::string copyCommand(const std::string& from, const std::string& to) {
     if (platform::kWindows) {
         return fmt::format("copy /y /b {} {} >NUL", quoteArgument(nativePath(from)),
@@ -76,7 +76,7 @@ std::string copyCommand(const std::string& from, const std::string& to) {
     return fmt::format("cp -f -- {} {}", quoteForPosix(from), quoteForPosix(to));
 }
 
-/// What catalogues call the oldest system that the drivers are for.
+/// How catalogues call the oldest system that the drivers support.
 const char* catalogueSystem(const Architecture& architecture) {
     return architecture.directory == "x64"   ? "10_X64"
            : architecture.directory == "x86" ? "10_X86"
@@ -112,7 +112,7 @@ MsvcBuild::Product MsvcBuild::productOf() const {
         return product;
     }
     if (signing_.wanted()) {
-        // Signing changes a file. The linker's own stays as the linker left it.
+        // Signing changes a file. The linker's own output stays unchanged.
         product.linked = paths_.objectDirectory() + "/unsigned/" + fileName(product.path);
     }
     if (type_ == OutputType::Shared && !objects_.empty() && says("IMPORT_LIBRARY", true)) {
@@ -138,7 +138,7 @@ void MsvcBuild::archive() {
     command.add({}, inCommand(objects_));
     addInputs(recipe, "AR_FLAGS", flagFiles(target_, paths_, {"AR_FLAGS"}));
     finishProduct(std::move(recipe), command, product);
-    // A library holds no resources; who links it links them.
+    // A library holds no resources; whoever links it links them.
     exportAppend(outputs, "OBJ_FILES", pathValues(resources_));
     addLibraryOutputs(product.path);
 }

@@ -1,5 +1,5 @@
-// The toolchain of Microsoft, "msvc": cl, link, lib, rc and mc, with the Windows SDK and the
-// Windows Driver Kit.
+// Microsoft's toolchain, "msvc": cl, link, lib, rc and mc, with the Windows SDK and the Windows
+// Driver Kit.
 #pragma once
 
 #include <memory>
@@ -15,7 +15,7 @@ extern const ToolTypeRegistration RegisterMSVCMatcher;
 struct MsvcToolchain {
     static const ToolchainTraits kTraits;
 
-    /// A declaration that does not say which machine it is for is for x64.
+    /// A declaration that does not name its machine is for x64.
     static AssignmentMap completed(const AssignmentMap& must, AssignmentMap others);
 
     std::shared_ptr<Builder> builder(const Context& target, DeclaredPlace place) const;

@@ -41,7 +41,7 @@ std::string findBin(const std::string& path, const MsvcDirectories& wanted) {
         wanted.compiler, programEnding(), architecture.directory, path));
 }
 
-/// The programs of the kits are there for several hosts, those for drivers for 32 bits only.
+/// The kits have their programs for several hosts, but those for drivers for 32 bits only.
 std::vector<std::string> binsOf(const WindowsKit& kit) {
     std::vector<std::string> directories;
     if (kit.directory.empty()) {
@@ -80,7 +80,7 @@ std::vector<std::string_view> namesOf(MsvcProgram program, const MsvcDirectories
     return {"signtool"};
 }
 
-/// Other programs, of other kinds, go by these names too; one in PATH is hardly the one meant.
+/// Other programs of other kinds have these names too; one in PATH is hardly the one meant.
 bool isAmbiguous(std::string_view name) {
     constexpr std::string_view kNames[] = {"cl", "lib", "link", "mc", "rc"};
     return std::ranges::find(kNames, name) != std::end(kNames);

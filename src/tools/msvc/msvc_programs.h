@@ -23,31 +23,31 @@ enum class MsvcProgram {
     Signer,
 };
 
-/// Where the parts of a toolchain are, for targets with the same wishes.
+/// Where the parts of a toolchain are, for targets with the same requirements.
 struct MsvcDirectories {
     const Architecture* architecture = nullptr;
     std::string compiler;  ///< its name: "cl", "clang-cl"
     bool clang = false;
     std::string bin;      ///< of the compiler
-    std::string toolSet;  ///< what the compiler's headers and libraries lie in; may be empty
-    std::string version;  ///< of the tool set; empty where that is not known
-    WindowsKit kit;       ///< its directory is empty where there is none
+    std::string toolSet;  ///< holds the compiler's headers and libraries; may be empty
+    std::string version;  ///< of the tool set; empty if not known
+    WindowsKit kit;       ///< its directory is empty if there is none
     std::vector<std::string> kitBins;
 };
 
-/// Finds programs, and remembers for the whole run where they are. Shared by the copies of a
+/// Finds programs and remembers for the whole run where they are. Shared by the copies of a
 /// matcher; used on the driver's thread only.
 class MsvcPrograms {
   public:
-    /// Settings that the target or the declaration gives: toolchain_path (a tool set, a directory
-    /// of programs, or an installation of Visual Studio, of which the newest tool set is taken),
-    /// toolchain_compiler, winsdk_path, winsdk_version, wdk_version. Throws VeskException for what
-    /// is not there.
+    /// Uses settings of the target or the declaration: toolchain_path (a tool set, a program
+    /// directory, or an installation of Visual Studio, whose newest tool set is used),
+    /// toolchain_compiler, winsdk_path, winsdk_version, wdk_version. Throws VeskException for
+    /// anything missing.
     const MsvcDirectories& directories(const DeclaredPlace& declared, Context& target,
                                        bool forDrivers);
 
-    /// Throws VeskException when the program is missing. `name`, when given, is what is looked for
-    /// in its stead.
+    /// Throws VeskException if the program is missing. If `name` is given, it is looked for
+    /// instead.
     std::string require(const MsvcDirectories& directories, MsvcProgram program,
                         const std::string& name);
 

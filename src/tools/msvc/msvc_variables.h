@@ -7,7 +7,7 @@ namespace Vesk {
 
 extern const VariableGroups kMsvcVariables;
 
-/// What its builders consume.
+/// The variables that its builders consume.
 const AssignmentMap& msvcSubjects();
 
 }  // namespace Vesk

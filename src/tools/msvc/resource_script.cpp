@@ -14,8 +14,8 @@ namespace Vesk {
 
 namespace {
 
-/// Resource editors write UTF-16. Names of other letters than ASCII's are not worth a converter:
-/// the rest of the text is as it was.
+/// Resource editors write UTF-16. Names with non-ASCII letters are not worth a converter; the rest
+/// of the text stays the same.
 std::string textOfFile(const std::string& path) {
     std::error_code error;
     std::string text = platform::readWholeFile(platform::pathFromUtf8(path), error).value_or("");
@@ -30,7 +30,7 @@ std::string textOfFile(const std::string& path) {
 }
 
 /// Calls `take` with each text in double quotes or angle brackets, and with each other word that
-/// has a dot in it: a resource's file needs no quotes.
+/// contains a dot, since the file of a resource needs no quotes.
 template <class F>
 void eachName(std::string_view line, F take) {
     while (!line.empty()) {
@@ -48,7 +48,7 @@ void eachName(std::string_view line, F take) {
     }
 }
 
-/// "res\\app.ico": the backslashes of a text are doubled, those of an include are not.
+/// "res\\app.ico": backslashes are doubled in a text, but not in an include.
 std::string withSlashes(std::string_view name) {
     std::string path;
     for (const char c : name) {

@@ -1,4 +1,4 @@
-// Signing what a target makes.
+// Signs what a target makes.
 #pragma once
 
 #include <string>
@@ -10,19 +10,19 @@
 
 namespace Vesk {
 
-/// What a target says about its signature. A password is never seen here: the command refers to the
+/// A target's settings for its signature. A password never appears here: the command refers to the
 /// environment variable that SIGN_PASSWORD_ENV names.
 class Signing {
   public:
-    /// Throws VeskException for settings that contradict one another, and for a password in the
-    /// text of the target.
+    /// Throws VeskException for contradictory settings, and for a password in the text of the
+    /// target.
     Signing(const TargetContext& target, const TargetPaths& paths);
 
     /// Whether the target names a certificate.
     bool wanted() const noexcept { return !certificate_.empty(); }
 
-    /// Has the recipe sign the file with the program when all that it does else is done. `file` is
-    /// as commands name it.
+    /// Makes the recipe sign the file with the program after everything else. `file` is in the form
+    /// that commands use.
     void addTo(Recipe& recipe, const std::string& program, const std::string& file) const;
 
   private:
@@ -32,7 +32,7 @@ class Signing {
     std::vector<std::string> certificate_;  ///< the options that choose it
     std::vector<std::string> options_;
     std::string passwordVariable_;
-    std::string file_;  ///< of the certificate, if it comes from one
+    std::string file_;  ///< of the certificate, if it is in a file
 };
 
 }  // namespace Vesk

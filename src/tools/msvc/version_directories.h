@@ -1,4 +1,4 @@
-// Directories that are named by version numbers, as Visual Studio and the kits keep theirs.
+// Directories named by version numbers, as in Visual Studio and the kits.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace Vesk {
 
-/// The names of the subdirectories, in the order of their letters. Empty for a directory that
-/// cannot be read.
+/// The names of the subdirectories in alphabetical order. Empty for a directory that cannot be
+/// read.
 std::vector<std::string> subdirectories(const std::string& directory);
 
 /// Those that begin with a digit, highest version first.

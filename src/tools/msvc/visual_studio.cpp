@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view kToolSets = "/VC/Tools/MSVC";
 
-/// The directories of programs for hosts that this machine can be.
+/// The program directories for hosts that this machine can be.
 std::vector<std::string_view> hostDirectories() {
     const std::string own = platform::environmentVariable("PROCESSOR_ARCHITECTURE").value_or("");
     if (equalsIgnoringCase(own, "ARM64")) {

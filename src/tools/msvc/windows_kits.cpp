@@ -22,7 +22,7 @@ void addDirectory(std::vector<std::string>& directories, std::string directory) 
     }
 }
 
-/// Installers of both widths have written these keys.
+/// 32-bit and 64-bit installers have written these keys.
 void addRegisteredDirectories(std::vector<std::string>& directories) {
     struct Value {
         const char* key;

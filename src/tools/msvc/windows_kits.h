@@ -1,5 +1,5 @@
-// The Windows SDK and the Windows Driver Kit. Both are installed into one directory, "Windows
-// Kits/10", in which each version has directories of its own name below Include, Lib and bin.
+// The Windows SDK and the Windows Driver Kit. Both are installed into the same directory, "Windows
+// Kits/10", where each version has directories of its own name below Include, Lib and bin.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@
 
 namespace Vesk {
 
-/// One version of the kits; which of the two are there shows in their headers.
+/// One version of the kits. Its headers show which of the two are installed.
 struct WindowsKit {
     std::string directory;  ///< "C:/Program Files (x86)/Windows Kits/10"
     std::string version;    ///< "10.0.22621.0"
@@ -21,26 +21,27 @@ struct WindowsKit {
     std::string library(std::string_view part, const Architecture& architecture) const;
 };
 
-/// Where kits are installed: what the registry of Windows names, then the usual place below each of
-/// the directories for programs.
+/// Where kits are installed: what the Windows registry names, then the usual place below each of
+/// the program directories.
 std::vector<std::string> kitDirectories(const std::vector<std::string>& programDirectories);
 
-/// The versions in one of these directories, newest first. Remains of removed ones are left out.
+/// The versions in one of these directories, newest first. Remains of removed versions are left
+/// out.
 std::vector<WindowsKit> kitsIn(const std::string& directory);
 
-/// The versions of a driver framework ("kmdf", "umdf") in there, newest first.
+/// The versions of a driver framework ("kmdf", "umdf") there, newest first.
 std::vector<std::string> frameworkVersions(const std::string& kitDirectory,
                                            std::string_view framework);
 
-/// What is asked of a kit.
+/// The requirements for a kit.
 struct KitWish {
     std::string directory;  ///< empty: any
     std::string version;    ///< as versionFits takes it; empty: the newest
     bool forDrivers = false;
 };
 
-/// The kit that fits best; one with an empty directory when there is none and nothing was asked
-/// for. Throws VeskException, which names what is there, when a wish cannot be met.
+/// The kit that fits best; its directory is empty if there is none and nothing was asked for.
+/// Throws VeskException, naming what is installed, if a requirement cannot be met.
 WindowsKit chooseKit(const KitWish& wish, const std::vector<std::string>& programDirectories);
 
 /// %ProgramFiles(x86)%, %ProgramFiles% and %ProgramW6432%, as far as they are set.

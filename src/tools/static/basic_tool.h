@@ -1,4 +1,4 @@
-// The command tools: they run the commands that a target spells out, each with its interpreter.
+// The command tools. They run the commands that a target spells out, each with its interpreter.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ namespace Vesk {
 extern const ToolTypeRegistration RegisterBasicMatcher;
 extern const ToolTypeRegistration RegisterPowerShellMatcher;
 
-/// What differs between them.
+/// How they differ.
 struct CommandTool {
     const char* typeWord;
     const char* variable;  ///< whose value is the command
@@ -25,7 +25,7 @@ struct CommandTool {
 inline constexpr CommandTool kInterpreterTool = {"command", "cmdline", shell::kInterpreter};
 inline constexpr CommandTool kPowerShellTool = {"pwsh", "pwsh", shell::kPowershell};
 
-/// One command for a single value, one for each item of a list, all run in the directory that the
+/// One command for a single value, one for each item of a list. All run in the directory that the
 /// target's "cwd" names.
 class BasicBuilder : public Builder {
   public:

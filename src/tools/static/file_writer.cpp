@@ -78,7 +78,7 @@ std::string serialized(const ValuePtr& value, std::string_view separator) {
     return serializedItem(value);
 }
 
-/// The path as the target gives it: absolute when it is a path value, else relative to the current
+/// The path that the target gives: absolute for a path value, otherwise relative to the current
 /// directory.
 std::filesystem::path fileOf(const Context& target) {
     const Assignment* assignment = target.find(kFileName);
@@ -105,7 +105,7 @@ void requireParentDirectory(const std::filesystem::path& file) {
     throw error;
 }
 
-// In two steps, because the two failures have messages of their own.
+// In two steps, because the two failures have different messages.
 void writeFile(const std::filesystem::path& file, std::string_view text, bool append) {
     platform::FileWriter writer(file, append ? platform::Append::yes : platform::Append::no);
     if (!writer.isOpen()) {

@@ -1,4 +1,4 @@
-// The file writer: writes a text of the target into a file, in vesk's own process.
+// The file writer writes a text of the target into a file, in vesk's own process.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +13,7 @@ namespace Vesk {
 
 extern const ToolTypeRegistration RegisterFileWriterMatcher;
 
-/// Fits targets that assign FILENAME and TEXT, and say so with FILE_WRITER or WRITE_FILE.
+/// Fits targets that assign FILENAME and TEXT together with FILE_WRITER or WRITE_FILE.
 class FileWriterMatcher : public Matcher {
   public:
     FileWriterMatcher(const CiString& name, const AssignmentMap& must, const AssignmentMap& others);
@@ -27,13 +27,13 @@ class FileWriterMatcher : public Matcher {
 
 class FileWriterBuilder : public Builder {
   public:
-    /// `settings` give SEPARATOR and MODE where a target does not.
+    /// `settings` supply SEPARATOR and MODE if a target does not.
     explicit FileWriterBuilder(const AssignmentMap& settings);
 
     std::string name() const override { return "file_writer"; }
 
-    /// Writes the file: bytes as they are, no line end added. Everything is checked before the file
-    /// is touched. Throws VeskException.
+    /// Writes the file: bytes as they are, with no line end added. Everything is checked before the
+    /// file is touched. Throws VeskException.
     Overlap overlap(const TargetContext&) const override { return Overlap::WhenAsked; }
     LookedFor lookedFor(const TargetContext&) const override { return {false, {}}; }
     std::shared_ptr<Context> expectedCompletion(TargetContext& target) override;

@@ -40,7 +40,7 @@ std::shared_ptr<Builder> NoToolMatcher::createBuilder(const Context&) const {
     return std::make_shared<NoToolBuilder>();
 }
 
-// A declaration may satisfy the need for NO_TOOL; the target must say it all the same.
+// A declaration may satisfy the need for NO_TOOL; the target must name it nevertheless.
 MatchResult NoToolMatcher::matchTool(const Context& target) const {
     if (target.find(kVariable) == nullptr) {
         return {};

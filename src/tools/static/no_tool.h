@@ -1,4 +1,4 @@
-// The no-op tool: a target that says NO_TOOL counts as built without anything being run.
+// The no-op tool: a target with NO_TOOL counts as built without running anything.
 #pragma once
 
 #include <memory>
@@ -20,7 +20,7 @@ class NoToolMatcher : public Matcher {
     std::shared_ptr<Builder> createBuilder(const Context& target) const override;
 
   protected:
-    /// Claims NO_TOOL as a full match, so that it wins against the tools that would run something.
+    /// Makes NO_TOOL a full match, so that it wins against tools that would run something.
     MatchResult matchTool(const Context& target) const override;
 };
 

@@ -8,10 +8,10 @@
 namespace Vesk {
 
 /// Adds default_basic, default_no_tool, default_file_writer and default_pwsh. One that cannot be
-/// made is warned about and left out.
+/// created is left out with a warning.
 void createStaticTools(Toolbox& toolbox);
 
-/// One of them: a tool of a registered type without a declaration. False when it is left out.
+/// Adds one of them, a tool of a registered type without a declaration. False if it is left out.
 bool createStaticTool(Toolbox& toolbox, std::string_view name, std::string_view typeWord);
 
 }  // namespace Vesk

@@ -57,7 +57,7 @@ RecipeSet CBuilder::createRecipes(TargetContext& target) {
 void CBuilder::postProcess(TargetContext&, const BuildEnv&, RecipeSet&) const {}
 
 LookedFor CBuilder::lookedFor(const TargetContext& target) const {
-    // A resource script is read for the files that it names.
+    // A resource script is read to find the files that it names.
     LookedFor wanted{hasEntries(target, "RC_FILES"), {}};
     for (const auto& [name, subject] : subjects()) {
         wanted.patterns =

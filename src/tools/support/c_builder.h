@@ -10,20 +10,20 @@
 
 namespace Vesk {
 
-/// Sources become objects in a first stage, a recipe for each, and objects a product in a second.
-/// Commands run in the project's root and name files from there.
+/// Sources become objects in a first stage, with a recipe for each, and objects a product in a
+/// second. Commands run in the project's root and name files relative to it.
 class CBuilder : public Builder {
   public:
     std::string name() const override { return name_; }
 
-    /// `doCreateRecipes`, then the variables that say where commands run and outputs go, then
-    /// `postProcess`. Starts no process but pkg-config, reads no file but resource scripts and what
-    /// pkg-config reads, and looks into directories for patterns only.
+    /// Runs `doCreateRecipes`, adds the variables that say where commands run and outputs go, then
+    /// runs `postProcess`. The only process it starts is pkg-config; the only files it reads are
+    /// resource scripts and what pkg-config reads; it searches directories only for patterns.
     RecipeSet createRecipes(TargetContext& target) final;
 
     Overlap overlap(const TargetContext&) const override { return Overlap::Always; }
 
-    /// The libraries that LIBS may mean in LIB_DIRS, and patterns, if any text is one.
+    /// The libraries that LIBS may mean in LIB_DIRS, and patterns if any text is one.
     LookedFor lookedFor(const TargetContext& target) const override;
 
     /// The exit code as the output "result".
@@ -34,11 +34,11 @@ class CBuilder : public Builder {
 
     CBuilder(std::string name, AssignmentMap subjects);
 
-    /// The recipes, and the outputs of the builder's own making; those that the target declares
-    /// are added. Throws VeskException for a target that cannot be built as it is written.
+    /// The recipes, and the outputs that the builder provides; those that the target declares are
+    /// added. Throws VeskException for a target that cannot be built as written.
     virtual Created doCreateRecipes(TargetContext& target, const BuildEnv& environment) const = 0;
 
-    /// A last change, for the tools that need one.
+    /// A final change, for tools that need one.
     virtual void postProcess(TargetContext& target, const BuildEnv& environment,
                              RecipeSet& set) const;
 
@@ -46,7 +46,7 @@ class CBuilder : public Builder {
     std::string name_;
 };
 
-/// Adds the outputs that the target declares itself to those of its builder's making.
+/// Adds the outputs that the target itself declares to those that its builder provides.
 void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& outputs);
 
 }  // namespace Vesk

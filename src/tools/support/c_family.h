@@ -17,9 +17,9 @@ extern const VariableGroup kDependencyFileVariables;
 extern const VariableGroup kLanguageOutputs;   ///< LINK_LANGUAGE
 extern const VariableGroup kChoiceVariables;   ///< by which a target asks for a toolchain
 extern const VariableGroup kPlaceSettings;     ///< where a toolchain's programs are
-extern const VariableGroup kIdentitySettings;  ///< what it is called
+extern const VariableGroup kIdentitySettings;  ///< how it is named
 
-/// What Make, CMake, Meson and others call them.
+/// The names in Make, CMake, Meson and others.
 inline constexpr Misnomer kCFamilyMisnomers[] = {
     {"SOURCES", "C_FILES"},
     {"SOURCES", "CPP_FILES"},

@@ -12,13 +12,14 @@ namespace Vesk {
 
 namespace {
 
-// Windows' interpreter takes 8191 characters; some are left for what it puts around the text.
+// The command interpreter of Windows takes 8191 characters; some are reserved for what surrounds
+// the text.
 constexpr std::size_t kMaxCommandLength = 7000;
 
 constexpr std::string_view kPlainPunctuation = "_@%+=:,./-";
 constexpr std::string_view kPlainOnWindows = "_@+=:,./\\-";
 
-// Outside of quotes the interpreter of Windows gives these a meaning; a caret takes it away.
+// Outside quotes the command interpreter of Windows treats these specially; a caret prevents that.
 constexpr std::string_view kWindowsSpecial = "()%!^\"<>&|";
 
 bool isAlphanumeric(char c) noexcept {
@@ -32,8 +33,8 @@ bool isPlain(std::string_view argument, std::string_view punctuation) noexcept {
     });
 }
 
-/// Programs of Windows take a text without a byte order mark for one in the machine's own code
-/// page, and not all of them know UTF-8.
+/// Windows programs read a text without a byte order mark in the machine's own code page, and not
+/// all of them know UTF-8.
 std::string windowsText(const std::string& text) {
     if (isAscii(text)) {
         return text;
@@ -64,9 +65,9 @@ std::string quoteForPosix(std::string_view argument) {
     return quoted += '\'';
 }
 
-// The interpreter knows nothing of \": behind it, it believes the quotes to be closed, and expands
-// variables inside quotes too. Where that matters every special character gets a caret, the quotes
-// included, so that the interpreter sees no quotes at all.
+// The interpreter does not know \" and takes the quotes as closed behind it, and it expands
+// variables even inside quotes. If that matters, every special character gets a caret, including
+// the quotes, so that the interpreter sees no quotes at all.
 std::string quoteForWindows(std::string_view argument) {
     if (isPlain(argument, kPlainOnWindows)) {
         return std::string(argument);
@@ -114,7 +115,7 @@ void CommandText::append(std::string_view hostText, std::string_view fileText) {
 }
 
 void CommandText::add(std::string_view argument) {
-    // Nothing keeps every version of Windows' interpreter from taking this for a variable.
+    // Some versions of the Windows interpreter take this for a variable, and nothing prevents that.
     needsFile_ |= platform::kWindows && argument.find('%') != std::string_view::npos;
     append(quoteForHost(argument), quoteForResponseFile(argument, style_));
 }

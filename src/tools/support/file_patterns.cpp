@@ -43,8 +43,8 @@ bool continuesCharacter(char c) noexcept {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
-/// One part of a path against one part of a pattern. After a mismatch the last `*` takes one byte
-/// more, which is enough: an earlier one can never have to.
+/// Matches one part of a path against one part of a pattern. After a mismatch the last `*` takes
+/// one more byte. That is enough: an earlier `*` never has to.
 bool nameMatches(std::string_view name, std::string_view pattern) noexcept {
     if (name.substr(0, 1) == "." && pattern.substr(0, 1) != ".") {
         return false;
@@ -93,7 +93,7 @@ bool partsMatch(Parts path, Parts pattern) noexcept {
 
 using Entry = platform::DirectoryEntry;
 
-/// The entries of a directory that is there; a directory that is not has none.
+/// The entries of a directory; none if it does not exist.
 std::vector<Entry> entriesIn(const std::string& directory) {
     std::error_code error;
     std::vector<Entry> entries =
@@ -110,8 +110,8 @@ class Search {
   public:
     explicit Search(const std::string& skipped) : skipped_(skipped) {}
 
-    /// Looks in one directory for what the parts say. The directory is read once, whatever they
-    /// are.
+    /// Looks in one directory for what the parts of patterns describe. The directory is read only
+    /// once.
     void in(const std::string& directory, Parts parts) {
         const std::string_view part = parts.front();
         if (part != kAnyDirectories && !isPattern(part)) {
@@ -154,7 +154,7 @@ class Search {
         }
     }
 
-    /// The same for an entry that has been read: nothing has to be asked about a file.
+    /// The same for an entry that has been read; the system is not asked about a file.
     void inNamed(const std::string& path, Parts rest, const Entry& entry) {
         if (entry.directory) {
             in(path, rest);

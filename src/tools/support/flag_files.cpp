@@ -12,8 +12,8 @@ namespace Vesk {
 
 namespace {
 
-// Not every option with a file: many name one that is written, and a file that a command reads and
-// writes would never be up to date.
+// Not every option with a file counts: many name a file to be written, and a file that a command
+// reads and writes would never be up to date.
 constexpr std::array<std::string_view, 18> kReadingOptions = {"T",
                                                               "script",
                                                               "version-script",
@@ -68,7 +68,7 @@ class FlagFiles {
 
   private:
     void take(std::string_view name) {
-        // Asking the system about every word would cost.
+        // Asking the system about every word would be slow.
         if (name.find_first_of("./\\") == std::string_view::npos) {
             return;
         }
@@ -94,7 +94,7 @@ class FlagFiles {
         }
     }
 
-    /// "-Wl,-T,app.ld", "--version-script=lib.map", "/DEF:lib.def": an option and what it is given.
+    /// "-Wl,-T,app.ld", "--version-script=lib.map", "/DEF:lib.def": an option and its argument.
     void takeParts(std::string_view word) {
         constexpr std::string_view kSeparators = ",=:";
         for (std::size_t end = word.find_first_of(kSeparators); end != std::string_view::npos;

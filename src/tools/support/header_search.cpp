@@ -10,7 +10,7 @@ namespace Vesk {
 
 namespace {
 
-/// Compilers look through one kind after the other, whatever the order of the options.
+/// Compilers search one kind after the other, whatever the order of the options.
 enum Kind : std::size_t { Quoted, Plain, System, Kinds };
 
 struct Option {
@@ -18,7 +18,7 @@ struct Option {
     Kind kind;
 };
 
-// An option that another one begins with comes after that one.
+// An option that is the beginning of another one must come after it.
 constexpr std::array<Option, 8> kOptions = {{{"-iquote", Quoted},
                                              {"-isystem", System},
                                              {"-imsvc", System},
@@ -30,7 +30,7 @@ constexpr std::array<Option, 8> kOptions = {{{"-iquote", Quoted},
 
 using Directories = std::array<std::vector<std::string>, Kinds>;
 
-/// As the compiler will spell it in front of a header's name, made absolute.
+/// The directory as the compiler will spell it in front of a header's name, made absolute.
 std::string directoryNamed(std::string_view name, const std::string& root) {
     while (name.starts_with("./")) {
         name.remove_prefix(2);

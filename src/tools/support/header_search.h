@@ -11,9 +11,9 @@
 
 namespace Vesk {
 
-/// By the options among the flags, in the forms of all compilers, and by INCLUDE_DIRS and
-/// SYSTEM_INCLUDE_DIRS, which commands give after them and before `furtherFlags`. Null without any
-/// directory.
+/// From the options among the flags, in the forms of all compilers, and from INCLUDE_DIRS and
+/// SYSTEM_INCLUDE_DIRS, which commands give after them and before `furtherFlags`. Null if there are
+/// no directories.
 std::shared_ptr<const HeaderSearch> headerSearch(const TargetContext& target,
                                                  const TargetPaths& paths,
                                                  std::initializer_list<const char*> flagVariables,

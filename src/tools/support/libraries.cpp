@@ -9,13 +9,13 @@ namespace {
 
 constexpr std::string_view kEndings[] = {".so", ".dylib", ".dll.a", ".a"};
 
-/// Where the system's own loader looks anyway.
+/// Where the system's loader looks anyway.
 bool isSystemDirectory(std::string_view directory) noexcept {
     return directory.starts_with("/lib") || directory.starts_with("/usr/lib");
 }
 
-/// Which of a library's forms the linker takes depends on its flags. Whether it is content with
-/// this directory: it may want a static one, which is elsewhere.
+/// Which form of a library the linker takes depends on its flags. Tells whether this directory is
+/// enough; a static library may be wanted that lies elsewhere.
 bool takeForms(const std::string& stem, std::vector<std::string>& found) {
     bool isStatic = false;
     for (const std::string_view ending : kEndings) {
@@ -85,7 +85,7 @@ std::vector<std::string> librariesIn(const std::vector<std::string>& directories
             name.remove_prefix(2);
         }
         if (name.empty() || name.front() == '-') {
-            continue;  // another option of the linker
+            continue;  // another linker option
         }
         for (const std::string& directory : directories) {
             if (name.front() == ':' ? takeFile(directory + "/" + std::string(name.substr(1)))

@@ -11,18 +11,18 @@ enum class OutputType {
     Executable,   ///< the default
     Static,       ///< an archive
     Shared,       ///< a shared library
-    Object,       ///< nothing but the objects
-    Relocatable,  ///< all objects in one
+    Object,       ///< only the objects
+    Relocatable,  ///< all objects combined in one
 };
 
 /// What OUTPUT_TYPE says. Throws VeskException for an unknown word.
 OutputType outputTypeOf(const Context& target);
 
-/// Whether a name has an ending of its own: letters follow its last dot, as in "plugin.so" and not
-/// in "app-1.2". Such a name is taken as it is.
+/// Whether a name has its own suffix: letters follow its last dot, as in "plugin.so" but not in
+/// "app-1.2". Such a name is used as it is.
 bool hasEnding(const std::string& name) noexcept;
 
-/// "out/name" with the prefix in front of the last part and the ending behind it.
+/// "out/name" with the prefix in front of the last part and the suffix behind it.
 std::string decorated(const std::string& name, const std::string& prefix,
                       const std::string& ending);
 

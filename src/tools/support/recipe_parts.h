@@ -9,7 +9,7 @@
 
 namespace Vesk {
 
-/// Files that a recipe reads; `name` is the variable that they are known by.
+/// Files that a recipe reads. `name` is the variable that they go by.
 void addInput(Recipe& recipe, const char* name, const std::string& path);
 void addInputs(Recipe& recipe, const char* name, const std::vector<std::string>& paths);
 
@@ -19,10 +19,11 @@ void addOutput(Recipe& recipe, const char* name, const std::string& path);
 /// OUTPUT_NAME, or the target's own name.
 std::string outputNameOf(const TargetContext& target);
 
-/// The texts as a list of strings that are taken as they are.
+/// The texts as a list of strings that are not expanded.
 ValuePtr textValues(const std::vector<std::string>& texts);
 
-/// Adds an output that dependants with "+" append to their own variable; nothing for an empty list.
+/// Adds an output that dependants with "+" append to their own variable; does nothing for an empty
+/// list.
 void exportAppend(std::vector<Assignment>& outputs, const char* variable, const ValuePtr& list);
 
 }  // namespace Vesk

@@ -9,10 +9,10 @@
 
 namespace Vesk {
 
-/// Throws VeskException when the command fails.
+/// Throws VeskException if the command fails.
 void runOrThrow(const Command& command);
 
-/// Makes an empty directory, whatever was there. Throws VeskException.
+/// Makes an empty directory, removing whatever was there. Throws VeskException.
 void renewDirectory(const std::filesystem::path& directory);
 
 /// Writes a file with arguments for a command. Throws VeskException.

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kExcludeFiles = "EXCLUDE_FILES";
 
-/// Removes what the target does not want. The names are not searched for: they only have to fit.
+/// Removes what the target excludes. The names are not searched for in the file system.
 void exclude(std::vector<std::string>& files, const std::vector<std::string>& excluded) {
     if (excluded.empty()) {
         return;

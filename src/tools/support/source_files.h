@@ -13,7 +13,8 @@ enum class Language { C, Cpp, Assembler };
 
 inline constexpr Language kLanguages[] = {Language::C, Language::Cpp, Language::Assembler};
 
-/// Names of variables: C_FILES and C_FLAGS, CPP_FILES and CPP_FLAGS, ASM_FILES and ASM_FLAGS.
+/// The names of the variables: C_FILES and C_FLAGS, CPP_FILES and CPP_FLAGS, ASM_FILES and
+/// ASM_FLAGS.
 const char* filesVariable(Language language) noexcept;
 const char* flagsVariable(Language language) noexcept;
 
@@ -23,12 +24,12 @@ struct SourceFile {
     std::string dependencyFile;
     Language language = Language::C;
 
-    /// With its dot and as it is written: ".c", ".S"; empty where there is none.
+    /// With its dot, as written: ".c", ".S"; empty if there is none.
     std::string_view extension() const noexcept;
 };
 
-/// What the three variables name, without what EXCLUDE_FILES names, each file once, in the order of
-/// the variables and of their entries. Throws VeskException for a file of two languages, and what
+/// The files in the three variables, without those in EXCLUDE_FILES, each once, in the order of the
+/// variables and of their entries. Throws VeskException for a file of two languages, and whatever
 /// TargetPaths::files throws.
 std::vector<SourceFile> sourceFiles(const TargetContext& target, const TargetPaths& paths,
                                     std::string_view objectSuffix);

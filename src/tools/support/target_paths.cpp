@@ -23,7 +23,7 @@ bool beginsWith(std::string_view text, std::string_view start) noexcept {
     return platform::kWindows ? equalsIgnoringCase(head, start) : head == start;
 }
 
-/// The part of `path` below `directory`; empty for what does not lie there.
+/// The part of `path` below `directory`; empty if it does not lie there.
 std::string_view below(const std::string& directory, std::string_view path) noexcept {
     const bool inside = path.size() > directory.size() + 1 && path[directory.size()] == '/' &&
                         beginsWith(path, directory);
@@ -58,8 +58,8 @@ std::string textDirectoryOf(const TargetContext& target, const std::string& root
     return file ? normalPath(platform::pathToUtf8(fs::absolute(*file).parent_path())) : root;
 }
 
-/// A directory's name in the object directory. ".." becomes "__", so names of underscores get one
-/// more; a drive loses its colon.
+/// The name of a directory in the object directory. ".." becomes "__", so names made of underscores
+/// get one more; a drive loses its colon.
 void appendMirrored(std::string& path, std::string_view part) {
     if (part == "..") {
         path += "__";

@@ -1,4 +1,4 @@
-// Reading the lists that C-family targets are made of.
+// Reads the lists that C-family targets consist of.
 #pragma once
 
 #include <string>
@@ -11,14 +11,14 @@
 namespace Vesk {
 
 /// The entries of a variable: the elements of a list, the words of a string; a path is one entry.
-/// Empty entries are left out, and so is a variable that is missing.
+/// Empty entries and missing variables are left out.
 std::vector<std::string> entriesOf(const Context& target, std::string_view variable);
 
-/// A variable of flags: each element of a list, and a path, is one argument; a string is text that
-/// its author has quoted already.
+/// A variable of flags. Each element of a list, and a path, is one argument; a string is text that
+/// its author has already quoted.
 void addFlags(CommandText& command, const Context& target, std::string_view variable);
 
-/// Whether the variable is there and holds something.
+/// Whether the variable exists and is not empty.
 bool hasEntries(const Context& target, std::string_view variable);
 
 }  // namespace Vesk

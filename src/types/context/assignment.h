@@ -39,46 +39,46 @@ struct Assignment {
     AssignOperator op = AssignOperator::Assign;
     AssignModifier modifier = AssignModifier::None;
 
-    /// What `^name += ...` added, apart from what the variable held before: the part that a
-    /// dependant which merges outputs appends to its own variable. Empty for other assignments.
+    /// What `^name += ...` added, apart from what the variable held before. A dependant that merges
+    /// outputs appends this part to its own variable. Empty for other assignments.
     ValuePtr exported;
 
-    /// The assignments that this one is the sum of, in their order, where what they give depends on
-    /// what they are merged onto: `x ?= "q" x += "r"` onto a value appends "r" only. Empty for a
-    /// single one.
+    /// The assignments that make up this one, in order, if their result depends on what they are
+    /// merged onto: `x ?= "q" x += "r"` merged onto a value appends "r" only. Empty for a single
+    /// assignment.
     std::vector<Assignment> written;
 
     SourcePlace place;  ///< where it was written
 
-    /// Name, operator and the value's display form, as dumps and messages show it.
+    /// Name, operator and the value's display form, as dumps and messages show them.
     std::string toDisplayString() const;
 
-    /// The assignment as the language's grammar reads it back to an equal one, modifier included:
+    /// The assignment in the form that the grammar reads back as an equal one, modifier included:
     /// `^FLAGS += ["a", R"(b"c)"]`. Nested contexts are written out. Throws VeskException for a
     /// text that no literal can hold.
     std::string toSourceString() const;
 };
 
-/// How source text merges the assignment: a modifier that is written is taken over.
+/// How source text merges the assignment: a modifier that is written replaces the stored one.
 inline ModifierMode writtenMode(const Assignment& assignment) noexcept {
     return assignment.modifier == AssignModifier::None ? ModifierMode::Keep : ModifierMode::Copy;
 }
 
-/// An assignment with "=" of a value that is final: it is not expanded again.
+/// An assignment with "=" of a final value, which is not expanded again.
 Assignment resolvedAssignment(CiString name, ValuePtr value,
                               AssignModifier modifier = AssignModifier::None);
 
-/// Such an assignment of a text, held as a raw string.
+/// The same for a text, held as a raw string.
 Assignment textAssignment(CiString name, std::string text);
 
-/// The same with the value copied all the way down, to be merged into another context.
+/// A copy whose value is copied all the way down, to be merged into another context.
 Assignment deepCopy(const Assignment& assignment);
 
-/// As source text writes them: " += ", "^". An operator that is none assigns.
+/// As source text writes them: " += ", "^". An unknown operator is written as an assignment.
 std::string_view sourceText(AssignOperator op);
 std::string_view sourceText(AssignModifier modifier);
 
-/// The value as the grammar reads it back. Throws as `Assignment::toSourceString`.
+/// The value in the form that the grammar reads back. Throws as `Assignment::toSourceString` does.
 std::string toSourceString(const VeskValue& value);
 
 }  // namespace Vesk

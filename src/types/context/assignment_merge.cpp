@@ -19,13 +19,13 @@ bool isPath(const ValuePtr& value) {
     return valueAs<VeskPathString>(value.get()) != nullptr;
 }
 
-/// Whether a += to this value joins texts. A path is text too, but becomes a list of paths.
+/// Whether a += to this value joins texts. A path is text as well, but becomes a list of paths.
 bool isText(const ValuePtr& value) {
     return valueAs<VeskBaseString>(value.get()) != nullptr && !isPath(value);
 }
 
-/// Whether the unresolved value, joined to a text, would leave something behind: what a name stands
-/// for, the directory of a path, the other words of a cross reference in a list.
+/// Whether joining the unresolved value to a text would lose something: what a name stands for, the
+/// directory of a path, the other words of a cross reference in a list.
 bool losesMeaningAsText(const VeskValue& value) {
     if (const auto* path = valueAs<VeskPathString>(&value)) {
         return !platform::isAbsolutePath(path->text);
@@ -40,9 +40,9 @@ bool losesMeaningAsText(const VeskValue& value) {
     return false;
 }
 
-/// What a += appends to `stored`: `added` itself, unless a path is stored. A path literal is one
-/// path, so it becomes a list of paths first; the words of a string and the strings of a list are
-/// paths of the same directory then.
+/// What a += appends to `stored`. This is `added` itself unless a path is stored: a path literal is
+/// one path, so it becomes a list of paths first, and the words of a string or the strings of a
+/// list become paths of the same directory.
 ValuePtr readyToAppend(ValuePtr& stored, const ValuePtr& added) {
     const bool hasElements = valueAs<VeskBaseString>(added.get()) != nullptr ||
                              valueAs<VeskList>(added.get()) != nullptr;
@@ -68,8 +68,8 @@ void appendValue(ValuePtr& stored, const ValuePtr& added) {
     stored->append(*ready);
 }
 
-/// Stores a value where there was none. After a bare name it is all that the variable holds, so it
-/// is assigned.
+/// Stores a value where there was none. After a bare name this is all that the variable holds, so
+/// the operator becomes an assignment.
 void storeFirstValue(Assignment& stored, const Assignment& assignment) {
     stored.value = assignment.value;
     if (stored.op == AssignOperator::None && stored.value) {
@@ -85,13 +85,13 @@ void replaceValue(Assignment& stored, const Assignment& assignment) {
     stored.written.clear();
 }
 
-/// What dependants that merge outputs are to append after `^name += value`: what was appended with
-/// "^".
+/// After `^name += value`, what dependants that merge outputs are to append: everything appended
+/// with "^".
 void addToExported(Assignment& stored, const Assignment& assignment) {
     if (assignment.modifier != AssignModifier::Output) {
         return;
     }
-    // What came with a part of its own keeps it: a merged dependency's outputs, for example.
+    // An assignment that brings its own part keeps it, such as a merged dependency's outputs.
     const ValuePtr& value = assignment.exported ? assignment.exported : assignment.value;
     if (stored.exported) {
         appendValue(stored.exported, value);
@@ -100,7 +100,7 @@ void addToExported(Assignment& stored, const Assignment& assignment) {
     }
 }
 
-/// Remembers the single assignments, as what they give may depend on what lies under them.
+/// Remembers the single assignments, since their result may depend on what lies under them.
 void noteAppend(Assignment& stored, Assignment before, const Assignment& assignment) {
     if (stored.written.empty()) {
         stored.written.push_back(std::move(before));
@@ -130,7 +130,7 @@ void mergeAppend(Assignment& stored, const Assignment& assignment, Parts parts) 
     }
 }
 
-/// Merges the value; false when the new assignment leaves what is stored as it is.
+/// Merges the value. False if the new assignment leaves the stored one as it is.
 bool mergeValue(Assignment& stored, const Assignment& assignment, Parts parts) {
     switch (assignment.op) {
         case AssignOperator::Assign:

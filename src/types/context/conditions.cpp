@@ -55,7 +55,7 @@ bool Context::conditionHolds(const Condition& condition, Unresolvable unresolvab
 }
 
 void Context::evaluateConditions(Unresolvable unresolvable) {
-    // A body may bring further conditions: the size is read afresh.
+    // A body may add further conditions, so the size is read in each round.
     for (std::size_t i = 0; i < conditions_.size(); ++i) {
         const Condition condition = conditions_[i];
         if (conditionHolds(condition, unresolvable)) {

@@ -26,51 +26,51 @@ inline constexpr const char* kContextSourceUnit = "types/vesk_context_types";
 
 /// A scope of variables, and conditional blocks that may add to them.
 ///
-/// Life: filled by merging assignments; `evaluateConditions` merges the bodies that apply;
-/// `resolveVariables` gives every variable its final value; then it is read. Always held by a
-/// shared pointer. Not locked.
+/// Life cycle: merging assignments fills it; `evaluateConditions` merges the bodies that apply;
+/// `resolveVariables` gives every variable its final value; then it is only read. Always held by a
+/// shared pointer. Has no lock.
 class Context : public Resolver, public std::enable_shared_from_this<Context> {
   public:
     using Map = std::map<CiString, Assignment, CiLess>;
 
-    /// The value of a path as it would be after resolving; nothing stored changes before
-    /// `resolveVariables` runs. Names that this context lacks are looked for in the enclosing one;
-    /// `ascii` is the character set where no variable has that name. Throws NotFoundException,
+    /// The value that a path would have after resolving; nothing stored changes before
+    /// `resolveVariables` runs. Names that this context lacks are looked up in the enclosing one;
+    /// `ascii` is the character set unless a variable has that name. Throws NotFoundException,
     /// MissingVariable, NotAContext, IndexException, IdentifierError, LoopFoundException.
     ValuePtr resolveIdentifier(const IdentifierPath& path) override;
     void reportMissing(const IdentifierPath& path) override;
 
-    /// Writes the dump, a message a line, when the level reaches the console's threshold.
+    /// Writes the dump, one message for each line, if the level reaches the console's threshold.
     virtual void print(int level) const;
 
-    /// Inserts a copy, or merges into the assignment of that name, at once and by the rules of the
-    /// values, but that what is appended to a path makes a list of paths. So bodies are filled.
-    /// Throws AssignmentException for a forbidden merge, and what appending throws.
+    /// Inserts a copy, or merges into the assignment of that name at once, by the rules for values,
+    /// except that appending to a path makes a list of paths. This is how bodies are filled. Throws
+    /// AssignmentException for a forbidden merge, and whatever appending throws.
     void addAssignment(const Assignment& assignment, ModifierMode mode);
 
-    /// Merges what belongs to different layers of a target: an append that meets an unresolved
-    /// reference, in the value or in what is stored, or that would turn one into text, is held back
-    /// and made when variables are resolved, in order, instead of failing. What replaces a value
-    /// drops what is held for it.
+    /// Merges an assignment of another layer of a target. An append that meets an unresolved
+    /// reference, in the value or in what is stored, or that would turn one into text, does not
+    /// fail here: it is held back and made, in order, when variables are resolved. Replacing a
+    /// value drops what is held for it.
     void mergeAssignment(const Assignment& assignment, ModifierMode mode);
     void mergeAssignment(const Assignment& assignment) {
         mergeAssignment(assignment, writtenMode(assignment));
     }
 
-    /// Merges copies of the other's assignments like this, in its map order, and takes over its
-    /// conditions and held appends.
+    /// Merges copies of the other's assignments in the same way, in its map order, and takes over
+    /// its conditions and held appends.
     void mergeContext(const Context& other, ModifierMode mode);
 
-    /// The assignment that the keys lead to; the last one names it. Throws InternalError for no
-    /// keys, NotFoundException, MissingVariable, NotAContext.
+    /// The assignment that the keys lead to; the last key names it. Throws InternalError for an
+    /// empty list of keys, NotFoundException, MissingVariable, NotAContext.
     Assignment& getAssignment(const std::vector<Key>& keys);
 
     const Assignment* find(std::string_view name) const;
     Assignment* find(std::string_view name);
-    bool erase(std::string_view name);  ///< with what is held for it
+    bool erase(std::string_view name);  ///< together with what is held for it
     const Map& assignments() const noexcept { return assignments_; }
 
-    /// The text (toString) of a variable's value; nothing when it is missing or has no value.
+    /// The text (toString) of a variable's value; nothing if it is missing or has no value.
     std::optional<std::string> textOf(std::string_view name) const;
 
     void addCondition(Condition condition) { conditions_.push_back(std::move(condition)); }
@@ -92,26 +92,27 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     /// names the variable.
     void resolveVariables();
 
-    /// The same without the announcement and without dropping hints; for nested contexts.
+    /// The same without the announcement and without dropping hints, for nested contexts.
     void resolveAll();
 
-    /// Makes the held appends whose references resolve now; the others stay held.
+    /// Makes the held appends whose references now resolve; the others stay held.
     void placeHeldAppends();
     bool hasHeldAppends(std::string_view name) const { return heldAppends_.has(name); }
 
-    /// The value of a stored assignment as it would be after resolving; an empty string when it
-    /// has none. Throws as `resolveIdentifier`.
+    /// The value that a stored assignment would have after resolving; an empty string if it has
+    /// none. Throws as `resolveIdentifier` does.
     ValuePtr valueOfVariable(std::string_view name);
 
-    /// Replaces each hint's value by what it stands for: the named variable's value where there is
-    /// one, else the name's text. Throws VeskException for a hint that is no identifier.
+    /// Replaces each hint's value by what it stands for: the named variable's value if there is
+    /// one, otherwise the text of the name. Throws VeskException for a hint that is not an
+    /// identifier.
     void resolveHints();
 
-    /// Nothing is reported about unknown variables from now on; for trial evaluations.
+    /// From now on unknown variables are not reported. For trial evaluations.
     void setSilent() noexcept { resolution_.setSilent(); }
 
-    /// Where names are looked for that this context lacks. Not owned: whoever has this context
-    /// resolved names the enclosing one again.
+    /// The context in which names are looked up that this one lacks. Not owned: whoever has this
+    /// context resolved sets the enclosing one again.
     void setEnclosing(Context* enclosing) noexcept;
 
     /// A copy that shares nothing that can change.
@@ -120,7 +121,7 @@ class Context : public Resolver, public std::enable_shared_from_this<Context> {
     /// The dump: a line "{", a line for each assignment, and "}" without a line end.
     std::string dump() const;
 
-    /// Names that variables have here, for suggestions.
+    /// The names of the variables here, for suggestions.
     std::vector<std::string> names() const;
 
   protected:

@@ -1,4 +1,4 @@
-// What a context block of a file says, before it is used.
+// The contents of a brace block in a file, before it is used.
 #pragma once
 
 #include <cstdint>
@@ -30,24 +30,24 @@ struct Condition {
     SourcePlace place;
 };
 
-/// The assignments and conditional blocks of a brace block in the order in which they are written.
+/// The assignments and conditional blocks of a brace block, in the order in which they are written.
 class ContextTemplate {
   public:
     virtual ~ContextTemplate() = default;
 
-    /// A new context with copies of everything, merged at once by the rules of the values. Throws
-    /// what merging throws, with notes.
+    /// A new context with copies of everything, merged at once by the rules for values. Throws what
+    /// merging throws, with notes.
     std::shared_ptr<Context> instantiate() const;
 
     std::vector<Assignment> assignments;
     std::vector<Condition> conditions;
 };
 
-/// Merges a copy of an assignment of a text into the context that this text fills; one without a
-/// modifier keeps the one that is stored. Throws what merging throws, with notes.
+/// Merges a copy of an assignment of the block into the context that the block fills. One without a
+/// modifier keeps the stored modifier. Throws what merging throws, with notes.
 void fill(Context& context, const Assignment& assignment);
 
-/// A copy with operands of its own.
+/// A copy with its own operands.
 Condition deepCopy(const Condition& condition);
 
 }  // namespace Vesk

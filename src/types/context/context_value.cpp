@@ -35,8 +35,9 @@ class ContextIterator : public IVeskValueIterator {
     Context::Map::const_iterator position_;
 };
 
-/// The contexts that this thread is writing out as text, outermost first. One that holds a
-/// reference to itself, say by an output that is the dependant's own context, is written once.
+/// The contexts that this thread is writing out as text, outermost first. A context that holds a
+/// reference to itself, for example as an output that is the dependant's own context, is written
+/// once.
 class Writing {
   public:
     explicit Writing(const Context& context)
@@ -124,7 +125,7 @@ void VeskContext::append(const VeskValue& other) {
     const auto* name = valueAs<VeskString>(&other);
     const VeskContext* added = name == nullptr ? &contextOperand(other) : nullptr;
     if (!owner_) {
-        owner_ = context()->deepCopy();  // what it refers to belongs to somebody else
+        owner_ = context()->deepCopy();  // the context referred to belongs to someone else
         reference_ = owner_;
     }
     if (added != nullptr) {
@@ -196,7 +197,7 @@ bool VeskContext::lessThan(const VeskValue& other) const {
 }
 
 void VeskContext::setResolver(Resolver* resolver) {
-    // A context that somebody else owns keeps its own surroundings.
+    // A context that someone else owns keeps its own enclosing context.
     if (owner_) {
         owner_->setEnclosing(dynamic_cast<Context*>(resolver));
     }

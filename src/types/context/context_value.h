@@ -15,16 +15,16 @@ class VeskContext : public VeskValue, public Resolvable {
     /// Keeps the context alive.
     explicit VeskContext(std::shared_ptr<Context> context);
 
-    /// Refers to a context that somebody else keeps alive.
+    /// Refers to a context that someone else keeps alive.
     static std::shared_ptr<VeskContext> referringTo(const std::shared_ptr<Context>& context);
 
     static constexpr bool isOf(ValueKind kind) noexcept { return kind == ValueKind::Context; }
     ValuePtr clone() const override;  ///< the context is shared
 
-    /// A mere reference stays one: what it refers to belongs to somebody else.
+    /// A mere reference stays a reference: the context belongs to someone else.
     ValuePtr deepCopy() const override;
 
-    /// One that merely refers to a context adds nothing.
+    /// A mere reference to a context adds nothing.
     void addTo(ValueSize& size) const override;
     ValuePtr add(const VeskValue& other) const override;
     void append(const VeskValue& other) override;
@@ -40,14 +40,14 @@ class VeskContext : public VeskValue, public Resolvable {
 
     Resolvable* resolvable() noexcept override { return this; }
 
-    /// Names that the inner context lacks are looked for in the resolver when it is a Context.
+    /// Names that the inner context lacks are looked up in the resolver, if that is a Context.
     void setResolver(Resolver* resolver) override;
 
     /// Evaluates the inner context's conditions, resolves its variables, and returns a value that
     /// refers to it.
     ValuePtr resolve() override;
 
-    /// The context. Throws InternalError when it is gone.
+    /// The context. Throws InternalError if it no longer exists.
     std::shared_ptr<Context> context() const;
 
     bool owns() const noexcept { return owner_ != nullptr; }

@@ -1,4 +1,4 @@
-// The appends of a context that wait until references resolve.
+// Appends of a context that wait until references resolve.
 #pragma once
 
 #include <string_view>
@@ -14,7 +14,7 @@ struct HeldAppend {
     ModifierMode mode;
 };
 
-/// In the order in which they are made later.
+/// Kept in the order in which they will be made.
 class HeldAppends {
   public:
     void add(HeldAppend held) { held_.push_back(std::move(held)); }

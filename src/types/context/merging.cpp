@@ -1,5 +1,5 @@
-// How assignments come into a context: at once while one body is filled, with patience where the
-// layers of a target meet.
+// How assignments get into a context: at once while one body is filled, held back if necessary
+// where the layers of a target meet.
 
 #include "types/context/assignment_merge.h"
 #include "types/context/context.h"
@@ -27,8 +27,8 @@ void Context::merge(const Assignment& assignment, ModifierMode mode, Parts parts
     takeOver(stored.exported, 0);
 }
 
-/// Makes this context the one that answers for names in the value. Of a list that has grown only
-/// what is new is looked at: many appends to a long list must not cost its length each.
+/// Makes this context the resolver of names in the value. In a list that has grown, only new
+/// elements are visited, so that many appends to a long list do not each cost its whole length.
 void Context::takeOver(const ValuePtr& value, std::size_t known) {
     auto* list = known > 0 ? valueAs<VeskList>(value.get()) : nullptr;
     if (list == nullptr) {
@@ -104,7 +104,7 @@ void Context::placeHeldAppend(const HeldAppend& held) {
 void Context::placeHeldAppends() {
     for (HeldAppend& held : heldAppends_.takeAll()) {
         if (hasHeldAppends(held.assignment.name)) {
-            heldAppends_.add(std::move(held));  // in order: behind one that still waits
+            heldAppends_.add(std::move(held));  // keeps its place behind one that still waits
             continue;
         }
         try {

@@ -7,19 +7,19 @@
 
 namespace Vesk {
 
-/// A variable is evaluated as often as somebody asks for it before it is resolved for good, but
-/// each reference of its text is reported once.
+/// A variable may be evaluated any number of times before it is finally resolved, but each
+/// reference in its text is reported only once.
 class MissingVariables {
   public:
     void beginEvaluation(const std::string& variable);
 
-    /// Whether the reference has not been reported yet; `place` is the variable, with the names of
+    /// Whether the reference has not been reported yet. `place` is the variable, with the names of
     /// nested ones, and the reference: "x.lib.FLAGS".
     bool isNew(const std::string& place);
 
   private:
     struct Count {
-        std::size_t seen = 0;  ///< in the present evaluation of the variable
+        std::size_t seen = 0;  ///< in the current evaluation of the variable
         std::size_t reported = 0;
     };
 

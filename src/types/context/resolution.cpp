@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view kCharacterSetName = "ascii";
 
-/// Marks a name as being resolved; refuses a name that is already.
+/// Marks a name as being resolved. Refuses a name that already is.
 class InProgress {
   public:
     InProgress(std::vector<std::string>& names, const CiString& name) : names_(names) {
@@ -53,12 +53,12 @@ ValuePtr resolvedValue(const ValuePtr& value, Context& context) {
     if (valueAs<VeskIdentifier>(value.get()) == nullptr) {
         return resolved;
     }
-    // A reference gives the other variable's own value: appends to this one must not reach it.
+    // A reference gives the other variable's own value, and appends to this one must not reach it.
     const bool isContext = valueAs<VeskContext>(resolved.get()) != nullptr;
     return isContext ? resolved->deepCopy() : resolved->clone();
 }
 
-/// What a further name of a dotted path selects. The last one names a variable of a context; one in
+/// What a further name of a dotted path selects. The last name is a variable of a context; one in
 /// the middle is a key like any other.
 ValuePtr memberOf(const ValuePtr& value, const std::string& name, bool isLast) {
     if (const auto* inner = valueAs<VeskContext>(value.get())) {
@@ -179,7 +179,7 @@ void Resolution::reportMissing(std::string place, const IdentifierPath& path) {
         place = inProgress_.back() + "." + place;
     }
     if (enclosing_ != nullptr) {
-        // The outermost context keeps count: those within are copied for each evaluation.
+        // The outermost context keeps count, because inner ones are copied for each evaluation.
         enclosing_->resolution_.reportMissing(std::move(place), path);
     } else if (missing_.isNew(place + path.toDisplayString())) {
         context_.Resolver::reportMissing(path);

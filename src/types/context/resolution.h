@@ -17,7 +17,7 @@ namespace Vesk {
 
 class Context;
 
-/// A value is resolved when it is asked for, after everything that it refers to. Until `begin` the
+/// A value is resolved when it is asked for, after everything that it refers to. Until `begin`,
 /// results are kept aside, since later assignments may still change what a reference leads to; from
 /// then on they are stored. Part of a context, which it refers to.
 class Resolution {
@@ -26,34 +26,34 @@ class Resolution {
     Resolution(const Resolution&) = delete;
     Resolution& operator=(const Resolution&) = delete;
 
-    /// Both as `Context` says.
+    /// See `Context` for both.
     ValuePtr resolveIdentifier(const IdentifierPath& path);
     void reportMissing(std::string place, const IdentifierPath& path);
 
-    /// The value of one of the context's variables as it would be after resolving; an empty string
-    /// when it has none.
+    /// The value that one of the context's variables would have after resolving; an empty string if
+    /// it has none.
     ValuePtr valueOf(Assignment& assignment);
 
-    /// The value of any assignment as it would be in the context, whatever is kept.
+    /// The value that any assignment would have in the context. Ignores and keeps no results.
     ValuePtr resolvedCopy(const Assignment& assignment);
 
-    /// Puts the value in place of a reference to it; leaves other values as they are. `name` is the
-    /// variable that holds it.
+    /// Replaces a reference by the value it refers to; leaves other values as they are. `name` is
+    /// the variable that holds the value.
     void follow(ValuePtr& reference, const CiString& name);
 
-    /// Gives the variable its final value, if it has none yet.
+    /// Gives the variable its final value if it has none yet.
     void resolve(Assignment& assignment);
 
     /// From now on results are stored.
     void begin();
 
-    /// What was looked up may have changed.
+    /// Call when what has been looked up may have changed.
     void forget() noexcept { lookedUp_.clear(); }
 
     void setEnclosing(Context* enclosing) noexcept { enclosing_ = enclosing; }
     void setSilent() noexcept { silent_ = true; }
 
-    /// Goes on from where that of the context that is copied stands.
+    /// Continues from the state of the context that was copied.
     void continueFrom(const Resolution& other) noexcept;
 
   private:
@@ -66,7 +66,7 @@ class Resolution {
     std::map<CiString, ValuePtr, CiLess> lookedUp_;  ///< results before `begin`, until a change
     std::vector<std::string> inProgress_;            ///< names being resolved, outermost first
     MissingVariables missing_;
-    ValueSize size_;  ///< of all that is resolved
+    ValueSize size_;  ///< of everything resolved
     bool begun_ = false;
     bool silent_ = false;
 };

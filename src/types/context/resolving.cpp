@@ -1,4 +1,4 @@
-// How a context is resolved: hints, what was held back, then every variable.
+// How a context is resolved: hints first, then held appends, then every variable.
 
 #include "base/attempt.h"
 #include "base/console.h"
@@ -42,7 +42,7 @@ void Context::reportMissing(const IdentifierPath& path) {
 }
 
 void Context::throwUnknown(std::string_view name, bool dotted) const {
-    // Worked out where it is printed: most errors of this kind are caught and never seen.
+    // Worked out only when printed: most errors of this kind are caught and never seen.
     const auto suggestion = [self = shared_from_this(), name = std::string(name)] {
         return didYouMean(name, self->names());
     };

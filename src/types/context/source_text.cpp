@@ -23,7 +23,7 @@ bool hasReferences(const std::string& text) {
     return text.find("${") != std::string::npos || text.find('#') != std::string::npos;
 }
 
-/// Only what the reference stands for tells whether such a path is relative.
+/// Whether such a path is relative depends on what the reference stands for.
 bool beginsWithReference(const std::string& path) {
     return path.starts_with("${") || path.starts_with("#{");
 }
@@ -83,7 +83,7 @@ class SourceWriter {
         return isRaw || text.find('"') != std::string::npos || text.ends_with('P');
     }
 
-    /// A plain string cannot hold a double quote, but a reference to one.
+    /// A plain string cannot hold a double quote, but it can hold a reference to one.
     void quoted(const std::string& text) {
         out_ += '"';
         for (const char c : text) {

@@ -1,4 +1,5 @@
-// Values as source text, for those who write a lot of it; else see `Assignment::toSourceString`.
+// Values as source text, for callers that write a lot of it. Otherwise use
+// `Assignment::toSourceString`.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +9,15 @@
 
 namespace Vesk {
 
-/// What happens to a value that is read back from its source text.
+/// What happens to a value when it is read back from its source text.
 enum class ReadBack : std::uint8_t {
     Expanded,  ///< as in a unit file: a reference can stand for what a literal cannot hold
     AsItIs,    ///< as in the cache file, whose values are final; no plain string ends in a P there:
                ///< with the quote it would read as the start of a path
 };
 
-/// Appends the value as the grammar reads it back. Throws as `Assignment::toSourceString`; what has
-/// been appended then is of no use.
+/// Appends the value in the form that the grammar reads back. Throws as
+/// `Assignment::toSourceString` does; the text appended by then is useless.
 void appendSource(std::string& out, const VeskValue& value, ReadBack use);
 
 }  // namespace Vesk

@@ -45,7 +45,7 @@ std::vector<IdentifierPath> parametersFrom(std::string_view list, std::string_vi
     }
 }
 
-/// The text of a macro's value; empty when there is no such variable.
+/// The text of a macro's value; empty if there is no such variable.
 std::string macroText(const DependencyRecord& macro, TargetContext& context) {
     try {
         return context.resolveIdentifier(macro.macro)->toString();

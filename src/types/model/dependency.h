@@ -34,9 +34,9 @@ struct DependencyRecord {
     bool merge = false;  ///< "+": the outputs also become the dependant's own
     DependencyKind kind = DependencyKind::Direct;
     DependencyReference reference;
-    IdentifierPath macro;  ///< of a macro, and kept by the records that a macro yields
+    IdentifierPath macro;  ///< set for a macro, and kept in the records that it yields
     std::vector<IdentifierPath> parameters;
-    bool sourceParameter = false;  ///< ".": first argument is the context that holds the macro
+    bool sourceParameter = false;  ///< ".": the first argument is the context that holds the macro
     std::string alias;
     AliasKind aliasKind = AliasKind::None;
     SourcePlace place;
@@ -58,8 +58,8 @@ struct DynamicDependency {
 /// VeskException, and std::runtime_error for a reference with empty parts.
 DynamicDependency parseDynamicDependency(std::string_view item, std::string_view whole);
 
-/// The target's dependencies in order, every macro replaced by what its variable lists. An empty
-/// macro is warned about and left out.
+/// The target's dependencies in order, with every macro replaced by what its variable lists. An
+/// empty macro draws a warning and is left out.
 std::vector<DependencyRecord> createDependencyList(TargetContext& context);
 
 }  // namespace Vesk

@@ -28,7 +28,7 @@ class Target {
     std::shared_ptr<const std::filesystem::path> file;  ///< where it is written
     std::uint32_t line = 0;
 
-    /// Of its text, its file and its place there; nothing for what stands in no file.
+    /// Covers the text, the file and the place in it. Empty for a target that stands in no file.
     std::optional<ContentHash> hash;
 
     /// Takes the body and merges it. Throws what merging throws, with notes.
@@ -41,15 +41,15 @@ class Target {
 /// The targets of one or more unit files. Target names keep their case.
 class Unit {
   public:
-    std::string name;           ///< empty until the file or whoever loads it gives one
+    std::string name;           ///< empty until the file, or whoever loads it, gives one
     bool nameDeclared = false;  ///< the file has a `unit` line
     std::vector<std::filesystem::path> files;
     std::vector<std::shared_ptr<const Target>> targets;  ///< in the order of the files
 
-    /// Throws VeskException for a second target of one name, with both places.
+    /// Throws VeskException for a second target of the same name; the message gives both places.
     void addTarget(std::shared_ptr<const Target> target);
 
-    /// Null when there is none.
+    /// Null if there is no such target.
     std::shared_ptr<const Target> findTarget(std::string_view targetName) const;
     std::vector<std::string> targetNames() const;
 

@@ -22,8 +22,8 @@ std::string IndexException::text() const {
     return "Variable " + valueText_ + " cannot be indexed with " + keyToString(key_);
 }
 
-// Most places give a fixed line and signature in place of the compiler's own, so that one fault
-// reads the same in every build and version of vesk, and reports of it can be compared.
+// Most callers give a fixed line and signature instead of the compiler's own, so that the same
+// fault reads the same in every build and version of vesk, and reports of it can be compared.
 InternalError::InternalError(std::string file, int line, std::string function)
     : file_(std::move(file)), line_(line), function_(std::move(function)) {}
 

@@ -12,7 +12,7 @@
 
 namespace Vesk {
 
-/// A value of one type was given where only another type's values can be used.
+/// A value was given where only values of another type can be used.
 class BadConversion : public VeskException {
   public:
     BadConversion(std::string fromType, std::string valueText, std::string toType);
@@ -40,7 +40,7 @@ class IndexException : public VeskException {
     Key key_;
 };
 
-/// A broken invariant: a fault of vesk itself.
+/// A broken invariant: a bug in vesk itself.
 class InternalError : public VeskException {
   public:
     InternalError(std::string file, int line, std::string function);
@@ -52,7 +52,8 @@ class InternalError : public VeskException {
     std::string function_;
 };
 
-/// Something that was asked for by name does not exist. `note`, when not empty, is what may help.
+/// Something that was asked for by name does not exist. A `note` that is not empty says what may
+/// help.
 class NotFoundException : public VeskException {
   public:
     NotFoundException(std::string kind, std::string name, std::string note = {});
@@ -76,7 +77,7 @@ class LoopFoundException : public VeskException {
     std::vector<std::string> chain_;
 };
 
-/// An identifier path of which one element cannot be applied to what the elements before it gave.
+/// One element of an identifier path cannot be applied to what the elements before it gave.
 class IdentifierError : public VeskException {
   public:
     IdentifierError(std::vector<std::string> elements, std::size_t position);
@@ -87,7 +88,7 @@ class IdentifierError : public VeskException {
     std::size_t position_;
 };
 
-/// A forbidden merge; both texts are assignments in their text form.
+/// A forbidden merge. Both texts are assignments in their text form.
 class AssignmentException : public VeskException {
   public:
     AssignmentException(std::string oldText, std::string newText);
@@ -98,13 +99,13 @@ class AssignmentException : public VeskException {
     std::string newText_;
 };
 
-/// A middle part of a dotted name holds a value that is no context.
+/// A middle part of a dotted name holds a value that is not a context.
 class NotAContext : public VeskException {
   public:
     NotAContext() : VeskException("Identifier part must be context.") {}
 };
 
-/// Why and where an identifier path does not parse. The parser fills one; string expansion throws
+/// Why and where an identifier path fails to parse. The parser fills it in; string expansion throws
 /// it, with notes that show the text and the place.
 class ParseError : public VeskException {
   public:
@@ -117,7 +118,8 @@ class ParseError : public VeskException {
     std::string message;       ///< the parser's message
 };
 
-/// The first name of a dotted path is unknown: the standard library's words for a missing map key.
+/// The first name of a dotted path is unknown. The text is the standard library's for a missing map
+/// key.
 class MissingVariable : public std::out_of_range, public Noted {
   public:
     explicit MissingVariable(std::string name);

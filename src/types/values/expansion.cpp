@@ -16,7 +16,7 @@ namespace {
 
 using Names = std::unordered_set<std::string>;
 
-/// A "#" and digits where a cross reference was meant.
+/// A "#" followed by digits where a cross reference was probably meant.
 void checkPlaceholders(const std::string& text) {
     for (std::size_t at = text.find('#'); at != std::string::npos; at = text.find('#', at + 1)) {
         std::size_t end = at + 1;
@@ -30,17 +30,17 @@ void checkPlaceholders(const std::string& text) {
     }
 }
 
-/// A text cut at its outermost cross references: piece, reference, piece, ..., piece.
+/// A text split at its outermost cross references: piece, reference, piece, ..., piece.
 struct CrossParts {
     std::vector<std::string> pieces;
     std::vector<std::string> references;
 };
 
-/// What stands for one reference, wherever it is written in the text: its elements move together.
+/// The values of one reference. Wherever it is written in the text, its elements move together.
 struct CrossTerm {
     CiString name;
     std::vector<ValuePtr> elements;
-    std::vector<std::size_t> places;  ///< among the text's references
+    std::vector<std::size_t> places;  ///< indexes of the text's references
 };
 
 CrossParts cutAtCrossReferences(const std::string& text) {
@@ -81,7 +81,7 @@ class Expander {
 
     Resolver& resolver_;
     std::size_t references_ = 0;
-    ValueSize combined_;  ///< of all texts that cross references have made on the way
+    ValueSize combined_;  ///< of all texts that cross references have produced so far
     ValueSize results_;
 };
 
@@ -146,13 +146,13 @@ std::vector<CrossTerm> Expander::termsOf(const CrossParts& parts) {
     return terms;
 }
 
-/// Every combination of the terms' elements, put into the places of their references.
+/// Every combination of the terms' elements, inserted where their references stand.
 std::vector<std::string> Expander::product(const CrossParts& parts) {
     const std::vector<CrossTerm> terms = termsOf(parts);
     std::vector<std::string> texts;
     std::vector<std::string> filling(parts.references.size());
     if (std::ranges::any_of(terms, [](const CrossTerm& term) { return term.elements.empty(); })) {
-        return texts;  // nothing is combined with nothing: no need to walk over the rest
+        return texts;  // nothing to combine: skip the walk over the rest
     }
     const auto combine = [&](const auto& self, std::size_t term) -> void {
         if (term == terms.size()) {

@@ -17,7 +17,7 @@ bool isHexDigit(char c) noexcept {
     return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
-/// Recursive descent over one text. Failures are recorded once and end the parse.
+/// A recursive-descent parser for one text. The first failure is recorded and ends the parse.
 class PathParser {
   public:
     PathParser(std::string_view text, ParseError& error) : text_(text), error_(error) {}

@@ -28,7 +28,7 @@ struct PathRegex {
     std::string pattern;
 };
 
-/// An index in square brackets; the nested path is an index that another variable gives.
+/// An index in square brackets. The nested path is an index whose value another variable gives.
 using PathIndex = std::variant<std::int64_t, PathRange, PathName,
                                std::shared_ptr<const IdentifierPath>, PathRegex>;
 
@@ -42,7 +42,7 @@ class IdentifierPath {
     IdentifierPath() = default;
     explicit IdentifierPath(std::vector<IdentifierSegment> parts) : segments(std::move(parts)) {}
 
-    /// The path of one plain name.
+    /// The path that consists of one plain name.
     static IdentifierPath ofName(std::string name);
 
     /// The path as it is written: names joined with ".", each followed by its keys in brackets.
@@ -54,16 +54,17 @@ class IdentifierPath {
     std::vector<IdentifierSegment> segments;  ///< never empty after a successful parse
 };
 
-/// Index brackets may nest this deep inside strings.
+/// Index brackets may be nested this deep inside strings.
 inline constexpr std::size_t kMaxIndexNesting = 1000;
 
-/// Reads a path from the start of `text`. True on success; `end`, when given, gets the number of
+/// Reads a path from the start of `text`. True on success; `end`, if given, is set to the number of
 /// bytes that the path takes (the caller decides whether more may follow). False otherwise, with
-/// `error` filled.
+/// `error` filled in.
 bool parseIdentifierPath(std::string_view text, IdentifierPath& path, ParseError& error,
                          std::size_t* end = nullptr);
 
-/// The path that is the whole of `text`. Throws ParseError, also for bytes after a path.
+/// The path that makes up the whole of `text`. Throws ParseError, also if anything follows the
+/// path.
 IdentifierPath identifierPathFrom(std::string_view text);
 
 }  // namespace Vesk

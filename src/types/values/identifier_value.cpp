@@ -7,7 +7,7 @@ namespace Vesk {
 
 namespace {
 
-/// Where the very name is missing, and not one that its value leads to, it may be meant as text.
+/// If the name itself is missing, not one that its value leads to, it may have been meant as text.
 void addQuotes(Noted& error, const std::string& missing, const IdentifierPath& path) {
     if (CiString(missing) == CiString(path.segments.front().name)) {
         error.addNote("text needs double quotes: \"" + path.toDisplayString() + "\"");

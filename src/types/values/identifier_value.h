@@ -6,8 +6,8 @@
 
 namespace Vesk {
 
-/// A reference that is not resolved yet. It compares equal to anything, so nothing may be decided
-/// by it before it is resolved.
+/// A reference that is not resolved yet. It compares equal to anything, so no decision may depend
+/// on it before it is resolved.
 class VeskIdentifier : public VeskValue, public Resolvable {
   public:
     explicit VeskIdentifier(IdentifierPath name)

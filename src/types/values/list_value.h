@@ -31,7 +31,7 @@ class VeskList : public VeskValue, public Resolvable {
 
     Resolvable* resolvable() noexcept override { return this; }
 
-    /// The elements get it when they are resolved.
+    /// Its elements get the resolver when they are resolved.
     void setResolver(Resolver* resolver) override { resolver_ = resolver; }
 
     /// A new list of the resolved elements. An element that resolves to a list (a reference to one,

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kIntIteratorCheckLine = 827;
 
-/// Stands for "no elements": it never moves, and begin equals end.
+/// The iterator over no elements: it never moves, and begin equals end.
 class IntIterator : public IVeskValueIterator {
   public:
     explicit IntIterator(std::int32_t value) : value_(value) {}

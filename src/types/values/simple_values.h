@@ -32,8 +32,8 @@ class VeskInt : public VeskValue {
     std::int32_t operand(const VeskValue& other) const;
 };
 
-/// The characters of ASCII, selected by code or by name: how characters that cannot be written in
-/// a string get into one.
+/// The ASCII characters, selected by code or by name. This is how characters that cannot be written
+/// in a string get into one.
 class VeskCharSet : public VeskValue {
   public:
     VeskCharSet() : VeskValue(ValueKind::CharSet) {}

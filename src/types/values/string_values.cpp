@@ -17,7 +17,7 @@ bool isSpace(char c) noexcept {
     return std::isspace(static_cast<unsigned char>(c)) != 0;
 }
 
-/// Walks over the runs of bytes between white space.
+/// Walks over the words of a text: runs of bytes between white space.
 class WordIterator : public IVeskValueIterator {
   public:
     WordIterator(std::shared_ptr<const VeskBaseString> owner, std::size_t from)
@@ -51,7 +51,7 @@ class WordIterator : public IVeskValueIterator {
     std::size_t end_;
 };
 
-/// The text that a string takes over from an operand of `add` or `append`.
+/// The text that a string takes from an operand of `add` or `append`.
 struct Operand {
     std::string text;
     bool isString = false;

@@ -32,7 +32,7 @@ class VeskBaseString : public VeskValue, public std::enable_shared_from_this<Ves
     /// The text without enclosing double quotes, for the classes that strip them.
     virtual std::string unquoted() const { return text; }
 
-    /// A new string of the same class (and base directory) that holds `newText`.
+    /// A new string of the same class (and base directory) holding `newText`.
     virtual std::shared_ptr<VeskBaseString> makeString(std::string newText) const = 0;
 
     std::string text;
@@ -45,7 +45,7 @@ class VeskBaseString : public VeskValue, public std::enable_shared_from_this<Ves
     std::shared_ptr<const VeskBaseString> sharedSelf() const;
 };
 
-/// A plain string: references in it are expanded when it is resolved.
+/// A plain string: its references are expanded when it is resolved.
 class VeskString : public VeskBaseString, public Resolvable {
   public:
     explicit VeskString(std::string content) : VeskString(ValueKind::String, std::move(content)) {}
@@ -61,8 +61,8 @@ class VeskString : public VeskBaseString, public Resolvable {
     Resolvable* resolvable() noexcept override { return this; }
     void setResolver(Resolver* resolver) override { resolver_ = resolver; }
 
-    /// Expands the text and keeps the outcome's text. A string, or a list of strings when the text
-    /// has cross references. Without a resolver the text stays as it is.
+    /// Expands the text and keeps the resulting text. Gives a string, or a list of strings when the
+    /// text has cross references. Without a resolver the text stays as it is.
     ValuePtr resolve() override;
 
   protected:
@@ -71,7 +71,7 @@ class VeskString : public VeskBaseString, public Resolvable {
     Resolver* resolver_ = nullptr;
 };
 
-/// A path. Resolved, it is absolute: a relative one is joined to the base directory.
+/// A path. Once resolved it is absolute: a relative one is joined to the base directory.
 class VeskPathString : public VeskString {
   public:
     VeskPathString(std::string content, std::filesystem::path base)
@@ -83,9 +83,9 @@ class VeskPathString : public VeskString {
     bool equals(const VeskValue& other) const override;
     std::shared_ptr<VeskBaseString> makeString(std::string newText) const override;
 
-    /// One path, or a list of them: one for each text that cross references give. A literal that
-    /// is nothing but one reference to a list or a plain string gives a path for every element or
-    /// word; in any other literal blanks belong to the path.
+    /// One path, or a list with a path for each text that cross references give. A literal that is
+    /// nothing but one reference to a list or a plain string gives a path for each element or word;
+    /// in any other literal blanks belong to the path.
     ValuePtr resolve() override;
 
     std::filesystem::path baseDirectory;

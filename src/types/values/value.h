@@ -1,7 +1,7 @@
 // The base of every value of the language.
 //
-// Values are held by shared pointers. They carry no locks: once resolved, a value may be read from
-// several threads; nothing may change it at the same time.
+// Values are held by shared pointers and have no locks. Once resolved, a value may be read from
+// several threads, but nothing may change it at the same time.
 #pragma once
 
 #include <memory>
@@ -27,10 +27,10 @@ class Resolver {
     virtual ~Resolver() = default;
 
     /// Never returns an empty pointer. Throws NotFoundException or MissingVariable for an unknown
-    /// name, LoopFoundException when the value is just being resolved.
+    /// name, and LoopFoundException if the value is already being resolved.
     virtual ValuePtr resolveIdentifier(const IdentifierPath& path) = 0;
 
-    /// Told when a string refers to a variable that does not exist. Writes the warning; a resolver
+    /// Called when a string refers to a variable that does not exist. Writes a warning; a resolver
     /// that works silently overrides it.
     virtual void reportMissing(const IdentifierPath& path);
 };
@@ -38,7 +38,8 @@ class Resolver {
 /// A value that stands for another one until it is resolved.
 class Resolvable {
   public:
-    /// Stores who answers for names; not owned, and must outlive the call of `resolve`.
+    /// Stores the resolver that looks up names. It is not owned and must outlive the call of
+    /// `resolve`.
     virtual void setResolver(Resolver* resolver) = 0;
 
     /// The value after expansion and lookup.
@@ -58,7 +59,7 @@ class IVeskValueIterator {
 
 using ValueIteratorPtr = std::unique_ptr<IVeskValueIterator>;
 
-/// The classes of values that there are.
+/// All classes of values.
 enum class ValueKind : unsigned char {
     CharSet,
     Context,
@@ -74,50 +75,51 @@ class VeskValue {
   public:
     virtual ~VeskValue() = default;
 
-    /// Its class. `valueAs` is the way to get at it.
+    /// The value's class; see `valueAs`.
     ValueKind kind() const noexcept { return kind_; }
 
     /// A new value of the same class with the same content.
     virtual ValuePtr clone() const = 0;
 
     /// The same, sharing nothing that can change: lists and contexts are copied all the way down,
-    /// but for items that resolving leaves as they are.
+    /// except for items that resolving leaves unchanged.
     virtual ValuePtr deepCopy() const { return clone(); }
 
-    /// Whether resolving leaves the value as it is, so that lists may share it.
+    /// Whether resolving leaves the value unchanged, so that lists may share it.
     virtual bool isSettled() const { return false; }
 
-    /// The value as one that is resolved; null when it is none.
+    /// The value as something to be resolved, or null if it never needs resolving.
     virtual Resolvable* resolvable() noexcept { return nullptr; }
 
-    /// Adds what the value holds.
+    /// Adds the size of what the value holds.
     virtual void addTo(ValueSize& size) const;
 
-    /// The sum as a new value; this one stays as it is. Throws BadConversion or BadOperation.
+    /// The sum as a new value; this one is unchanged. Throws BadConversion or BadOperation.
     virtual ValuePtr add(const VeskValue& other) const = 0;
 
-    /// The += of assignments: changes this value, or throws as `add` does and changes nothing.
+    /// The += of assignments. Changes this value, or throws as `add` does and changes nothing.
     virtual void append(const VeskValue& other) = 0;
 
-    /// The element that the key selects; an empty pointer when this kind of value has no elements.
-    /// Throws IndexException when it has no such element.
+    /// The element that the key selects, or an empty pointer if this kind of value has no elements.
+    /// Throws IndexException if there is no such element.
     virtual ValuePtr at(const Key& key) const;
 
-    /// The text that goes into command lines and files.
+    /// The text as it goes into command lines and files.
     virtual std::string toString() const = 0;
 
-    /// The text of messages and dumps.
+    /// The text as messages and dumps show it.
     virtual std::string toDisplayString() const = 0;
 
     virtual ValueIteratorPtr begin() const = 0;
     virtual ValueIteratorPtr end() const = 0;
 
     virtual bool equals(const VeskValue& other) const = 0;
-    virtual bool notEquals(const VeskValue& other) const;  ///< the opposite; nobody overrides it
+    virtual bool notEquals(
+        const VeskValue& other) const;  ///< the opposite of `equals`; not overridden
     virtual bool greaterThan(const VeskValue& other) const = 0;
     virtual bool lessThan(const VeskValue& other) const = 0;
 
-    /// The class's name as text.
+    /// The name of the class as text.
     virtual std::string typeName() const = 0;
 
   protected:
@@ -127,9 +129,8 @@ class VeskValue {
     ValueKind kind_;
 };
 
-/// The value as one of the class, or null when it is of another or null itself. Values are asked
-/// for their classes at every step of a build: comparing a number is much cheaper than the search
-/// that a dynamic cast is.
+/// The value as the given class, or null if it has another class or is null itself. Every step of a
+/// build asks values for their class, and comparing a number is much cheaper than a dynamic cast.
 template <class Class>
 const Class* valueAs(const VeskValue* value) noexcept {
     return value != nullptr && Class::isOf(value->kind()) ? static_cast<const Class*>(value)
@@ -141,12 +142,13 @@ Class* valueAs(VeskValue* value) noexcept {
     return const_cast<Class*>(valueAs<Class>(static_cast<const VeskValue*>(value)));
 }
 
-/// The value as one that is resolved, or null when it is none or null itself.
+/// The value as something to be resolved, or null if it never needs resolving or is null itself.
 inline Resolvable* resolvableOf(const ValuePtr& value) noexcept {
     return value ? value->resolvable() : nullptr;
 }
 
-/// The value's elements in order, taken by iteration: the words of a string, the items of a list.
+/// The value's elements in order, as its iterator gives them: the words of a string, the items of a
+/// list.
 std::vector<ValuePtr> elementsOf(const VeskValue& value);
 
 }  // namespace Vesk
