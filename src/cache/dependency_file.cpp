@@ -123,11 +123,11 @@ std::optional<std::vector<std::string>> readDependencyFile(const std::filesystem
     if (!content) {
         return std::nullopt;
     }
-    const std::string ending = platform::pathToUtf8(file.extension());
-    if (ending == ".json") {
+    const std::string suffix = platform::pathToUtf8(file.extension());
+    if (suffix == ".json") {
         return reportedDependencies(*content);
     }
-    return ending == ".notes" ? includeNotes(*content) : prerequisites(*content);
+    return suffix == ".notes" ? includeNotes(*content) : prerequisites(*content);
 }
 
 }  // namespace Vesk

@@ -120,7 +120,7 @@ std::string fileListChanged(const std::string& before, const std::string& now, b
     const std::vector<std::string> current = lines(now);
     for (const std::string& file : old) {
         if (!std::ranges::binary_search(current, file)) {
-            return file + (written ? " is no output any more" : " is no input any more");
+            return file + (written ? " is no longer an output" : " is no longer an input");
         }
     }
     return {};

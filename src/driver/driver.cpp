@@ -215,6 +215,21 @@ void Driver::beginBuild() {
     }
 }
 
+template <class Action>
+void Driver::orAbandon(Action action) {
+    try {
+        action();
+        if (others_) {
+            others_->finish();
+        }
+    } catch (...) {
+        if (others_) {
+            others_->abandon();
+        }
+        throw;
+    }
+}
+
 std::unique_ptr<TargetVisit> Driver::visitOnly(const TargetLocation& location) {
     // A key of its own: what a dependant needs of the target is another visit.
     const std::string key = visitKey(location, {}) + " only";
@@ -239,19 +254,11 @@ std::vector<std::unique_ptr<TargetVisit>> Driver::visitOnly(
     const PrefixEnd prefixEnd;
     beginBuild();
     std::vector<std::unique_ptr<TargetVisit>> visits;
-    try {
+    orAbandon([&] {
         for (const TargetLocation& location : locations) {
             visits.push_back(visitOnly(location));
         }
-        if (others_) {
-            others_->finish();
-        }
-    } catch (...) {
-        if (others_) {
-            others_->abandon();
-        }
-        throw;
-    }
+    });
     for (auto& visit : visits) {
         if (visit && visit->hasFailedDependency()) {
             visit.reset();
@@ -265,18 +272,10 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
     beginBuild();
     const std::string root = visitKey(location, {});
     setting_.events->expected(1);
-    try {
+    orAbandon([&] {
         enter(location, {});
         visitAll();
-        if (others_) {
-            others_->finish();
-        }
-    } catch (...) {
-        if (others_) {
-            others_->abandon();
-        }
-        throw;
-    }
+    });
     const Visited& visited = visited_.at(root);
     if (visited.hasFailed()) {
         throw BuildFailed();

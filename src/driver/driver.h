@@ -65,6 +65,10 @@ class Driver {
     template <class Action>
     void guarded(Action action);
 
+    /// Does it, then finishes what runs side by side; after a failure that is abandoned.
+    template <class Action>
+    void orAbandon(Action action);
+
     void finishTop();
     void failTop();
     void push(const TargetLocation& location, std::vector<ValuePtr> arguments, std::string key);

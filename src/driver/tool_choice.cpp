@@ -39,14 +39,8 @@ std::vector<std::string> wishes(const Context& target, const Toolbox& declaredTo
 
 /// "GCC 12.2.0 for x86_64-linux-gnu".
 std::string toolchainTitle(const Matcher& tool) {
-    const auto text = [&tool](const char* name) {
-        const auto found = tool.declaredSettings().find(CiString(name));
-        return found != tool.declaredSettings().end() && found->second.value
-                   ? found->second.value->toString()
-                   : std::string();
-    };
-    const std::string name = text("toolchain_name");
-    const std::string machine = text("toolchain_target");
+    const std::string name = textIn(tool.declaredSettings(), "toolchain_name");
+    const std::string machine = textIn(tool.declaredSettings(), "toolchain_target");
     return (name.empty() ? tool.name().str() : name) +
            (machine.empty() || name.ends_with(machine) ? "" : " for " + machine);
 }
@@ -64,7 +58,7 @@ std::vector<std::string> toolchainTitles(const Toolbox& declaredTools) {
 
 void addToolchains(VeskException& error, const Context& target, const Toolbox& declaredTools) {
     error.addNote(
-        "no toolchain that is registered fits it; vesk --find-compilers registers those of "
+        "no registered toolchain fits it; vesk --find-compilers registers those of "
         "this machine");
     const std::vector<std::string> titles = toolchainTitles(declaredTools);
     const std::vector<std::string> asked = wishes(target, declaredTools);

@@ -78,8 +78,8 @@ Recognisers::Recognisers(antlr4::CharStream* input)
 void CheckingLexer::countOpen(const antlr4::Token& bracket) {
     if (++open_ > kMaxNesting) {
         throw VeskException(fmt::format(
-            "{}({},{}): more than {} braces and brackets are open here. Give what is "
-            "inside a variable of its own.",
+            "{}({},{}): more than {} braces and brackets are open here. Move what is "
+            "inside into a variable of its own.",
             getSourceName(), bracket.getLine(), bracket.getCharPositionInLine(), kMaxNesting));
     }
 }

@@ -112,7 +112,7 @@ std::string nameWithoutQuotes(const Place& place) {
     if (!separator || !place.touches(0)) {
         return {};
     }
-    return (place.type(-1) == Tokens::NUMBER ? "a number is whole; " : "") + inQuotes(place.word());
+    return (place.type(-1) == Tokens::NUMBER ? "numbers are whole; " : "") + inQuotes(place.word());
 }
 
 std::string wordOfAnotherLanguage(const Place& place) {
@@ -139,10 +139,10 @@ std::string missingBrace(const Place& place) {
         return {};
     }
     if (const auto* const open = place.openBracket(Tokens::LSQUARE, Tokens::RSQUARE)) {
-        return fmt::format("the '[' of line {} is not closed", open->getLine());
+        return fmt::format("the '[' on line {} is not closed", open->getLine());
     }
     if (const auto* const open = place.openBracket(Tokens::LBRACE, Tokens::RBRACE)) {
-        return fmt::format("the '{{' of line {} is not closed", open->getLine());
+        return fmt::format("the '{{' on line {} is not closed", open->getLine());
     }
     return {};
 }
@@ -151,7 +151,7 @@ std::string semicolon(const Place& place) {
     if (place.type() != Tokens::SEMICOLON) {
         return {};
     }
-    return place.line(-1) == place.line() ? "nothing ends a value or a name: leave out the ';'"
+    return place.line(-1) == place.line() ? "values and names need no ';' after them: leave it out"
                                           : kComment;
 }
 

@@ -56,8 +56,7 @@ void VeskVisitorImpl::addParameter(Target& target, Parser::Parameter_nameContext
     std::string name = tree->getText();
     for (const std::string& other : target.parameters) {
         if (equalsIgnoringCase(other, name)) {
-            fail(tree,
-                 "Target '" + target.name + "' has two parameters of the name '" + other + "'.");
+            fail(tree, "Target '" + target.name + "' has two parameters named '" + other + "'.");
         }
     }
     target.parameters.push_back(std::move(name));

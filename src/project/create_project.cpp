@@ -10,6 +10,7 @@
 #include "project/identifier.h"
 #include "project/project.h"
 #include "project/project_paths.h"
+#include "project/unit_file_walk.h"
 
 namespace Vesk {
 namespace {

@@ -14,11 +14,6 @@ struct NewProject {
     std::map<std::string, std::vector<std::string>> units;  ///< files relative to it, with slashes
 };
 
-/// The unit files under `root`, in the order of a walk: those of a directory, then those of the
-/// directories in it, by name. Directory links are followed last, unless they lead back to where
-/// the walk is or has been. Throws std::filesystem::filesystem_error.
-std::vector<std::filesystem::path> findUnitFiles(const std::filesystem::path& root);
-
 /// Describes the unit files under `root` for a project file in `directory`. Names the project after
 /// its root and the units after their `unit` lines, else after the directories they lie in (in
 /// `root` itself: after the project), such that the result can be loaded. Of two units or targets

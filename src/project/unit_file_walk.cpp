@@ -1,4 +1,5 @@
-// The walk that finds unit files.
+#include "project/unit_file_walk.h"
+
 #include <algorithm>
 #include <deque>
 #include <unordered_set>
@@ -6,7 +7,6 @@
 #include "base/ci_string.h"
 #include "platform/directories.h"
 #include "platform/files.h"
-#include "project/create_project.h"
 #include "project/project.h"
 #include "project/project_paths.h"
 

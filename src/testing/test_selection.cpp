@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <deque>
-#include <exception>
 #include <unordered_set>
 
-#include "base/exception.h"
+#include "base/attempt.h"
 #include "driver/input_context.h"
 #include "driver/target_wishes.h"
 #include "testing/test_names.h"
@@ -61,18 +60,15 @@ class TestFinder {
         }
     }
 
-    /// As far as can be told before anything is built.
+    /// Null if that needs what only a build can tell, such as the outputs of dependencies.
     std::shared_ptr<Context> trialContext(const TargetLocation& location) const {
-        try {
-            return InputContext::forToolChoice(
+        std::shared_ptr<Context> context;
+        succeeds([&] {
+            context = InputContext::forToolChoice(
                 location.target, displayNameOf(location),
                 {nullptr, catalog_.implicitLayers(*location.project), {}});
-        } catch (const VeskException&) {
-            // It needs what only a build can tell, such as the outputs of dependencies.
-        } catch (const std::exception&) {
-            // So do texts whose references cannot be read.
-        }
-        return nullptr;
+        });
+        return context;
     }
 
     bool isTest(const TargetLocation& location) const {
@@ -104,16 +100,15 @@ class TestFinder {
         return references;
     }
 
-    /// What the variable of a macro lists. Whoever builds the target reports what is wrong with it.
+    /// What the variable of a macro lists. A build of the target reports what is wrong with it.
     static void addListed(Context& context, const IdentifierPath& macro,
                           std::vector<DependencyReference>& references) {
-        try {
+        succeeds([&] {
             const std::string text = context.resolveIdentifier(macro)->toString();
             for (const std::string& item : parseDynamicDependencies(text)) {
                 references.push_back(parseDynamicDependency(item, text).reference);
             }
-        } catch (const VeskException&) {
-        } catch (const std::exception&) {}
+        });
     }
 
     const ProjectCatalog& catalog_;

@@ -21,4 +21,10 @@ AssignmentMap makeTable(std::initializer_list<TableEntry> entries) {
     return table;
 }
 
+std::string textIn(const AssignmentMap& assignments, std::string_view name) {
+    const auto found = assignments.find(name);
+    return found == assignments.end() || !found->second.value ? std::string()
+                                                              : found->second.value->toString();
+}
+
 }  // namespace Vesk

@@ -20,4 +20,7 @@ struct TableEntry {
 /// The entries as assignments. Default texts become plain strings.
 AssignmentMap makeTable(std::initializer_list<TableEntry> entries);
 
+/// The text of an entry's value; empty if there is no entry or no value.
+std::string textIn(const AssignmentMap& assignments, std::string_view name);
+
 }  // namespace Vesk

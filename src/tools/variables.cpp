@@ -15,30 +15,29 @@ constexpr Variable kOfTargets[] = {
     {"DESCRIPTION", "string", "", "what `-l` shows beside the target's name",
      R"("the command-line tool")"},
     {"OUTPUT_DIR", "string, path", "`out`, with a profile `out/<profile>`",
-     "the output directory, from the project's root", R"("build")"},
+     "the output directory, relative to the project's root", R"("build")"},
     {"ENV", "context", "",
      "environment variables of the target's commands; other targets do not see them",
      R"({ LANG = "C" MODE = "fast" })"},
     {"ALWAYS", "`yes`, `no`", "`no`", "the commands run in every build that asks for the target",
      "\"yes\""},
     {"COMPILE_COMMANDS", "string", "",
-     "in a profile of the project: the compilation database that every build keeps current, from "
-     "the project's root",
+     "in a profile of the project: the compilation database that every build keeps current, "
+     "relative to the project's root",
      R"("compile_commands.json")"},
     {"TEST", "`yes`, `no`", "`no`", "the target is a test, which `--test` runs", R"("yes")"},
     {"TEST_TIMEOUT", "integer", "`300`",
-     "after so many seconds `--test` kills the test; `0`: never", "20"},
+     "the seconds after which `--test` kills the test; `0`: never", "20"},
     {"SIDE_BY_SIDE", "`yes`, `no`", "`no`",
-     "with `-j`, a target of commands or a file writer is built while others are: what it reads "
-     "and "
-     "makes is told by its dependencies and by the paths that it names",
+     "with `-j`, a target of commands or a file writer is built while others are; its "
+     "dependencies and the paths that it names say what it reads and makes",
      R"("yes")"},
 };
 
 constexpr Variable kBuiltIns[] = {
     {"os_family", "string", "", "`windows` or `unix`"},
-    {"year", "string", "", "of the local calendar"},
-    {"month", "string", "", "of the local calendar, `1` to `12`"},
+    {"year", "string", "", "the current year"},
+    {"month", "string", "", "the current month, `1` to `12`"},
     {"project_root", "string", "",
      "the directory of the project file, or of the unit file when there is no project"},
     {"output_def_dir", "string", "", "`out`"},

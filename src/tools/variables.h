@@ -18,6 +18,7 @@ namespace Vesk {
 enum class VariableRole {
     Input,    ///< a target gives it, directly or through a profile, a project or the command line
     Output,   ///< a target has it once it is built
+    Product,  ///< the same, and only the builder can give it: what a target declares is ignored
     Setting,  ///< a tool's declaration gives it
     BuiltIn,  ///< every target can read it
 };

@@ -290,16 +290,16 @@ class Packages(AndroidTest):
                  "'{DIR}/lib.so' is made for x86_64, but ABI allows arm64-v8a, x86 only."),
                 ('NATIVE_LIBS = { arm64-v8a = ["lib.so"] }',
                  "'{DIR}/lib.so' is made for x86_64, but named for arm64-v8a."),
-                ('NATIVE_LIBS = ["text.so"]', "'{DIR}/text.so' is no shared library for Android"),
+                ('NATIVE_LIBS = ["text.so"]', "'{DIR}/text.so' is not a shared library for Android"),
                 ('NATIVE_LIBS = ["lib.so", "other/lib.so"]',
-                 "'lib/x86_64/lib.so' comes into the package twice: of '{DIR}/lib.so' and of '"),
+                 "'lib/x86_64/lib.so' would be in the package twice: from '{DIR}/lib.so' and from '"),
                 ('ASSET_DIRS = ["none"]', "There is no directory '{DIR}/none', which ASSET_DIRS"),
-                ('DEX_FILES = ["text.so"]', "'{DIR}/text.so' in DEX_FILES is no DEX file."),
+                ('DEX_FILES = ["text.so"]', "'{DIR}/text.so' in DEX_FILES is not a DEX file."),
                 ('OUTPUT_NAME = "../x"', "leads out of the output directory"),
                 ('build_tools_version = "28"', "no build tools that fit build_tools_version '28'. "
-                                               "There are: 30.0.3."),
+                                               "Installed: 30.0.3."),
                 ('platform_version = 30', "no platform that fits platform_version '30'. "
-                                          "There are: 29."),
+                                          "Installed: 29."),
                 ('java_path = P"(nowhere)"', "or its directory 'bin'. Correct java_path.")):
             with self.subTest(body):
                 self.unit(APP + " " + body + " }")

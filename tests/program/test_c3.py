@@ -141,10 +141,10 @@ class C3(ToolchainTest):
         self.write("b.c", "int b;\n")
         for body, message in (
                 ('C3_FILES = ["a.c3"] C_FILES = ["b.c"]', "cannot be built in one target."),
-                ('C3_FILES = ["a.c3"] C3_OPT = "O9"', "C3_OPT 'O9' is no optimisation that"),
+                ('C3_FILES = ["a.c3"] C3_OPT = "O9"', "C3_OPT 'O9' is not an optimisation that"),
                 ('C3_FILES = ["a.c3"] OUTPUT_TYPE = "static" OUTPUT_NAME = "x.o"',
-                 "OUTPUT_NAME 'x.o' cannot be had"),
-                ('C3_FILES = ["none/*.c3"]', "No file fits the pattern 'none/*.c3' in C3_FILES."),
+                 "OUTPUT_NAME 'x.o' is not possible"),
+                ('C3_FILES = ["none/*.c3"]', "No file matches the pattern 'none/*.c3' in C3_FILES."),
                 ('C3_FILES = ["broken.c3"]', "Command ended with status 1: "),
                 ('C3_FILES = ["a.c3"] OUTPUT_TYPE = "relocatable"', "no relocatable objects")):
             with self.subTest(body):

@@ -147,7 +147,7 @@ class Parameters(ProgramTest):
                 """, expected, *arguments)
         self.unit("app: { NO_TOOL }\np(q, Q): { NO_TOOL }")
         self.assertEqual(self.error().splitlines()[0],
-                         "Error: Target 'p' has two parameters of the name 'q'.")
+                         "Error: Target 'p' has two parameters named 'q'.")
 
     def test_errors(self):
         for use, message in (

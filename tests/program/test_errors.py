@@ -109,15 +109,15 @@ class Syntax(ProgramTest):
                 ('a = ("b", "c")', 'write a list in square brackets: ["a", "b"]'),
                 ('a = {"b", "c"}', 'write a list in square brackets: ["a", "b"]'),
                 ('a = "b", c = "d"', "blanks separate assignments"),
-                ('a = "b";', "nothing ends a value or a name: leave out the ';'"),
+                ('a = "b";', "values and names need no ';' after them: leave it out"),
                 ('a: "b"', "'=' gives a variable its value: a = ..."),
                 ('a = src/a.c', 'write text in double quotes: "src/a.c"'),
                 ('a = [../b/a.c, c]', 'write text in double quotes: "../b/a.c"'),
                 ('a = [*.c]', 'write text in double quotes: "*.c"'),
                 ('a = -O2', 'write text in double quotes: "-O2"'),
                 ("a = 'b c'", 'write text in double quotes: "b c"'),
-                ('a = 1.5', 'a number is whole; write text in double quotes: "1.5"'),
-                ('a = [ "b" ', "the '[' of line 2 is not closed"),
+                ('a = 1.5', 'numbers are whole; write text in double quotes: "1.5"'),
+                ('a = [ "b" ', "the '[' on line 2 is not closed"),
                 ('a = "b', "the string is not closed: '\"' is missing")):
             with self.subTest(body=body):
                 self.unit("app: {\n%s\n}" % body)
@@ -126,7 +126,7 @@ class Syntax(ProgramTest):
                            ("app: { }\nlib: app, app { }", "blanks separate dependencies"),
                            ('a = "b"', "put variables into the braces of a target or a profile"),
                            ('unit "main"', "write the unit's name without quotes"),
-                           ("app: {\n", "the '{' of line 1 is not closed")):
+                           ("app: {\n", "the '{' on line 1 is not closed")):
             with self.subTest(text=text):
                 self.unit(text)
                 self.assertIn("\n  " + hint, self.error())
@@ -137,7 +137,7 @@ class Syntax(ProgramTest):
   {DIR}/.vesk_project.txt:2:25
   profiles { debug { a = 1; } }
                           ^
-  nothing ends a value or a name: leave out the ';'
+  values and names need no ';' after them: leave it out
 """, self.error())
 
     def test_forms(self):

@@ -395,11 +395,11 @@ class Drivers(MsvcTest):
         for body, fault in (
                 ('SIGN_NAME = "a" SIGN_PASSWORD = "x"', "SIGN_PASSWORD would show the password"),
                 ('SIGN_NAME = "a" SIGN_THUMBPRINT = "b"', "This target has several of them."),
-                ('SIGN_CERT = "a.pfx" SIGN_PASSWORD_ENV = "A%B"', "which is no name of an environment"),
-                ('DRIVER = "kmd"', "DRIVER 'kmd' is none of wdm, kmdf, umdf.\n  did you mean 'kmdf'?"),
+                ('SIGN_CERT = "a.pfx" SIGN_PASSWORD_ENV = "A%B"', "which is not the name of an environment"),
+                ('DRIVER = "kmd"', "DRIVER 'kmd' is not one of wdm, kmdf, umdf.\n  did you mean 'kmdf'?"),
                 ('DRIVER = "kmdf" KMDF_VERSION = "1.33"', "no kmdf 1.33. It has: 1.31, 1.9."),
-                ('winsdk_version = "10.0.1"', f"There are: {KIT} (with WDK)."),
-                ('RUNTIME = "MX"', "RUNTIME 'MX' is none of MD, MDd, MT, MTd."),
+                ('winsdk_version = "10.0.1"', f"Installed: {KIT} (with WDK)."),
+                ('RUNTIME = "MX"', "RUNTIME 'MX' is not one of MD, MDd, MT, MTd."),
                 ('OUTPUT_TYPE = "relocatable"', "A static library holds several.")):
             with self.subTest(body):
                 self.unit(f"t: {{ {source} {body} }}")

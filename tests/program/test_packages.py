@@ -125,7 +125,7 @@ class PackagesTest(ProgramTest):
                     "\n  pkg-config: ", said, "\n  install its development files (")
         for text, named in (('["a;b"]', "a;b"), ('["answer >="]', "answer >= "),
                             ('["--libs"]', "--libs")):
-            refused(text, f"""Error: PACKAGES = "{text[2:-2]}": '{named}' is no package.\n""",
+            refused(text, f"""Error: PACKAGES = "{text[2:-2]}": '{named}' is not a package.\n""",
                     '  write names, with a version if need be: PACKAGES = ["zlib", "gtk4 >= 4.8"]\n')
         (self.base / "tools").mkdir()
         for program in ("gcc", "ar"):

@@ -705,9 +705,9 @@ class DryRuns(ToolchainTest):
 
     def test_what_cannot_be_built(self):
         for body, fault in (
-                ("C_FILES = []", "There is nothing to make 'out/t' of: C_FILES, CPP_FILES, ASM_FILES "
+                ("C_FILES = []", "There is nothing to make 'out/t' from: C_FILES, CPP_FILES, ASM_FILES "
                                  "and OBJ_FILES name no file."),
-                ('C_FILES = "a.c" OUTPUT_TYPE = "statik"', "OUTPUT_TYPE 'statik' is none of executable,"
+                ('C_FILES = "a.c" OUTPUT_TYPE = "statik"', "OUTPUT_TYPE 'statik' is not one of executable,"
                  " static, shared, object, relocatable.\n  did you mean 'static'?"),
                 ('OBJCOPY_INPUT = "a b"', "OBJCOPY_INPUT must name one file; it names 2."),
                 ('OBJCOPY_INPUT = "out/t"', "'out/t' would be overwritten by what is made of it. Give "

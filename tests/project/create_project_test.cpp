@@ -1,6 +1,7 @@
 #include "project/create_project.h"
 
 #include "project/identifier.h"
+#include "project/unit_file_walk.h"
 #include "project/workspace.h"
 
 namespace Vesk::test {

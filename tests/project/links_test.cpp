@@ -1,7 +1,7 @@
 // Symbolic links, which not every Windows account may make.
 #include "base/exception.h"
 #include "platform/files.h"
-#include "project/create_project.h"
+#include "project/unit_file_walk.h"
 #include "project/workspace.h"
 
 namespace Vesk::test {

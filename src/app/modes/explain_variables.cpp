@@ -25,6 +25,7 @@ std::string withoutMarkdown(std::string_view text) {
 std::string_view roleText(VariableRole role) noexcept {
     switch (role) {
         case VariableRole::Output:
+        case VariableRole::Product:
             return ", an output";
         case VariableRole::Setting:
             return ", in the declaration of a tool";

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstddef>
-#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include "app/builtin_variables.h"
 #include "app/modes/modes.h"
 #include "app/request.h"
+#include "base/attempt.h"
 #include "base/ci_string.h"
 #include "base/console.h"
 #include "base/text.h"
@@ -37,17 +37,14 @@ std::string descriptionOf(const std::shared_ptr<const Target>& target,
     if (text.empty() && target->body.conditions.empty()) {
         return text;
     }
-    try {
+    // It may need what only a build can tell, such as the outputs of dependencies.
+    succeeds([&] {
         const auto context =
             InputContext::forToolChoice(target, target->name, {nullptr, implicit, {}});
         if (context->find(kDescription) != nullptr) {
             text = context->valueOfVariable(kDescription)->toString();
         }
-    } catch (const VeskException&) {
-        // It needs what only a build can tell, such as the outputs of dependencies.
-    } catch (const std::exception&) {
-        // So do texts whose references cannot be read.
-    }
+    });
     return text;
 }
 

@@ -93,7 +93,7 @@ constexpr PartKind kPlatformKind = {"platform",         "that fits", "one",
         versions.push_back(part.version);
     }
     throw VeskException(fmt::format(
-        "The Android SDK in '{}' has no {} {} {} '{}'. There are: {}. Choose one of them, or "
+        "The Android SDK in '{}' has no {} {} {} '{}'. Installed: {}. Choose one of them, or "
         "install what is asked for.",
         root, kind.name, kind.fitting, kind.variable, asked, joined(versions, ", ")));
 }
@@ -158,7 +158,7 @@ const AndroidSdk& AndroidSdks::at(const std::string& root) {
 }
 
 std::string buildToolPath(const SdkPart& tools, std::string_view name) {
-    return fmt::format("{}/{}{}", tools.directory, name, programEnding());
+    return fmt::format("{}/{}{}", tools.directory, name, programSuffix());
 }
 
 // Distributions put the archives beside the programs.

@@ -44,7 +44,7 @@ std::string abiDirectory(const NativeLibrary& library, const PackageContents& co
         abiOf(firstBytes(contents.packedFile(library.path), kElfHeaderStart));
     if (told.empty()) {
         throw VeskException(fmt::format(
-            "'{}' is no shared library for Android, as the target's native libraries have to be.",
+            "'{}' is not a shared library for Android, as the target's native libraries must be.",
             library.path));
     }
     if (!library.abi.empty()) {
@@ -85,7 +85,7 @@ void addDexFiles(ZipWriter& package, const PackageContents& contents) {
         const std::string& packed = contents.packedFile(file);
         if (firstBytes(packed, kDexMark.size()) != kDexMark) {
             throw VeskException(fmt::format(
-                "'{}' in DEX_FILES is no DEX file. Class files belong into CLASS_FILES.", file));
+                "'{}' in DEX_FILES is not a DEX file. Class files belong in CLASS_FILES.", file));
         }
         package.add(dexName(++number), platform::pathFromUtf8(packed), file);
     }

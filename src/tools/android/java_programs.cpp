@@ -23,7 +23,7 @@ std::string findIn(const std::string& kit, const std::string& file) {
 }  // namespace
 
 std::string requireJavaProgram(std::string_view name, const std::string& declared) {
-    const std::string file = std::string(name).append(programEnding());
+    const std::string file = std::string(name).append(programSuffix());
     if (!declared.empty()) {
         std::string path = findIn(normalPath(declared), file);
         if (path.empty()) {

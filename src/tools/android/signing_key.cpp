@@ -48,7 +48,7 @@ std::string debugKeystore() {
 [[noreturn]] void throwPasswordGiven(const char* variable) {
     throw VeskException(fmt::format(
         "{} must say where the password is: 'env:NAME' for an environment variable, 'file:PATH' "
-        "for the first line of a file. A password itself does not belong into a unit file or on a "
+        "for the first line of a file. A password itself does not belong in a unit file or on a "
         "command line, where others can read it.",
         variable));
 }

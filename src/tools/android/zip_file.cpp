@@ -81,7 +81,7 @@ std::uint32_t checksumOf(std::string_view bytes) noexcept {
 
 [[noreturn]] void throwDamaged(const std::string& file) {
     throw VeskException(fmt::format(
-        "'{}' is no ZIP archive, or it is damaged. Remove it if it is made by a build.", file));
+        "'{}' is not a ZIP archive, or it is damaged. If a build makes it, remove it.", file));
 }
 
 /// The record that ends the directory. A comment of at most 64 KiB may follow it.
@@ -215,8 +215,9 @@ void ZipWriter::add(std::string name, const std::filesystem::path& file,
 void ZipWriter::write(ZipEntry entry, std::string_view packed, const std::string& origin) {
     const auto [other, isNew] = origins_.try_emplace(entry.name, origin);
     if (!isNew) {
-        throw VeskException(fmt::format("'{}' comes into the package twice: of '{}' and of '{}'.",
-                                        entry.name, other->second, origin));
+        throw VeskException(
+            fmt::format("'{}' would be in the package twice: from '{}' and from '{}'.", entry.name,
+                        other->second, origin));
     }
     const std::string common = commonFields(entry);
     std::string extra;
@@ -246,7 +247,7 @@ void ZipWriter::put(std::string_view bytes) {
     if (position_ > std::numeric_limits<std::uint32_t>::max()) {
         throw VeskException(fmt::format(
             "'{}' would grow beyond 4 GiB, which Android does not install. Deliver large assets "
-            "apart from the package.",
+            "separately from the package.",
             file_));
     }
     buffer_ += bytes;

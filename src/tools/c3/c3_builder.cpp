@@ -219,8 +219,8 @@ std::shared_ptr<Context> C3Builder::complete(TargetContext& target, int exitCode
     }
     const TargetPaths paths(target, BuildEnv(environmentSettings(target)));
     std::vector<std::string> objects;
-    for (const char* ending : {"/*.o", "/*.obj"}) {
-        std::ranges::move(filesMatching(objectDirectoryOf(paths) + ending, {}),
+    for (const char* suffix : {"/*.o", "/*.obj"}) {
+        std::ranges::move(filesMatching(objectDirectoryOf(paths) + suffix, {}),
                           std::back_inserter(objects));
     }
     results->addAssignment(output("OBJECTS", pathValues(objects)), ModifierMode::Copy);

@@ -40,7 +40,7 @@ const char* commandWord(OutputType type) noexcept {
 }
 
 /// What the compiler adds to a name.
-std::string_view endingOf(OutputType type, std::string_view triple) noexcept {
+std::string_view suffixOf(OutputType type, std::string_view triple) noexcept {
     const bool windows = isWindowsTriple(triple);
     if (type == OutputType::Static) {
         return windows ? ".lib" : ".a";
@@ -156,8 +156,8 @@ std::string c3OptimisationOption(std::string_view level) {
     constexpr std::string_view kKnown = "012345sz";
     if (letter.size() != 1 || kKnown.find(letter) == std::string_view::npos) {
         throw VeskException(
-            fmt::format("C3_OPT '{}' is no optimisation that the C3 compiler knows. There are O0 "
-                        "to O5, Os and Oz.",
+            fmt::format("C3_OPT '{}' is not an optimisation that the C3 compiler knows. Use O0 "
+                        "to O5, Os or Oz.",
                         level));
     }
     return fmt::format("-O{}", letter);
@@ -165,22 +165,22 @@ std::string c3OptimisationOption(std::string_view level) {
 
 C3Product c3Product(const std::string& outputName, OutputType type, std::string_view triple,
                     const TargetPaths& paths) {
-    const std::string_view ending = endingOf(type, triple);
+    const std::string_view suffix = suffixOf(type, triple);
     std::string name = outputName;
     if (hasEnding(name)) {
-        if (ending.empty() || !name.ends_with(ending)) {
+        if (suffix.empty() || !name.ends_with(suffix)) {
             throw VeskException(fmt::format(
-                "OUTPUT_NAME '{}' cannot be had: the C3 compiler chooses the ending of its "
-                "products, {}. Leave the ending out.",
-                outputName, ending.empty() ? "none for a program" : ending));
+                "OUTPUT_NAME '{}' is not possible: the C3 compiler chooses the suffix of its "
+                "products, {}. Leave the suffix out.",
+                outputName, suffix.empty() ? "none for a program" : suffix));
         }
-        name.resize(name.size() - ending.size());
+        name.resize(name.size() - suffix.size());
     } else if (type != OutputType::Executable && !isWindowsTriple(triple)) {
         // The compiler does not add the prefix by which linkers find libraries.
         name = decorated(name, "lib", "");
     }
     const std::string path = paths.inOutputDirectory(name);
-    return {path + std::string(ending), path};
+    return {path + std::string(suffix), path};
 }
 
 CommandText c3CommandText(const C3Command& command, const TargetContext& target,

@@ -36,8 +36,9 @@ constexpr Variable kVariables[] = {
 };
 
 constexpr VariableGroup kGroup = {"C3", VariableRole::Input, kVariables};
-constexpr const VariableGroup* kAll[] = {&kGroup,           &kOutputVariables, &kLanguageOutputs,
-                                         &kChoiceVariables, &kPlaceSettings,   &kIdentitySettings};
+constexpr const VariableGroup* kAll[] = {&kGroup,           &kProductVariables, &kOutputVariables,
+                                         &kLanguageOutputs, &kChoiceVariables,  &kPlaceSettings,
+                                         &kIdentitySettings};
 
 }  // namespace
 

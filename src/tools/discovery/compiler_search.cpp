@@ -28,10 +28,10 @@ constexpr std::string_view kLaunchers[] = {"ccache", "distcc", "sccache", "icecc
 
 /// The name of a file without the system's suffix for programs.
 std::string_view stemOf(std::string_view name) noexcept {
-    const std::string_view ending = programEnding();
-    const bool ends = name.size() > ending.size() &&
-                      equalsIgnoringCase(name.substr(name.size() - ending.size()), ending);
-    return ends ? name.substr(0, name.size() - ending.size()) : std::string_view();
+    const std::string_view suffix = programSuffix();
+    const bool ends = name.size() > suffix.size() &&
+                      equalsIgnoringCase(name.substr(name.size() - suffix.size()), suffix);
+    return ends ? name.substr(0, name.size() - suffix.size()) : std::string_view();
 }
 
 bool isLauncher(std::string_view name) noexcept {

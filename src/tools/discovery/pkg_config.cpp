@@ -71,7 +71,7 @@ bool isPlain(std::string_view token) noexcept {
 }
 
 [[noreturn]] void refuse(const std::vector<std::string>& entries, std::string_view token) {
-    VeskException error(fmt::format("PACKAGES = {}: '{}' is no package.",
+    VeskException error(fmt::format("PACKAGES = {}: '{}' is not a package.",
                                     fmt::format("\"{}\"", joined(entries, "\", \"")), token));
     error.addNote(R"(write names, with a version if need be: PACKAGES = ["zlib", "gtk4 >= 4.8"])");
     throw error;

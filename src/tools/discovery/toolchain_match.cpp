@@ -14,12 +14,6 @@ namespace Vesk {
 
 namespace {
 
-std::string textIn(const AssignmentMap& declared, std::string_view name) {
-    const auto found = declared.find(name);
-    return found == declared.end() || !found->second.value ? std::string()
-                                                           : found->second.value->toString();
-}
-
 bool beginsWithWord(std::string_view text, std::string_view word) noexcept {
     return equalsIgnoringCase(text.substr(0, word.size()), word) &&
            (text.size() == word.size() || text[word.size()] == ' ');

@@ -16,7 +16,7 @@ namespace {
 
 std::string programPath(const ToolchainPlace& place, std::string_view name) {
     return fmt::format("{}/{}{}{}{}", place.directory, place.prefix, name, place.suffix,
-                       programEnding());
+                       programSuffix());
 }
 
 std::string findInPath(const std::string& name) {
@@ -38,7 +38,7 @@ std::string findProgram(const ToolchainPlace& place,
             }
         }
         if (std::string path =
-                findInPath(fmt::format("{}{}{}", place.prefix, name, programEnding()));
+                findInPath(fmt::format("{}{}{}", place.prefix, name, programSuffix()));
             !path.empty()) {
             return path;
         }
@@ -51,15 +51,10 @@ ValuePtr valueIn(const Context::Map& declared, std::string_view name) {
     return found == declared.end() ? nullptr : found->second.value;
 }
 
-std::string textIn(const Context::Map& declared, std::string_view name) {
-    const ValuePtr value = valueIn(declared, name);
-    return value ? value->toString() : std::string();
-}
-
 /// The one in PATH, otherwise one beside the compiler: whoever sets PATH decides.
 std::string findFirst(const ToolchainPlace& place, std::initializer_list<std::string_view> names) {
     for (const std::string_view name : names) {
-        if (std::string path = findInPath(fmt::format("{}{}", name, programEnding()));
+        if (std::string path = findInPath(fmt::format("{}{}", name, programSuffix()));
             !path.empty()) {
             return path;
         }
@@ -132,7 +127,7 @@ std::vector<std::filesystem::path> runDirectories(const ToolchainPlace& place) {
     return {platform::pathFromUtf8(place.directory).make_preferred()};
 }
 
-std::string_view programEnding() noexcept {
+std::string_view programSuffix() noexcept {
     return platform::kWindows ? ".exe" : "";
 }
 
@@ -168,19 +163,20 @@ ToolchainPlace ToolchainPrograms::locate(const std::string& path, ToolchainPlace
     const std::size_t word = path.rfind(compiler_);
     if (word != std::string::npos && word >= nameStart && isFile(path)) {
         std::string suffix = path.substr(word + compiler_.size());
-        if (suffix.ends_with(programEnding())) {
-            suffix.resize(suffix.size() - programEnding().size());
+        if (suffix.ends_with(programSuffix())) {
+            suffix.resize(suffix.size() - programSuffix().size());
         }
         return {path.substr(0, nameStart - 1), path.substr(nameStart, word - nameStart), suffix};
     }
     given.directory = path;
     VeskException error(fmt::format(
-        "There is no compiler '{0}' in '{1}' or its directory 'bin', and '{1}' is none either.",
+        "There is no compiler '{0}' in '{1}' or its directory 'bin', and '{1}' is not one itself.",
         programPath({{}, given.prefix, given.suffix}, compiler_).substr(1), path));
     error.addNote(
         "where the toolchain was removed or upgraded, its registration is stale: vesk "
         "--find-compilers registers what is there now");
-    error.addNote("else correct toolchain_path, toolchain_prefix or toolchain_suffix of the tool");
+    error.addNote(
+        "otherwise correct toolchain_path, toolchain_prefix or toolchain_suffix of the tool");
     throw error;
 }
 

@@ -78,7 +78,7 @@ class ToolchainPrograms {
 std::vector<std::filesystem::path> runDirectories(const ToolchainPlace& place);
 
 /// The system's suffix for programs: ".exe" or nothing.
-std::string_view programEnding() noexcept;
+std::string_view programSuffix() noexcept;
 
 /// The directories of PATH, as text.
 std::vector<std::string> searchPath();

@@ -34,7 +34,7 @@ std::vector<std::string> libraryOptions(const std::vector<std::string>& names) {
 }
 
 /// The suffix of files in an object copier's format.
-const char* endingOf(std::string_view format) noexcept {
+const char* suffixOf(std::string_view format) noexcept {
     if (format == "binary") {
         return ".bin";
     }
@@ -78,10 +78,11 @@ GnuStyleBuild::Product GnuStyleBuild::productOf() const {
 
 Recipe GnuStyleBuild::productRecipe(const Product& product, const std::string& program) const {
     if (objects_.empty() && type_ != OutputType::Static) {
-        throw VeskException(fmt::format(
-            "There is nothing to make '{}' of: C_FILES, CPP_FILES, ASM_FILES and OBJ_FILES name no "
-            "file.",
-            product.name));
+        throw VeskException(
+            fmt::format("There is nothing to make '{}' from: C_FILES, CPP_FILES, ASM_FILES and "
+                        "OBJ_FILES name no "
+                        "file.",
+                        product.name));
     }
     Recipe recipe;
     recipe.stage = 1;
@@ -197,9 +198,9 @@ void GnuStyleBuild::copyObject() {
     }
     const std::string format = target_.textOf("OBJCOPY_FORMAT").value_or("");
     const std::string name = outputNameOf(target_);
-    const std::string ending = hasEnding(name) ? "" : endingOf(format);
+    const std::string suffix = hasEnding(name) ? "" : suffixOf(format);
     Product product;
-    product.path = paths_.inOutputDirectory(name + ending);
+    product.path = paths_.inOutputDirectory(name + suffix);
     product.name = paths_.inCommand(product.path);
     if (product.path == inputs.front()) {
         throw VeskException(fmt::format(

@@ -45,10 +45,11 @@ constexpr VariableGroup kLinkGroup = {"Linking", VariableRole::Input, kLinking};
 constexpr VariableGroup kObjectCopyGroup = {"Objcopy", VariableRole::Input, kObjectCopy};
 
 constexpr const VariableGroup* kAll[] = {
-    &kSourceVariables, &kCompileVariables,   &kCompileGroup,    &kTypeVariables,
-    &kNameVariables,   &kLinkVariables,      &kLinkGroup,       &kPackageGroup,
-    &kObjectCopyGroup, &kPackageOutputGroup, &kOutputVariables, &kDependencyFileVariables,
-    &kLanguageOutputs, &kChoiceVariables,    &kPlaceSettings,   &kIdentitySettings,
+    &kSourceVariables,         &kCompileVariables,   &kCompileGroup,     &kTypeVariables,
+    &kNameVariables,           &kLinkVariables,      &kLinkGroup,        &kPackageGroup,
+    &kObjectCopyGroup,         &kPackageOutputGroup, &kProductVariables, &kOutputVariables,
+    &kDependencyFileVariables, &kLanguageOutputs,    &kChoiceVariables,  &kPlaceSettings,
+    &kIdentitySettings,
 };
 
 }  // namespace

@@ -15,7 +15,7 @@ const Architecture& architectureOf(std::string_view triple) {
     });
     if (found == std::end(kArchitectures)) {
         throw VeskException(
-            fmt::format("toolchain_target '{}' is no machine that MSVC makes "
+            fmt::format("toolchain_target '{}' is not a machine that MSVC makes "
                         "programs for: it begins with x86_64, i686 or aarch64.",
                         triple));
     }

@@ -62,7 +62,7 @@ DriverModel driverModelOf(const Context& target) {
         }
         words.emplace_back(word);
     }
-    VeskException error(fmt::format("DRIVER '{}' is none of {}.", asked, joined(words, ", ")));
+    VeskException error(fmt::format("DRIVER '{}' is not one of {}.", asked, joined(words, ", ")));
     error.addNote(didYouMean(asked, words));
     throw error;
 }

@@ -67,7 +67,7 @@ class MsvcBuild {
     void finishProduct(Recipe recipe, const CommandText& command, const Product& product);
     void addLibraryOutputs(const std::string& library);
     Product productOf() const;
-    std::string ending() const;
+    std::string suffix() const;
 
     // Packages of drivers
     void package(const std::string& product);

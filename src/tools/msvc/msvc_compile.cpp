@@ -40,7 +40,7 @@ Report reportOf(const MsvcDirectories& directories) {
 }
 
 /// The suffix by which the cache knows the form.
-const char* endingOf(Report report) noexcept {
+const char* suffixOf(Report report) noexcept {
     return report == Report::Json ? ".json" : report == Report::Makefile ? ".d" : ".notes";
 }
 
@@ -60,7 +60,7 @@ std::string runtimeOption(const Context& target) {
             return "/" + runtime;
         }
     }
-    throw VeskException(fmt::format("RUNTIME '{}' is none of MD, MDd, MT, MTd.", runtime));
+    throw VeskException(fmt::format("RUNTIME '{}' is not one of MD, MDd, MT, MTd.", runtime));
 }
 
 /// A variable that the target's ENV gives to its commands.
@@ -137,8 +137,8 @@ OutputType typeOf(const Context& target) {
     const OutputType type = onlyResources ? OutputType::Object : outputTypeOf(target);
     if (type == OutputType::Relocatable) {
         throw VeskException(
-            "OUTPUT_TYPE 'relocatable' is not for MSVC, whose linker does not put objects into "
-            "one. A static library holds several.");
+            "OUTPUT_TYPE 'relocatable' is not for MSVC, whose linker does not combine "
+            "objects. A static library holds several.");
     }
     if (hasEntries(target, "LINKER_SCRIPT")) {
         throw VeskException(
@@ -255,9 +255,9 @@ void MsvcBuild::compileMessages() {
         recipe.command = command.text();
         addInput(recipe, "MC_FILES", file);
         recipe.declaration = Declaration::Complete;
-        for (const char* ending : {".h", ".rc"}) {
+        for (const char* suffix : {".h", ".rc"}) {
             recipe.outputs.push_back(
-                resolvedAssignment("MC_HEADERS", pathValue(name + ending), AssignModifier::Output));
+                resolvedAssignment("MC_HEADERS", pathValue(name + suffix), AssignModifier::Output));
         }
         recipes.push_back(std::move(recipe));
         messageDirectories_.push_back(directory);
@@ -288,7 +288,7 @@ void MsvcBuild::compile() {
         }
         source.dependencyFile =
             source.object.substr(0, source.object.size() - kObjectSuffix.size()) +
-            endingOf(reportOf(directories_));
+            suffixOf(reportOf(directories_));
         reports.push_back(source.dependencyFile);
         auto& compiler = compilers[static_cast<std::size_t>(source.language)];
         if (!compiler) {

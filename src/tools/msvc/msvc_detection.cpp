@@ -26,7 +26,7 @@ std::vector<VisualStudio> registeredInstallations(
     const std::vector<std::string>& programDirectories) {
     for (const std::string& programs : programDirectories) {
         const std::string search =
-            programs + "/Microsoft Visual Studio/Installer/vswhere" + std::string(programEnding());
+            programs + "/Microsoft Visual Studio/Installer/vswhere" + std::string(programSuffix());
         if (isFile(search)) {
             return installationsIn(captureOutput(platform::pathFromUtf8(search).make_preferred(),
                                                  "-products * -prerelease -utf8 -format json",
@@ -43,9 +43,9 @@ std::vector<ToolSet> toolSetsOfEnvironment() {
     if (const auto directory = platform::environmentVariable("VCToolsInstallDir")) {
         directories.push_back(normalPath(*directory));
     }
-    const std::string ending(programEnding());
+    const std::string suffix(programSuffix());
     for (std::string& directory : searchPath()) {
-        if (isFile(directory + "/cl" + ending) && isFile(directory + "/link" + ending)) {
+        if (isFile(directory + "/cl" + suffix) && isFile(directory + "/link" + suffix)) {
             directories.push_back(std::move(directory));
         }
     }
@@ -173,8 +173,8 @@ std::vector<DetectedTool> detectMSVC() {
     }
     if (!kits.found()) {
         console::warning(
-            "There is no Windows SDK: MSVC compiles nothing that includes its headers "
-            "or those of C, and makes no resources.");
+            "There is no Windows SDK: without it MSVC compiles nothing that "
+            "includes its headers or those of C, and makes no resources.");
     }
     return tools;
 }

@@ -89,7 +89,7 @@ std::string fileName(const std::string& path) {
 
 }  // namespace
 
-std::string MsvcBuild::ending() const {
+std::string MsvcBuild::suffix() const {
     switch (type_) {
         case OutputType::Static:
             return ".lib";
@@ -106,7 +106,7 @@ MsvcBuild::Product MsvcBuild::productOf() const {
     const std::string name = outputNameOf(target_);
     const std::string stem = hasEnding(name) ? name.substr(0, name.rfind('.')) : name;
     Product product;
-    product.path = paths_.inOutputDirectory(hasEnding(name) ? name : name + ending());
+    product.path = paths_.inOutputDirectory(hasEnding(name) ? name : name + suffix());
     product.linked = product.path;
     if (type_ == OutputType::Static) {
         return product;
@@ -145,10 +145,11 @@ void MsvcBuild::archive() {
 
 void MsvcBuild::link() {
     if (objects_.empty() && resources_.empty()) {
-        throw VeskException(fmt::format(
-            "There is nothing to make '{}' of: C_FILES, CPP_FILES, ASM_FILES, OBJ_FILES, RC_FILES "
-            "and MC_FILES name no file.",
-            paths_.inCommand(productOf().path)));
+        throw VeskException(
+            fmt::format("There is nothing to make '{}' from: C_FILES, CPP_FILES, ASM_FILES, "
+                        "OBJ_FILES, RC_FILES "
+                        "and MC_FILES name no file.",
+                        paths_.inCommand(productOf().path)));
     }
     const Product product = productOf();
     const std::string linker = program(MsvcProgram::Linker, target_.textOf("LINKER").value_or(""));

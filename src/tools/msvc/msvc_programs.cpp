@@ -14,7 +14,7 @@ namespace {
 constexpr std::string_view kClang = "clang";
 
 std::string fileIn(const std::string& directory, std::string_view name) {
-    return fmt::format("{}/{}{}", directory, name, programEnding());
+    return fmt::format("{}/{}{}", directory, name, programSuffix());
 }
 
 std::string findBin(const std::string& path, const MsvcDirectories& wanted) {
@@ -38,7 +38,7 @@ std::string findBin(const std::string& path, const MsvcDirectories& wanted) {
         "itself, nor in a tool set below its VC/Tools/MSVC. Correct toolchain_path or "
         "toolchain_target of the tool, install the compilers for {2}, or look for compilers again "
         "with vesk --find-compilers.",
-        wanted.compiler, programEnding(), architecture.directory, path));
+        wanted.compiler, programSuffix(), architecture.directory, path));
 }
 
 /// The kits have their programs for several hosts, but those for drivers for 32 bits only.

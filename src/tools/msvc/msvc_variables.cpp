@@ -8,14 +8,14 @@ namespace {
 
 constexpr Variable kProducts[] = {
     {"RC_FILES", "list of files", "",
-     "resource scripts, linked into the product. A target of nothing else makes `.res` files, "
-     "which "
-     "dependants with `+` link",
+     "resource scripts, linked into the product. A target with nothing else makes `.res` "
+     "files, which dependants with `+` link",
      R"(["app.rc"])"},
     {"RC_FLAGS", "flags", "", "for `rc`, which also gets `DEFINES` and `INCLUDE_DIRS`",
      R"("/l 0x409")"},
     {"MC_FILES", "list of files", "",
-     "message files: compiled before all else; the sources of the target find the headers, the "
+     "message files: compiled before everything else; the sources of the target find the headers, "
+     "the "
      "messages are linked in",
      R"(["events.mc"])"},
     {"MC_FLAGS", "flags", "", "for `mc`", R"("-U")"},
@@ -23,7 +23,7 @@ constexpr Variable kProducts[] = {
      "`MD`, `MDd`, `MT`, `MTd`: the C library, and whether it is for debugging", R"("MD")"},
     {"PDB", "`yes`, `no`", "`no`", "debug information: `/Z7`, and a `.pdb` beside the product",
      R"("yes")"},
-    {"REPRODUCIBLE", "`yes`, `no`", "`yes`", "objects and products hold no times", R"("no")"},
+    {"REPRODUCIBLE", "`yes`, `no`", "`yes`", "objects and products contain no times", R"("no")"},
     {"SUBSYSTEM", "string", "the linker's choice", "`/SUBSYSTEM:`", R"("windows")"},
     {"ENTRY", "string", "the linker's choice", "`/ENTRY:`", R"("start")"},
     {"MANIFEST", "file, or `no`", "the linker's own", "embedded into the product; `no`: none",
@@ -35,18 +35,18 @@ constexpr Variable kSettings[] = {
     {"tool_type", "string", "required", "`msvc`", R"("msvc")"},
     {"toolchain_path", "path", "required",
      R"(the tool set, `...\VC\Tools\MSVC\14.38.33130`, a directory of its programs, or an )"
-     "installation of Visual Studio, whose newest tool set is taken",
+     "installation of Visual Studio, whose newest tool set is used",
      R"x(P"(C:/BuildTools/VC/Tools/MSVC/14.38.33130)")x"},
     {"toolchain_target", "string", "`x86_64-pc-windows-msvc`", "or `i686-...`, `aarch64-...`",
      R"("aarch64-pc-windows-msvc")"},
     {"toolchain_compiler", "string", "`cl`",
-     "`clang-cl` compiles with Clang, and takes `lld-link`, `llvm-lib` and `llvm-rc` where they "
-     "are",
+     "`clang-cl` compiles with Clang, and uses `lld-link`, `llvm-lib` and `llvm-rc` if they "
+     "exist",
      R"("clang-cl")"},
 };
 
 constexpr Variable kKits[] = {
-    {"winsdk_path", "path", R"(the registry's, else `%ProgramFiles(x86)%\Windows Kits\10`)",
+    {"winsdk_path", "path", R"(the registry's, otherwise `%ProgramFiles(x86)%\Windows Kits\10`)",
      "the kits' directory; may stand in a tool's declaration too", R"x(P"(D:/Windows Kits/10)")x"},
     {"winsdk_version", "string", "the newest",
      "the SDK; `10.0.22621` fits 10.0.22621.0; may stand in a tool's declaration too",
@@ -103,14 +103,13 @@ constexpr VariableGroup kSettingGroup = {"MSVC: tool sets", VariableRole::Settin
 constexpr VariableGroup kKitGroup = {"MSVC: kits", VariableRole::Input, kKits};
 constexpr VariableGroup kDriverGroup = {"MSVC: drivers", VariableRole::Input, kDrivers};
 constexpr VariableGroup kSigningGroup = {"MSVC: signing", VariableRole::Input, kSigning};
-constexpr VariableGroup kOutputGroup = {"MSVC: outputs", VariableRole::Output, kOutputs};
+constexpr VariableGroup kOutputGroup = {"MSVC: outputs", VariableRole::Product, kOutputs};
 
 constexpr const VariableGroup* kAll[] = {
-    &kSourceVariables, &kCompileVariables, &kTypeVariables,
-    &kNameVariables,   &kLinkVariables,    &kOutputVariables,
-    &kChoiceVariables, &kIdentitySettings, &kProductGroup,
-    &kOutputGroup,     &kSettingGroup,     &kKitGroup,
-    &kDriverGroup,     &kSigningGroup,     &kDependencyFileVariables,
+    &kSourceVariables,  &kCompileVariables, &kTypeVariables,   &kNameVariables,
+    &kLinkVariables,    &kProductVariables, &kOutputVariables, &kChoiceVariables,
+    &kIdentitySettings, &kProductGroup,     &kOutputGroup,     &kSettingGroup,
+    &kKitGroup,         &kDriverGroup,      &kSigningGroup,    &kDependencyFileVariables,
 };
 
 }  // namespace

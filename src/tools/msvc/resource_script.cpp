@@ -62,9 +62,9 @@ std::string withSlashes(std::string_view name) {
 }
 
 bool isText(std::string_view path) {
-    const std::string_view ending = path.substr(std::min(path.rfind('.'), path.size()));
+    const std::string_view suffix = path.substr(std::min(path.rfind('.'), path.size()));
     for (const std::string_view each : {".rc", ".rc2", ".h", ".hpp", ".dlg", ".inc"}) {
-        if (equalsIgnoringCase(ending, each)) {
+        if (equalsIgnoringCase(suffix, each)) {
             return true;
         }
     }

@@ -24,10 +24,10 @@ void checkVariableName(const std::string& name) {
         return (asciiLower(c) >= 'a' && asciiLower(c) <= 'z') || (c >= '0' && c <= '9') || c == '_';
     };
     if (!std::ranges::all_of(name, isAllowed) || (name[0] >= '0' && name[0] <= '9')) {
-        throw VeskException(
-            fmt::format("SIGN_PASSWORD_ENV is '{}', which is no name of an environment variable. "
-                        "It names the variable that holds the password.",
-                        name));
+        throw VeskException(fmt::format(
+            "SIGN_PASSWORD_ENV is '{}', which is not the name of an environment variable. "
+            "It names the variable that holds the password.",
+            name));
     }
 }
 

@@ -102,7 +102,7 @@ std::string binDirectory(const std::string& toolSet, const Architecture& archite
                          std::string_view compiler) {
     for (const std::string_view host : hostDirectories()) {
         std::string directory = fmt::format("{}/bin/{}/{}", toolSet, host, architecture.directory);
-        if (isFile(fmt::format("{}/{}{}", directory, compiler, programEnding()))) {
+        if (isFile(fmt::format("{}/{}{}", directory, compiler, programSuffix()))) {
             return directory;
         }
     }

@@ -124,7 +124,7 @@ WindowsKit chooseKit(const KitWish& wish, const std::vector<std::string>& progra
         return {};
     }
     throw VeskException(fmt::format(
-        "There is no Windows {}{}{} in {}. There are: {}. Install it, or correct winsdk_path, "
+        "There is no Windows {}{}{} in {}. Installed: {}. Install it, or correct winsdk_path, "
         "winsdk_version or wdk_version.",
         wish.forDrivers ? "Driver Kit together with an SDK" : "SDK",
         wish.version.empty() ? "" : " of version ", wish.version,

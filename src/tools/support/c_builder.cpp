@@ -8,31 +8,38 @@
 #include "tools/support/libraries.h"
 #include "tools/support/target_paths.h"
 #include "tools/support/value_lists.h"
+#include "tools/variables.h"
 #include "types/values/simple_values.h"
 
 namespace Vesk {
 
 namespace {
 
-/// What says how to link with a target: only its builder knows whether that reaches dependants. An
+/// What says how to link with a target. Only its builder knows whether that reaches dependants: an
 /// executable that links a library is nothing that a dependant links.
-const std::set<CiString, CiLess>& builderOutputs() {
-    static const std::set<CiString, CiLess> names = {
-        "OBJECTS",  "DEPFILES",      "OUTPUT",   "LIBRARY",   "LIB_FILES", "OBJ_FILES",
-        "PDB_FILE", "LINK_LANGUAGE", "CAT_FILE", "RES_FILES", "MC_HEADERS"};
+std::set<CiString, CiLess> namesOfProducts() {
+    std::set<CiString, CiLess> names;
+    for (const RegisteredGroup& registered : registeredGroups()) {
+        if (registered.group->role == VariableRole::Product) {
+            for (const Variable& variable : registered.group->variables) {
+                names.insert(variable.name);
+            }
+        }
+    }
     return names;
 }
 
 }  // namespace
 
 void addDeclaredOutputs(const TargetContext& target, std::vector<Assignment>& outputs) {
+    static const std::set<CiString, CiLess> products = namesOfProducts();
     std::set<CiString, CiLess> given;
     for (const Assignment& output : outputs) {
         given.insert(output.name);
     }
     for (const auto& [name, assignment] : target.assignments()) {
         if (assignment.modifier == AssignModifier::Output && given.count(name) == 0 &&
-            builderOutputs().count(name) == 0) {
+            products.count(name) == 0) {
             outputs.push_back(assignment);
         }
     }

@@ -30,9 +30,8 @@ constexpr Variable kCompiling[] = {
 
 constexpr Variable kType[] = {
     {"OUTPUT_TYPE", "string", "`executable`",
-     "`executable`, `static`, `shared`, `object` (compile only), `relocatable` (all objects in "
-     "one, "
-     "`ld -r`)",
+     "`executable`, `static`, `shared`, `object` (compile only), `relocatable` (all objects "
+     "combined in one, `ld -r`)",
      R"("static")"},
 };
 
@@ -48,11 +47,10 @@ constexpr Variable kLinking[] = {
      "[util.LIBRARY]"},
     {"LIBS", "list", "",
      "libraries by name, `-l`; `:libz.a` is a file's whole name; an entry with a slash (a path "
-     "from "
-     "the project's root) or a leading `-` is passed as it is",
+     "relative to the project's root) or a leading `-` is passed as it is",
      R"(["m", "z"])"},
     {"LIB_DIRS", "list of directories", "",
-     "`-L`; a library of `LIBS` that lies there is noticed when it changes, and so is one with a "
+     "`-L`; a library of `LIBS` that lies there is noticed when it changes, as is one with a "
      "slash",
      R"(["vendor/lib"])"},
     {"LINK_FLAGS", "flags", "", "behind the objects and `LIB_FILES`, before `LIBS`",
@@ -63,16 +61,18 @@ constexpr Variable kLinking[] = {
     {"AR_FLAGS", "flags", "", "further options behind `ar rcs`; MSVC: of `lib`", R"("-D")"},
 };
 
-constexpr Variable kOutputs[] = {
-    {"OUTPUT", "path", "", "the product; of all but `object`"},
+constexpr Variable kProducts[] = {
+    {"OUTPUT", "path", "", "the product of any type but `object`"},
     {"LIBRARY", "path", "",
-     "the file to link with, of `static` and `shared`: the archive or shared library, on Windows "
-     "the "
-     "import library"},
+     "the file that dependants link with, for `static` and `shared`: the archive or shared "
+     "library, on Windows the import library"},
     {"OBJECTS", "list of paths", "", "the objects of this target's sources"},
     {"LIB_FILES", "list of paths", "", "libraries, for dependants with `+`"},
     {"OBJ_FILES", "list of paths", "",
      "the objects of an `object` target, for dependants with `+`"},
+};
+
+constexpr Variable kOutputs[] = {
     {"LIBS", "list", "", "what a library needs in turn, for dependants with `+`"},
     {"LIB_DIRS", "list of paths", "", "where that lies, for dependants with `+`"},
     {"result", "integer", "", "0"},
@@ -99,7 +99,7 @@ constexpr Variable kChoice[] = {
      "that version and later ones, compared as numbers: 9 is before 12", R"("11")"},
     {"toolchain_target", "string", "`native`",
      "the triple, one of its parts, a machine by any of its names (`x64`, `arm64`), `windows`, or "
-     "`native`. Of several for one system the one for this machine's processor is taken",
+     "`native`. Of several for one system the one for this machine's processor is used",
      R"("windows")"},
     {"toolchain_prefix", "string", "", "equal to the tool's", R"("arm-none-eabi-")"},
     {"toolchain_suffix", "string", "", "equal to the tool's", R"("-14")"},
@@ -113,7 +113,7 @@ constexpr Variable kPlace[] = {
      R"x(P"(/opt/gcc-14/bin)")x"},
     {"toolchain_prefix", "string", "", "before the programs' names", R"("arm-none-eabi-")"},
     {"toolchain_suffix", "string", "",
-     "behind them. Programs that are not there with it are taken without it", R"("-14")"},
+     "behind the programs' names; a program without it is used where none has it", R"("-14")"},
     {"toolchain_target", "string", "that of the prefix, else this machine's", "the triple",
      R"("arm-none-eabi")"},
 };
@@ -122,7 +122,7 @@ constexpr Variable kIdentity[] = {
     {"toolchain_name", "string", "", "for people, and for targets that ask by name",
      R"("Our GCC")"},
     {"toolchain_version", "string", "",
-     "full version; a tool without it is taken for a target that asks for a version only when no "
+     "full version; a tool without it is used for a target that asks for a version only if no "
      "other fits",
      R"("14.1.0")"},
     {"toolchain_default", "string", "",
@@ -137,10 +137,11 @@ constinit const VariableGroup kCompileVariables = {"Compiling", VariableRole::In
 constinit const VariableGroup kTypeVariables = {"Products", VariableRole::Input, kType};
 constinit const VariableGroup kNameVariables = {"Products", VariableRole::Input, kName};
 constinit const VariableGroup kLinkVariables = {"Linking", VariableRole::Input, kLinking};
+constinit const VariableGroup kProductVariables = {"Outputs", VariableRole::Product, kProducts};
 constinit const VariableGroup kOutputVariables = {"Outputs", VariableRole::Output, kOutputs};
-constinit const VariableGroup kDependencyFileVariables = {"Outputs", VariableRole::Output,
+constinit const VariableGroup kDependencyFileVariables = {"Outputs", VariableRole::Product,
                                                           kDependencyFiles};
-constinit const VariableGroup kLanguageOutputs = {"Outputs", VariableRole::Output, kLanguage};
+constinit const VariableGroup kLanguageOutputs = {"Outputs", VariableRole::Product, kLanguage};
 constinit const VariableGroup kChoiceVariables = {"Choosing a toolchain", VariableRole::Input,
                                                   kChoice};
 constinit const VariableGroup kPlaceSettings = {"Declaring a toolchain", VariableRole::Setting,

@@ -147,12 +147,12 @@ void CommandText::finish(Recipe& recipe, const std::filesystem::path& stem,
     if ((text_.size() <= kMaxCommandLength && !needsFile_) || fileText_.empty()) {
         return;
     }
-    const std::string ending =
+    const std::string suffix =
         fmt::format(".{:016x}.rsp", XXH3_64bits(fileText_.data(), fileText_.size()));
     recipe.command = text_.substr(0, fileStart_) + " " +
-                     quoteForHost("@" + std::string(stemInCommand).append(ending));
+                     quoteForHost("@" + std::string(stemInCommand).append(suffix));
     std::filesystem::path file = stem;
-    file += ending;
+    file += suffix;
     recipe.supportFiles.push_back(
         {std::move(file), style_ == ResponseFiles::Windows ? windowsText(fileText_) : fileText_});
 }

@@ -7,7 +7,7 @@ namespace Vesk {
 
 namespace {
 
-constexpr std::string_view kEndings[] = {".so", ".dylib", ".dll.a", ".a"};
+constexpr std::string_view kSuffixes[] = {".so", ".dylib", ".dll.a", ".a"};
 
 /// Where the system's loader looks anyway.
 bool isSystemDirectory(std::string_view directory) noexcept {
@@ -18,10 +18,10 @@ bool isSystemDirectory(std::string_view directory) noexcept {
 /// enough; a static library may be wanted that lies elsewhere.
 bool takeForms(const std::string& stem, std::vector<std::string>& found) {
     bool isStatic = false;
-    for (const std::string_view ending : kEndings) {
-        if (std::string path = stem + std::string(ending); isFile(path)) {
+    for (const std::string_view suffix : kSuffixes) {
+        if (std::string path = stem + std::string(suffix); isFile(path)) {
             found.push_back(std::move(path));
-            isStatic = isStatic || ending.ends_with(".a");
+            isStatic = isStatic || suffix.ends_with(".a");
         }
     }
     return isStatic;
@@ -54,8 +54,8 @@ std::vector<std::string> libraryCandidates(const std::vector<std::string>& direc
     for (std::string name : names) {
         name.erase(0, name.starts_with("-l") ? 2 : name.starts_with(":") ? 1 : 0);
         for (const std::string& directory : directories) {
-            for (const std::string_view ending : kEndings) {
-                files.push_back(directory + "/lib" + name + std::string(ending));
+            for (const std::string_view suffix : kSuffixes) {
+                files.push_back(directory + "/lib" + name + std::string(suffix));
             }
             files.push_back(directory + "/" + name);
             files.push_back(directory + "/" + name + ".lib");

@@ -26,7 +26,8 @@ OutputType outputTypeOf(const Context& target) {
         }
         words.push_back(word);
     }
-    VeskException error(fmt::format("OUTPUT_TYPE '{}' is none of {}.", asked, joined(words, ", ")));
+    VeskException error(
+        fmt::format("OUTPUT_TYPE '{}' is not one of {}.", asked, joined(words, ", ")));
     error.addNote(didYouMean(asked, words));
     throw error;
 }
@@ -38,9 +39,9 @@ bool hasEnding(const std::string& name) noexcept {
 }
 
 std::string decorated(const std::string& name, const std::string& prefix,
-                      const std::string& ending) {
+                      const std::string& suffix) {
     const std::size_t file = name.find_last_of("/\\") + 1;
-    return name.substr(0, file) + prefix + name.substr(file) + ending;
+    return name.substr(0, file) + prefix + name.substr(file) + suffix;
 }
 
 }  // namespace Vesk

@@ -24,6 +24,6 @@ bool hasEnding(const std::string& name) noexcept;
 
 /// "out/name" with the prefix in front of the last part and the suffix behind it.
 std::string decorated(const std::string& name, const std::string& prefix,
-                      const std::string& ending);
+                      const std::string& suffix);
 
 }  // namespace Vesk

@@ -29,7 +29,7 @@ void renewDirectory(const std::filesystem::path& directory) {
         platform::makeDirectories(directory, error);
     }
     if (error) {
-        throw VeskException(fmt::format("Unable to make the directory '{}' again: {}.",
+        throw VeskException(fmt::format("Unable to recreate the directory '{}': {}.",
                                         platform::pathToUtf8(directory), error.message()));
     }
 }

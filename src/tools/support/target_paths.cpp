@@ -148,8 +148,8 @@ std::vector<std::string> TargetPaths::files(std::string_view variable) const {
         std::vector<std::string> found = filesMatching(path, outputDirectory_);
         if (found.empty()) {
             throw VeskException(
-                fmt::format("No file fits the pattern '{}' in {}. It was looked for as '{}'.", name,
-                            variable, path));
+                fmt::format("No file matches the pattern '{}' in {}. It was searched for as '{}'.",
+                            name, variable, path));
         }
         std::ranges::move(found, std::back_inserter(paths));
     }

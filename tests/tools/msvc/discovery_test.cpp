@@ -41,9 +41,9 @@ TEST_F(Discovery, KitsByVersionAndPurpose) {
     EXPECT_EQ(chosen({kits, "", true}), "10.0.9.0");
     EXPECT_EQ(chosen({kits, "10.0.9", false}), "10.0.9.0");
     const std::string missing = chosen({kits, "10.0.30", false});
-    EXPECT_NE(missing.find("There are: 10.0.10.0, 10.0.9.0 (with WDK)."), std::string::npos)
+    EXPECT_NE(missing.find("Installed: 10.0.10.0, 10.0.9.0 (with WDK)."), std::string::npos)
         << missing;
-    EXPECT_NE(chosen({kits + "/none", "", true}).find("There are: none."), std::string::npos);
+    EXPECT_NE(chosen({kits + "/none", "", true}).find("Installed: none."), std::string::npos);
     EXPECT_EQ(frameworkVersions(kits, "kmdf"), (std::vector<std::string>{"1.31", "1.9"}));
 }
 

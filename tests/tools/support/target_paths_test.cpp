@@ -120,7 +120,7 @@ TEST_F(Sources, InOrderWithoutRepetitionsAndExclusions) {
     EXPECT_EQ(failure("*.c", "*.cpp sub/../a.c"),
               "'a.c' is named in C_FILES and in CPP_FILES. Leave one out.");
     EXPECT_EQ(failure("*.cc", ""),
-              "No file fits the pattern '*.cc' in C_FILES. It was looked for as '" +
+              "No file matches the pattern '*.cc' in C_FILES. It was searched for as '" +
                   directory_.path() + "/*.cc'.");
 }
 
