@@ -85,8 +85,8 @@ TEST_F(ParseAssignment, BoundsNesting) {
     const std::string close(kMaxNesting, ']');
     expectAll({{"x = " + open + close, "x = " + open + close},
                {"x = [" + open + close + "]",
-                "assignment(1,1004): more than 1000 braces and brackets are open here. Give what "
-                "is inside a variable of its own."},
+                "assignment(1,1004): more than 1000 braces and brackets are open here. Move what "
+                "is inside into a variable of its own."},
                {"x = 1 y = [" + open, "x = 1"}});
 }
 

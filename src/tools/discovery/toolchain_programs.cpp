@@ -9,6 +9,7 @@
 #include "platform/system.h"
 #include "tools/discovery/triple.h"
 #include "tools/support/target_paths.h"
+#include "tools/variable_table.h"
 
 namespace Vesk {
 

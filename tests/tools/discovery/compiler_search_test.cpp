@@ -43,7 +43,7 @@ TEST(CompilerName, PrefixAndSuffix) {
 class CompilerSearch : public testing::Test {
   protected:
     void put(const std::string& name) {
-        directory_.write(name + std::string(programEnding()), name);
+        directory_.write(name + std::string(programSuffix()), name);
     }
 
     std::string found(const std::vector<std::string>& directories) {
@@ -54,7 +54,7 @@ class CompilerSearch : public testing::Test {
         std::string names;
         for (const FoundCompiler& compiler : findCompilers("gcc", paths)) {
             std::string name = compiler.path.substr(directory_.path().size() + 1);
-            name.resize(name.size() - programEnding().size());
+            name.resize(name.size() - programSuffix().size());
             names += (names.empty() ? "" : " ") + name;
         }
         return names;

@@ -32,7 +32,7 @@ class ToolchainPlaces : public testing::Test {
 };
 
 TEST_F(ToolchainPlaces, DirectoryRootOrCompiler) {
-    const std::string exe(programEnding());
+    const std::string exe(programSuffix());
     directory_.write("opt/bin/arm-none-eabi-gcc-12" + exe, "");
     directory_.write("opt/bin/gcc" + exe, "");
     EXPECT_EQ(placeOf("opt/bin"), "/opt/bin||");
@@ -45,7 +45,7 @@ TEST_F(ToolchainPlaces, DirectoryRootOrCompiler) {
 }
 
 TEST_F(ToolchainPlaces, ProgramsWithAndWithoutSuffix) {
-    const std::string exe(programEnding());
+    const std::string exe(programSuffix());
     directory_.write("b/llvm-ar-14" + exe, "");
     directory_.write("b/x-ld" + exe, "");
     ToolchainPrograms programs("clang");

@@ -15,7 +15,7 @@ namespace {
 class Discovery : public testing::Test {
   protected:
     void program(const std::string& name) {
-        directory_.write(name + std::string(programEnding()), "");
+        directory_.write(name + std::string(programSuffix()), "");
     }
 
     std::string chosen(const KitWish& wish) {

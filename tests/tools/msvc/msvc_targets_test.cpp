@@ -30,7 +30,7 @@ class MsvcTargets : public testing::Test {
     }
 
     void program(const std::string& name) {
-        directory_.write(name + std::string(programEnding()), "");
+        directory_.write(name + std::string(programSuffix()), "");
     }
 
     RecipeSet build(const char* triple, std::vector<Assignment> assignments) {
