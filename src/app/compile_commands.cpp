@@ -13,6 +13,7 @@
 #include "base/collector.h"
 #include "base/exception.h"
 #include "driver/driver.h"
+#include "events/events.h"
 #include "platform/files.h"
 
 namespace Vesk {
@@ -69,6 +70,7 @@ void CompileCommands::addProject(const BuildSetting& setting, const Project& pro
     looking.options.keepGoing = true;
     looking.onRecipes = [this](const std::vector<Recipe>& recipes) { add(recipes); };
     console::Collector silence{{}};
+    const events::Pause pause;
     auto driver = std::make_unique<Driver>(looking);
     for (const auto& unit : project.units()) {
         for (const auto& target : unit->targets) {

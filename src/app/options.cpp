@@ -18,6 +18,7 @@ namespace {
 constexpr std::string_view kWhatIsBuilt = "What is built";
 constexpr std::string_view kHow = "How it is built";
 constexpr std::string_view kWhatIsShown = "What is shown and written";
+constexpr std::string_view kSeeing = "To see the build";
 constexpr std::string_view kTests = "Tests";
 constexpr std::string_view kCleaning = "Removing what was built";
 constexpr std::string_view kInstead = "Instead of a build";
@@ -165,6 +166,19 @@ void set(Settings& settings, const std::string& /*value*/) {
     settings.*flag = true;
 }
 
+/// A file about the run itself.
+template <std::string SeeSettings::*file>
+void write(Settings& settings, const std::string& value) {
+    settings.see.*file = value;
+}
+
+void setStats(Settings& settings, const std::string& value) {
+    if (!value.empty() && !equalsIgnoringCase(value, "json")) {
+        throw VeskException("Option '--stats' takes nothing or 'json': '--stats=json'.");
+    }
+    settings.see.stats = value.empty() ? StatsForm::Text : StatsForm::Json;
+}
+
 template <std::string Settings::*text>
 void take(Settings& settings, const std::string& value) {
     settings.*text = value;
@@ -209,6 +223,21 @@ constexpr std::array kOptions = {
            "shows only why targets are built, or in a dry run would be", askWhy},
     Option{kWhatIsShown, "", "summary", ArgumentForm::None, "",
            "says at the end how many targets were built and which failed", set<&Settings::summary>},
+
+    Option{kSeeing, "", "events", ArgumentForm::Attached, "FILE",
+           "writes what happens while it happens, a line of JSON each",
+           write<&SeeSettings::events>},
+    Option{kSeeing, "", "trace", ArgumentForm::Attached, "FILE",
+           "writes where the time went, for Perfetto and chrome://tracing",
+           write<&SeeSettings::trace>},
+    Option{kSeeing, "", "graph", ArgumentForm::Attached, "FILE",
+           "writes the targets and what they need of one another: .dot, .svg, .json",
+           write<&SeeSettings::graph>},
+    Option{kSeeing, "", "report", ArgumentForm::Attached, "FILE",
+           "writes a page for browsers: what was built, why, and where the time went",
+           write<&SeeSettings::report>},
+    Option{kSeeing, "", "stats", ArgumentForm::AttachedIfAny, "[=json]",
+           "says in the end where the time went, in about twenty lines", setStats},
 
     Option{kTests, "", "test", ArgumentForm::AttachedIfAny, "[=PATTERN]",
            "builds and runs the tests, or those that match the pattern", test<Work::Test>},

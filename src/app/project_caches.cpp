@@ -7,6 +7,7 @@
 #include "base/console.h"
 #include "base/exception.h"
 #include "cache/cache_file.h"
+#include "events/events.h"
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/interrupt.h"
@@ -53,6 +54,7 @@ std::unique_ptr<platform::FileLock> lock(const fs::path& directory) {
 
 ProjectCaches::ProjectCaches(const std::vector<const Project*>& projects, Use use)
     : states_(std::make_unique<FileStates>()), use_(use) {
+    const events::Span span(events::Activity::Cache, "load");
     for (const Project* project : projects) {
         caches_.try_emplace(project->root);
     }
@@ -89,6 +91,7 @@ void ProjectCaches::noteMadeDirectories() {
 }
 
 void ProjectCaches::save() {
+    const events::Span span(events::Activity::Cache, "save");
     if (use_ == Use::build) {
         noteMadeDirectories();
         for (auto& [directory, entry] : caches_) {

@@ -4,6 +4,7 @@
 
 #include "app/builtin_variables.h"
 #include "app/kept_visits.h"
+#include "events/events.h"
 #include "tools/static/static_tools.h"
 
 namespace Vesk {
@@ -18,6 +19,7 @@ Toolbox makeStaticTools() {
 DeclaredTools makeDeclaredTools(const Registry& registry, const ProjectStore& store,
                                 const Context& builtins, const Request& request,
                                 platform::Questions& asked) {
+    const events::Span span(events::Activity::Read, "toolchains");
     const platform::QuestionScope scope(asked);
     return {registry, store.projects(), [&](const Project& project) {
                 return implicitLayers(project, builtins, *request.assignments);
@@ -48,6 +50,7 @@ BuildSetting buildSetting(const Settings& settings, Session& session) {
 }
 
 Session openSession(const Settings& settings) {
+    const events::Span span(events::Activity::Read, "project, registry and toolchains");
     UserRegistry registry;
     registry.read();
     Workspace workspace = loadWorkspaceOrUnit(settings, registry);

@@ -68,6 +68,27 @@ struct CleanSettings {
     friend bool operator==(const CleanSettings&, const CleanSettings&) = default;
 };
 
+enum class StatsForm : std::uint8_t { None, Text, Json };
+
+/// What is written about the run itself: files, as given; empty: none. "-" is standard output.
+struct SeeSettings {
+    std::string trace;
+    std::string events;
+    std::string graph;
+    std::string report;
+    StatsForm stats = StatsForm::None;
+
+    /// Whether it is about targets: a run that only repeats another would have nothing to show.
+    bool aboutTargets() const noexcept { return !graph.empty() || compares(); }
+
+    /// Whether earlier runs are compared with, and this one is kept for those to come.
+    bool compares() const noexcept { return !report.empty() || stats != StatsForm::None; }
+
+    bool any() const noexcept { return !trace.empty() || !events.empty() || aboutTargets(); }
+
+    friend bool operator==(const SeeSettings&, const SeeSettings&) = default;
+};
+
 struct Settings {
     std::vector<std::string> arguments;  ///< what the settings were read from, in any form
     std::filesystem::path unitFile = kUnitFileName;
@@ -75,6 +96,7 @@ struct Settings {
     RunMode runMode = RunMode::Build;
     Work work = Work::Build;
     TestSettings tests;
+    SeeSettings see;
     CleanSettings clean;
     std::int32_t verbosity = console::kDefaultThreshold;
     std::uint32_t jobCount = 1;

@@ -5,6 +5,7 @@
 
 #include "app/command_line.h"
 #include "app/modes/modes.h"
+#include "app/seen_run.h"
 #include "platform/environment.h"
 #include "types/values/errors.h"
 
@@ -21,9 +22,9 @@ struct Mode {
 int workOnTargets(const Settings& settings) {
     switch (settings.work) {
         case Work::Build:
-            return modes::build(settings);
+            return runSeen(settings, [&settings] { return modes::build(settings); });
         case Work::Test:
-            return modes::test(settings);
+            return runSeen(settings, [&settings] { return modes::test(settings); });
         case Work::ListTests:
             return modes::listTests(settings);
         case Work::Clean:

@@ -56,7 +56,8 @@ std::string transcriptText(std::string_view transcript);
 /// Whether this thread's messages are collected.
 bool collects() noexcept;
 
-/// Adds a command's output to what is collected. A message after it starts on a new line.
+/// Adds a command's output to what is collected. A message after it starts on a new line. If
+/// nothing is collected, the output is written immediately.
 void writeOutput(platform::Stream stream, std::string_view bytes);
 
 }  // namespace Vesk::console

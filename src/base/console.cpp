@@ -46,6 +46,7 @@ thread_local MessageCopy* copyOfThread = nullptr;
 struct Shared {
     std::mutex mutex;
     std::string prefix;
+    platform::Stream output = platform::Stream::Output;  ///< where standard output's lines go
     std::string buffered;
     bool failed = false;  ///< part of standard output is lost
     bool keeps = false;
@@ -85,7 +86,7 @@ struct Shared {
     void flushLocked() noexcept {
         eraseStatusLocked();
         if (!buffered.empty()) {
-            failed = !platform::writeBytes(platform::Stream::Output, buffered) || failed;
+            failed = !platform::writeBytes(output, buffered) || failed;
             buffered.clear();
             atLineStart = true;
         }
@@ -289,9 +290,18 @@ void Collector::addOutput(platform::Stream stream, std::string_view bytes) {
 }
 
 void writeOutput(platform::Stream stream, std::string_view bytes) {
-    if (collectorOfThread != nullptr && !bytes.empty()) {
-        collectorOfThread->addOutput(stream, bytes);
+    if (bytes.empty()) {
+        return;
     }
+    if (collectorOfThread != nullptr) {
+        collectorOfThread->addOutput(stream, bytes);
+        return;
+    }
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    state.flushLocked();
+    state.atLineStart = false;
+    platform::writeBytes(stream == platform::Stream::Error ? stream : state.output, bytes);
 }
 
 bool coloursWanted() {
@@ -369,14 +379,27 @@ void showStatus(std::string_view text, std::size_t columns, std::string_view seq
     state.buffered += sequence;
     if (!text.empty() && (state.atLineStart || state.buffered.ends_with('\n'))) {
         state.buffered += text;
-        state.failed =
-            !platform::writeBytes(platform::Stream::Output, state.buffered) || state.failed;
+        state.failed = !platform::writeBytes(state.output, state.buffered) || state.failed;
         state.buffered.clear();
         state.status = text;
         state.statusColumns = columns;
         return;
     }
     state.flushLocked();
+}
+
+void keepOutputFree() noexcept {
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    state.flushLocked();
+    state.output = platform::Stream::Error;
+}
+
+void writeData(std::string_view bytes) noexcept {
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    state.flushLocked();
+    state.failed = !platform::writeBytes(platform::Stream::Output, bytes) || state.failed;
 }
 
 std::size_t linesWritten() noexcept {

@@ -139,6 +139,12 @@ bool repeat(std::string_view transcript);
 /// room. The line is not shown while a command may have left its last line unfinished.
 void showStatus(std::string_view text, std::size_t columns, std::string_view sequence);
 
+/// Reserves standard output for `writeData`: everything else goes to standard error from now on.
+void keepOutputFree() noexcept;
+
+/// Writes bytes to standard output as they are.
+void writeData(std::string_view bytes) noexcept;
+
 /// How many lines have been written so far to both streams, not counting those that commands write
 /// to the streams directly.
 std::size_t linesWritten() noexcept;

@@ -93,9 +93,14 @@ void shorten(std::string& a, std::string& b) {
     }
 }
 
-std::string valueChanged(const std::string& name, std::string before, std::string now) {
+Difference valueChanged(const std::string& name, std::string before, std::string now) {
     shorten(before, now);
-    return fmt::format("{}: {} is now {}", name, before, now);
+    std::string text = fmt::format("{}: {} is now {}", name, before, now);
+    return {std::move(text), name, std::move(before), std::move(now)};
+}
+
+Difference sentence(std::string text) {
+    return {std::move(text), {}, {}, {}};
 }
 
 std::vector<std::string> lines(const std::string& text) {
@@ -126,27 +131,32 @@ std::string fileListChanged(const std::string& before, const std::string& now, b
     return {};
 }
 
-std::string changed(const Named& before, const Named& now) {
+Difference changed(const Named& before, const Named& now) {
     if (now.name == requestField::kReads || now.name == requestField::kWrites) {
-        return fileListChanged(before.text, now.text, now.name == requestField::kWrites);
+        return sentence(fileListChanged(before.text, now.text, now.name == requestField::kWrites));
     }
     if (now.name.starts_with(requestField::kDependency)) {
-        return now.name + " has been built again";
+        return sentence(now.name + " has been built again");
     }
     if (isHash(before.text) || isHash(now.text)) {
-        return now.name + " has changed";
+        return {now.name + " has changed", now.name, {}, {}};
     }
     return valueChanged(now.name, before.value, now.value);
 }
 
-std::string onlyOne(const Named& item, bool isNew) {
+Difference onlyOne(const Named& item, bool isNew) {
     if (item.name.starts_with(requestField::kDependency) || isHash(item.text)) {
-        return item.name + (isNew ? " is new" : " is gone");
+        return sentence(item.name + (isNew ? " is new" : " is gone"));
     }
     std::string value = item.value;
     std::string other;
     shorten(value, other);
-    return fmt::format("{}: {} {}", item.name, value, isNew ? "is new" : "is gone");
+    Difference difference{fmt::format("{}: {} {}", item.name, value, isNew ? "is new" : "is gone"),
+                          item.name,
+                          {},
+                          {}};
+    (isNew ? difference.now : difference.before) = std::move(value);
+    return difference;
 }
 
 const Named* findNamed(const std::map<std::string_view, const Named*>& items,
@@ -156,7 +166,7 @@ const Named* findNamed(const std::map<std::string_view, const Named*>& items,
 }
 
 /// Something that appeared or disappeared says more than what changed along with it.
-std::string difference(const std::vector<Named>& before, const std::vector<Named>& now) {
+Difference difference(const std::vector<Named>& before, const std::vector<Named>& now) {
     std::map<std::string_view, const Named*> old;
     std::map<std::string_view, const Named*> current;
     for (const Named& item : before) {
@@ -196,8 +206,8 @@ bool sameEnvironment(std::string_view last, std::string_view now) {
 
 namespace {
 
-std::string partDifference(const RecordText::Layout& last, const CacheRequest& now,
-                           std::size_t part) {
+Difference partDifference(const RecordText::Layout& last, const CacheRequest& now,
+                          std::size_t part) {
     if (part >= last.parts.size() || sameInputs(last.parts[part].inputs, now.parts[part].inputs)) {
         return {};
     }
@@ -207,27 +217,27 @@ std::string partDifference(const RecordText::Layout& last, const CacheRequest& n
 
 }  // namespace
 
-std::string firstDifference(const RecordText::Layout& last, const CacheRequest& now) {
+Difference firstDifference(const RecordText::Layout& last, const CacheRequest& now) {
     if (last.parts.size() > kVariablesPart &&
         last.parts[kVariablesPart].inputs == unfinishedInputs()) {
-        return "its last build did not finish";
+        return sentence("its last build did not finish");
     }
-    std::string text = partDifference(last, now, kVariablesPart);
-    if (text.empty()) {
-        text = partDifference(last, now, kTargetPart);
+    Difference first = partDifference(last, now, kVariablesPart);
+    if (first.text.empty()) {
+        first = partDifference(last, now, kTargetPart);
     }
-    if (text.empty() && !sameEnvironment(last.environment, now.environment)) {
-        text = difference(assignmentsIn(last.environment, false),
-                          assignmentsIn(now.environment, false));
+    if (first.text.empty() && !sameEnvironment(last.environment, now.environment)) {
+        first = difference(assignmentsIn(last.environment, false),
+                           assignmentsIn(now.environment, false));
     }
-    for (std::size_t i = kFirstRecipePart; text.empty() && i < now.parts.size(); ++i) {
-        text = partDifference(last, now, i);
+    for (std::size_t i = kFirstRecipePart; first.text.empty() && i < now.parts.size(); ++i) {
+        first = partDifference(last, now, i);
     }
-    if (text.empty() && last.parts.size() != now.parts.size()) {
-        text = last.parts.size() < now.parts.size() ? "it has more commands than before"
-                                                    : "it has fewer commands than before";
+    if (first.text.empty() && last.parts.size() != now.parts.size()) {
+        return sentence(last.parts.size() < now.parts.size() ? "it has more commands than before"
+                                                             : "it has fewer commands than before");
     }
-    return text;
+    return first;
 }
 
 }  // namespace Vesk

@@ -13,8 +13,16 @@ namespace Vesk {
 bool sameInputs(std::string_view last, std::string_view now);
 bool sameEnvironment(std::string_view last, std::string_view now);
 
-/// A sentence about the first difference in the texts, in the order variables, dependencies, files,
-/// environment, commands. Empty if they are equal.
-std::string firstDifference(const RecordText::Layout& last, const CacheRequest& now);
+/// Where a request differs from a record.
+struct Difference {
+    std::string text;    ///< a sentence; empty: they are equal
+    std::string name;    ///< what has another value, if that is it
+    std::string before;  ///< its values; long ones are cut
+    std::string now;
+};
+
+/// The first difference in the texts, in the order variables, dependencies, files, environment,
+/// commands.
+Difference firstDifference(const RecordText::Layout& last, const CacheRequest& now);
 
 }  // namespace Vesk

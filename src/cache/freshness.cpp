@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "cache/difference.h"
-
 namespace Vesk {
 
 using Comparison = FileStates::Comparison;
@@ -194,15 +192,15 @@ bool Freshness::fresh(std::size_t part) {
 }
 
 /// What is out of date regardless of the files.
-std::string Freshness::textReason() const {
+Difference Freshness::textReason() const {
     if (last_ == nullptr) {
-        return "it has not been built before";
+        return {"it has not been built before", {}, {}, {}};
     }
     if (!request_.again.empty()) {
-        return std::string(request_.again);
+        return {std::string(request_.again), {}, {}, {}};
     }
     if (damaged_) {
-        return "its record is damaged";
+        return {"its record is damaged", {}, {}, {}};
     }
     return firstDifference(layout_, request_);
 }
@@ -217,21 +215,22 @@ std::vector<Reason> Freshness::fileReasons(std::size_t most) {
         const Comparison comparison = states_.compare(path, file.state);
         if (comparison == Comparison::Missing || comparison == Comparison::Changed) {
             const bool missing = comparison == Comparison::Missing;
-            reasons.push_back({std::string(file.path) + (missing ? " is missing" : " has changed"),
-                               std::move(path)});
+            std::string text = std::string(file.path) + (missing ? " is missing" : " has changed");
+            reasons.push_back({{std::move(text), {}, {}, {}}, std::move(path)});
         }
     }
     return reasons;
 }
 
 std::vector<Reason> Freshness::reasons(std::size_t most) {
-    if (std::string text = textReason(); !text.empty()) {
-        return {{std::move(text), {}}};
+    if (Difference difference = textReason(); !difference.text.empty()) {
+        return {{std::move(difference), {}}};
     }
     std::vector<Reason> reasons = fileReasons(most);
     for (std::size_t i = kFirstRecipePart; reasons.empty() && i < request_.parts.size(); ++i) {
         if (const auto last = lastPart(i); last && !headersStand(i, *last)) {
-            reasons.push_back({shadow_ + " has appeared where headers are looked for", {}});
+            reasons.push_back(
+                {{shadow_ + " has appeared where headers are looked for", {}, {}, {}}, {}});
         }
     }
     return reasons;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cache/cache_record.h"
+#include "cache/difference.h"
 #include "cache/file_states.h"
 #include "cache/record_files.h"
 #include "cache/shadowing.h"
@@ -17,9 +18,8 @@
 
 namespace Vesk {
 
-/// Why something is out of date.
-struct Reason {
-    std::string text;  ///< `C_FLAGS: "-O0" is now "-O2"`, `src/a.h has changed`
+/// Why something is out of date: `C_FLAGS: "-O0" is now "-O2"`, `src/a.h has changed`.
+struct Reason : Difference {
     std::string file;  ///< the file that is the reason, if any: absolute, as FileStates takes it
 };
 
@@ -63,7 +63,7 @@ class Freshness {
     std::string reason();
 
   private:
-    std::string textReason() const;
+    Difference textReason() const;
     std::vector<Reason> fileReasons(std::size_t most);
     bool sameText() const;
     bool samePart(std::size_t part) const;

@@ -99,6 +99,16 @@ double secondsIn(const RecordText::Part& part) {
     return static_cast<double>(milliseconds) / 1000;
 }
 
+KeptSteps stepsIn(const RecordText& record) {
+    KeptSteps kept;
+    const RecordText::Layout layout = record.layout();
+    for (std::size_t i = kFirstRecipePart; i < layout.parts.size(); ++i) {
+        ++kept.steps;
+        kept.seconds += secondsIn(layout.parts[i]);
+    }
+    return kept;
+}
+
 RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files) {
     const std::string_view text = record.text();
     const auto parts = record.layout(kFirstRecipePart).parts;

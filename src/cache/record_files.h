@@ -38,6 +38,13 @@ std::string_view fieldOf(const RecordText::Part& part, std::string_view field);
 /// How long the part's recipe took; 0 if that is not known.
 double secondsIn(const RecordText::Part& part);
 
+/// What not running a record's recipes saves.
+struct KeptSteps {
+    std::size_t steps = 0;
+    double seconds = 0;  ///< as far as it is known
+};
+KeptSteps stepsIn(const RecordText& record);
+
 /// The same record with other states in its table.
 RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files);
 

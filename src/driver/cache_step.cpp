@@ -9,6 +9,7 @@
 #include "base/console.h"
 #include "base/exception.h"
 #include "cache/record_files.h"
+#include "events/events.h"
 #include "platform/directories.h"
 #include "platform/files.h"
 
@@ -24,16 +25,17 @@ unsigned workerCount(int jobCount, std::size_t limit, std::size_t pieces) {
 }
 
 CacheStep::CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
-                     const DriverOptions& options, const std::string& displayName)
+                     const DriverOptions& options, const events::Subject& target)
     : cache_(cache),
       options_(options),
       key_(std::move(key)),
       request_(std::move(request)),
-      displayName_(displayName),
+      seenAs_(target),
       outcomes_(request_.parts.size(), StepOutcome::Pending),
       seconds_(request_.parts.size()) {}
 
 void CacheStep::ask() {
+    const events::Span span(events::Activity::Cache, "look up");
     obtained_ = cache_.obtain(key_, request_, options_.dryRun ? Lookup::only : Lookup::claim, 0);
     compareWithRecord();
     begin();
@@ -142,16 +144,16 @@ std::vector<std::string> CacheStep::filesRead(std::size_t recipe) const {
 void CacheStep::report() {
     switch (obtained_.answer) {
         case CacheAnswer::Hit:
-            console::trace("Cache hit for '{}'.", displayName_);
+            console::trace("Cache hit for '{}'.", seenAs_.target);
             return;
         case CacheAnswer::Claimed:
-            console::trace("Cache claimed for '{}'.", displayName_);
+            console::trace("Cache claimed for '{}'.", seenAs_.target);
             break;
         case CacheAnswer::Miss:
-            console::trace("Cache miss for '{}'. Building...", displayName_);
+            console::trace("Cache miss for '{}'. Building...", seenAs_.target);
             break;
         case CacheAnswer::Refused:
-            throw VeskException("Unable to obtain cache record for " + displayName_);
+            throw VeskException("Unable to obtain cache record for " + seenAs_.target);
     }
     if (request_.parts.size() == kFirstRecipePart) {
         giveReasons();  // of no step; but others may be built because of it
@@ -163,9 +165,16 @@ void CacheStep::report() {
 }
 
 void CacheStep::giveReasons() {
-    if (options_.reasons != nullptr && !std::exchange(gaveReasons_, true)) {
-        options_.reasons->add(displayName_, freshness_->reasons(BuildReasons::kMostReasons),
-                              request_);
+    if ((options_.reasons == nullptr && !events::listened()) || std::exchange(gaveReasons_, true)) {
+        return;
+    }
+    const std::vector<Reason> reasons = freshness_->reasons(BuildReasons::kMostReasons);
+    if (options_.reasons != nullptr) {
+        options_.reasons->add(seenAs_.target, reasons, request_);
+    }
+    for (const Reason& reason : reasons) {
+        events::emit(events::ReasonFound{seenAs_, reason.text, reason.file, reason.name,
+                                         reason.before, reason.now});
     }
 }
 
@@ -205,6 +214,21 @@ double CacheStep::secondsOf(const std::vector<std::size_t>& recipes, double gues
         longest = std::max(longest, seconds == 0 ? guess : seconds);
     }
     return longest;
+}
+
+KeptSteps CacheStep::kept() const {
+    if (!mustBuild() && obtained_.record) {
+        return stepsIn(*obtained_.record);
+    }
+    KeptSteps kept;
+    for (std::size_t i = kFirstRecipePart; freshness_ && i < outcomes_.size(); ++i) {
+        const auto last = freshness_->lastPart(i);
+        if (outcomes_[i] == StepOutcome::Kept && last) {
+            ++kept.steps;
+            kept.seconds += secondsIn(freshness_->lastParts()[*last]);
+        }
+    }
+    return kept;
 }
 
 void CacheStep::ran(std::size_t recipe, double seconds) {
@@ -262,6 +286,7 @@ bool CacheStep::makesFiles() const {
 }
 
 bool CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp) {
+    const events::Span span(events::Activity::Cache, "record");
     FileStates& states = cache_.states();
     lookAnewAtOutputs();
     const std::vector<std::string> files = filesToRead(request_, outcomes_);
@@ -271,7 +296,7 @@ bool CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp
     std::vector<std::string> missing;
     auto record = makeRecord(request_, results, *freshness_, states, cache_.root(), &missing);
     for (const std::string& file : missing) {
-        console::warning("'{}' has not made its output '{}'.", displayName_, file);
+        console::warning("'{}' has not made its output '{}'.", seenAs_.target, file);
     }
     if (!record || obtained_.answer != CacheAnswer::Claimed) {
         return false;
@@ -279,7 +304,7 @@ bool CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp
     noteMade();
     const std::uint64_t token = std::exchange(obtained_.token, 0);
     if (!cache_.upsert(key_, std::move(*record), token)) {
-        throw VeskException("Unable to update cache record for " + displayName_);
+        throw VeskException("Unable to update cache record for " + seenAs_.target);
     }
     return missing.empty();
 }

@@ -8,8 +8,10 @@
 
 #include "cache/freshness.h"
 #include "cache/project_cache.h"
+#include "cache/record_files.h"
 #include "cache/record_writer.h"
 #include "driver/build_setting.h"
+#include "events/event.h"
 
 namespace Vesk {
 
@@ -18,7 +20,7 @@ namespace Vesk {
 class CacheStep {
   public:
     CacheStep(ProjectCache& cache, std::string key, CacheRequest request,
-              const DriverOptions& options, const std::string& displayName);
+              const DriverOptions& options, const events::Subject& target);
     ~CacheStep();
     CacheStep(const CacheStep&) = delete;
     CacheStep& operator=(const CacheStep&) = delete;
@@ -61,6 +63,10 @@ class CacheStep {
     /// How long recipes that run together took in earlier builds; `guess` where that is not known.
     double secondsOf(const std::vector<std::size_t>& recipes, double guess) const;
 
+    /// What did not have to run, of recipes that have been asked about, or all of them after a hit;
+    /// and how long it took when it last ran.
+    KeptSteps kept() const;
+
     /// Whether the target makes files that tell whether it was built.
     bool makesFiles() const;
 
@@ -86,7 +92,7 @@ class CacheStep {
     const DriverOptions& options_;
     std::string key_;
     CacheRequest request_;
-    std::string displayName_;
+    events::Subject seenAs_;
     ObtainResult obtained_;
     std::optional<Freshness> freshness_;  ///< nothing for a hit
     bool asked_ = false;

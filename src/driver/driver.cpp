@@ -7,6 +7,7 @@
 #include "base/report.h"
 #include "base/text.h"
 #include "driver/build_errors.h"
+#include "driver/target_news.h"
 #include "driver/target_visit.h"
 #include "types/context/context_value.h"
 
@@ -49,6 +50,12 @@ std::string visitKey(const TargetLocation& location, const std::vector<ValuePtr>
     return key;
 }
 
+void tellNeeded(events::Id by, events::Id visit) {
+    if (by != 0 && visit != 0) {
+        events::emit(events::Needed{by, visit});
+    }
+}
+
 }  // namespace
 
 Driver::Driver(BuildSetting setting) : setting_(std::move(setting)) {}
@@ -89,6 +96,7 @@ Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<Value
         if (!known->second.finished) {
             throwCycle(key);
         }
+        tellNeeded(stack_.empty() ? 0 : stack_.back()->seenAs().visit, known->second.visit);
         return known->second;
     }
     if (visitsOnWay_[location.target.get()] == kMaxVisitsOnWay) {
@@ -96,7 +104,10 @@ Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<Value
     }
     Visited& visited = visited_[key];
     visited.arguments = referredContexts(arguments);
+    const events::Id dependant = stack_.empty() ? 0 : stack_.back()->seenAs().visit;
     push(location, std::move(arguments), key);
+    visited.visit = stack_.back()->seenAs().visit;
+    tellNeeded(dependant, visited.visit);
     stack_.back()->begin();
     return visited;
 }
@@ -113,6 +124,7 @@ void Driver::pop() {
     if (--visits->second == 0) {
         visitsOnWay_.erase(visits);
     }
+    stack_.back()->left();
     stack_.pop_back();
 }
 
@@ -123,7 +135,7 @@ void Driver::visitNextDependency(TargetVisit& visit) {
         if (visited.hasFailed()) {
             visit.skipDependency();
             setting_.events->dropped(1);
-            setting_.events->skipped(visit.displayName(), setting_.catalog.nameOf(location));
+            tellSkipped(setting_, visit.seenAs(), setting_.catalog.nameOf(location));
         } else if (visited.finished) {
             setting_.events->dropped(1);
             visit.addOutputs(location, visited.result);
@@ -160,7 +172,7 @@ void Driver::failTop() {
     if (!stack_.empty()) {
         stack_.back()->announce();
         stack_.back()->skipDependency();
-        setting_.events->skipped(stack_.back()->displayName(), name);
+        tellSkipped(setting_, stack_.back()->seenAs(), name);
     }
 }
 
@@ -189,10 +201,14 @@ void Driver::guarded(Action action) {
         failTop();
     } catch (const VeskException& exception) {
         if (!setting_.options.keepGoing) {
+            if (!others_ || !others_->hasFailed()) {
+                events::emit(events::TargetFinished{
+                    stack_.back()->seenAs(), events::Outcome::Failed, exception.report(), 0, 0});
+            }
             throw;
         }
         reportError(exception);
-        setting_.events->failed(stack_.back()->displayName(), exception.report());
+        tellFailed(setting_, stack_.back()->seenAs(), exception.report());
         failTop();
     }
     if (others_) {
@@ -246,6 +262,7 @@ std::unique_ptr<TargetVisit> Driver::visitOnly(const TargetLocation& location) {
     std::unique_ptr<TargetVisit> visit = std::move(stack_.back());
     stack_.clear();
     visitsOnWay_.clear();
+    visit->left();
     return visit;
 }
 

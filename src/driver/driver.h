@@ -45,6 +45,7 @@ class Driver {
         TargetResult result;
         bool finished = false;
         bool failed = false;
+        events::Id visit = 0;
 
         bool hasFailed() const noexcept {
             return failed || (result.scheduled && result.scheduled->failed());

@@ -67,4 +67,15 @@ std::string HiddenValues::masked(std::string text) const {
     return showIn(text) ? hashInstead(text) : std::move(text);
 }
 
+std::string HiddenValues::covered(std::string text) const {
+    constexpr std::string_view kCover = "***";
+    for (const std::string& hidden : texts_) {
+        for (std::size_t at = text.find(hidden); at != std::string::npos;
+             at = text.find(hidden, at + kCover.size())) {
+            text.replace(at, hidden.size(), kCover);
+        }
+    }
+    return text;
+}
+
 }  // namespace Vesk

@@ -21,6 +21,9 @@ class HiddenValues {
     Assignment masked(const Assignment& assignment) const;
     std::string masked(std::string text) const;
 
+    /// The text with "***" in the place of each of them.
+    std::string covered(std::string text) const;
+
     /// Whether one of the texts stands in this one.
     bool showIn(std::string_view text) const;
 

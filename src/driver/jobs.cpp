@@ -5,6 +5,7 @@
 #include <exception>
 #include <fmt/format.h>
 #include <future>
+#include <optional>
 #include <system_error>
 #include <unordered_set>
 
@@ -13,6 +14,7 @@
 #include "base/console.h"
 #include "base/interruption.h"
 #include "driver/value_paths.h"
+#include "events/events.h"
 #include "platform/directories.h"
 #include "platform/files.h"
 #include "platform/interrupt.h"
@@ -37,16 +39,51 @@ std::int32_t runAction(const std::function<void()>& action, std::string& failure
     }
 }
 
+std::int32_t runOrAct(Job& job, const Command& command, CommandView* view) {
+    const auto& action = job.recipe->action;
+    return action ? runAction(action, job.startFailure)
+                  : runCommand(command, &job.startFailure, view);
+}
+
+std::int32_t runOne(Job& job, std::size_t number) {
+    const Command& command = job.commands[number];
+    if (job.shown.empty()) {
+        return runOrAct(job, command, nullptr);
+    }
+    const events::Lane lane;
+    CommandView view{events::newId(), {}};
+    events::emit(events::CommandStarted{view.id, job.seenAs, job.step, job.recipe->stage,
+                                        lane.number(), job.shown[number], job.makes});
+    const std::int32_t status = runOrAct(job, command, &view);
+    events::emit(events::CommandFinished{view.id, status, view.usage});
+    return status;
+}
+
+/// The first file that a recipe makes, or else the first that it reads.
+std::string madeBy(const Recipe& recipe) {
+    for (const Assignment& output : recipe.outputs) {
+        if (const auto files = pathsIn(output); !files.empty()) {
+            return files.front();
+        }
+    }
+    for (const RecipeInput& input : recipe.inputs) {
+        if (const auto files = pathsIn(input.intermediate.value_or(input.assignment));
+            !files.empty()) {
+            return files.front();
+        }
+    }
+    return {};
+}
+
 /// The body of a job's task. Writes to its own job only.
 void runJob(Job& job) {
     const auto began = std::chrono::steady_clock::now();
-    const auto& action = job.recipe->action;
-    for (const Command& command : job.commands) {
+    for (std::size_t i = 0; i < job.commands.size(); ++i) {
+        const Command& command = job.commands[i];
         if (platform::interruptSignal() != 0) {
             return;
         }
-        const std::int32_t status =
-            action ? runAction(action, job.startFailure) : runCommand(command, &job.startFailure);
+        const std::int32_t status = runOne(job, i);
         if (status != 0) {
             job.timedOut =
                 command.deadline && std::chrono::steady_clock::now() >= *command.deadline;
@@ -158,6 +195,20 @@ Stage::Stage(const Builder& builder, const SharedRecipes& recipes, const BuildEn
         job->recipe = recipe;
         job->commands = builder.commandsOf(*recipe, environment);
         jobs_.push_back(std::move(job));
+    }
+}
+
+void Stage::show(const events::Subject& target, const HiddenValues& hidden) {
+    if (!events::listened()) {
+        return;
+    }
+    for (const auto& job : jobs_) {
+        job->seenAs = target;
+        job->step = events::newId();
+        job->makes = madeBy(*job->recipe);
+        for (const Command& command : job->commands) {
+            job->shown.push_back(hidden.covered(command.command));
+        }
     }
 }
 

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "driver/hidden_values.h"
+#include "events/event.h"
 #include "run/build_env.h"
 #include "run/recipe.h"
 #include "tools/builder.h"
@@ -26,6 +28,13 @@ struct Job {
     bool timedOut = false;      ///< with a failure: its deadline had passed
     double seconds = 0;         ///< how long its commands took, if all succeeded
     std::string transcript;     ///< what it wrote, if that was collected
+
+    /// For events: whose it is, the commands as they may be shown, and what they make. No commands:
+    /// nobody listens.
+    events::Subject seenAs;
+    events::Id step = 0;
+    std::vector<std::string> shown;
+    std::string makes;
 
     /// All commands have run and succeeded. May be read while others of the stage still run.
     std::atomic<bool> succeeded = false;
@@ -48,6 +57,9 @@ class Stage {
     /// Writes the files and makes the directories that the commands need, and removes what is in
     /// their way. Throws VeskException when that fails.
     Stage(const Builder& builder, const SharedRecipes& recipes, const BuildEnv& environment);
+
+    /// From now on events tell of its commands, as far as anybody listens.
+    void show(const events::Subject& target, const HiddenValues& hidden);
 
     void run(const StageOptions& options);
 

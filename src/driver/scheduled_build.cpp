@@ -11,6 +11,7 @@
 #include "base/report.h"
 #include "driver/build_errors.h"
 #include "driver/mentioned_files.h"
+#include "driver/target_news.h"
 #include "driver/value_paths.h"
 #include "platform/interrupt.h"
 #include "types/context/context_value.h"
@@ -38,7 +39,7 @@ ScheduledBuild::ScheduledBuild(SharedSchedule& shared, std::unique_ptr<TargetBui
     : shared_(shared),
       build_(std::move(build)),
       dependencies_(std::move(dependencies)),
-      name_(build_->subject().displayName),
+      seenAs_(build_->subject().seenAs),
       isList_(build_->subject().builder->overlap(*build_->subject().context) ==
               Overlap::WhenAsked) {}
 
@@ -49,12 +50,12 @@ TargetResult ScheduledBuild::begin() {
     for (const CacheRequest::Part& part : build_->cache().request().parts) {
         for (const std::string& file : part.writes) {
             if (&part != build_->cache().request().parts.data()) {
-                shared_.schedule.requireUnmade(file, name_);
+                shared_.schedule.requireUnmade(file, name());
             }
         }
     }
     for (const std::string& file : ownFiles()) {
-        shared_.schedule.requireUnmade(file, name_);
+        shared_.schedule.requireUnmade(file, name());
     }
     addStages();
     addCompletion();
@@ -77,7 +78,7 @@ std::vector<std::string> ScheduledBuild::ownFiles() const {
 
 NodeId ScheduledBuild::join(std::vector<NodeId> nodes) {
     ScheduleNode node;
-    node.owner = name_;
+    node.owner = name();
     node.after = std::move(nodes);
     node.seconds = 0;
     return shared_.schedule.add(std::move(node));
@@ -183,7 +184,7 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
     const unsigned most = shared_.setting.options.maxCommands;
     const auto size = static_cast<unsigned>(recipes.size());
     batch->recipes = std::move(recipes);
-    node.owner = name_;
+    node.owner = name();
     node.after = std::move(after);
     node.reads.assign(reads.begin(), reads.end());
     node.slots = most == 0 ? size : std::min(size, most);
@@ -204,7 +205,7 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
 
 void ScheduledBuild::addCompletion() {
     ScheduleNode node;
-    node.owner = name_;
+    node.owner = name();
     node.after = unfinishedDependencies();
     node.after.insert(node.after.end(), recipeNodes_.begin(), recipeNodes_.end());
     if (recipeNodes_.empty()) {
@@ -240,11 +241,13 @@ void ScheduledBuild::takeFailure() {
     } catch (const VeskException& exception) {
         if (shared_.setting.options.keepGoing) {
             reportError(exception);
-            shared_.setting.events->failed(name_, exception.report());
+            tellFailed(shared_.setting, seenAs_, exception.report());
             return;
         }
         if (!shared_.error) {
             shared_.error = std::current_exception();
+            events::emit(
+                events::TargetFinished{seenAs_, events::Outcome::Failed, exception.report(), 0, 0});
         }
     } catch (...) {
         if (!shared_.error) {
@@ -268,7 +271,7 @@ Turn ScheduledBuild::ask(Batch& batch) {
         for (std::size_t i = 0; i < batch.stale.size(); ++i) {
             console::normal("Starting build job");
         }
-        shared_.setting.events->stepsBegan(name_, 1);
+        shared_.setting.events->stepsBegan(name(), 1);
         return Turn::Run;
     } catch (...) {
         batch.stage.reset();
@@ -285,7 +288,7 @@ bool ScheduledBuild::ended(Batch& batch, NodeEnd end) {
     const console::PrefixScope scope(build_->prefix());
     const auto stage = std::exchange(batch.stage, nullptr);
     stage->showTranscripts();
-    shared_.setting.events->stepsEnded(name_, 1);
+    shared_.setting.events->stepsEnded(name(), 1);
     for (std::size_t i = 0; i < batch.stale.size(); ++i) {
         const Job& job = *stage->jobs()[i];
         if (job.succeeded) {
@@ -297,7 +300,7 @@ bool ScheduledBuild::ended(Batch& batch, NodeEnd end) {
     if (stage->reportFailures()) {
         ownFailure_ = true;
         shared_.failed = true;
-        shared_.setting.events->failed(name_, stage->failureText());
+        tellFailed(shared_.setting, seenAs_, stage->failureText());
         if (!shared_.setting.options.keepGoing) {
             shared_.schedule.stop();
         }
@@ -310,7 +313,7 @@ void ScheduledBuild::tellWhyNot() const {
     const auto needed = std::ranges::find_if(
         dependencies_, [](const auto& dependency) { return dependency->failed(); });
     if (needed != dependencies_.end()) {
-        shared_.setting.events->skipped(name_, (*needed)->name());
+        tellSkipped(shared_.setting, seenAs_, (*needed)->name());
     } else if (!ownFailure_) {
         build_->tellEnd(TargetEnd::NotBegun);
     }

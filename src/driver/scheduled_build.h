@@ -36,7 +36,7 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
 
     bool finished() const noexcept { return build_ == nullptr; }
     bool failed() const noexcept { return finished() && !succeeded_; }
-    const std::string& name() const noexcept { return name_; }
+    const std::string& name() const noexcept { return seenAs_.target; }
 
     NodeId completion() const noexcept { return completion_; }
 
@@ -77,7 +77,7 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
     SharedSchedule& shared_;
     std::unique_ptr<TargetBuild> build_;  ///< null when it is finished
     Dependencies dependencies_;
-    std::string name_;
+    events::Subject seenAs_;
     std::string stamp_;
     bool isList_;
     bool stampKnown_ = false;

@@ -43,6 +43,9 @@ class SideBySide {
     TargetResult build(std::unique_ptr<TargetBuild> build,
                        ScheduledBuild::Dependencies dependencies);
 
+    /// Whether something has failed.
+    bool hasFailed() const noexcept { return shared_.failed; }
+
     /// Begins what can be begun. Throws BuildFailed, Interrupted, and what building has thrown.
     void advance();
 

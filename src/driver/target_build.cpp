@@ -9,6 +9,8 @@
 #include "cache/record_files.h"
 #include "driver/build_errors.h"
 #include "driver/target_environment.h"
+#include "driver/target_news.h"
+#include "events/events.h"
 #include "platform/files.h"
 #include "platform/interrupt.h"
 
@@ -65,6 +67,18 @@ std::string_view reasonToRun(const DriverOptions& options, Runs runs) {
     return "ALWAYS says that it runs in every build";
 }
 
+events::Outcome outcomeOf(TargetEnd end, bool groups) noexcept {
+    switch (end) {
+        case TargetEnd::Ran:
+            return groups ? events::Outcome::Group : events::Outcome::Built;
+        case TargetEnd::UpToDate:
+            return groups ? events::Outcome::Group : events::Outcome::Fresh;
+        case TargetEnd::NotBegun:
+            break;
+    }
+    return events::Outcome::NotBegun;
+}
+
 }  // namespace
 
 TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
@@ -86,7 +100,7 @@ TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
                      subject_.cache.root());
     request.again = reasonToRun(setting_.options, subject_.runs);
     cache_ = std::make_unique<CacheStep>(subject_.cache, subject_.cacheKey, std::move(request),
-                                         setting_.options, subject_.displayName);
+                                         setting_.options, subject_.seenAs);
 }
 
 std::shared_ptr<const Recipe> TargetBuild::recipe(std::size_t number) const {
@@ -155,9 +169,23 @@ TargetResult TargetBuild::buildNow() {
 
 /// Targets that only group others are not worth a word.
 void TargetBuild::tellEnd(TargetEnd end) const {
-    if (!set_->recipes.empty()) {
-        setting_.events->ended(subject_.displayName, end);
+    const bool groups = set_->recipes.empty();
+    if (!groups) {
+        setting_.events->ended(name(), end);
     }
+    if (events::listened()) {
+        const KeptSteps kept = cache_->kept();
+        events::emit(events::TargetFinished{
+            subject_.seenAs, outcomeOf(end, groups), {}, kept.steps, kept.seconds});
+    }
+}
+
+HiddenValues TargetBuild::hidden() const {
+    HiddenValues hidden = subject_.hidden;
+    if (const Context* environment = environmentOf(*subject_.context)) {
+        hidden.add(*environment);
+    }
+    return hidden;
 }
 
 /// In a dry run: that the target is up to date only as long as its dependencies are not built.
@@ -170,12 +198,12 @@ void TargetBuild::tellWhatMayFollow() const {
     for (const DependencyStamp& dependency : subject_.dependencies) {
         dependencies.push_back(dependency.name);
     }
-    const std::string chain = reasons->mayFollow(subject_.displayName, dependencies);
+    const std::string chain = reasons->mayFollow(subject_.seenAs.target, dependencies);
     if (chain.empty() || set_->recipes.empty()) {
         return;
     }
     if (reasons->shows()) {
-        reasons->showPossible(subject_.displayName, chain);
+        reasons->showPossible(subject_.seenAs.target, chain);
     }
     console::normal("May follow: {}", chain);
 }
@@ -232,12 +260,19 @@ std::unique_ptr<Stage> TargetBuild::stageFor(const std::vector<std::size_t>& num
     const BuildEnv& environment =
         prepared(set_->recipes.size(), *recipes.front(), VariablesOf::Commands);
     auto stage = std::make_unique<Stage>(*subject_.builder, recipes, environment);
+    show(*stage);
     for (const auto& job : stage->jobs()) {
         for (Command& command : job->commands) {
             command.environment = variables();
         }
     }
     return stage;
+}
+
+void TargetBuild::show(Stage& stage) const {
+    if (events::listened()) {
+        stage.show(subject_.seenAs, hidden());
+    }
 }
 
 /// Whether there was anything to run.
@@ -267,7 +302,9 @@ bool TargetBuild::runRecipes() {
         }
         const BuildEnv& environment =
             prepared(stale.size(), *staleRecipes.front(), VariablesOf::Process);
-        runStage(Stage(*subject_.builder, staleRecipes, environment), stale);
+        Stage running(*subject_.builder, staleRecipes, environment);
+        show(running);
+        runStage(std::move(running), stale);
     }
     return anything;
 }
@@ -290,9 +327,9 @@ void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers)
     // Commands may do their work on other machines, so this one's processors are no limit.
     const unsigned workers = workerCount(options.jobCount, numbers.size(), numbers.size());
     setting_.events->expected(numbers.size());
-    setting_.events->stepsBegan(subject_.displayName, numbers.size());
+    setting_.events->stepsBegan(subject_.seenAs.target, numbers.size());
     stage.run({workers, options.maxCommands, options.keepGoing, keepProgress});
-    setting_.events->stepsEnded(subject_.displayName, numbers.size());
+    setting_.events->stepsEnded(subject_.seenAs.target, numbers.size());
     tellCache();
     const bool failed = stage.reportFailures();
     if (failed || platform::interruptSignal() != 0) {
@@ -300,7 +337,7 @@ void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers)
     }
     stopIfInterrupted();
     if (failed) {
-        setting_.events->failed(subject_.displayName, stage.failureText());
+        tellFailed(setting_, subject_.seenAs, stage.failureText());
         console::error("Build of {} failed. Exiting..", subject_.targetName);
         throw BuildFailed();
     }

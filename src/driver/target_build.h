@@ -13,6 +13,7 @@
 #include "driver/cache_step.h"
 #include "driver/jobs.h"
 #include "driver/visit_outputs.h"
+#include "events/event.h"
 #include "run/build_env.h"
 
 namespace Vesk {
@@ -36,7 +37,7 @@ enum class Runs : std::uint8_t {
 
 /// What a visit has found out.
 struct BuildSubject {
-    std::string displayName;  ///< as messages have it
+    events::Subject seenAs;  ///< its target's name is what messages have
     std::string targetName;
     std::string note;  ///< "in target main::app (/p/vesk.txt:3)"
     std::string toolName;
@@ -88,7 +89,7 @@ class TargetBuild {
     /// Throws as `prepared` and as Stage.
     std::unique_ptr<Stage> stageFor(const std::vector<std::size_t>& numbers);
 
-    /// Tells how it ended, unless it has no recipes.
+    /// Tells how it ended; of a target without recipes only those who want to know everything.
     void tellEnd(TargetEnd end) const;
 
     /// Where the commands run, with the output directory. Throws when it cannot be made.
@@ -97,7 +98,8 @@ class TargetBuild {
     /// "NAME=value": what the target's ENV adds to the environment of its commands.
     std::vector<std::string> variables() const;
 
-    std::string prefix() const { return "[" + subject_.displayName + "] "; }
+    std::string prefix() const { return "[" + name() + "] "; }
+    const std::string& name() const noexcept { return subject_.seenAs.target; }
 
   private:
     void tellWhatMayFollow() const;
@@ -105,6 +107,8 @@ class TargetBuild {
     bool isStoredAs(const TargetResult& result) const;
     std::string newStamp() const;
     bool runRecipes();
+    HiddenValues hidden() const;
+    void show(Stage& stage) const;
     void runStage(Stage stage, const std::vector<std::size_t>& numbers);
     BuildEnv& environment();
     void setVariables();

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "driver/build_errors.h"
 #include "driver/mistyped_names.h"
+#include "driver/target_news.h"
 #include "driver/target_wishes.h"
 #include "keep/encoding.h"
 #include "types/context/context_value.h"
@@ -43,26 +44,70 @@ TargetVisit::TargetVisit(const BuildSetting& setting, TargetLocation location,
       location_(std::move(location)),
       arguments_(std::move(arguments)),
       key_(std::move(key)),
-      displayName_(setting.catalog.nameOf(location_)),
-      memory_(std::make_shared<VisitMemory>(setting.keeper, location_, displayName_, arguments_)) {}
+      seenAs_{events::newId(), setting.catalog.nameOf(location_)},
+      memory_(std::make_shared<VisitMemory>(setting.keeper, location_, displayName(), arguments_)) {
+    tellEntered();
+}
+
+void TargetVisit::tellEntered() const {
+    if (seenAs_.visit == 0) {
+        return;
+    }
+    std::string given;
+    for (const ValuePtr& argument : arguments_) {
+        given += (given.empty() ? "" : ", ") + argument->toDisplayString();
+    }
+    events::emit(events::VisitStarted{
+        seenAs_, location_.project->name, location_.unit->name, location_.project->profile,
+        setting_.options.hidden.covered(std::move(given)), location_.target->place()});
+}
+
+void TargetVisit::left() const {
+    if (seenAs_.visit != 0) {
+        const KeptVisit* const kept = memory_->taken();
+        events::emit(events::VisitFinished{seenAs_.visit,
+                                           kept != nullptr           ? std::string(kept->tool)
+                                           : choice_.tool != nullptr ? choice_.tool->name().str()
+                                                                     : std::string(),
+                                           kept != nullptr});
+    }
+}
+
+/// What it would have cost to run what it has kept stands in the record.
+void TargetVisit::tellKept(const KeptVisit& kept) const {
+    if (seenAs_.visit == 0) {
+        return;
+    }
+    KeptSteps steps;
+    const auto record = setting_.cacheOf(*location_.project).last(std::string(kept.recordKey));
+    if (record && kept.hasRecipes) {
+        steps = stepsIn(*record);
+    }
+    events::emit(
+        events::TargetFinished{seenAs_,
+                               kept.hasRecipes ? events::Outcome::Fresh : events::Outcome::Group,
+                               {},
+                               steps.steps,
+                               steps.seconds});
+}
 
 void TargetVisit::announce() const {
-    console::setPrefix("[" + displayName_ + "] ");
+    console::setPrefix("[" + displayName() + "] ");
 }
 
 std::string TargetVisit::note() const {
-    return "in target " + displayName_ + " (" + location_.target->place() + ")";
+    return "in target " + displayName() + " (" + location_.target->place() + ")";
 }
 
 std::string TargetVisit::neededByNote() const {
-    return "needed by target " + displayName_ + " (" + location_.target->place() + ")";
+    return "needed by target " + displayName() + " (" + location_.target->place() + ")";
 }
 
 std::vector<Assignment> TargetVisit::boundParameters() const {
     const std::vector<std::string>& names = location_.target->parameters;
     if (names.size() != arguments_.size()) {
         std::string list = names.empty() ? "" : " (" + joined(names, ", ") + ")";
-        throw VeskException("Target '" + displayName_ + "' takes " +
+        throw VeskException("Target '" + displayName() + "' takes " +
                             counted(names.size(), "parameter") + list + ", but gets " +
                             counted(arguments_.size(), "argument") + ".");
     }
@@ -112,10 +157,10 @@ void TargetVisit::evaluate() {
     memory_->forgetMade();
     const auto watched = watch(VisitMemory::Part::first);
     try {
-        const auto trial = InputContext::forToolChoice(location_.target, displayName_, layers());
-        choice_ = chooseTool(*trial, displayName_, setting_.staticTools,
+        const auto trial = InputContext::forToolChoice(location_.target, displayName(), layers());
+        choice_ = chooseTool(*trial, displayName(), setting_.staticTools,
                              setting_.declaredTools(*location_.project));
-        input_.emplace(location_.target, displayName_, layers());
+        input_.emplace(location_.target, displayName(), layers());
         outputs_.emplace(*input_);
         input_->assemble();
         reportToolChoice(choice_);
@@ -267,6 +312,7 @@ bool TargetVisit::hasFailedDependency() const noexcept {
 }
 
 bool TargetVisit::endsAsKept(SideBySide* others) {
+    const events::Span span(events::Activity::Cache, "compare the kept visit");
     if (std::ranges::any_of(scheduled_,
                             [](const auto& build) { return build && !build->finished(); })) {
         return false;
@@ -299,7 +345,7 @@ BuildSubject TargetVisit::subject() const {
                            const TargetBuild& build, const TargetResult& result, bool hit) {
         memory->made(build, overlaps, result, hit);
     };
-    return {displayName_,
+    return {seenAs_,
             location_.target->name,
             note(),
             choice_.tool->name().str(),
@@ -325,7 +371,7 @@ void TargetVisit::waitForStamp(SideBySide& others, const ScheduledBuild& depende
         others.waitForStamp(dependency);
     } catch (const BuildFailed&) {
         if (dependency.failed()) {
-            setting_.events->skipped(displayName_, dependency.name());
+            tellSkipped(setting_, seenAs_, dependency.name());
         }
         throw;
     }
@@ -405,8 +451,9 @@ TargetResult TargetVisit::keptResult() {
     const KeptVisit& kept = *memory_->taken();
     console::repeat(kept.saidLast);
     if (kept.hasRecipes) {
-        setting_.events->ended(displayName_, TargetEnd::UpToDate);
+        setting_.events->ended(displayName(), TargetEnd::UpToDate);
     }
+    tellKept(kept);
     console::normal("Build done");
     return {VisitOutputs::fromKept(kept.outputs), std::string(kept.stamp), nullptr};
 }

@@ -25,7 +25,8 @@ class TargetVisit {
                 std::vector<ValuePtr> arguments, std::string key);
 
     const TargetLocation& location() const noexcept { return location_; }
-    const std::string& displayName() const noexcept { return displayName_; }  ///< in messages
+    const std::string& displayName() const noexcept { return seenAs_.target; }  ///< in messages
+    const events::Subject& seenAs() const noexcept { return seenAs_; }
     const std::string& key() const noexcept { return key_; }
 
     /// Puts this target's name in front of messages.
@@ -67,6 +68,9 @@ class TargetVisit {
     /// Throws what making recipes throws.
     std::unique_ptr<TargetBuild> prepareBuild(Runs runs);
 
+    /// The driver has done with it.
+    void left() const;
+
     /// "in target main::app (/p/vesk.txt:3)", for messages.
     std::string note() const;
 
@@ -87,6 +91,8 @@ class TargetVisit {
     bool takeKeptOutputs(const TargetResult& result);
     bool endsAsKept(SideBySide* others);
     TargetResult keptResult();
+    void tellEntered() const;
+    void tellKept(const KeptVisit& kept) const;
     VisitMemory::Watch watch(VisitMemory::Part part);
     std::unique_ptr<TargetBuild> targetBuild();
     BuildSubject subject() const;
@@ -99,7 +105,7 @@ class TargetVisit {
     TargetLocation location_;
     std::vector<ValuePtr> arguments_;
     std::string key_;
-    std::string displayName_;
+    events::Subject seenAs_;
     ToolChoice choice_;
     std::shared_ptr<VisitMemory> memory_;
     std::optional<InputContext> input_;

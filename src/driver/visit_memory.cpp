@@ -173,6 +173,7 @@ std::optional<KeptVisit> VisitMemory::visitMade(const TargetBuild& build, bool o
     visit.outputs = *result.outputs.encoded();
     visit.stamp = result.stamp;
     visit.recordKey = subject.cacheKey;
+    visit.tool = subject.toolName;
     for (std::size_t i = 0; i < made_.dependencies.size(); ++i) {
         const Dependency& dependency = made_.dependencies[i];
         if (!dependency.arguments || !dependency.outputs) {
@@ -210,13 +211,13 @@ void VisitMemory::made(const TargetBuild& build, bool overlaps, const TargetResu
     const auto visit = visitMade(build, overlaps, result);
     if (!visit) {
         if (kept_) {
-            throw VeskException("The kept visit of '" + subject.displayName +
+            throw VeskException("The kept visit of '" + subject.seenAs.target +
                                 "' cannot be kept any more.");
         }
         return;
     }
     if (kept_) {
-        check(*visit, subject.displayName, hit);
+        check(*visit, subject.seenAs.target, hit);
     }
     if (keeper_->use().keeps && !isSecret(subject, *visit)) {
         keeper_->store().put(key_, *visit, recordIn(subject.cache, subject.cacheKey));

@@ -8,6 +8,7 @@
 
 #include "base/console.h"
 #include "base/text.h"
+#include "events/events.h"
 #include "grammar/error_listeners.h"
 #include "grammar/recognisers.h"
 #include "grammar/source_file.h"
@@ -116,6 +117,7 @@ Model parseCollecting(const std::filesystem::path& path,
         throw NotFoundException(scheme.kind, file.name(),
                                 file.missing() ? "" : "it cannot be read: " + file.failure());
     }
+    const events::Span span(events::Activity::Read, file.name());
     Parse parse(file);
     FileTree* const tree = parseFast(parse, scheme.startRule);
     if (tree == nullptr) {
@@ -136,6 +138,7 @@ Unit parseUnitFile(const std::filesystem::path& path) {
         throw error;
     }
     console::trace("Parsing {}\n", file.name());
+    const events::Span span(events::Activity::Read, file.name());
     Parse parse(file);
     std::optional<Parse> again;
     Parser::UnitFileContext* tree = parseFast(parse, &Parser::unitFile);

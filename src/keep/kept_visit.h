@@ -38,6 +38,7 @@ struct KeptVisit {
     std::string_view outputs;  ///< an encoded context
     std::string_view stamp;
     std::string_view recordKey;
+    std::string_view tool;  ///< that was chosen, for those who want to see it
 
     /// Whether it writes more than every visit does.
     bool saysMore() const noexcept;

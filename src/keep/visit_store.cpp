@@ -9,7 +9,7 @@
 namespace Vesk {
 namespace {
 
-constexpr std::string_view kHeader = "VESK_VISITS_1\n";
+constexpr std::string_view kHeader = "VESK_VISITS_2\n";
 constexpr std::size_t kHashDigits = 32;
 
 /// What follows the header and the hash of it, if the file is whole.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -35,15 +36,29 @@ struct ProcessRequest {
     /// outlive the child write is not waited for.
     OutputSink output;
 
+    /// Whether a child whose output is taken reads our standard input. On POSIX every child does.
+    bool readsInput = false;
+
     /// When the child is killed with all that it has started, unless it has ended. On POSIX what
     /// has left its process group stays. Such a child reads nothing from our standard input.
     std::optional<std::chrono::steady_clock::time_point> deadline;
+
+    /// Whether the result is to say what the child used. On Windows that needs a job of its own for
+    /// the child; on POSIX it is always known.
+    bool measures = false;
+};
+
+/// What a child and the processes that it has waited for used; on Windows, all that it has started.
+struct ProcessUsage {
+    double processorSeconds = 0;
+    std::uint64_t peakMemory = 0;  ///< bytes, of the largest of them; on Windows of all; 0: unknown
 };
 
 struct ProcessResult {
-    bool started = false;   ///< false: `status` is the system's error code for the failed start
-    int status = 0;         ///< exit code; on POSIX 128+N for a child that signal N killed
-    bool timedOut = false;  ///< it was killed at its deadline
+    bool started = false;     ///< false: `status` is the system's error code for the failed start
+    int status = 0;           ///< exit code; on POSIX 128+N for a child that signal N killed
+    bool timedOut = false;    ///< it was killed at its deadline
+    ProcessUsage usage = {};  ///< if it was started
 };
 
 /// Starts the process and waits for it without a limit. Thread-safe.

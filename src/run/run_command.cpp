@@ -10,6 +10,7 @@
 #include "base/ci_string.h"
 #include "base/collector.h"
 #include "base/console.h"
+#include "events/events.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/interrupt.h"
@@ -60,6 +61,44 @@ std::optional<std::vector<std::string>> environmentFor(const Command& command) {
                                platform::kPathListSeparator);
 }
 
+/// Hands on what a command writes, and tells of it in whole lines.
+class OutputTeller {
+  public:
+    explicit OutputTeller(events::Id command) : command_(command) {}
+    ~OutputTeller() {
+        tell(platform::Stream::Output, std::string::npos);
+        tell(platform::Stream::Error, std::string::npos);
+    }
+    OutputTeller(const OutputTeller&) = delete;
+    OutputTeller& operator=(const OutputTeller&) = delete;
+
+    void take(platform::Stream stream, std::string_view bytes) {
+        console::writeOutput(stream, bytes);
+        if (command_ != 0) {
+            std::string& begun = begunFor(stream);
+            begun += bytes;
+            tell(stream, begun.rfind('\n') + 1);
+        }
+    }
+
+  private:
+    std::string& begunFor(platform::Stream stream) noexcept {
+        return stream == platform::Stream::Output ? output_ : error_;
+    }
+
+    void tell(platform::Stream stream, std::size_t size) {
+        std::string& begun = begunFor(stream);
+        if (size != 0 && !begun.empty()) {
+            events::emit(events::Output{command_, stream, begun.substr(0, size)});
+            begun.erase(0, size);
+        }
+    }
+
+    events::Id command_;
+    std::string output_;  ///< lines that have no end yet
+    std::string error_;
+};
+
 platform::ProcessRequest requestFor(const Command& command) {
     platform::ProcessRequest request;
     if constexpr (platform::kWindows) {
@@ -74,9 +113,7 @@ platform::ProcessRequest requestFor(const Command& command) {
     request.workingDirectory = command.workingDirectory;
     request.environment = environmentFor(command);
     request.deadline = command.deadline;
-    if (console::collects()) {
-        request.output = console::writeOutput;
-    }
+    request.readsInput = !console::collects();
     return request;
 }
 
@@ -163,12 +200,32 @@ std::string secretFault(const Command& command) {
     return {};
 }
 
+platform::ProcessResult runSeen(const Command& command, CommandView* view) {
+    platform::ProcessRequest request = requestFor(command);
+    if (!events::listened()) {
+        if (console::collects()) {
+            request.output = console::writeOutput;
+        }
+        return platform::runProcess(request);
+    }
+    OutputTeller teller(view != nullptr ? view->id : 0);
+    request.output = [&teller](platform::Stream stream, std::string_view bytes) {
+        teller.take(stream, bytes);
+    };
+    request.measures = view != nullptr;
+    const platform::ProcessResult result = platform::runProcess(request);
+    if (view != nullptr) {
+        view->usage = result.usage;
+    }
+    return result;
+}
+
 // With which the system calls a value bad (ERROR_BAD_ENVIRONMENT, EINVAL).
 constexpr std::int32_t kBadEnvironment = platform::kWindows ? 10 : 22;
 
 }  // namespace
 
-std::int32_t runCommand(const Command& command, std::string* startFailure) {
+std::int32_t runCommand(const Command& command, std::string* startFailure, CommandView* view) {
     console::normal("{}", command.command);
     if (exceedsInterpreter(command)) {
         if (startFailure != nullptr) {
@@ -188,7 +245,7 @@ std::int32_t runCommand(const Command& command, std::string* startFailure) {
     if (!console::collects()) {
         console::flush();
     }
-    const platform::ProcessResult result = platform::runProcess(requestFor(command));
+    const platform::ProcessResult result = runSeen(command, view);
     if (startFailure != nullptr) {
         *startFailure = result.started ? std::string() : explainStart(command, result.status);
         if (result.timedOut) {

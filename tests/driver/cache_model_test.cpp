@@ -358,11 +358,16 @@ class Model {
         const bool alone = target.steps.front().alone;
         const auto builder = std::make_shared<ModelBuilder>(
             recipesOf(target), alone ? Overlap::Always : Overlap::WhenAsked);
-        return others.build(
-            std::make_unique<TargetBuild>(
-                setting, BuildSubject{target.name, target.name, "note", "model", builder,
-                                      contextOf(target), stamps, cache, target.name}),
-            scheduled);
+        return others.build(std::make_unique<TargetBuild>(setting, BuildSubject{{0, target.name},
+                                                                                target.name,
+                                                                                "note",
+                                                                                "model",
+                                                                                builder,
+                                                                                contextOf(target),
+                                                                                stamps,
+                                                                                cache,
+                                                                                target.name}),
+                            scheduled);
     }
 
     void buildInOrder(ProjectCache& cache) {
@@ -381,7 +386,7 @@ class Model {
         const ModelBuilder builder;
         CacheRequest request = cacheRequest(
             {*context, builder, set.assignments, set.recipes, dependencies}, cache.root());
-        CacheStep step(cache, target.name, std::move(request), options_, target.name);
+        CacheStep step(cache, target.name, std::move(request), options_, {0, target.name});
         step.ask();
         if (!step.mustBuild()) {
             stamps_[target.name] = step.stamp();

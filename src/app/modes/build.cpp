@@ -16,6 +16,7 @@
 #include "base/text.h"
 #include "driver/build_errors.h"
 #include "driver/driver.h"
+#include "events/events.h"
 #include "types/values/errors.h"
 
 namespace Vesk::modes {
@@ -150,6 +151,18 @@ Session runBuild(const Settings& settings, VisitStore& visits, const fs::path& d
     return session;
 }
 
+bool repeats(const Snapshot& snapshot) {
+    bool repeated = false;
+    {
+        const events::Span span(events::Activity::Cache, "compare the snapshot");
+        repeated = snapshot.repeats();
+    }
+    if (repeated) {
+        events::emit(events::RunRepeated{});
+    }
+    return repeated;
+}
+
 }  // namespace
 
 int build(const Settings& settings) {
@@ -161,14 +174,14 @@ int build(const Settings& settings) {
         return 0;
     }
     const fs::path directory = findProjectRoot(settings).directory;
-    if (settings.summary) {
+    if (settings.summary || settings.see.aboutTargets()) {
         loadVisits(visits, directory);
         const Session session = runBuild(settings, visits, directory);
         saveVisits(visits, directory);
         return 0;
     }
     Snapshot snapshot(directory, settings.arguments);
-    if (!visitKeeping(settings).checks && snapshot.repeats()) {
+    if (!visitKeeping(settings).checks && repeats(snapshot)) {
         return 0;
     }
     loadVisits(visits, directory);

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <optional>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <system_error>
 
@@ -103,10 +104,22 @@ void waitForEnd(pid_t child) {
            errno == EINTR) {}
 }
 
+double secondsOf(const timeval& time) noexcept {
+    constexpr double kMicroseconds = 1e-6;
+    return static_cast<double>(time.tv_sec) + (static_cast<double>(time.tv_usec) * kMicroseconds);
+}
+
+ProcessUsage usageFrom(const rusage& used) noexcept {
+    constexpr std::uint64_t kKibibyte = 1024;  // the unit of ru_maxrss on Linux
+    return {secondsOf(used.ru_utime) + secondsOf(used.ru_stime),
+            static_cast<std::uint64_t>(used.ru_maxrss) * kKibibyte};
+}
+
 /// Waits for the end of the child and reaps it. The alarm, if there is one, is called off while
 /// the number still belongs to the child. Then it has a group of its own, and after an interruption
 /// nothing of it is left: what a shell started in the background does not hear a Ctrl-C.
-int waitFor(pid_t child, RunningChild& running, Alarm* alarm = nullptr) {
+int waitFor(pid_t child, RunningChild& running, Alarm* alarm = nullptr,
+            ProcessUsage* usage = nullptr) {
     waitForEnd(child);
     running.forget();
     if (alarm != nullptr) {
@@ -116,10 +129,14 @@ int waitFor(pid_t child, RunningChild& running, Alarm* alarm = nullptr) {
         }
     }
     int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
+    rusage used{};
+    while (::wait4(child, &status, 0, &used) < 0) {
         if (errno != EINTR) {
             return errno;
         }
+    }
+    if (usage != nullptr) {
+        *usage = usageFrom(used);
     }
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
@@ -197,8 +214,11 @@ ProcessResult runProcess(const ProcessRequest& request) {
     if (reads) {
         output.read(child, request.output);
     }
-    const int status = waitFor(child, running, alarm ? &*alarm : nullptr);
-    return {true, status, alarm && alarm->stop()};
+    ProcessResult result;
+    result.started = true;
+    result.status = waitFor(child, running, alarm ? &*alarm : nullptr, &result.usage);
+    result.timedOut = alarm && alarm->stop();
+    return result;
 }
 
 std::optional<std::string> captureShellOutput(const std::string& command, int* status,

@@ -58,6 +58,16 @@ void ChildOutput::takeNoInput() {
                                   &inheritable, OPEN_EXISTING, 0, nullptr));
 }
 
+void ChildOutput::takeOurInput() {
+    HANDLE copy = nullptr;
+    const HANDLE self = ::GetCurrentProcess();
+    if (::DuplicateHandle(self, ::GetStdHandle(STD_INPUT_HANDLE), self, &copy, 0, TRUE,
+                          DUPLICATE_SAME_ACCESS)) {
+        input_.close();
+        input_ = Handle(copy);
+    }
+}
+
 bool ChildOutput::add(Stream stream) {
     HANDLE ours = nullptr;
     HANDLE theirs = nullptr;

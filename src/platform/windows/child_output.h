@@ -20,6 +20,9 @@ class ChildOutput {
     /// The child reads nothing. Call before `applyTo`.
     void takeNoInput();
 
+    /// The child reads our own input, if we have one. The same.
+    void takeOurInput();
+
     /// Makes the child write to the pipes, and inherit nothing else but its input.
     /// `startup` must not outlive this. False when the system refuses.
     bool applyTo(STARTUPINFOEXW& startup);

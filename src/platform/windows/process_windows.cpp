@@ -1,10 +1,13 @@
 #include "platform/process.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
+#include <psapi.h>
 #include <system_error>
 #include <windows.h>
 
@@ -53,11 +56,56 @@ void enterJobOnce() {
     std::call_once(once, enterJob);
 }
 
-/// A child that can be killed with all that it starts. It is born asleep, so that it has started
-/// nothing before it is in its job.
-class LimitedChild {
+double secondsOf(std::uint64_t ticks) noexcept {
+    constexpr double kTick = 1e-7;
+    return static_cast<double>(ticks) * kTick;
+}
+
+std::uint64_t ticksOf(const FILETIME& time) noexcept {
+    constexpr unsigned kHalf = 32;
+    return (static_cast<std::uint64_t>(time.dwHighDateTime) << kHalf) | time.dwLowDateTime;
+}
+
+/// Of a process alone.
+ProcessUsage usageOf(HANDLE process) noexcept {
+    ProcessUsage usage;
+    FILETIME began{};
+    FILETIME ended{};
+    FILETIME kernel{};
+    FILETIME user{};
+    if (::GetProcessTimes(process, &began, &ended, &kernel, &user)) {
+        usage.processorSeconds = secondsOf(ticksOf(kernel) + ticksOf(user));
+    }
+    PROCESS_MEMORY_COUNTERS memory{};
+    if (::GetProcessMemoryInfo(process, &memory, sizeof(memory))) {
+        usage.peakMemory = memory.PeakWorkingSetSize;
+    }
+    return usage;
+}
+
+/// Of all processes that a job has had; zeros where the system does not say.
+ProcessUsage usageOfJob(HANDLE job) noexcept {
+    ProcessUsage usage;
+    JOBOBJECT_BASIC_ACCOUNTING_INFORMATION times{};
+    if (::QueryInformationJobObject(job, JobObjectBasicAccountingInformation, &times, sizeof(times),
+                                    nullptr)) {
+        usage.processorSeconds =
+            secondsOf(static_cast<std::uint64_t>(times.TotalUserTime.QuadPart) +
+                      static_cast<std::uint64_t>(times.TotalKernelTime.QuadPart));
+    }
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    if (::QueryInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits),
+                                    nullptr)) {
+        usage.peakMemory = limits.PeakJobMemoryUsed;
+    }
+    return usage;
+}
+
+/// A child that can be killed, and measured, with all that it starts. It is born asleep, so that it
+/// has started nothing before it is in its job.
+class JobChild {
   public:
-    explicit LimitedChild(HANDLE process) : process_(process), job_(nullptr) {
+    explicit JobChild(HANDLE process) : process_(process), job_(nullptr) {
         Handle job(::CreateJobObjectW(nullptr, nullptr));
         if (job.valid() && ::AssignProcessToJobObject(job.get(), process)) {
             job_ = std::move(job);
@@ -70,6 +118,14 @@ class LimitedChild {
         } catch (const std::system_error&) {
             kill();  // without a thread that watches over it, it might run forever
         }
+    }
+
+    /// When it has ended. Not every system counts for jobs.
+    ProcessUsage usage() const noexcept {
+        const ProcessUsage own = usageOf(process_);
+        const ProcessUsage all = job_.valid() ? usageOfJob(job_.get()) : own;
+        return {std::max(own.processorSeconds, all.processorSeconds),
+                std::max(own.peakMemory, all.peakMemory)};
     }
 
     /// When it has ended: whether it was killed.
@@ -127,6 +183,11 @@ ProcessResult runProcess(const ProcessRequest& request) {
     ChildOutput output;
     if (request.deadline) {
         output.takeNoInput();
+    }
+    if (request.output && request.readsInput && !request.deadline) {
+        output.takeOurInput();
+    }
+    if (request.deadline || request.measures) {
         flags |= CREATE_SUSPENDED;
     }
     const bool reads = request.output && output.open() && output.applyTo(startup);
@@ -146,11 +207,13 @@ ProcessResult runProcess(const ProcessRequest& request) {
     }
     const Handle thread(information.hThread);
     const Handle process(information.hProcess);
-    std::optional<LimitedChild> limited;
-    if (request.deadline) {
-        limited.emplace(process.get());
+    std::optional<JobChild> own;
+    if (request.deadline || request.measures) {
+        own.emplace(process.get());
         ::ResumeThread(thread.get());
-        limited->killAt(*request.deadline);
+    }
+    if (request.deadline) {
+        own->killAt(*request.deadline);
     }
     if (reads) {
         output.read(process.get(), request.output);
@@ -161,7 +224,8 @@ ProcessResult runProcess(const ProcessRequest& request) {
         exitCode = ::GetLastError();
     }
     noteExitCode(exitCode);
-    return {true, static_cast<int>(exitCode), limited && limited->wasKilled()};
+    const bool killed = own && own->wasKilled();
+    return {true, static_cast<int>(exitCode), killed, own ? own->usage() : ProcessUsage()};
 }
 
 std::optional<std::string> captureShellOutput(const std::string& command, int* status,
