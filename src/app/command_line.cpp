@@ -39,6 +39,8 @@ class ArgumentReader {
             case ArgumentForm::Number:
             case ArgumentForm::AttachedNumber:
                 return !atEnd() && beginsWithDigit(arguments_[next_]) ? take() : std::string();
+            case ArgumentForm::Words:
+                return takeWords();
             case ArgumentForm::Rest:
                 next_ = arguments_.size();
                 break;
@@ -63,6 +65,15 @@ class ArgumentReader {
             throw std::invalid_argument("Option '-l' requires a unit.");
         }
         return take();
+    }
+
+    std::string takeWords() {
+        std::string words;
+        while (!atEnd()) {
+            words += take();
+            words += '\0';
+        }
+        return words;
     }
 
     const std::vector<std::string>& arguments_;
@@ -131,7 +142,9 @@ std::string intendedOption(std::string_view word) {
         if (equalsIgnoringCase(word, option.longForm)) {
             return "it needs a value: " + synopsis(option);
         }
-        names.push_back("--" + std::string(option.longForm));
+        if (!option.section.empty()) {
+            names.push_back("--" + std::string(option.longForm));
+        }
     }
     return didYouMean("--" + std::string(word.substr(0, word.find('='))), names);
 }

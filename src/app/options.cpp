@@ -22,6 +22,7 @@ constexpr std::string_view kSeeing = "To see the build";
 constexpr std::string_view kTests = "Tests";
 constexpr std::string_view kCleaning = "Removing what was built";
 constexpr std::string_view kInstead = "Instead of a build";
+constexpr std::string_view kHidden = "";  // asked for by scripts, not by people
 
 std::uint32_t count(const std::string& digits) {
     return static_cast<std::uint32_t>(leadingInteger(digits));
@@ -151,6 +152,24 @@ void setInit(Settings& settings, const std::string& value) {
     askFor(settings, RunMode::Init);
 }
 
+void setWordsToComplete(Settings& settings, const std::string& value) {
+    console::setThreshold(console::level::kError + 1);
+    for (std::size_t start = 0; start < value.size();) {
+        const std::size_t end = value.find('\0', start);
+        settings.wordsToComplete.push_back(value.substr(start, end - start));
+        start = end + 1;
+    }
+    askFor(settings, RunMode::Complete);
+}
+
+void setVersion(Settings& settings, const std::string& value) {
+    if (!value.empty() && !equalsIgnoringCase(value, "full")) {
+        throw VeskException("Option '--version' takes nothing or 'full': '--version=full'.");
+    }
+    settings.fullVersion = !value.empty();
+    askFor(settings, RunMode::Version);
+}
+
 void setRemoveGone(Settings& settings, const std::string& /*value*/) {
     settings.removeGone = true;
     askFor(settings, RunMode::FindCompilers);
@@ -271,8 +290,8 @@ constexpr std::array kOptions = {
            "writes a first unit file, and sources (c, c++, lib) if there are none", setInit},
     Option{kInstead, "", "create-project", ArgumentForm::None, "",
            "writes a project file from the unit files below", choose<RunMode::CreateProject>},
-    Option{kInstead, "", "version", ArgumentForm::None, "",
-           "prints the version", choose<RunMode::Version>},
+    Option{kInstead, "", "version", ArgumentForm::AttachedIfAny, "[=full]",
+           "prints the version, or commit, compiler and libraries too", setVersion},
     Option{kInstead, "h", "help", ArgumentForm::Rest, "",
            "prints the usual options", choose<RunMode::Help>},
     Option{kInstead, "", "options", ArgumentForm::None, "",
@@ -283,6 +302,9 @@ constexpr std::array kOptions = {
            "shows what a variable means", setVariable},
     Option{kInstead, "", "variable-tables", ArgumentForm::None, "",
            "prints the variables as tables in Markdown", choose<RunMode::VariableTables>},
+
+    Option{kHidden, "", "complete", ArgumentForm::Words, "WORDS",
+           "what can stand in the place of the last word, for shells", setWordsToComplete},
 };
 // clang-format on
 

@@ -20,12 +20,13 @@ enum class ArgumentForm : std::uint8_t {
     Attached,        ///< "--name=value" only: an older vesk ignores it whole
     AttachedIfAny,   ///< the same, or "--name"
     Rest,            ///< all that follows, which nobody looks at
+    Words,           ///< all that follows, each word with a NUL behind it
 };
 
 /// To add an option, add its line to the table in options.cpp, its field to Settings, and its row
 /// to docs/command-line.md.
 struct Option {
-    std::string_view section;    ///< the heading that it stands below in the list
+    std::string_view section;    ///< the heading that it stands below in the list; empty: hidden
     std::string_view shortForm;  ///< one letter; empty when there is none
     std::string_view longForm;
     ArgumentForm form;

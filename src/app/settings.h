@@ -34,6 +34,7 @@ enum class RunMode : std::int32_t {
     Explain = 10,
     VariableTables = 11,
     Init = 12,
+    Complete = 13,
 };
 
 /// How a build shows how far it is.
@@ -111,12 +112,14 @@ struct Settings {
     Doubts doubts = Doubts::Warn;
     std::uint32_t maxCommands = 0;  ///< 0: no limit
     std::string unitToList;
-    std::string initKind;                  ///< what --init is to write, as given
-    bool removeGone = false;               ///< from the registry: toolchains that are gone
-    std::string variable;                  ///< to explain; empty: all of them
-    std::string mainOutput;                ///< the file that -o names, as given
-    std::string compileCommands;           ///< the compilation database to write, as given
-    std::vector<std::string> positionals;  ///< every argument that is not an option, in order
+    std::string initKind;     ///< what --init is to write, as given
+    bool removeGone = false;  ///< from the registry: toolchains that are gone
+    bool fullVersion = false;
+    std::string variable;                      ///< to explain; empty: all of them
+    std::vector<std::string> wordsToComplete;  ///< the last is the one at the cursor
+    std::string mainOutput;                    ///< the file that -o names, as given
+    std::string compileCommands;               ///< the compilation database to write, as given
+    std::vector<std::string> positionals;      ///< every argument that is not an option, in order
     std::vector<Definition> definitions;
     std::vector<std::string> unknownOptions;  ///< as they were given
 

@@ -47,6 +47,7 @@ constexpr std::array kModes = {
     Mode{RunMode::Explain, modes::explainVariables},
     Mode{RunMode::VariableTables, modes::printVariableTables},
     Mode{RunMode::Init, modes::init},
+    Mode{RunMode::Complete, modes::complete},
 };
 
 }  // namespace

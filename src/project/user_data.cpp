@@ -22,7 +22,9 @@ std::optional<fs::path> directoryNamedBy(const char* variable) {
     return platform::pathFromUtf8(*value);
 }
 
-fs::path chosenDirectory() {
+}  // namespace
+
+fs::path userDataPath() {
     if (const auto appData = directoryNamedBy("APPDATA")) {
         return *appData / "vesk";
     }
@@ -40,10 +42,8 @@ fs::path chosenDirectory() {
     throw std::runtime_error("Unable to resolve %APPDATA% path.");
 }
 
-}  // namespace
-
 fs::path userDataDirectory() {
-    fs::path directory = chosenDirectory();
+    fs::path directory = userDataPath();
     std::error_code error;
     platform::makeDirectories(directory, error);
     if (error) {

@@ -11,4 +11,7 @@ namespace Vesk {
 /// when it cannot be made.
 std::filesystem::path userDataDirectory();
 
+/// The same, and nothing is made.
+std::filesystem::path userDataPath();
+
 }  // namespace Vesk

@@ -4,9 +4,10 @@ import subprocess
 import sys
 from pathlib import Path
 
-from harness import ProgramTest
+from harness import ProgramTest, needs, posix_only
 
-SCRIPT = Path(__file__).resolve().parents[2] / "scripts/variable-tables"
+SCRIPTS = Path(__file__).resolve().parents[2] / "scripts"
+SCRIPT = SCRIPTS / "variable-tables"
 
 
 class Explain(ProgramTest):
@@ -54,3 +55,43 @@ class Tables(ProgramTest):
                                  text=True, capture_output=True, check=False)
         self.assertEqual(changed.stdout,
                          "docs/toolchains.md differs from what vesk --variable-tables prints\n")
+
+
+class Links(ProgramTest):
+    def test_they_lead_somewhere(self):
+        checked = subprocess.run([sys.executable, SCRIPTS / "docs", "--links"], text=True, capture_output=True,
+                                 check=False)
+        self.assertEqual((checked.stdout, checked.stderr, checked.returncode), ("", "", 0))
+
+
+@posix_only("they are made and read on the system itself")
+class ManPages(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        subprocess.run([sys.executable, SCRIPTS / "man-pages", "--version", "1.0", self.dir], check=True)
+        self.pages = sorted(self.dir.iterdir())
+        self.assertEqual([page.name for page in self.pages],
+                         ["vesk-language.7", "vesk-toolchains.7", "vesk.1"])
+
+    def told(self, *command):
+        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+        return done.returncode, done.stdout
+
+    @needs("mandoc")
+    def test_nothing_is_wrong(self):
+        self.assertEqual(self.told("mandoc", "-Tlint", *self.pages), (0, ""))
+
+    @needs("man")
+    def test_they_are_shown(self):
+        for page in self.pages:
+            env = {"PATH": "/usr/bin:/bin", "LANG": "C.UTF-8", "MANWIDTH": "120"}
+            shown = subprocess.run(["man", "--warnings", "-l", page], env=env, text=True, check=True,
+                                   capture_output=True)
+            self.assertEqual(shown.stderr, "", page)
+            self.assertNotRegex(shown.stdout, r"\\f|`|\]\(|<!--", page)
+            if page.suffix == ".1":
+                text = " ".join(shown.stdout.split())
+                for line in self.run_vesk("--options").out.splitlines():
+                    if line.startswith("  "):
+                        for part in line.strip().split("  ", 1):
+                            self.assertIn(" ".join(part.split()), text)

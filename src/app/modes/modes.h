@@ -31,6 +31,10 @@ int createProject(const Settings& settings);
 /// none. Throws VeskException for a file that is there already.
 int init(const Settings& settings);
 
+/// A line for each word that may stand in the place of the last one: the word, a tab, what it is.
+/// Says nothing else, whatever is wrong.
+int complete(const Settings& settings);
+
 int printVersion(const Settings& settings);
 
 /// What -h prints never changes; `printOptions` prints the whole table.

@@ -24,6 +24,9 @@ int printOptions(const Settings& /*settings*/) {
     const std::size_t width = widthOfSynopses();
     std::string_view section;
     for (const Option& option : options()) {
+        if (option.section.empty()) {
+            continue;
+        }
         if (option.section != section) {
             section = option.section;
             console::normal("{}", section);
