@@ -50,10 +50,13 @@ add_custom_command(
 )
 if(Python3_Interpreter_FOUND)
     file(GLOB pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md")
+    set(zipped_pages ${man_pages})
+    list(TRANSFORM zipped_pages APPEND .gz)
     add_custom_command(
-        OUTPUT ${man_pages}
+        OUTPUT ${man_pages} ${zipped_pages}
         COMMAND Python3::Interpreter "${PROJECT_SOURCE_DIR}/scripts/man-pages" --version
                 "${PROJECT_VERSION}" "${made}"
+        COMMAND gzip -9nfk ${man_pages}
         DEPENDS "${PROJECT_SOURCE_DIR}/scripts/man-pages" ${pages}
         COMMENT "Making the man pages"
         VERBATIM
@@ -66,8 +69,14 @@ add_custom_target(vesk_package_files ALL DEPENDS ${made_files})
 
 install(TARGETS vesk RUNTIME DESTINATION "${to_programs}")
 # Who builds nothing but the program installs nothing else that is made.
-install(FILES "${made}/vesk.1" DESTINATION "${to_man}/man1" OPTIONAL)
-install(FILES "${made}/vesk-language.7" "${made}/vesk-toolchains.7" DESTINATION "${to_man}/man7" OPTIONAL)
+set(zipped .gz)
+if(WIN32)
+    set(zipped)
+endif()
+foreach(page vesk.1 vesk-language.7 vesk-toolchains.7)
+    string(REGEX MATCH "[0-9]$" section "${page}")
+    install(FILES "${made}/${page}${zipped}" DESTINATION "${to_man}/man${section}" OPTIONAL)
+endforeach()
 if(WIN32)
     install(FILES "${made}/copyright" DESTINATION "${to_notices}" RENAME NOTICES.txt OPTIONAL)
 else()
@@ -100,6 +109,7 @@ set(CPACK_PACKAGE_VENDOR "the developers of vesk")
 set(CPACK_PACKAGE_CONTACT "the developers of vesk <developers@vesk.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "build orchestrator for native projects")
 set(CPACK_STRIP_FILES ON)
+set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/package/OneTime.cmake")
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_SOURCE_DIR}/build/packages")
 if(WIN32)
     set(CPACK_GENERATOR ZIP)

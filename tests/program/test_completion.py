@@ -102,7 +102,7 @@ class Answers(CompletionTest):
         self.registry("tools {{{")
         env = self.with_registry() | {"VESK_OPTIONS": "-v 0 word"}
         self.assertEqual(self.words("", env={"APPDATA": env["APPDATA"]}), [])
-        self.assertEqual(self.words("--vers"), ["--version"])
+        self.assertEqual(self.words("--vers"), ["--version", "--version="])
         self.unit(b"\xff\x00 {")
         self.assertEqual(self.words("-f", "vesk.txt", ""), [])
 
