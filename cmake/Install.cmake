@@ -4,6 +4,8 @@
 # On Windows everything stands below one directory, elsewhere where the system looks for it.
 
 include(GNUInstallDirs)
+# Who installs has built what there is to install; tests are no part of it.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 find_package(Python3 COMPONENTS Interpreter)
 
 if(WIN32)
