@@ -88,7 +88,14 @@ install(FILES completions/vesk.bash DESTINATION "${to_bash}" RENAME vesk)
 install(FILES completions/_vesk DESTINATION "${to_zsh}")
 install(FILES completions/vesk.fish DESTINATION "${to_fish}")
 install(FILES completions/vesk.ps1 DESTINATION "${to_powershell}")
-install(DIRECTORY docs/ DESTINATION "${to_docs}" FILES_MATCHING PATTERN "*.md")
+install(
+    DIRECTORY docs/
+    DESTINATION "${to_docs}"
+    FILES_MATCHING
+    PATTERN "*.md"
+    PATTERN "*.png"
+    PATTERN "*.svg"
+)
 install(FILES README.md CHANGELOG.md DESTINATION "${to_docs}")
 install(
     DIRECTORY examples/
