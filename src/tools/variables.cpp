@@ -25,6 +25,10 @@ constexpr Variable kOfTargets[] = {
      "in a profile of the project: the compilation database that every build keeps current, "
      "relative to the project's root",
      R"("compile_commands.json")"},
+    {"OPTIONS", "string", "",
+     "in a profile of the project: options for every build, such as `-j 8`; those of the command "
+     "line and of `VESK_OPTIONS` win",
+     R"("-j 8 -k")"},
     {"TEST", "`yes`, `no`", "`no`", "the target is a test, which `--test` runs", R"("yes")"},
     {"TEST_TIMEOUT", "integer", "`300`",
      "the seconds after which `--test` kills the test; `0`: never", "20"},

@@ -7,7 +7,7 @@ import subprocess
 import sys
 
 import test_toolchains
-from harness import EXAMPLES, HANGS, SETTINGS, alone, needs, on_system, windows_only
+from harness import EXAMPLES, HANGS, SETTINGS, alone, needs, on_system, posix_only, windows_only
 
 STAND_IN = EXAMPLES.parent / "tests/program/children/msvc/standin.py"
 LLVM = "/usr/lib/llvm-14/bin/"
@@ -201,6 +201,45 @@ class Programs(MsvcTest):
         result = self.run_vesk(*asked, env=self.env)
         self.assertEqual(result.status, 1)
         self.assertIn("bad.c(1,26): error:", result.err)
+
+
+@needs_llvm
+@posix_only("pkg-config is the system's")
+@needs("pkg-config")
+class Packages(MsvcTest):
+    remembers = True
+
+    def test_what_pkg_config_says_is_translated(self):
+        self.kit()
+        self.declare(self.tool_set("14.38.33130"))
+        prefix = self.base / "the prefix"
+        self.library("the prefix/lib", "answer")
+        self.place("the prefix/include/answer.h", "int answer(void);\n")
+        escaped = str(prefix).replace(" ", "\\ ")
+        self.place("the prefix/answer.pc", f"""
+            Name: answer
+            Description: of a test
+            Version: 1
+            Cflags: -I{escaped}/include -DMORE=2 -pthread
+            Libs: -L{escaped}/lib -lanswer -lm -pthread
+            """.replace("            ", ""))
+        self.env |= {"PKG_CONFIG_LIBDIR": str(prefix)}
+        self.write("lib.c", "#include <answer.h>\nint lib(void) { return answer() + MORE; }\n")
+        self.write("main.c", "int lib(void);\nint start(void) { return lib(); }\n")
+        self.unit(f"""
+            app: +lib {{ C_FILES = ["main.c"] {FREESTANDING} }}
+            lib: {{ C_FILES = ["lib.c"] OUTPUT_TYPE = "static" PACKAGES = ["answer"] }}
+            """)
+        self.built()
+        self.check_program("out/app.exe", 18)
+        compiled = [line for line in self.calls("cl") if line.endswith("lib.c")]
+        self.assertIn(f"/I{prefix}/include /DMORE=2 /sourceDependencies", compiled[0])
+        self.assertTrue(self.calls("link")[0].endswith("the prefix/lib answer.lib"), self.calls("link"))
+        self.built()
+        self.assertEqual(self.calls(), [])
+        self.library("the prefix/lib", "answer", code="int answer(void) { return 17; }\n")
+        self.built()
+        self.assertEqual([line.split()[0] for line in self.calls()], ["link"])
 
 
 @needs_llvm

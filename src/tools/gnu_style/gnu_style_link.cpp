@@ -27,7 +27,7 @@ std::string directoryOf(const std::string& path) {
 std::vector<std::string> libraryOptions(const std::vector<std::string>& names) {
     std::vector<std::string> options;
     for (const std::string& name : names) {
-        const bool asItIs = name.front() == '-' || name.find('/') != std::string::npos;
+        const bool asItIs = name.starts_with('-') || isLibraryPath(name);
         options.push_back(asItIs ? name : "-l" + name);
     }
     return options;

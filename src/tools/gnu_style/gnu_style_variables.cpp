@@ -12,17 +12,6 @@ constexpr Variable kCompiling[] = {
      R"("aarch64-linux-gnu")"},
 };
 
-constexpr Variable kPackages[] = {
-    {"PACKAGES", "list", "",
-     "installed libraries that pkg-config knows: what they need for compiling and for linking",
-     R"x(["zlib", "gtk4 >= 4.8"])x"},
-};
-
-constexpr Variable kPackageOutputs[] = {
-    {"PACKAGES", "list", "",
-     "the packages of a `static` library or an `object` target, for dependants with `+`"},
-};
-
 constexpr Variable kLinking[] = {
     {"LINKER_SCRIPT", "file", "", "`-T`", R"("flash.ld")"},
     {"LINK_LANGUAGE", "string", "", "`c++`: link with the C++ compiler though no source says so",
@@ -39,16 +28,14 @@ constexpr Variable kObjectCopy[] = {
 };
 
 constexpr VariableGroup kCompileGroup = {"Compiling", VariableRole::Input, kCompiling};
-constexpr VariableGroup kPackageGroup = {"Packages", VariableRole::Input, kPackages};
-constexpr VariableGroup kPackageOutputGroup = {"Outputs", VariableRole::Output, kPackageOutputs};
 constexpr VariableGroup kLinkGroup = {"Linking", VariableRole::Input, kLinking};
 constexpr VariableGroup kObjectCopyGroup = {"Objcopy", VariableRole::Input, kObjectCopy};
 
 constexpr const VariableGroup* kAll[] = {
-    &kSourceVariables,         &kCompileVariables,   &kCompileGroup,     &kTypeVariables,
-    &kNameVariables,           &kLinkVariables,      &kLinkGroup,        &kPackageGroup,
-    &kObjectCopyGroup,         &kPackageOutputGroup, &kProductVariables, &kOutputVariables,
-    &kDependencyFileVariables, &kLanguageOutputs,    &kChoiceVariables,  &kPlaceSettings,
+    &kSourceVariables,         &kCompileVariables, &kCompileGroup,     &kTypeVariables,
+    &kNameVariables,           &kLinkVariables,    &kLinkGroup,        &kPackageVariables,
+    &kObjectCopyGroup,         &kPackageOutputs,   &kProductVariables, &kOutputVariables,
+    &kDependencyFileVariables, &kLanguageOutputs,  &kChoiceVariables,  &kPlaceSettings,
     &kIdentitySettings,
 };
 
@@ -59,7 +46,7 @@ constinit const VariableGroups kGnuStyleVariables = kAll;
 const AssignmentMap& gnuStyleSubjects() {
     static const AssignmentMap table =
         tableOf({&kSourceVariables, &kCompileVariables, &kCompileGroup, &kTypeVariables,
-                 &kNameVariables, &kLinkVariables, &kLinkGroup, &kPackageGroup});
+                 &kNameVariables, &kLinkVariables, &kLinkGroup, &kPackageVariables});
     return table;
 }
 

@@ -64,6 +64,7 @@ class MsvcBuild {
     void archive();
     void addLinkOptions(CommandText& command, Recipe& recipe, const Product& product) const;
     void addLibraries(CommandText& command, Recipe& recipe) const;
+    void addPackages(CommandText& command, Recipe& recipe) const;
     void finishProduct(Recipe recipe, const CommandText& command, const Product& product);
     void addLibraryOutputs(const std::string& library);
     Product productOf() const;
@@ -74,6 +75,7 @@ class MsvcBuild {
     Recipe copyRecipe(const std::string& from, const std::string& to) const;
 
     std::string program(MsvcProgram program, const std::string& name = {}) const;
+    PackageFlags packages() const;
     Recipe stageRecipe(const std::string& program) const;
     std::string inCommand(const std::string& path) const;
     std::vector<std::string> inCommand(const std::vector<std::string>& paths) const;
@@ -83,6 +85,7 @@ class MsvcBuild {
     TargetContext& target_;
     const TargetPaths paths_;
     MsvcPrograms& programs_;
+    const std::string triple_;
     const DriverModel model_;
     const MsvcDirectories& directories_;
     const DriverSettings driver_;

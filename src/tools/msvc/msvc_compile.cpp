@@ -11,6 +11,7 @@
 #include "platform/system.h"
 #include "tools/discovery/version.h"
 #include "tools/msvc/msvc_build.h"
+#include "tools/msvc/msvc_packages.h"
 #include "tools/msvc/resource_script.h"
 #include "tools/msvc/version_directories.h"
 #include "tools/support/flag_files.h"
@@ -160,6 +161,7 @@ MsvcBuild::MsvcBuild(TargetContext& target, const BuildEnv& environment,
     : target_(target),
       paths_(target, environment),
       programs_(programs),
+      triple_(declared.triple),
       model_(driverModelOf(target)),
       directories_(programs.directories(declared, target, model_ != DriverModel::None)),
       driver_(target, model_, directories_),
@@ -193,6 +195,17 @@ void MsvcBuild::make() {
 
 std::string MsvcBuild::program(MsvcProgram program, const std::string& name) const {
     return programs_.require(directories_, program, name);
+}
+
+PackageFlags MsvcBuild::packages() const {
+    const std::vector<std::string> packages = packagesNamed(entriesOf(target_, "PACKAGES"));
+    if (packages.empty()) {
+        return {};
+    }
+    const std::string runtime = target_.textOf("RUNTIME").value_or("");
+    const bool isStatic = equalsIgnoringCase(runtime.substr(0, 2), "MT");
+    return programs_.packages(directories_, triple_, packages,
+                              isStatic ? LinkKind::Static : LinkKind::Shared);
 }
 
 // These programs take a word that begins with a slash for an option.
@@ -300,9 +313,11 @@ void MsvcBuild::compile() {
 }
 
 MsvcBuild::Compiler MsvcBuild::compilerFor(Language language) const {
-    Compiler compiler = {CommandText(ResponseFiles::Windows), program(MsvcProgram::Compiler),
-                         headerSearch(target_, paths_, {"FLAGS", flagsVariable(language)}),
-                         flagFiles(target_, paths_, {"FLAGS", flagsVariable(language)})};
+    const std::vector<std::string> ofPackages = msvcCompileWords(packages().compile);
+    Compiler compiler = {
+        CommandText(ResponseFiles::Windows), program(MsvcProgram::Compiler),
+        headerSearch(target_, paths_, {"FLAGS", flagsVariable(language)}, ofPackages),
+        flagFiles(target_, paths_, {"FLAGS", flagsVariable(language)})};
     CommandText& command = compiler.command;
     addFlags(command, target_, "LAUNCHER");
     command.add(nativePath(compiler.program));
@@ -338,6 +353,7 @@ MsvcBuild::Compiler MsvcBuild::compilerFor(Language language) const {
         command.add(directories_.clang ? "/imsvc" : "/external:I");
         command.add(directory);
     }
+    command.add({}, ofPackages);
     return compiler;
 }
 

@@ -9,6 +9,7 @@
 #include "platform/system.h"
 #include "run/command_line.h"
 #include "tools/msvc/msvc_build.h"
+#include "tools/msvc/msvc_packages.h"
 #include "tools/support/flag_files.h"
 #include "tools/support/libraries.h"
 #include "tools/support/recipe_parts.h"
@@ -18,17 +19,14 @@ namespace Vesk {
 
 namespace {
 
-/// The files of the entries of LIBS. Libraries that belong to C elsewhere also belong to C here,
-/// and have no file.
+/// The files of the entries of LIBS.
 std::vector<std::string> libraryFiles(const std::vector<std::string>& names) {
     std::vector<std::string> files;
     for (const std::string& name : names) {
-        if (name == "m" || name == "c") {
-            continue;
+        const bool asItIs = name.starts_with('-') || isLibraryPath(name) || name.ends_with(".lib");
+        if (std::string file = asItIs ? name : libraryFileOf(name); !file.empty()) {
+            files.push_back(std::move(file));
         }
-        const bool asItIs = name.find_first_of("/\\") != std::string::npos || name.front() == '-' ||
-                            name.ends_with(".lib");
-        files.push_back(asItIs ? name : name + ".lib");
     }
     return files;
 }
@@ -163,6 +161,7 @@ void MsvcBuild::link() {
     command.add({}, inCommand(objects_));
     command.add({}, inCommand(resources_));
     addLibraries(command, recipe);
+    addPackages(command, recipe);
     if (const auto options = platform::environmentVariable("LINK"); options && !options->empty()) {
         recipe.inputs.push_back({textAssignment("LINK", *options), std::nullopt});
     }
@@ -230,6 +229,20 @@ void MsvcBuild::addLibraries(CommandText& command, Recipe& recipe) const {
     addInputs(recipe, "LINK_FLAGS", flagFiles(target_, paths_, {"LINK_FLAGS"}));
 }
 
+/// Behind everything else, since anything may need them.
+void MsvcBuild::addPackages(CommandText& command, Recipe& recipe) const {
+    const PackageLibraries libraries = msvcLibraries(packages().link);
+    std::vector<std::string> directories;
+    for (const std::string& directory : libraries.directories) {
+        directories.push_back(normalPath(directory, paths_.root()));
+    }
+    command.add("/LIBPATH:", inCommand(directories));
+    for (const std::string& name : libraries.names) {
+        command.add(isLibraryPath(name) ? inCommand(normalPath(name, paths_.root())) : name);
+    }
+    addInputs(recipe, "LIBS", filesIn(directories, libraries.names, paths_.root()));
+}
+
 void MsvcBuild::finishProduct(Recipe recipe, const CommandText& command, const Product& product) {
     if (type_ == OutputType::Static) {
         addInputs(recipe, "OBJECTS", objects_);
@@ -275,6 +288,8 @@ void MsvcBuild::addLibraryOutputs(const std::string& library) {
         exportAppend(outputs, "LIBS", textValues(atLastPlace(entriesOf(target_, "LIBS"))));
         exportAppend(outputs, "LIB_DIRS",
                      pathValues(paths_.absolute(entriesOf(target_, "LIB_DIRS"))));
+        exportAppend(outputs, "PACKAGES",
+                     textValues(packagesNamed(entriesOf(target_, "PACKAGES"))));
     }
 }
 

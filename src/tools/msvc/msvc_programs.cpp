@@ -152,4 +152,12 @@ std::string MsvcPrograms::require(const MsvcDirectories& directories, MsvcProgra
     return found;
 }
 
+const PackageFlags& MsvcPrograms::packages(const MsvcDirectories& directories,
+                                           const std::string& triple,
+                                           const std::vector<std::string>& packages,
+                                           LinkKind kind) {
+    return others_.packages().flags(others_.requirePkgConfig({directories.bin, {}, {}}, triple),
+                                    packages, kind);
+}
+
 }  // namespace Vesk

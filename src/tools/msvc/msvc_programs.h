@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/remembered.h"
+#include "tools/discovery/pkg_config.h"
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/msvc/windows_kits.h"
 
@@ -51,9 +52,14 @@ class MsvcPrograms {
     std::string require(const MsvcDirectories& directories, MsvcProgram program,
                         const std::string& name);
 
+    /// Throws VeskException for a missing package or pkg-config. `triple`: of the product.
+    const PackageFlags& packages(const MsvcDirectories& directories, const std::string& triple,
+                                 const std::vector<std::string>& packages, LinkKind kind);
+
   private:
     platform::Remembered<MsvcDirectories> directories_;
     platform::Remembered<std::string> programs_;
+    ToolchainPrograms others_{"cl"};  ///< pkg-config
 };
 
 }  // namespace Vesk

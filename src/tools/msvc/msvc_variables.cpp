@@ -106,10 +106,12 @@ constexpr VariableGroup kSigningGroup = {"MSVC: signing", VariableRole::Input, k
 constexpr VariableGroup kOutputGroup = {"MSVC: outputs", VariableRole::Product, kOutputs};
 
 constexpr const VariableGroup* kAll[] = {
-    &kSourceVariables,  &kCompileVariables, &kTypeVariables,   &kNameVariables,
-    &kLinkVariables,    &kProductVariables, &kOutputVariables, &kChoiceVariables,
-    &kIdentitySettings, &kProductGroup,     &kOutputGroup,     &kSettingGroup,
-    &kKitGroup,         &kDriverGroup,      &kSigningGroup,    &kDependencyFileVariables,
+    &kSourceVariables, &kCompileVariables, &kTypeVariables,
+    &kNameVariables,   &kLinkVariables,    &kPackageVariables,
+    &kPackageOutputs,  &kProductVariables, &kOutputVariables,
+    &kChoiceVariables, &kIdentitySettings, &kProductGroup,
+    &kOutputGroup,     &kSettingGroup,     &kKitGroup,
+    &kDriverGroup,     &kSigningGroup,     &kDependencyFileVariables,
 };
 
 }  // namespace
@@ -117,9 +119,9 @@ constexpr const VariableGroup* kAll[] = {
 constinit const VariableGroups kMsvcVariables = kAll;
 
 const AssignmentMap& msvcSubjects() {
-    static const AssignmentMap table =
-        tableOf({&kSourceVariables, &kCompileVariables, &kTypeVariables, &kNameVariables,
-                 &kLinkVariables, &kProductGroup, &kKitGroup, &kDriverGroup, &kSigningGroup});
+    static const AssignmentMap table = tableOf(
+        {&kSourceVariables, &kCompileVariables, &kTypeVariables, &kNameVariables, &kLinkVariables,
+         &kPackageVariables, &kProductGroup, &kKitGroup, &kDriverGroup, &kSigningGroup});
     return table;
 }
 

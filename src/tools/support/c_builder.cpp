@@ -70,10 +70,10 @@ LookedFor CBuilder::lookedFor(const TargetContext& target) const {
         wanted.patterns =
             wanted.patterns || std::ranges::any_of(entriesOf(target, name.str()), isPattern);
     }
-    if (hasEntries(target, "LIBS") && hasEntries(target, "LIB_DIRS")) {
+    if (hasEntries(target, "LIBS")) {
         const TargetPaths paths(target, BuildEnv(environmentSettings(target)));
         wanted.files = libraryCandidates(paths.absolute(entriesOf(target, "LIB_DIRS")),
-                                         entriesOf(target, "LIBS"));
+                                         entriesOf(target, "LIBS"), paths.root());
     }
     return wanted;
 }

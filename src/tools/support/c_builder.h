@@ -23,7 +23,7 @@ class CBuilder : public Builder {
 
     Overlap overlap(const TargetContext&) const override { return Overlap::Always; }
 
-    /// The libraries that LIBS may mean in LIB_DIRS, and patterns if any text is one.
+    /// The libraries that LIBS may mean, and patterns if any text is one.
     LookedFor lookedFor(const TargetContext& target) const override;
 
     /// The exit code as the output "result".

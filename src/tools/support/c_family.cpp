@@ -78,6 +78,17 @@ constexpr Variable kOutputs[] = {
     {"result", "integer", "", "0"},
 };
 
+constexpr Variable kPackages[] = {
+    {"PACKAGES", "list", "",
+     "installed libraries that pkg-config knows: what they need for compiling and for linking",
+     R"x(["zlib", "gtk4 >= 4.8"])x"},
+};
+
+constexpr Variable kPackagesForDependants[] = {
+    {"PACKAGES", "list", "",
+     "the packages of a `static` library or an `object` target, for dependants with `+`"},
+};
+
 constexpr Variable kDependencyFiles[] = {
     {"DEPFILES", "list of paths", "",
      "the dependency files that the compiler wrote beside the objects"},
@@ -137,6 +148,9 @@ constinit const VariableGroup kCompileVariables = {"Compiling", VariableRole::In
 constinit const VariableGroup kTypeVariables = {"Products", VariableRole::Input, kType};
 constinit const VariableGroup kNameVariables = {"Products", VariableRole::Input, kName};
 constinit const VariableGroup kLinkVariables = {"Linking", VariableRole::Input, kLinking};
+constinit const VariableGroup kPackageVariables = {"Packages", VariableRole::Input, kPackages};
+constinit const VariableGroup kPackageOutputs = {"Outputs", VariableRole::Output,
+                                                 kPackagesForDependants};
 constinit const VariableGroup kProductVariables = {"Outputs", VariableRole::Product, kProducts};
 constinit const VariableGroup kOutputVariables = {"Outputs", VariableRole::Output, kOutputs};
 constinit const VariableGroup kDependencyFileVariables = {"Outputs", VariableRole::Product,

@@ -12,6 +12,8 @@ extern const VariableGroup kCompileVariables;
 extern const VariableGroup kTypeVariables;  ///< OUTPUT_TYPE
 extern const VariableGroup kNameVariables;  ///< OUTPUT_NAME
 extern const VariableGroup kLinkVariables;
+extern const VariableGroup kPackageVariables;
+extern const VariableGroup kPackageOutputs;
 extern const VariableGroup kProductVariables;
 extern const VariableGroup kOutputVariables;
 extern const VariableGroup kDependencyFileVariables;

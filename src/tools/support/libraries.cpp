@@ -48,10 +48,19 @@ bool isSharedLibrary(std::string_view file) noexcept {
            name.ends_with(".dylib") || name.ends_with(".dll") || name.ends_with(".dll.a");
 }
 
+bool isLibraryPath(std::string_view entry) noexcept {
+    return !entry.starts_with('-') && entry.find_first_of("/\\") != std::string_view::npos;
+}
+
 std::vector<std::string> libraryCandidates(const std::vector<std::string>& directories,
-                                           const std::vector<std::string>& names) {
+                                           const std::vector<std::string>& names,
+                                           const std::string& root) {
     std::vector<std::string> files;
     for (std::string name : names) {
+        if (isLibraryPath(name)) {
+            files.push_back(normalPath(name, root));
+            continue;
+        }
         name.erase(0, name.starts_with("-l") ? 2 : name.starts_with(":") ? 1 : 0);
         for (const std::string& directory : directories) {
             for (const std::string_view suffix : kSuffixes) {
@@ -76,7 +85,7 @@ std::vector<std::string> librariesIn(const std::vector<std::string>& directories
         return there;
     };
     for (const std::string& entry : names) {
-        if (entry.front() != '-' && entry.find_first_of("/\\") != std::string::npos) {
+        if (isLibraryPath(entry)) {
             takeFile(normalPath(entry, root));
             continue;
         }

@@ -15,6 +15,9 @@ std::vector<std::string> atLastPlace(std::vector<std::string> names);
 
 bool isSharedLibrary(std::string_view file) noexcept;
 
+/// Whether an entry of LIBS is a path, not a name or an option. Either slash makes it one.
+bool isLibraryPath(std::string_view entry) noexcept;
+
 /// The libraries among the names in LIBS that belong to the project or lie in one of the
 /// directories: what the linker will use, so that a change in them is noticed. "f" and "-lf" stand
 /// for libf.a and its like, ":libf.a" and "-l:libf.a" for that file, and a name with a slash for a
@@ -25,7 +28,8 @@ std::vector<std::string> librariesIn(const std::vector<std::string>& directories
 
 /// All files that a linker of any kind may find for one of the names there.
 std::vector<std::string> libraryCandidates(const std::vector<std::string>& directories,
-                                           const std::vector<std::string>& names);
+                                           const std::vector<std::string>& names,
+                                           const std::string& root);
 
 /// Where a product in `directory` looks for the shared libraries among `libraries` at run time:
 /// relative to the product (`origin`) for those of the project, by their paths for others. The

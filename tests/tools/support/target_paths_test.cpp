@@ -136,6 +136,7 @@ TEST_F(Sources, LibrariesInDirectories) {
         {":libonly.a", "l2/libonly.a "},
         {"-l:libboth.a", "l1/libboth.a "},
         {"l2/libonly.a", "l2/libonly.a "},
+        {"l2\\libonly.a", platform::kWindows ? "l2/libonly.a " : ""},
         {"-static", ""},
         {"m", ""},
     };
