@@ -71,6 +71,12 @@ std::vector<std::string> BuildSummary::lines() const {
     return lines;
 }
 
+void BuildSummary::print() const {
+    for (const std::string& line : lines()) {
+        console::normal("{}", line);
+    }
+}
+
 void BuildSummary::addFirstError(std::vector<std::string>& lines) const {
     const std::size_t between = console::linesWritten() - linesBefore_;
     if (failed_.empty() || between <= kScreen) {

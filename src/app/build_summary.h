@@ -29,6 +29,9 @@ class BuildSummary : public BuildEvents {
     /// Which targets failed and which were skipped, the counts of the others with the time since
     /// this was made, and the first error again where it is far away.
     std::vector<std::string> lines() const;
+    void print() const;
+
+    bool anyFailed() const noexcept { return !failed_.empty(); }
 
   private:
     std::size_t count(TargetEnd end) const;

@@ -131,6 +131,7 @@ void Progress::stepsEnded(const std::string& target, std::size_t steps) {
                                              clockText(Clock::now() - began_), target));
         }
     }
+    drawWhenDue();  // under -j 1 nothing waits, and a command is going to erase the line again
 }
 
 /// A second more is a reason to draw, too; a drawing that would come too early is made up for.

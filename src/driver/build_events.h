@@ -15,8 +15,8 @@ enum class TargetEnd : std::uint8_t {
     NotBegun,  ///< the build stopped before
 };
 
-/// Called on the driver's thread. Targets are named as "unit::target". What is of no interest need
-/// not be overridden.
+/// Called on the driver's thread, or on one that it waits for. Targets are named as "unit::target".
+/// What is of no interest need not be overridden.
 class BuildEvents {
   public:
     virtual ~BuildEvents() = default;

@@ -4,7 +4,9 @@
 #include <chrono>
 #include <exception>
 #include <fmt/format.h>
+#include <functional>
 #include <future>
+#include <mutex>
 #include <optional>
 #include <system_error>
 #include <unordered_set>
@@ -213,6 +215,18 @@ void Stage::show(const events::Subject& target, const HiddenValues& hidden) {
 }
 
 void Stage::run(const StageOptions& options) {
+    std::mutex telling;
+    const auto tell = [&telling](const std::function<void()>& hook) {
+        if (hook) {
+            const std::lock_guard lock(telling);
+            hook();
+        }
+    };
+    const auto runTelling = [&](Job& job) {
+        tell(options.onBegin);
+        runJob(job);
+        tell(options.onEnd);
+    };
     std::vector<Job*> queued;
     std::vector<Job*> others;
     std::vector<std::function<void()>> tasks;
@@ -222,7 +236,7 @@ void Stage::run(const StageOptions& options) {
     std::atomic<std::size_t> nextOther{0};
     const auto workOffOthers = [&] {
         for (std::size_t i = nextOther++; i < others.size(); i = nextOther++) {
-            runJob(*others[i]);
+            runTelling(*others[i]);
         }
     };
     const std::size_t most = options.maxCommands == 0 ? others.size() : options.maxCommands;
@@ -236,7 +250,7 @@ void Stage::run(const StageOptions& options) {
             if (failed && !options.keepGoing) {
                 return;
             }
-            runJob(*queued[i]);
+            runTelling(*queued[i]);
             failed = failed || queued[i]->result != 0;
         }
     };

@@ -46,6 +46,11 @@ struct StageOptions {
     unsigned maxCommands = 0;          ///< and the others on this many; 0: each on its own
     bool keepGoing = false;            ///< queued recipes go on after one has failed
     std::function<void()> onInterval;  ///< called now and then while the stage runs
+
+    /// Called when a job begins, and when it has ended, one call at a time, on the thread that runs
+    /// it. May be empty.
+    std::function<void()> onBegin = {};
+    std::function<void()> onEnd = {};
 };
 
 /// Each recipe is a job. Those that start with their stage are started at once, each as a task of

@@ -326,10 +326,15 @@ void TargetBuild::runStage(Stage stage, const std::vector<std::size_t>& numbers)
     const DriverOptions& options = setting_.options;
     // Commands may do their work on other machines, so this one's processors are no limit.
     const unsigned workers = workerCount(options.jobCount, numbers.size(), numbers.size());
+    std::size_t begun = 0;
     setting_.events->expected(numbers.size());
-    setting_.events->stepsBegan(subject_.seenAs.target, numbers.size());
-    stage.run({workers, options.maxCommands, options.keepGoing, keepProgress});
-    setting_.events->stepsEnded(subject_.seenAs.target, numbers.size());
+    stage.run({workers, options.maxCommands, options.keepGoing, keepProgress,
+               [&] {
+                   ++begun;
+                   setting_.events->stepsBegan(subject_.seenAs.target, 1);
+               },
+               [&] { setting_.events->stepsEnded(subject_.seenAs.target, 1); }});
+    setting_.events->dropped(numbers.size() - begun);
     tellCache();
     const bool failed = stage.reportFailures();
     if (failed || platform::interruptSignal() != 0) {

@@ -201,6 +201,9 @@ Turn TestRun::Test::ask() {
     }
     ran_ = runs;
     result_.runs += runs ? 1 : 0;
+    if (runs) {
+        options_.events->stepsBegan(result_.name(), 1);
+    }
     return runs ? Turn::Run : Turn::Nothing;
 }
 
@@ -276,7 +279,10 @@ void TestRun::Test::finish() {
 bool TestRun::Test::endRun(NodeEnd end) {
     if (ran_) {
         ran_ = false;
+        options_.events->stepsEnded(result_.name(), 1);
         takeResults();
+    } else {
+        options_.events->dropped(1);
     }
     if (platform::interruptSignal() != 0) {
         return false;  // what it would have shown is not known
@@ -315,9 +321,15 @@ void TestRun::showCommands() {
 
 void TestRun::run() {
     for (unsigned round = 0; round < options_.repeat; ++round) {
-        Schedule schedule({options_.jobs, [] { return platform::interruptSignal() == 0; }, {}});
+        Schedule schedule({
+            .limit = options_.jobs,
+            .mayStart = [] { return platform::interruptSignal() == 0; },
+            .beforeWaiting =
+                [this](auto longest) { return options_.events->beforeWaiting(longest); },
+        });
         for (const auto& test : tests_) {
             if (!test->ended()) {
+                options_.events->expected(1);
                 schedule.add(test->node());
             }
         }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "driver/build_events.h"
 #include "driver/target_build.h"
 #include "driver/target_visit.h"
 #include "schedule/schedule.h"
@@ -18,6 +19,7 @@ struct TestRunOptions {
     unsigned maxCommands = 0;  ///< of a test's list; 0: all
     unsigned repeat = 1;       ///< how often a test runs, as long as it passes
     bool onlyChanged = false;  ///< one that nothing has changed for since it passed is skipped
+    BuildEvents* events = &noEvents();  ///< each run of a test is a step
 };
 
 /// A test's commands run as the commands of its target would, but read nothing from the standard

@@ -55,6 +55,10 @@ class Tests(ProgramTest):
                       vesk::needy: what it needs could not be built
                     """)), result.err)
                 self.assertNotIn("plain", result.out)
+                self.assertIn("\nskipped: vesk::needy (needs vesk::broken)\n", result.out)
+        result = self.run_vesk("--test=good", "--summary", "--progress=plain")
+        self.assertRegex(result.out, r"(?m)^\[1/1\] 0:\d\d vesk::good$")
+        self.assertRegex(result.out, r"\n1 step in 0:\d\d\n0 targets built, 1 up to date, in ")
 
     def test_choosing(self):
         self.write(".vesk_project.txt", """

@@ -2,12 +2,15 @@
 #include <chrono>
 #include <fmt/format.h>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <utility>
 #include <vector>
 
+#include "app/build_summary.h"
 #include "app/modes/modes.h"
+#include "app/progress.h"
 #include "app/session.h"
 #include "app/unread_variables.h"
 #include "base/console.h"
@@ -42,9 +45,9 @@ std::vector<TargetLocation> requestedTests(const Settings& settings, const Sessi
     return tests;
 }
 
-TestRunOptions runOptions(const Settings& settings) {
+TestRunOptions runOptions(const Settings& settings, BuildEvents& events) {
     return {std::max(1U, settings.jobCount), settings.maxCommands, settings.tests.repeat,
-            settings.tests.onlyChanged};
+            settings.tests.onlyChanged, &events};
 }
 
 void writeJunit(const std::string& path, const std::vector<TestResult>& results) {
@@ -70,15 +73,22 @@ int runTests(const Settings& settings, Session& session) {
     const std::vector<TargetLocation> tests = requestedTests(settings, session);
     BuildSetting setting = buildSetting(settings, session);
     setting.options.keepGoing = true;  // one that cannot be built is no reason not to run others
+    BuildSummary summary(settings.dryRun);
+    std::optional<Progress> progress(std::in_place, settings, summary);
+    setting.events = &*progress;
     Driver driver(std::move(setting));
-    TestRun run(runOptions(settings), showTestLine);
+    TestRun run(runOptions(settings, *progress), showTestLine);
     prepareTests(tests, driver, run);
     if (settings.dryRun) {
         run.showCommands();
         return run.results().empty() ? 0 : 1;  // those that could not be built
     }
     run.run();
+    progress.reset();
     const std::vector<TestResult> results = run.results();
+    if (settings.summary || summary.anyFailed()) {
+        summary.print();
+    }
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - began;
     showTestSummary(results, time.count());
     writeJunit(settings.tests.junit, results);
@@ -95,10 +105,10 @@ std::string descriptionOf(const TargetLocation& location) {
 
 int test(const Settings& settings) {
     Session session = openSession(settings);
-    reportUnreadVariables(settings.doubts, session);
+    reportUnreadVariables(session.settings.doubts, session);
     int status = 0;
     try {
-        status = runTests(settings, session);
+        status = runTests(session.settings, session);
     } catch (...) {
         session.caches.save();  // what was built before the failure is not built again
         throw;
