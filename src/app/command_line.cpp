@@ -1,6 +1,8 @@
 #include "app/command_line.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -118,19 +120,30 @@ std::string_view withoutDashes(std::string_view argument) noexcept {
     return argument;
 }
 
-void applySwitch(const std::string& argument, Settings& settings, ArgumentReader& reader) {
-    const std::string_view word = withoutDashes(argument);
+struct FoundOption {
+    const Option* option = nullptr;  ///< null: there is none of this name
+    std::optional<std::string> attached;
+};
+
+FoundOption findOption(std::string_view word) {
     for (const Option& option : options()) {
         if (names(word, option)) {
-            option.apply(settings, reader.takeFor(option.form));
-            return;
+            return {&option, std::nullopt};
         }
         if (std::string_view value = word; takeAttached(value, option)) {
-            option.apply(settings, std::string(value));
-            return;
+            return {&option, std::string(value)};
         }
     }
-    if (!word.empty()) {  // "-" and "--" say nothing
+    return {};
+}
+
+void applySwitch(const std::string& argument, Settings& settings, ArgumentReader& reader) {
+    const std::string_view word = withoutDashes(argument);
+    const auto [option, attached] = findOption(word);
+    if (option != nullptr) {
+        settings.given.push_back(option->longForm);
+        option->apply(settings, attached ? *attached : reader.takeFor(option->form));
+    } else if (!word.empty()) {  // "-" and "--" say nothing
         settings.unknownOptions.push_back(argument);
     }
 }
@@ -188,6 +201,24 @@ void parseOptionsOnly(std::string_view text, Settings& settings) {
     settings.positionals.resize(before);
 }
 
+void applyProjectSwitch(const std::string& argument, Settings& settings, ArgumentReader& reader) {
+    const auto [option, attached] = findOption(withoutDashes(argument));
+    if (option == nullptr) {
+        reportDoubt(settings.doubts, "Unknown option '" + argument + "' of the project.",
+                    {intendedOption(withoutDashes(argument))});
+        return;
+    }
+    if (option->fromProject == FromProject::no) {
+        VeskException error("A project cannot give the option '" + argument + "'.");
+        error.addNote(std::string("give it on the command line or in ") + kOptionsVariable);
+        throw error;
+    }
+    const std::string value = attached ? *attached : reader.takeFor(option->form);
+    if (std::ranges::find(settings.given, option->longForm) == settings.given.end()) {
+        option->apply(settings, value);
+    }
+}
+
 }  // namespace
 
 void parseCommandLine(const std::vector<std::string>& arguments, Settings& settings) {
@@ -214,6 +245,24 @@ void parseOptionsVariable(std::string_view text, Settings& settings) {
         parseOptionsOnly(text, settings);
     } catch (...) {
         rethrowWithNote(std::string("in the environment variable ") + kOptionsVariable);
+    }
+}
+
+void parseProjectOptions(std::string_view text, Settings& settings) {
+    const std::vector<std::string> words = wordsOf(text);
+    const bool strictBefore = settings.doubts == Doubts::Refuse;
+    ArgumentReader reader(words);
+    while (!reader.atEnd()) {
+        const std::string& word = reader.take();
+        if (!beginsWithDash(word)) {
+            VeskException error("'" + word + "' is not an option.");
+            error.addNote("targets, profiles and assignments are given on the command line");
+            throw error;
+        }
+        applyProjectSwitch(word, settings, reader);
+    }
+    if (settings.doubts == Doubts::Refuse && !strictBefore) {
+        reportUnknownOptions(settings);
     }
 }
 

@@ -28,6 +28,10 @@ void parseCommandLine(const std::vector<std::string>& arguments, Settings& setti
 /// quote.
 void parseOptionsVariable(std::string_view text, Settings& settings);
 
+/// The same for the options that a project has for every build. Those already given stand. A word
+/// that is not an option, and an option that a project cannot give, throw VeskException.
+void parseProjectOptions(std::string_view text, Settings& settings);
+
 /// Reports the options that are none, with what they are nearly called like. Throws VeskException
 /// where doubts are refused.
 void reportUnknownOptions(const Settings& settings);

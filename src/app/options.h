@@ -23,6 +23,10 @@ enum class ArgumentForm : std::uint8_t {
     Words,           ///< all that follows, each word with a NUL behind it
 };
 
+/// Whether a project's profile may give an option (its OPTIONS). Not where it decides which project
+/// or profile is read, what is done, or for whom.
+enum class FromProject : bool { no, yes };
+
 /// To add an option, add its line to the table in options.cpp, its field to Settings, and its row
 /// to docs/command-line.md.
 struct Option {
@@ -35,6 +39,8 @@ struct Option {
 
     /// Takes the option over. `value` is the argument, empty where an optional one is missing.
     void (*apply)(Settings& settings, const std::string& value);
+
+    FromProject fromProject = FromProject::no;
 };
 
 /// All options, a section at a time.

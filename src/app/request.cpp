@@ -72,10 +72,16 @@ std::shared_ptr<Context> withoutAppends(const Context& context) {
 
 }  // namespace
 
-Request readRequest(const Settings& settings, Workspace& workspace, const UserRegistry& registry) {
+Positionals selectProfile(const Settings& settings, const Workspace& workspace,
+                          const UserRegistry& registry) {
+    Positionals words = classifyPositionals(settings.positionals, *workspace.project);
+    loadImports(workspace, words, registry.ifRead());
+    return words;
+}
+
+Request readRequest(const Settings& settings, Workspace& workspace, Positionals words) {
     Request request;
-    request.words = classifyPositionals(settings.positionals, *workspace.project);
-    loadImports(workspace, request.words, registry.ifRead());
+    request.words = std::move(words);
     request.assignments = std::make_shared<Context>();
     request.overrides = request.assignments;
     ContextTemplate written =

@@ -20,8 +20,12 @@ struct Request {
     std::shared_ptr<Context> overrides;
 };
 
-/// Sorts the words, loads the imports of the project under the profile that they select, and reads
-/// the assignments. Reports a second target. Throws what these three throw.
-Request readRequest(const Settings& settings, Workspace& workspace, const UserRegistry& registry);
+/// Sorts the words, and loads the imports of the project under the profile that they select. Throws
+/// what these throw.
+Positionals selectProfile(const Settings& settings, const Workspace& workspace,
+                          const UserRegistry& registry);
+
+/// Reads the assignments among the words. Reports a second target. Throws what parsing throws.
+Request readRequest(const Settings& settings, Workspace& workspace, Positionals words);
 
 }  // namespace Vesk

@@ -4,6 +4,7 @@
 
 #include "app/builtin_variables.h"
 #include "app/kept_visits.h"
+#include "app/project_options.h"
 #include "events/events.h"
 #include "tools/static/static_tools.h"
 
@@ -49,13 +50,16 @@ BuildSetting buildSetting(const Settings& settings, Session& session) {
     };
 }
 
-Session openSession(const Settings& settings) {
+Session openSession(const Settings& given) {
     const events::Span span(events::Activity::Read, "project, registry and toolchains");
+    Settings settings = given;
     UserRegistry registry;
     registry.read();
     Workspace workspace = loadWorkspaceOrUnit(settings, registry);
-    Request request = readRequest(settings, workspace, registry);
     const auto builtins = builtinVariables(workspace.root.directory);
+    Positionals words = selectProfile(settings, workspace, registry);
+    applyProjectOptions(settings, *workspace.project, *builtins);
+    Request request = readRequest(settings, workspace, std::move(words));
     Toolbox staticTools = makeStaticTools();
     platform::Questions asked;
     DeclaredTools declared =
@@ -67,8 +71,9 @@ Session openSession(const Settings& settings) {
         asked.repeatable
             ? std::optional(surroundingsOfRun(registry.read(), *builtins, request, asked))
             : std::nullopt;
-    return {std::move(request), std::move(staticTools), std::move(declared),
-            std::move(catalog), std::move(caches),      surroundings};
+    return {std::move(settings), std::move(request), std::move(staticTools),
+            std::move(declared), std::move(catalog), std::move(caches),
+            surroundings};
 }
 
 }  // namespace Vesk

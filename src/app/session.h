@@ -15,6 +15,7 @@
 namespace Vesk {
 
 struct Session {
+    Settings settings;  ///< with the options of the project
     Request request;
     Toolbox staticTools;
     DeclaredTools declaredTools;
@@ -25,7 +26,7 @@ struct Session {
 
 /// Takes all steps of the set-up, from the registry to the caches, which it locks unless the build
 /// is a dry run. Throws what is wrong with any of it.
-Session openSession(const Settings& settings);
+Session openSession(const Settings& given);
 
 /// What a driver needs of it. Both outlive the driver.
 BuildSetting buildSetting(const Settings& settings, Session& session);

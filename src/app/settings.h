@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/doubts.h"
@@ -122,6 +123,7 @@ struct Settings {
     std::vector<std::string> positionals;      ///< every argument that is not an option, in order
     std::vector<Definition> definitions;
     std::vector<std::string> unknownOptions;  ///< as they were given
+    std::vector<std::string_view> given;      ///< long forms of the options that were given
 
     friend bool operator==(const Settings&, const Settings&) = default;
 };

@@ -76,6 +76,52 @@ class DemoProject(ProgramTest):
                    err="No file to list. You need .vesk_project.txt.\n")
 
 
+class Options(ProgramTest):
+    def project(self, options):
+        self.write(".vesk_project.txt", f"""
+            name demo
+            units {{ main {{ "vesk.txt" }} }}
+            profiles {{
+                default {{ OPTIONS = "--summary"  if os_family = "none" {{ OPTIONS = "-p" }} }}
+                more {{ OPTIONS {options} }}
+            }}
+            """)
+        self.write("vesk.txt", """
+            unit main
+            a: { cmdline = ["child exit 2", "child print more"] }
+            all: a b { NO_TOOL }
+            b: { cmdline = "child print b" }
+            """)
+
+    def test_those_of_the_profile_hold_for_its_builds(self):
+        self.project('+= "-k --max-commands=1 --progress=plain"')
+        result = self.run_vesk("b")
+        self.assertIn("1 target built, 0 up to date", result.out)
+        self.assertNotIn("[1/1]", result.out)
+        result = self.run_vesk("all", "more")
+        self.assertEqual(result.out.count("Starting build job"), 2)
+        self.assertRegex(result.out, r"(?m)^\[\d/\d\] 0:\d\d main::b$")
+        self.assertIn("  failed: main::a\n", result.err)
+        for given in ({"env": {"VESK_OPTIONS": "--progress=none"}}, {}):
+            arguments = [] if given else ["--progress=none"]
+            self.assertNotIn("[1/", self.run_vesk("b", "more", *arguments, **given).out)
+
+    def test_what_a_project_cannot_give(self):
+        for options, error in (
+                ('= "-j 2 -p"', "A project cannot give the option '-p'."),
+                ('= "--test"', "A project cannot give the option '--test'."),
+                ('= "-k app"', "'app' is not an option."),
+                ("""= "-k 'x" """, "A quote is not closed: 'x")):
+            self.project(options)
+            self.assertRegex(self.error("b", "more"), rf"^Error: {error}\n(?:.*\n)?  "
+                             r"\{DIR\}/.vesk_project.txt:5:12\n.*\n +\^\n  in OPTIONS of project 'demo'\n")
+        self.project('= "--sumary"')
+        self.assertIn("Unknown option '--sumary' of the project.\n  did you mean '--summary'?\n",
+                      self.run_vesk("b", "more").err)
+        self.project('= "--strict"')
+        self.assertIn("Error: Unknown option '--bogus'.", self.failure("b", "more", "--bogus"))
+
+
 class Layers(ProgramTest):
     def test_each_value_stays_in_its_layer(self):
         self.write(".vesk_project.txt", """

@@ -51,12 +51,6 @@ void writeCompileCommands(const Settings& settings, const Session& session,
     }
 }
 
-void print(const BuildSummary& summary) {
-    for (const std::string& line : summary.lines()) {
-        console::normal("{}", line);
-    }
-}
-
 /// Builds, and says in the end how it went if that was asked for, or if more than one command can
 /// have failed.
 std::shared_ptr<Context> buildAndSumUp(const BuildSetting& setting, const TargetLocation& target,
@@ -64,12 +58,12 @@ std::shared_ptr<Context> buildAndSumUp(const BuildSetting& setting, const Target
     try {
         std::shared_ptr<Context> outputs = Driver(setting).build(target);
         if (settings.summary) {
-            print(summary);
+            summary.print();
         }
         return outputs;
     } catch (const Interrupted&) {
         if (settings.summary) {
-            print(summary);
+            summary.print();
         }
         throw;
     } catch (const BuildFailed&) {
@@ -131,8 +125,9 @@ void buildNaming(const Settings& settings, Session& session, VisitStore& visits)
     }
 }
 
-Session runBuild(const Settings& settings, VisitStore& visits, const fs::path& directory) {
-    Session session = openSession(settings);
+Session runBuild(const Settings& given, VisitStore& visits, const fs::path& directory) {
+    Session session = openSession(given);
+    const Settings& settings = session.settings;
     reportUnreadVariables(settings.doubts, session);
     console::normal("Starting build");
     if (settings.dump) {
@@ -187,7 +182,9 @@ int build(const Settings& settings) {
     loadVisits(visits, directory);
     snapshot.begin();
     const Session session = runBuild(settings, visits, directory);
-    snapshot.keep();  // while the session still locks the caches
+    if (!session.settings.summary) {
+        snapshot.keep();  // while the session still locks the caches
+    }
     saveVisits(visits, directory);
     return 0;
 }

@@ -121,7 +121,8 @@ UnitPlace placeOf(const std::string& word, const Workspace& workspace) {
 int listTargets(const Settings& settings) {
     UserRegistry registry;
     Workspace workspace = loadWorkspaceOrUnit(settings, registry);
-    const Request request = readRequest(settings, workspace, registry);
+    const Request request =
+        readRequest(settings, workspace, selectProfile(settings, workspace, registry));
     const auto [project, unitName] = placeOf(settings.unitToList, workspace);
     const auto implicit =
         implicitLayers(*project, *builtinVariables(project->root), *request.assignments);

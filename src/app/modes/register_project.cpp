@@ -16,7 +16,8 @@ int registerProject(const Settings& settings) {
                                     platform::pathToUtf8(workspace.root.directory) +
                                     " and above; vesk --create-project makes one");
     }
-    const Request request = readRequest(settings, workspace, registry);
+    const Request request =
+        readRequest(settings, workspace, selectProfile(settings, workspace, registry));
     // What is registered can be built: the catalog finds what is wrong with it.
     const ProjectCatalog catalog = makeCatalog(workspace, Context(), request);
     updateRegistry(file, [&workspace](Registry& current) {
