@@ -141,6 +141,19 @@ void addEarlier(Lines& lines, const RunRecord& run, const std::vector<PastRun>& 
     }
 }
 
+/// Cut between two letters.
+std::string beginningOf(const std::string& command) {
+    constexpr std::size_t kMost = 60;
+    if (command.size() <= kMost) {
+        return command;
+    }
+    std::size_t size = kMost;
+    while (size > 0 && (static_cast<unsigned char>(command[size]) & 0xC0) == 0x80) {
+        --size;
+    }
+    return command.substr(0, size) + "...";
+}
+
 Json commandJson(const RunRecord& run, std::size_t number) {
     const CommandRecord& command = run.commands[number];
     Json json{{"target", run.visits[command.visit].name()}};
@@ -220,7 +233,8 @@ std::string fromDirectory(const RunRecord& run, const std::string& path) {
 std::string labelOf(const RunRecord& run, std::size_t command) {
     const CommandRecord& record = run.commands[command];
     const std::string& target = run.visits[record.visit].name();
-    return record.makes.empty() ? target : target + " " + fromDirectory(run, record.makes);
+    return target + " " +
+           (record.makes.empty() ? beginningOf(record.command) : fromDirectory(run, record.makes));
 }
 
 std::vector<std::string> statsLines(const RunRecord& run, const std::vector<PastRun>& earlier) {

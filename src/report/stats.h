@@ -21,7 +21,8 @@ std::string durationText(double seconds);
 /// "640 kB", "1.2 GB".
 std::string bytesText(std::uint64_t bytes);
 
-/// "main::app out/app": whose command it is, and what it makes, from the directory of the run.
+/// "main::app out/app": whose command it is and what it makes, relative to the directory of the
+/// run. A command that declares no files stands for itself.
 std::string labelOf(const RunRecord& run, std::size_t command);
 
 /// A path as it is seen from the directory of the run, if it lies there.

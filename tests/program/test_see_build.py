@@ -5,7 +5,6 @@ import html.parser
 import json
 import os
 import re
-import shutil
 import subprocess
 import unittest
 from pathlib import Path
@@ -14,7 +13,7 @@ from harness import SETTINGS, ProgramTest, needs, posix_only
 
 WHOLE = 'SIDE_BY_SIDE="yes"'
 # Where pictures of the page are left to be looked at.
-PICTURES = os.environ.get("VESK_PICTURES")
+PICTURES = Path(os.environ.get("VESK_PICTURES") or SETTINGS.children / "pictures").resolve()
 
 
 class Seen(ProgramTest):
@@ -357,17 +356,50 @@ class Browser(Seen):
         self.assertEqual(console, [])
         return PageText(result.stdout), result.stdout
 
-    def picture(self, name, page="r.html", size="1280,2400", dark=False):
-        file = self.base / name
-        scheme = ["--force-dark-mode", "--blink-settings=preferredColorScheme=0"] if dark else []
+    def picture(self, name, size="1280,2400", dark=False):
+        """Draws the page, and leaves the picture to be looked at."""
+        scheme = ["--blink-settings=preferredColorScheme=0"] if dark else []
+        file = PICTURES / name
+        PICTURES.mkdir(parents=True, exist_ok=True)
         self.chromium(f"--screenshot={file}", f"--window-size={size}", *scheme,
-                      f"file://{self.dir}/{page}")
-        bytes_ = file.read_bytes()
-        self.assertTrue(bytes_.startswith(b"\x89PNG"))
-        self.assertGreater(len(bytes_), 20_000)
-        place = Path(PICTURES or SETTINGS.children / "pictures")
-        place.mkdir(parents=True, exist_ok=True)
-        shutil.copy(file, place / name)
+                      f"file://{self.dir}/r.html")
+        content = file.read_bytes()
+        self.assertTrue(content.startswith(b"\x89PNG"))
+        self.assertGreater(len(content), 20_000)
+
+    # A compiler, seen from far: each step takes its tenths of a second.
+    libraries = {"text": ([], 3), "io": (["text"], 2), "version": ([], 1),
+                 "parser": (["text", "grammar"], 6), "grammar": ([], 4), "types": (["text"], 3),
+                 "checker": (["types", "parser"], 5), "optimizer": (["types"], 7),
+                 "codegen": (["optimizer", "checker"], 4), "runtime": (["io"], 3),
+                 "compiler": (["codegen", "io", "version"], 3), "docs": (["grammar"], 2),
+                 "formatter": (["parser", "io"], 2)}
+
+    def write_compiler(self):
+        lines = ["unit main", "all: compiler formatter runtime docs { NO_TOOL }"]
+        for name, (needs, tenths) in self.libraries.items():
+            self.write(f"src/{name}.src", name)
+            said = "; echo 'src/types.src:41: warning: unused rule'" if name == "types" else ""
+            lines.append(f'{name}: {" ".join(needs)} {{ LEVEL ?= "1"  src = P"(src/{name}.src)" '
+                         f'^OUT = P"(out/{name})" cmdline = "sleep 0.{tenths}{said}; '
+                         'cat ${src} > ${OUT} # ${LEVEL}" }')
+        self.unit("\n".join(lines) + "\n")
+
+    @needs("dot")
+    def test_pictures(self):
+        """Those of the documentation are made with VESK_PICTURES=docs/pictures."""
+        self.write_compiler()
+        self.build("-j4", WHOLE, "--stats", "all")
+        for name in ("types", "grammar"):
+            self.write(f"src/{name}.src", "changed")
+        self.write("vesk.txt", self.read("vesk.txt").replace('optimizer: types { LEVEL ?= "1"',
+                                                             'optimizer: types { LEVEL ?= "2"'))
+        self.build("-j4", WHOLE, "--report=r.html", "--graph=g.svg", "all")
+        self.write("r.html", self.read("r.html").replace(str(self.dir), "/home/ada/compiler").encode())
+        self.picture("report.png", size="1200,1500")
+        self.picture("report-dark.png", size="1200,1500", dark=True)
+        graph = re.sub(r"<title>[^<]*</title>|xlink:title=\"[^\"]*\"", "", self.read("g.svg"))
+        (PICTURES / "graph.svg").write_text(graph)
 
     def test_a_build(self):
         self.build("-j4", WHOLE, "--report=r.html", "all")
@@ -380,8 +412,6 @@ class Browser(Seen):
         for words in ("Build of vesk::all", "a.src has changed", "Slowest steps", "up to date",
                       "this run", "Needed by"):
             self.assertIn(words, said)
-        self.picture("report.png")
-        self.picture("report-dark.png", dark=True)
         self.picture("report-narrow.png", size="500,2400")
 
     def test_a_failure(self):

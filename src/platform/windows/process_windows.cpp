@@ -7,9 +7,11 @@
 #include <cstdlib>
 #include <mutex>
 #include <optional>
-#include <psapi.h>
 #include <system_error>
 #include <windows.h>
+// clang-format off: it needs the types of the one above
+#include <psapi.h>
+// clang-format on
 
 #include "platform/alarm.h"
 #include "platform/interrupt.h"

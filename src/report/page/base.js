@@ -82,7 +82,8 @@ function titleOf(visit) {
 
 /// What a step is called: the file that it makes, or its command.
 function stepName(command) {
-  return command.makes ? shortPath(command.makes) : command.command;
+  const inside = new RegExp(`${run.directory.replace(/[.*+?^${}()|[\]\\]/g, "\\$&")}[\\\\/]`, "g");
+  return command.makes ? shortPath(command.makes) : command.command.replace(inside, "");
 }
 
 function timeOf(visit) {

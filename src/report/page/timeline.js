@@ -246,34 +246,45 @@ class Timeline {
     for (const activity of activities) bar(activity.began, activity.time, activity.what, 3);
   }
 
-  /// How many have been drawn. Of those that fall on one pixel the first is.
+  /// How many have been drawn. Of plain ones that fall on one pixel only the first is drawn.
   drawCommands(pen) {
-    const plain = colour("step");
-    const failed = colour("failed");
-    const path = colour("path");
+    const special = (number) => commands[number].status || onPath.has(number);
     let drawn = 0;
-    this.byLane.forEach((numbers, lane) => {
-      const y = this.laneTop(lane);
+    pen.fillStyle = colour("step");
+    for (const numbers of this.byLane) {
       let last = -1;
       for (const number of numbers) {
-        const command = commands[number];
-        const x = this.x(command.began);
-        const end = Math.max(this.x(command.began + command.time), x + 1);
-        if (end < 0 || x > this.width || (end <= last && number !== this.chosen)) continue;
-        pen.fillStyle = command.status ? failed : onPath.has(number) ? path : plain;
-        pen.fillRect(x, y, Math.max(end - x - 0.5, 1), this.row);
-        if (number === this.chosen) {
-          pen.strokeStyle = colour("ink");
-          pen.lineWidth = 2;
-          pen.strokeRect(x, y, Math.max(end - x, 3), this.row);
-          pen.lineWidth = 1;
-        }
-        this.drawName(pen, number, Math.max(x, 0), Math.min(end, this.width), y);
-        last = Math.ceil(x);
-        ++drawn;
+        const end = this.x(commands[number].began + commands[number].time);
+        if (special(number) || end <= last) continue;
+        drawn += this.drawBar(pen, number) ? 1 : 0;
+        last = Math.ceil(end);
       }
-    });
+    }
+    for (const [name, wanted] of [["path", (number) => !commands[number].status], ["failed", (number) => commands[number].status]]) {
+      pen.fillStyle = colour(name);
+      drawn += this.order.filter((number) => special(number) && wanted(number) && this.drawBar(pen, number)).length;
+    }
+    if (this.chosen !== null) this.drawFrame(pen, this.chosen);
     return drawn;
+  }
+
+  drawBar(pen, number) {
+    const { began, time, lane } = commands[number];
+    const x = this.x(began);
+    const end = Math.max(this.x(began + time), x + 1);
+    if (end < 0 || x > this.width) return false;
+    const y = this.laneTop(lane);
+    pen.fillRect(x, y, Math.max(end - x - 0.5, 1), this.row);
+    this.drawName(pen, number, Math.max(x, 0), Math.min(end, this.width), y);
+    return true;
+  }
+
+  drawFrame(pen, number) {
+    const { began, time, lane } = commands[number];
+    pen.strokeStyle = colour("ink");
+    pen.lineWidth = 2;
+    pen.strokeRect(this.x(began), this.laneTop(lane), Math.max(this.x(began + time) - this.x(began), 3), this.row);
+    pen.lineWidth = 1;
   }
 
   drawName(pen, number, x, end, y) {
@@ -288,8 +299,10 @@ class Timeline {
     pen.restore();
   }
 
-  /// Lines from each step of the critical path to the next.
+  /// Lines from each step of the critical path to the next, where they can be told apart.
   drawPath(pen) {
+    const visible = data.path.filter((number) => commands[number].began <= this.to && commands[number].began + commands[number].time >= this.from);
+    if (visible.length > this.width / 12) return;
     pen.strokeStyle = colour("path");
     pen.lineWidth = 1.5;
     for (let i = 1; i < data.path.length; ++i) {
