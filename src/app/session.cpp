@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "app/builtin_variables.h"
 #include "app/kept_visits.h"
 #include "app/project_options.h"
+#include "driver/builtin_variables.h"
 #include "events/events.h"
 #include "tools/static/static_tools.h"
 

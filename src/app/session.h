@@ -3,12 +3,12 @@
 
 #include <optional>
 
-#include "app/declared_tools.h"
 #include "app/project_caches.h"
 #include "app/request.h"
 #include "app/settings.h"
 #include "base/content_hash.h"
 #include "driver/build_setting.h"
+#include "driver/declared_tools.h"
 #include "project/project_catalog.h"
 #include "tools/toolbox.h"
 

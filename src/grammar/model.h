@@ -16,6 +16,12 @@ namespace Vesk {
 class Context;
 class ContextTemplate;
 
+enum class FileKind : int {
+    Unit = 0,  ///< also for a text that is not a file
+    Project = 1,
+    Registry = 2,
+};
+
 /// An entry of a tools section.
 struct ToolEntry {
     std::string name;

@@ -36,7 +36,8 @@ class PrintableErrors : public antlr4::DefaultErrorStrategy {
 
 }  // namespace
 
-CheckingLexer::CheckingLexer(antlr4::CharStream* input) : CommonLexer(input) {
+CheckingLexer::CheckingLexer(antlr4::CharStream* input, Purpose purpose)
+    : CommonLexer(input), purpose_(purpose) {
     auto* const simulator = getInterpreter<antlr4::atn::LexerATNSimulator>();
     auto& automata = simulator->_decisionToDFA;
     auto& cache = simulator->getSharedContextCache();
@@ -66,12 +67,41 @@ std::unique_ptr<antlr4::Token> CheckingLexer::nextToken() {
     return next;
 }
 
+void CheckingLexer::skip() {
+    const auto start = static_cast<ssize_t>(tokenStartCharIndex);
+    if (purpose_ == Purpose::ForEditors &&
+        _input->getText(antlr4::misc::Interval(start, start)) == "/") {
+        channel = antlr4::Token::HIDDEN_CHANNEL;
+    } else {
+        CommonLexer::skip();
+    }
+}
+
+void CheckingLexer::recover(const antlr4::LexerNoViableAltException& error) {
+    CommonLexer::recover(error);
+    if (purpose_ == Purpose::ForEditors) {
+        goBackToEndOfLine();
+    }
+}
+
+/// From where the lexer gave up to the end of the line on which the token begins.
+void CheckingLexer::goBackToEndOfLine() {
+    const std::size_t end = _input->index();
+    auto* const simulator = getInterpreter<antlr4::atn::LexerATNSimulator>();
+    _input->seek(tokenStartCharIndex);
+    simulator->setLine(tokenStartLine);
+    simulator->setCharPositionInLine(tokenStartCharPositionInLine);
+    while (_input->index() < end && _input->LA(1) != '\n') {
+        simulator->consume(_input);
+    }
+}
+
 std::string CheckingLexer::getErrorDisplay(const std::string& text) {
     return printable(CommonLexer::getErrorDisplay(text));
 }
 
-Recognisers::Recognisers(antlr4::CharStream* input)
-    : lexer(input), tokens(&lexer), parser(&tokens) {
+Recognisers::Recognisers(antlr4::CharStream* input, CheckingLexer::Purpose purpose)
+    : lexer(input, purpose), tokens(&lexer), parser(&tokens) {
     parser.setErrorHandler(std::make_shared<PrintableErrors>());
 }
 

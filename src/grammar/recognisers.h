@@ -1,6 +1,7 @@
 // Lexer and parser for one text, and how to run them.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -16,9 +17,15 @@ namespace Vesk {
 /// text, instead of a slash, an asterisk and the comment's words as tokens.
 class CheckingLexer : public grammar::CommonLexer {
   public:
-    explicit CheckingLexer(antlr4::CharStream* input);
+    /// `ForEditors`: comments become tokens of the hidden channel, and of a string that is not
+    /// closed only the rest of its line is left out: its end is most likely to be typed there.
+    enum class Purpose : std::uint8_t { ForModels, ForEditors };
+
+    explicit CheckingLexer(antlr4::CharStream* input, Purpose purpose = Purpose::ForModels);
 
     std::unique_ptr<antlr4::Token> nextToken() override;
+    void skip() override;
+    void recover(const antlr4::LexerNoViableAltException& error) override;
 
     /// Messages go to a terminal, and texts of files may contain anything.
     std::string getErrorDisplay(const std::string& text) override;
@@ -26,13 +33,16 @@ class CheckingLexer : public grammar::CommonLexer {
   private:
     void countOpen(const antlr4::Token& bracket);
     void reportOpenComment();
+    void goBackToEndOfLine();
 
+    Purpose purpose_;
     std::size_t open_ = 0;
 };
 
 /// A lexer and a parser with the runtime's default listeners. Owns the tokens and the parse tree.
 struct Recognisers {
-    explicit Recognisers(antlr4::CharStream* input);
+    explicit Recognisers(antlr4::CharStream* input,
+                         CheckingLexer::Purpose purpose = CheckingLexer::Purpose::ForModels);
 
     CheckingLexer lexer;
     antlr4::CommonTokenStream tokens;

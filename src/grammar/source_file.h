@@ -27,6 +27,9 @@ class SourceFile {
     /// text: a NUL byte, or bytes that are not UTF-8.
     std::string_view text() const;
 
+    /// All of the file.
+    const std::string& bytes() const noexcept { return bytes_; }
+
   private:
     [[noreturn]] void refuse(std::string_view text, std::size_t offset, std::string_view why) const;
 

@@ -20,12 +20,6 @@ namespace Vesk {
 class Target;
 struct DependencyRecord;
 
-enum class FileKind : int {
-    Unit = 0,  ///< also for a text that is not a file
-    Project = 1,
-    Registry = 2,
-};
-
 /// Visits the tree of a text without syntax errors. Each visit returns what its rule stands for,
 /// with the type named at its group; `taken` extracts it. Errors carry a note with file and line.
 class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {

@@ -5,13 +5,13 @@
 #include <string_view>
 #include <vector>
 
-#include "app/builtin_variables.h"
 #include "app/modes/modes.h"
 #include "app/request.h"
 #include "base/attempt.h"
 #include "base/ci_string.h"
 #include "base/console.h"
 #include "base/text.h"
+#include "driver/builtin_variables.h"
 #include "driver/input_context.h"
 #include "types/values/errors.h"
 

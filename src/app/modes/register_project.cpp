@@ -1,6 +1,6 @@
-#include "app/builtin_variables.h"
 #include "app/modes/modes.h"
 #include "app/session.h"
+#include "driver/builtin_variables.h"
 #include "platform/files.h"
 #include "types/values/errors.h"
 

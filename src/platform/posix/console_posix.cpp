@@ -40,6 +40,21 @@ bool writeBytes(Stream stream, std::string_view bytes) noexcept {
     return true;
 }
 
+std::size_t readInput(char* buffer, std::size_t size) noexcept {
+    while (true) {
+        const ssize_t count = ::read(STDIN_FILENO, buffer, size);
+        if (count >= 0) {
+            return static_cast<std::size_t>(count);
+        }
+        if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            pollfd ready{STDIN_FILENO, POLLIN, 0};
+            ::poll(&ready, 1, -1);
+        } else if (errno != EINTR) {
+            return 0;
+        }
+    }
+}
+
 std::optional<unsigned> terminalWidth(Stream stream) noexcept {
     constexpr unsigned kUsual = 80;
     const int descriptor = stream == Stream::Output ? STDOUT_FILENO : STDERR_FILENO;

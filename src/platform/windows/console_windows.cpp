@@ -56,6 +56,18 @@ bool writeBytes(Stream stream, std::string_view bytes) noexcept {
     return true;
 }
 
+std::size_t readInput(char* buffer, std::size_t size) noexcept {
+    constexpr std::size_t kMaxPiece = 32 * 1024;
+    const HANDLE handle = ::GetStdHandle(STD_INPUT_HANDLE);
+    DWORD count = 0;
+    const auto piece = static_cast<DWORD>(std::min(size, kMaxPiece));
+    if (handle == nullptr || handle == INVALID_HANDLE_VALUE ||
+        !::ReadFile(handle, buffer, piece, &count, nullptr)) {
+        return 0;
+    }
+    return count;
+}
+
 std::optional<unsigned> terminalWidth(Stream stream) noexcept {
     const HANDLE handle = handleOf(stream);
     DWORD mode = 0;

@@ -230,6 +230,19 @@ ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver) {
     return nullptr;
 }
 
+std::vector<TextReference> referencesIn(std::string_view text) {
+    std::vector<TextReference> references;
+    for (std::size_t at = text.find('{'); at != std::string_view::npos;
+         at = text.find('{', at + 1)) {
+        const bool opens = at > 0 && (text[at - 1] == '$' || text[at - 1] == '#');
+        const std::size_t end = opens ? text.find('}', at) : std::string_view::npos;
+        if (end != std::string_view::npos) {
+            references.push_back({at + 1, end});
+        }
+    }
+    return references;
+}
+
 bool isSingleReference(std::string_view text) noexcept {
     return text.starts_with("${") && text.find('}') == text.size() - 1;
 }

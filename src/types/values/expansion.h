@@ -45,6 +45,15 @@ Expanded expandText(const std::string& text, Resolver& resolver);
 /// an empty pointer. Throws CircularReference.
 ValuePtr valueOrReport(const IdentifierPath& path, Resolver& resolver);
 
+/// A reference in a text: what stands between its braces.
+struct TextReference {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+};
+
+/// Those of both kinds that are closed, in order.
+std::vector<TextReference> referencesIn(std::string_view text);
+
 /// Whether the text is a single reference, "${path}", and nothing else.
 bool isSingleReference(std::string_view text) noexcept;
 

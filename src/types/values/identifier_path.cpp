@@ -23,6 +23,7 @@ class PathParser {
     PathParser(std::string_view text, ParseError& error) : text_(text), error_(error) {}
 
     std::size_t position() const noexcept { return at_; }
+    const std::vector<std::size_t>& places() const noexcept { return places_; }
 
     /// path := segment ("." segment)*
     bool path(IdentifierPath& out, char terminator, std::size_t depth) {
@@ -31,6 +32,9 @@ class PathParser {
         }
         while (true) {
             IdentifierSegment segment;
+            if (depth == 0) {
+                places_.push_back(at_);
+            }
             if (!this->segment(segment, depth)) {
                 return false;
             }
@@ -164,6 +168,7 @@ class PathParser {
     std::string_view text_;
     ParseError& error_;
     std::size_t at_ = 0;
+    std::vector<std::size_t> places_;  ///< of the outermost segments
 };
 
 struct IndexText {
@@ -218,6 +223,16 @@ bool parseIdentifierPath(std::string_view text, IdentifierPath& path, ParseError
         *end = parser.position();
     }
     return parsed;
+}
+
+std::vector<std::size_t> segmentPlaces(std::string_view text) {
+    IdentifierPath path;
+    ParseError error;
+    PathParser parser(text, error);
+    const bool parsed = parser.path(path, '\0', 0);
+    std::vector<std::size_t> places = parser.places();
+    places.resize(parsed ? places.size() : path.segments.size());
+    return places;
 }
 
 IdentifierPath identifierPathFrom(std::string_view text) {

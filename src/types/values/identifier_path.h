@@ -63,6 +63,9 @@ inline constexpr std::size_t kMaxIndexNesting = 1000;
 bool parseIdentifierPath(std::string_view text, IdentifierPath& path, ParseError& error,
                          std::size_t* end = nullptr);
 
+/// Where the names of the path's segments begin in `text`, as far as it can be read.
+std::vector<std::size_t> segmentPlaces(std::string_view text);
+
 /// The path that makes up the whole of `text`. Throws ParseError, also if anything follows the
 /// path.
 IdentifierPath identifierPathFrom(std::string_view text);

@@ -1,4 +1,4 @@
-#include "app/declared_tools.h"
+#include "driver/declared_tools.h"
 
 #include <exception>
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-#include "app/builtin_variables.h"
+#include "driver/builtin_variables.h"
 
 #include <fmt/format.h>
 #include <utility>
