@@ -21,6 +21,7 @@ constexpr std::string_view kWhatIsShown = "What is shown and written";
 constexpr std::string_view kSeeing = "To see the build";
 constexpr std::string_view kTests = "Tests";
 constexpr std::string_view kCleaning = "Removing what was built";
+constexpr std::string_view kFiles = "Files of vesk's language";
 constexpr std::string_view kInstead = "Instead of a build";
 constexpr std::string_view kHidden = "";  // asked for by scripts, not by people
 
@@ -145,6 +146,14 @@ void setClean(Settings& settings, const std::string& value) {
 
 void setForce(Settings& settings, const std::string& /*value*/) {
     settings.clean.force = true;
+}
+
+void setFormat(Settings& settings, const std::string& value) {
+    if (!value.empty() && !equalsIgnoringCase(value, "check")) {
+        throw VeskException("Option '--format' takes nothing or 'check': '--format=check'.");
+    }
+    settings.onlyCheckFormat = settings.onlyCheckFormat || !value.empty();
+    askFor(settings, RunMode::Format);
 }
 
 void setInit(Settings& settings, const std::string& value) {
@@ -281,6 +290,15 @@ constexpr std::array kOptions = {
            "removes what vesk has made, or what no target makes any more", setClean},
     Option{kCleaning, "", "force", ArgumentForm::None, "",
            "with --clean also removes files that have changed since", setForce},
+
+    Option{kFiles, "", "format", ArgumentForm::AttachedIfAny, "[=check]",
+           "lays out the files that are named, or the project's; check: only lists them", setFormat},
+    Option{kFiles, "", "lint", ArgumentForm::None, "",
+           "says what is wrong with these files, and builds nothing", choose<RunMode::Lint>},
+    Option{kFiles, "", "sarif", ArgumentForm::Attached, "FILE",
+           "with --lint writes the findings as SARIF", take<&Settings::sarif>},
+    Option{kFiles, "", "language-server", ArgumentForm::None, "",
+           "serves an editor over standard input and output", choose<RunMode::LanguageServer>},
 
     Option{kInstead, "l", "list-targets", ArgumentForm::Unit, "UNIT",
            "lists a unit's targets", setUnitToList},

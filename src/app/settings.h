@@ -36,6 +36,9 @@ enum class RunMode : std::int32_t {
     VariableTables = 11,
     Init = 12,
     Complete = 13,
+    Format = 14,
+    Lint = 15,
+    LanguageServer = 16,
 };
 
 /// How a build shows how far it is.
@@ -113,6 +116,8 @@ struct Settings {
     Doubts doubts = Doubts::Warn;
     std::uint32_t maxCommands = 0;  ///< 0: no limit
     std::string unitToList;
+    bool onlyCheckFormat = false;
+    std::string sarif;        ///< the report of --lint to write, as given
     std::string initKind;     ///< what --init is to write, as given
     bool removeGone = false;  ///< from the registry: toolchains that are gone
     bool fullVersion = false;

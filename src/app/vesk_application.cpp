@@ -48,6 +48,9 @@ constexpr std::array kModes = {
     Mode{RunMode::VariableTables, modes::printVariableTables},
     Mode{RunMode::Init, modes::init},
     Mode{RunMode::Complete, modes::complete},
+    Mode{RunMode::Format, modes::format},
+    Mode{RunMode::Lint, modes::lint},
+    Mode{RunMode::LanguageServer, modes::languageServer},
 };
 
 }  // namespace

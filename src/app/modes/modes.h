@@ -35,6 +35,17 @@ int init(const Settings& settings);
 /// Says nothing else, whatever is wrong.
 int complete(const Settings& settings);
 
+/// Lays out the files of the command line, or those of the project, or says which of them are laid
+/// out otherwise; returns 1 for one of these, and for one that cannot be.
+int format(const Settings& settings);
+
+/// Prints what is wrong with the same files, and writes it as SARIF if asked; returns 1 for an
+/// error and, with --strict, for a warning.
+int lint(const Settings& settings);
+
+/// Serves an editor over standard input and output until it says that it is done.
+int languageServer(const Settings& settings);
+
 int printVersion(const Settings& settings);
 
 /// What -h prints never changes; `printOptions` prints the whole table.
