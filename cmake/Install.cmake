@@ -10,26 +10,29 @@ find_package(Python3 COMPONENTS Interpreter)
 
 if(WIN32)
     set(to_programs .)
-    set(to_docs docs)
-    set(to_examples examples)
+    set(to_docs .)
     set(to_editors editors)
     set(to_man man)
     set(to_bash completions)
     set(to_zsh completions)
     set(to_fish completions)
     set(to_powershell completions)
-    set(to_notices .)
 else()
     set(to_programs "${CMAKE_INSTALL_BINDIR}")
     set(to_docs "${CMAKE_INSTALL_DOCDIR}")
-    set(to_examples "${CMAKE_INSTALL_DOCDIR}/examples")
     set(to_editors "${CMAKE_INSTALL_DATADIR}/vesk/editors")
     set(to_man "${CMAKE_INSTALL_MANDIR}")
     set(to_bash "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
-    set(to_zsh "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
+    # Debian's zsh looks into vendor-completions below /usr, into site-functions below /usr/local.
+    install(
+        CODE "set(zsh_directory site-functions)
+if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+    set(zsh_directory vendor-completions)
+endif()"
+    )
+    set(to_zsh "${CMAKE_INSTALL_DATADIR}/zsh/\${zsh_directory}")
     set(to_fish "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
     set(to_powershell "${CMAKE_INSTALL_DATADIR}/vesk/completions")
-    set(to_notices "${CMAKE_INSTALL_DOCDIR}")
 endif()
 
 # --- Files that are made for it ------------------------------------------------------------------
@@ -80,9 +83,9 @@ foreach(page vesk.1 vesk-language.7 vesk-toolchains.7)
     install(FILES "${made}/${page}${zipped}" DESTINATION "${to_man}/man${section}" OPTIONAL)
 endforeach()
 if(WIN32)
-    install(FILES "${made}/copyright" DESTINATION "${to_notices}" RENAME NOTICES.txt OPTIONAL)
+    install(FILES "${made}/copyright" DESTINATION "${to_docs}" RENAME NOTICES.txt OPTIONAL)
 else()
-    install(FILES "${made}/copyright" "${made}/changelog.gz" DESTINATION "${to_notices}" OPTIONAL)
+    install(FILES "${made}/copyright" "${made}/changelog.gz" DESTINATION "${to_docs}" OPTIONAL)
 endif()
 install(FILES completions/vesk.bash DESTINATION "${to_bash}" RENAME vesk)
 install(FILES completions/_vesk DESTINATION "${to_zsh}")
@@ -90,7 +93,7 @@ install(FILES completions/vesk.fish DESTINATION "${to_fish}")
 install(FILES completions/vesk.ps1 DESTINATION "${to_powershell}")
 install(
     DIRECTORY docs/
-    DESTINATION "${to_docs}"
+    DESTINATION "${to_docs}/docs"
     FILES_MATCHING
     PATTERN "*.md"
     PATTERN "*.png"
@@ -99,21 +102,24 @@ install(
 install(FILES README.md CHANGELOG.md DESTINATION "${to_docs}")
 install(
     DIRECTORY examples/
-    DESTINATION "${to_examples}"
+    DESTINATION "${to_docs}/examples"
     PATTERN out EXCLUDE
     PATTERN ".vesk_cache*" EXCLUDE
+    PATTERN .gitignore EXCLUDE
 )
 if(EXISTS "${PROJECT_SOURCE_DIR}/editors")
     install(
         DIRECTORY editors/
         DESTINATION "${to_editors}"
         PATTERN node_modules EXCLUDE
+        PATTERN .gitignore EXCLUDE
     )
 endif()
 
 # --- Packages: a .deb, and a .zip for Windows ----------------------------------------------------
 
 set(CPACK_PACKAGE_NAME vesk)
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
 set(CPACK_PACKAGE_VENDOR "the developers of vesk")
 set(CPACK_PACKAGE_CONTACT "the developers of vesk <developers@vesk.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "build orchestrator for native projects")

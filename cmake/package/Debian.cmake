@@ -11,12 +11,12 @@ endif()
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gcc, g++, pkg-config, ccache")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "Targets, their files, commands and dependencies are described in plain-text
- files, in a small declarative language. vesk chooses the tool that fits a
- target, runs its commands in parallel, and builds nothing twice: it finds out
- by itself which files a target depends on.
- .
- C and C++ with GCC, Clang and MSVC, C3, Android packages, and commands of
- any kind."
+files, in a small declarative language. vesk chooses the tool that fits a
+target, runs its commands in parallel, and builds nothing twice: it finds out
+by itself which files a target depends on.
+
+C and C++ with GCC, Clang and MSVC, C3, Android packages, and commands of
+any kind."
 )
 install(
     FILES "${CMAKE_CURRENT_LIST_DIR}/lintian-overrides"
