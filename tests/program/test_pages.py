@@ -3,8 +3,9 @@
 import re
 import shutil
 import subprocess
+import unittest
 
-from harness import ESCAPE, HANGS, SETTINGS, ProgramTest, on_system, posix_only, windows_only
+from harness import ESCAPE, EXAMPLES, HANGS, SETTINGS, ProgramTest, on_system, posix_only, windows_only
 from page_examples import commands, examples, pages, pattern
 
 HOME = "/home/me"  # what the pages call the directories of the tests
@@ -125,6 +126,14 @@ class Examples(Page):
         done.stdout, done.stderr = (ESCAPE.sub("", text).replace(str(self.dir), HOME).replace(str(self.base), HOME)
                                     for text in (done.stdout, done.stderr))
         return done
+
+
+class FiveMinutes(unittest.TestCase):
+    def test_readme_shows_the_example(self):
+        shown = {step.argument: step.text for step in examples("README.md") if step.kind == "file"}
+        files = [path for path in (EXAMPLES / "hello").rglob("*") if path.suffix in (".c", ".h", ".txt")]
+        self.assertEqual(shown, {path.relative_to(EXAMPLES / "hello").as_posix(): path.read_text(encoding="utf-8")
+                                 for path in files})
 
 
 @windows_only("the examples are written for cmd")
