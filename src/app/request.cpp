@@ -87,7 +87,7 @@ Request readRequest(const Settings& settings, Workspace& workspace, Positionals 
     ContextTemplate written =
         readAssignments(request.words, settings, *workspace.project, *request.assignments);
     if (workspace.commandLineTarget) {
-        workspace.commandLineTarget->setBody(std::move(written));
+        workspace.commandLineTarget->setBody(written);
         request.overrides = withoutAppends(*request.assignments);
     }
     return request;

@@ -30,7 +30,7 @@ std::size_t lineBreak(std::string_view text) {
 /// The file of an entry in a report: the entry itself, or a member next to the name of its module
 /// or header.
 void addReported(const nlohmann::json& entry, std::vector<std::string>& names) {
-    if (entry.is_string() && entry != "") {
+    if (entry.is_string() && !entry.get_ref<const std::string&>().empty()) {
         names.push_back(entry.get<std::string>());
     } else if (entry.is_object()) {
         for (const char* key : {"Header", "BMI"}) {

@@ -50,7 +50,7 @@ void collect(const Context& outputs, Context& lists) {
 /// Outputs of a second dependency of the same name, over those of the first.
 std::shared_ptr<Context> combined(const Context& first, const Context& second,
                                   const std::string& name) {
-    const std::shared_ptr<Context> both = first.deepCopy();
+    std::shared_ptr<Context> both = first.deepCopy();
     for (const auto& [variable, assignment] : second.assignments()) {
         if (first.find(variable) != nullptr) {
             warnOfSecondOutput(name, variable.str());
@@ -89,10 +89,10 @@ void DependencyOutputs::addUnderAlias(const DependencyOutput& dependency) {
 /// Several dependencies under one name: each variable is the list of their outputs of that name.
 void DependencyOutputs::addToSharedAlias(const DependencyOutput& dependency) {
     const std::string& alias = dependency.record.alias;
-    if (shared_.count(alias) == 0) {
+    if (!shared_.contains(alias)) {
         warnOfAlias(alias);
         const auto earlier =
-            placed_.count(alias) != 0 ? nestedContext(input_.context(), alias) : nullptr;
+            placed_.contains(alias) ? nestedContext(input_.context(), alias) : nullptr;
         store(alias, std::make_shared<Context>());
         shared_.insert(alias);
         if (earlier) {
@@ -105,7 +105,7 @@ void DependencyOutputs::addToSharedAlias(const DependencyOutput& dependency) {
 /// The nested context of another unit, made by the first dependency in it.
 std::shared_ptr<Context> DependencyOutputs::unitContext(const DependencyOutput& dependency) {
     auto context = nestedContext(input_.context(), dependency.unit);
-    if (!context || placed_.count(dependency.unit) == 0) {
+    if (!context || !placed_.contains(dependency.unit)) {
         context = context ? context->deepCopy() : std::make_shared<Context>();
         store(dependency.unit, context);
     }
@@ -162,7 +162,7 @@ void DependencyOutputs::mergeOutputs(const DependencyOutput& dependency) {
 void DependencyOutputs::assignOutput(const Assignment& moved) {
     Context& own = input_.context();
     const Assignment* stored = own.find(moved.name);
-    const bool isOwn = stored != nullptr && placed_.count(moved.name) == 0;
+    const bool isOwn = stored != nullptr && !placed_.contains(moved.name);
     const bool madeByTool = moved.place.line == 0;
     if (isOwn && madeByTool) {
         return;

@@ -225,13 +225,13 @@ void InputContext::appendOutput(Assignment output) {
     if (unresolved || context_->hasHeldAppends(output.name)) {
         waitingOutputs_.push_back(std::move(output));
     } else {
-        mergeOutput(std::move(output));
+        mergeOutput(output);
     }
 }
 
 /// In a list, an item that was moved into it before stands in its last place, as linkers need it.
 /// Else it would double with every layer of dependencies.
-void InputContext::mergeOutput(Assignment output) {
+void InputContext::mergeOutput(const Assignment& output) {
     if (auto* list = valueAs<VeskList>(output.value.get())) {
         MovedItems& moved = movedItems_[output.name];
         moved.add(*list);
@@ -286,7 +286,7 @@ void InputContext::addWaiting() {
     for (Assignment& output : waitingOutputs_) {
         console::trace("Second try adding merged dependency output append {}.",
                        output.toDisplayString());
-        mergeOutput(std::move(output));
+        mergeOutput(output);
     }
 }
 

@@ -79,7 +79,7 @@ class InputContext {
     void mergeBody(const Context& body, Layer& layer);
     bool refersToOutput(const Assignment& assignment) const;
     bool mergesOutputs() const;
-    void mergeOutput(Assignment output);
+    void mergeOutput(const Assignment& output);
     void addWaitingAssignment(const Assignment& assignment);
 
     ContextLayers layers_;

@@ -130,7 +130,7 @@ void TargetVisit::claimVariables() {
         return;
     }
     for (const auto& [name, assignment] : input_->context().assignments()) {
-        if (choice_.builder->subjects().count(name) != 0) {
+        if (choice_.builder->subjects().contains(name)) {
             console::trace("Claiming variable '{}'.", name);
         }
     }

@@ -9,6 +9,7 @@
 #include "tools/discovery/toolchain_programs.h"
 #include "tools/tool_registry.h"
 #include "tools/toolchain_detection.h"
+#include "tools/variable_table.h"
 
 namespace Vesk::modes {
 namespace {
@@ -61,14 +62,12 @@ std::vector<Row> rowsOf(const Registry& registry, const std::vector<DetectedTool
         if (!tool.context) {
             continue;
         }
-        const auto text = [&tool](const char* variable) {
-            return tool.context->textOf(variable).value_or("");
-        };
-        const ToolType* type = findToolType(text("tool_type"));
+        const AssignmentMap& declared = tool.context->assignments();
+        const ToolType* type = findToolType(textIn(declared, "tool_type"));
         if (type != nullptr && type->isToolchain()) {
-            const std::string place = text("toolchain_path");
-            rows.push_back(
-                {stateOf(tool, *type, place, found, before), name, text("toolchain_name"), place});
+            const std::string place = textIn(declared, "toolchain_path");
+            rows.push_back({stateOf(tool, *type, place, found, before), name,
+                            textIn(declared, "toolchain_name"), place});
         }
     }
     return rows;
