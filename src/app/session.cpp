@@ -50,12 +50,12 @@ BuildSetting buildSetting(const Settings& settings, Session& session) {
     };
 }
 
-Session openSession(const Settings& given) {
+Session openSession(const Settings& given, UnitOutlines* outlines) {
     const events::Span span(events::Activity::Read, "project, registry and toolchains");
     Settings settings = given;
     UserRegistry registry;
     registry.read();
-    Workspace workspace = loadWorkspaceOrUnit(settings, registry);
+    Workspace workspace = loadWorkspaceOrUnit(settings, registry, outlines);
     const auto builtins = builtinVariables(workspace.root.directory);
     Positionals words = selectProfile(settings, workspace, registry);
     applyProjectOptions(settings, *workspace.project, *builtins);

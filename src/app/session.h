@@ -25,8 +25,9 @@ struct Session {
 };
 
 /// Takes all steps of the set-up, from the registry to the caches, which it locks unless the build
-/// is a dry run. Throws what is wrong with any of it.
-Session openSession(const Settings& given);
+/// is a dry run. Throws what is wrong with any of it. Targets that `outlines`, if it is not null,
+/// knows are parsed only when their text is needed; it must outlive the session.
+Session openSession(const Settings& given, UnitOutlines* outlines = nullptr);
 
 /// What a driver needs of it. Both outlive the driver.
 BuildSetting buildSetting(const Settings& settings, Session& session);

@@ -25,8 +25,11 @@ std::set<CiString> documentedNames() {
 
 /// A variable that a target or tool has itself counts as one that somebody knows.
 bool knows(const Target& target, const CiString& name) {
-    return std::ranges::find(target.body.assignments, name, &Assignment::name) !=
-               target.body.assignments.end() ||
+    if (!target.mayName(name.str())) {
+        return false;
+    }
+    return std::ranges::find(target.body().assignments, name, &Assignment::name) !=
+               target.body().assignments.end() ||
            std::ranges::any_of(
                target.parameters,
                [&name](const std::string& parameter) { return name == CiString(parameter); }) ||

@@ -49,10 +49,11 @@ void addRegisteredProject(Workspace& workspace, const std::string& name, const R
     workspace.root = projectRootAt(workspace.project->root);
 }
 
-void addUnitFile(Workspace& workspace, const Settings& settings) {
+void addUnitFile(Workspace& workspace, const Settings& settings, UnitOutlines* outlines) {
     const fs::path file = settings.unitFile.empty() ? fs::path() : fs::absolute(settings.unitFile);
     try {
-        workspace.project = &workspace.store->addStandaloneUnit(file, workspace.root.directory);
+        workspace.project =
+            &workspace.store->addStandaloneUnit(file, workspace.root.directory, outlines);
     } catch (VeskException& error) {
         if (settings.unitFileSource == UnitFileSource::Default && !platform::isFile(file)) {
             error.addNote(std::string("no ") + kProjectFileName + " was found in " +
@@ -67,11 +68,11 @@ void addUnitFile(Workspace& workspace, const Settings& settings) {
 
 }  // namespace
 
-Workspace loadWorkspace(const Settings& settings, UserRegistry& registry) {
+Workspace loadWorkspace(const Settings& settings, UserRegistry& registry, UnitOutlines* outlines) {
     Workspace workspace;
     workspace.store = std::make_unique<ProjectStore>();
     workspace.loader = std::make_unique<ProjectLoader>(
-        *workspace.store, [&registry] { return &registry.read(); }, isKnownToolType);
+        *workspace.store, [&registry] { return &registry.read(); }, isKnownToolType, outlines);
     workspace.root = findProjectRoot(settings);
     if (workspace.root.projectFile) {
         workspace.project = &workspace.loader->loadRoot(*workspace.root.projectFile);
@@ -79,8 +80,9 @@ Workspace loadWorkspace(const Settings& settings, UserRegistry& registry) {
     return workspace;
 }
 
-Workspace loadWorkspaceOrUnit(const Settings& settings, UserRegistry& registry) {
-    Workspace workspace = loadWorkspace(settings, registry);
+Workspace loadWorkspaceOrUnit(const Settings& settings, UserRegistry& registry,
+                              UnitOutlines* outlines) {
+    Workspace workspace = loadWorkspace(settings, registry, outlines);
     if (workspace.project != nullptr) {
         return workspace;
     }
@@ -90,7 +92,7 @@ Workspace loadWorkspaceOrUnit(const Settings& settings, UserRegistry& registry) 
     } else if (const std::string name = requestedProject(settings, read); !name.empty()) {
         addRegisteredProject(workspace, name, *read);
     } else {
-        addUnitFile(workspace, settings);
+        addUnitFile(workspace, settings, outlines);
     }
     return workspace;
 }

@@ -22,12 +22,15 @@ struct Workspace {
 };
 
 /// Finds the root and loads the project whose file is there; `project` is null where there is no
-/// project file. The registry must outlive the workspace. Throws what loading throws.
-Workspace loadWorkspace(const Settings& settings, UserRegistry& registry);
+/// project file. The registry and the outlines of unit files, which may be null, must outlive the
+/// workspace. Throws what loading throws.
+Workspace loadWorkspace(const Settings& settings, UserRegistry& registry,
+                        UnitOutlines* outlines = nullptr);
 
 /// The same, or else what stands for a project: the target of the command line, a registered
 /// project that the command line names, or the unit file. `project` is never null. Throws
 /// VeskException where there is nothing to build.
-Workspace loadWorkspaceOrUnit(const Settings& settings, UserRegistry& registry);
+Workspace loadWorkspaceOrUnit(const Settings& settings, UserRegistry& registry,
+                              UnitOutlines* outlines = nullptr);
 
 }  // namespace Vesk

@@ -44,7 +44,7 @@ void InputContext::Layer::forEach(const CiString* only, Use use) const {
 
 InputContext::InputContext(std::shared_ptr<const Target> target, std::string displayName,
                            ContextLayers layers)
-    : layers_(std::move(layers)), own_{target->context} {
+    : layers_(std::move(layers)), own_{target->context()} {
     context_ = std::make_shared<TargetContext>(std::move(target), std::move(displayName));
     for (const std::shared_ptr<const Context>& layer : layers_.project) {
         project_.push_back({layer});
@@ -68,7 +68,7 @@ bool InputContext::refersToOutput(const Assignment& assignment) const {
 }
 
 bool InputContext::mergesOutputs() const {
-    const auto& dependencies = context_->target().dependencies;
+    const auto& dependencies = context_->target().dependencies();
     return std::any_of(dependencies.begin(), dependencies.end(),
                        [](const DependencyRecord& record) { return record.merge; });
 }

@@ -49,8 +49,8 @@ bool mentions(const Context& context, std::string_view name) {
 }
 
 bool mentions(const Target& target, std::string_view name) {
-    return mentions(target.body, name) ||
-           std::ranges::any_of(target.dependencies, [name](const DependencyRecord& dependency) {
+    return mentions(target.body(), name) ||
+           std::ranges::any_of(target.dependencies(), [name](const DependencyRecord& dependency) {
                return mentions(dependency, name);
            });
 }

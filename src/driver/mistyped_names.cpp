@@ -49,7 +49,7 @@ void warnOfMistypedNames(const Target& target, const Context& context, const Too
     const Tables tables = {&choice.builder->subjects(), &choice.tool->wants(),
                            &choice.tool->needs()};
     std::vector<std::string> known;
-    for (const Assignment& assignment : target.body.assignments) {
+    for (const Assignment& assignment : target.body().assignments) {
         const CiString& name = assignment.name;
         if (assignment.modifier == AssignModifier::Output ||
             std::ranges::any_of(

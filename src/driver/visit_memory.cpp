@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/bytes.h"
 #include "base/exception.h"
 #include "driver/target_environment.h"
 #include "keep/encoding.h"

@@ -11,10 +11,12 @@
 #include "events/events.h"
 #include "grammar/error_listeners.h"
 #include "grammar/recognisers.h"
+#include "grammar/sliced_unit.h"
 #include "grammar/source_file.h"
 #include "grammar/text_stream.h"
 #include "grammar/visitor.h"
 #include "platform/files.h"
+#include "platform/recorder.h"
 #include "platform/recording.h"
 
 namespace Vesk {
@@ -46,7 +48,8 @@ template <class Model, class Tree>
 Model modelOf(Tree* tree, const std::filesystem::path& path, FileKind kind, const char* noModel) {
     std::filesystem::path canonical = canonicalPath(path);
     std::string name = platform::pathToUtf8(canonical);
-    VeskVisitorImpl visitor(std::move(canonical), std::move(name), kind);
+    VeskVisitorImpl visitor(std::make_shared<const std::filesystem::path>(std::move(canonical)),
+                            std::move(name), kind);
     try {
         return taken<Model>(tree->accept(&visitor));
     } catch (const std::bad_cast&) {
@@ -109,6 +112,49 @@ template <class FileTree>
     throw error;
 }
 
+Unit parseWhole(const SourceFile& file, const std::filesystem::path& path) {
+    Parse parse(file);
+    std::optional<Parse> again;
+    Parser::UnitFileContext* tree = parseFast(parse, &Parser::unitFile);
+    if (tree == nullptr) {
+        tree = parseReporting(again.emplace(file), file);
+    }
+    return modelOf<Unit>(tree->veskUnit(), path, FileKind::Unit, "Unable to parse unit file.");
+}
+
+/// Reads the slices of a file. Nothing when it has errors. An outline is put for the next time, but
+/// not of a file of which something was said or asked: that has to be repeated.
+std::optional<Unit> readSlices(SlicedUnit& file, const UnitOutline* earlier,
+                               UnitOutlines* outlines) {
+    std::string said;
+    platform::Questions asked;
+    std::optional<Unit> unit;
+    try {
+        const console::MessageCopy copy(said, console::MessageCopy::Shown::no);
+        const platform::QuestionScope scope(asked);
+        unit = file.read(earlier);
+    } catch (...) {
+        unit.reset();  // whoever parses it as a whole says what is wrong, in the right order
+    }
+    if (!unit) {
+        return std::nullopt;
+    }
+    console::repeat(said);
+    platform::recordAgain(asked);
+    if (outlines != nullptr && said.empty() && asked.recording.empty()) {
+        outlines->put(file.name(), encoded(file.outlineOf(*unit)));
+    }
+    return unit;
+}
+
+/// Nothing for a file that has to be parsed as a whole.
+std::optional<Unit> readSliced(SlicedUnit& file, UnitOutlines* outlines) {
+    const auto kept = outlines != nullptr ? outlines->find(file.name()) : std::nullopt;
+    const auto outline = kept ? decodedOutline(*kept) : std::nullopt;
+    auto unit = outline ? file.asOutlined(*outline) : std::nullopt;
+    return unit ? std::move(unit) : readSlices(file, outline ? &*outline : nullptr, outlines);
+}
+
 template <class Model, class FileTree, class TopTree>
 Model parseCollecting(const std::filesystem::path& path,
                       const FileScheme<FileTree, TopTree>& scheme) {
@@ -130,8 +176,8 @@ Model parseCollecting(const std::filesystem::path& path,
 
 }  // namespace
 
-Unit parseUnitFile(const std::filesystem::path& path) {
-    const SourceFile file(path);
+Unit parseUnitFile(const std::filesystem::path& path, UnitOutlines* outlines) {
+    SourceFile file(path);
     if (!file.failure().empty()) {
         VeskException error("Unable to open file!");
         error.addNote(file.name() + ": " + file.failure());
@@ -139,13 +185,9 @@ Unit parseUnitFile(const std::filesystem::path& path) {
     }
     console::trace("Parsing {}\n", file.name());
     const events::Span span(events::Activity::Read, file.name());
-    Parse parse(file);
-    std::optional<Parse> again;
-    Parser::UnitFileContext* tree = parseFast(parse, &Parser::unitFile);
-    if (tree == nullptr) {
-        tree = parseReporting(again.emplace(file), file);
-    }
-    return modelOf<Unit>(tree->veskUnit(), path, FileKind::Unit, "Unable to parse unit file.");
+    const auto sliced = std::make_shared<SlicedUnit>(std::move(file), canonicalPath(path));
+    auto unit = readSliced(*sliced, outlines);
+    return unit ? std::move(*unit) : parseWhole(sliced->file(), path);
 }
 
 ProjectFile parseProjectFile(const std::filesystem::path& path) {

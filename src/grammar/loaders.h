@@ -14,6 +14,8 @@
 
 namespace Vesk {
 
+class UnitOutlines;
+
 /// Larger files are refused; nobody writes them by hand.
 inline constexpr std::size_t kMaxFileBytes = std::size_t{32} * 1024 * 1024;
 
@@ -24,8 +26,9 @@ inline constexpr std::size_t kMaxNesting = 1000;
 /// Loads a unit file. Syntax errors are printed to standard error as they are found. Throws
 /// VeskException for a file that cannot be read or has syntax errors, for a value that cannot be
 /// made and for two targets of the same name; std::filesystem::filesystem_error if the file's path
-/// has no canonical form.
-Unit parseUnitFile(const std::filesystem::path& path);
+/// has no canonical form. Targets that `outlines` knows, if it is not null, are parsed only when
+/// their text is asked for; a new outline is stored there.
+Unit parseUnitFile(const std::filesystem::path& path, UnitOutlines* outlines = nullptr);
 
 /// Loads a project file. Throws NotFoundException if it cannot be opened, VeskException with all
 /// syntax errors, one per line, and otherwise as parseUnitFile does.

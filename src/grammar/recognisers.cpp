@@ -96,6 +96,13 @@ void CheckingLexer::goBackToEndOfLine() {
     }
 }
 
+void CheckingLexer::restart(antlr4::CharStream* input, std::size_t line, std::size_t column) {
+    setInputStream(input);
+    setLine(line);
+    setCharPositionInLine(column);
+    open_ = 0;
+}
+
 std::string CheckingLexer::getErrorDisplay(const std::string& text) {
     return printable(CommonLexer::getErrorDisplay(text));
 }
@@ -103,6 +110,12 @@ std::string CheckingLexer::getErrorDisplay(const std::string& text) {
 Recognisers::Recognisers(antlr4::CharStream* input, CheckingLexer::Purpose purpose)
     : lexer(input, purpose), tokens(&lexer), parser(&tokens) {
     parser.setErrorHandler(std::make_shared<PrintableErrors>());
+}
+
+void Recognisers::restart(antlr4::CharStream* input, std::size_t line, std::size_t column) {
+    lexer.restart(input, line, column);
+    tokens.setTokenSource(&lexer);
+    parser.setTokenStream(&tokens);
 }
 
 void CheckingLexer::countOpen(const antlr4::Token& bracket) {

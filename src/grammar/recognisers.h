@@ -27,6 +27,10 @@ class CheckingLexer : public grammar::CommonLexer {
     void skip() override;
     void recover(const antlr4::LexerNoViableAltException& error) override;
 
+    /// Continues with another text. `line` (from 1) and `column` (from 0) are the place of its
+    /// first character in the file.
+    void restart(antlr4::CharStream* input, std::size_t line, std::size_t column);
+
     /// Messages go to a terminal, and texts of files may contain anything.
     std::string getErrorDisplay(const std::string& text) override;
 
@@ -43,6 +47,9 @@ class CheckingLexer : public grammar::CommonLexer {
 struct Recognisers {
     explicit Recognisers(antlr4::CharStream* input,
                          CheckingLexer::Purpose purpose = CheckingLexer::Purpose::ForModels);
+
+    /// Goes on with another text, as `CheckingLexer::restart`. The last tree is gone then.
+    void restart(antlr4::CharStream* input, std::size_t line, std::size_t column);
 
     CheckingLexer lexer;
     antlr4::CommonTokenStream tokens;

@@ -48,11 +48,16 @@ SourceFile::SourceFile(const std::filesystem::path& path) : name_(platform::path
     missing_ = error == std::errc::no_such_file_or_directory;
 }
 
-std::string_view SourceFile::text() const {
+std::string_view SourceFile::uncheckedText() const noexcept {
     std::string_view text = bytes_;
     if (text.starts_with(kByteOrderMark)) {
         text.remove_prefix(kByteOrderMark.size());
     }
+    return text;
+}
+
+std::string_view SourceFile::text() const {
+    const std::string_view text = uncheckedText();
     if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos) {
         refuse(text, nul, "a NUL byte: this is not a text file, or one saved as UTF-16");
     }

@@ -23,6 +23,9 @@ class SourceFile {
     /// The path as given, for messages.
     const std::string& name() const noexcept { return name_; }
 
+    /// The text without byte order mark, whatever it contains.
+    std::string_view uncheckedText() const noexcept;
+
     /// The text without byte order mark. Throws VeskException, with the place, for what is not
     /// text: a NUL byte, or bytes that are not UTF-8.
     std::string_view text() const;

@@ -21,7 +21,8 @@ Model modelOf(std::string_view text, const std::filesystem::path& file, FileKind
     if (tree == nullptr) {
         throw VeskException("The text has syntax errors.");
     }
-    VeskVisitorImpl visitor(file, platform::pathToUtf8(file), kind);
+    VeskVisitorImpl visitor(std::make_shared<const std::filesystem::path>(file),
+                            platform::pathToUtf8(file), kind);
     return taken<Model>((tree->*top)()->accept(&visitor));
 }
 

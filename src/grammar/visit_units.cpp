@@ -26,12 +26,14 @@ antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
     for (auto* parameter : tree->parameter_name()) {
         addParameter(*target, parameter);
     }
+    std::vector<DependencyRecord> dependencies;
     for (auto* dependency : tree->dependency()) {
-        target->dependencies.push_back(taken<DependencyRecord>(visitDependency(dependency)));
+        dependencies.push_back(taken<DependencyRecord>(visitDependency(dependency)));
     }
-    const auto body = taken<TemplatePtr>(visitContext(tree->context()));
+    auto body = taken<TemplatePtr>(visitContext(tree->context()));
     try {
-        target->setBody(*body);
+        target->setText(
+            std::make_shared<const TargetText>(std::move(dependencies), std::move(body)));
     } catch (...) {
         rethrowWithNote("in target '" + target->name + "'");
     }
@@ -40,15 +42,17 @@ antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
     return TargetPtr(std::move(target));
 }
 
-/// A hash of all that a visit can learn about the target from its text: the place and the text
-/// itself.
+ContentHash targetHash(const std::string& file, std::uint32_t line, std::uint32_t column,
+                       std::string_view text) {
+    return hashText({file, "\n", std::to_string(line), ":", std::to_string(column), "\n", text});
+}
+
 ContentHash VeskVisitorImpl::hashOf(Tree* tree) const {
     antlr4::Token* const start = tree->getStart();
     const std::string text = start->getInputStream()->getText(
         antlr4::misc::Interval(start->getStartIndex(), tree->getStop()->getStopIndex()));
     const SourcePlace place = placeOf(tree);
-    return hashText(
-        {name_, "\n", std::to_string(place.line), ":", std::to_string(place.column), "\n", text});
+    return targetHash(name_, place.line, place.column, text);
 }
 
 /// Parameters are variables, so their names compare without regard to case.

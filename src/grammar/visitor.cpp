@@ -7,8 +7,9 @@
 
 namespace Vesk {
 
-VeskVisitorImpl::VeskVisitorImpl(std::filesystem::path file, std::string name, FileKind kind)
-    : file_(std::make_shared<const std::filesystem::path>(std::move(file))),
+VeskVisitorImpl::VeskVisitorImpl(std::shared_ptr<const std::filesystem::path> file,
+                                 std::string name, FileKind kind)
+    : file_(std::move(file)),
       baseDirectory_(file_->parent_path()),
       name_(std::move(name)),
       fileNumber_(sourceFileNumber(name_)),

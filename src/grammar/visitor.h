@@ -10,6 +10,7 @@
 
 #include "VeskTopParserBaseVisitor.h"
 
+#include "base/content_hash.h"
 #include "base/source_place.h"
 #include "grammar/model.h"
 #include "types/context/context_template.h"
@@ -30,7 +31,8 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     using TemplatePtr = std::shared_ptr<const ContextTemplate>;
 
     /// For a file. Messages call it `name`.
-    VeskVisitorImpl(std::filesystem::path file, std::string name, FileKind kind);
+    VeskVisitorImpl(std::shared_ptr<const std::filesystem::path> file, std::string name,
+                    FileKind kind);
 
     /// For a text that is not a file. Relative paths in it are relative to `base`.
     explicit VeskVisitorImpl(std::filesystem::path base);
@@ -114,6 +116,11 @@ class VeskVisitorImpl : public grammar::VeskTopParserBaseVisitor {
     FileKind kind_;
     bool inTool_ = false;
 };
+
+/// A hash of all that a visit can learn about the target from its text: the place and the text
+/// itself. Messages call the file `file`.
+ContentHash targetHash(const std::string& file, std::uint32_t line, std::uint32_t column,
+                       std::string_view text);
 
 /// The result of a visit. Throws std::bad_cast if the result has another type.
 template <class T>

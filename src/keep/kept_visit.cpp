@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "keep/encoding.h"
+#include "base/bytes.h"
 
 namespace Vesk {
 namespace {

@@ -3,24 +3,23 @@
 #include <system_error>
 #include <utility>
 
-#include "keep/encoding.h"
+#include "base/bytes.h"
 #include "platform/files.h"
 
 namespace Vesk {
 namespace {
 
-constexpr std::string_view kHeader = "VESK_VISITS_2\n";
-constexpr std::size_t kHashDigits = 32;
+// A file is the header and blocks, of each its hash and its entries. An entry is key, day and
+// visit; it takes the place of earlier ones of that key, and one without a visit ends them.
+constexpr std::string_view kHeader = "VESK_VISITS_3\n";
 
-/// What follows the header and the hash of it, if the file is whole.
-std::optional<std::string_view> contentOf(std::string_view bytes) {
-    const std::size_t start = kHeader.size() + kHashDigits + 1;
-    if (!bytes.starts_with(kHeader) || bytes.size() < start) {
-        return std::nullopt;
-    }
-    const std::string_view content = bytes.substr(start);
-    const bool whole = bytes.substr(kHeader.size(), kHashDigits) == digits(hashText(content));
-    return whole ? std::optional(content) : std::nullopt;
+/// A file may grow by what it has when it is written as a whole, and by so much.
+constexpr std::size_t kSlack = std::size_t{64} * 1024;
+
+void append(Encoder& out, const ContentHash& key, DayNumber day, std::string_view visit) {
+    out.hash(key);
+    out.number(day);
+    out.piece(visit);
 }
 
 }  // namespace
@@ -29,20 +28,32 @@ void VisitStore::load(const std::filesystem::path& directory) {
     file_ = directory / kFileName;
     std::error_code error;
     auto bytes = platform::readWholeFile(file_, error);
-    if (!bytes) {
-        return;
+    if (bytes && bytes->starts_with(kHeader)) {
+        loaded_ = std::move(*bytes);
+        takeBlocks(std::string_view(loaded_).substr(kHeader.size()));
     }
-    loaded_ = std::move(*bytes);
-    if (const auto content = contentOf(loaded_)) {
-        takeEntries(*content);
+}
+
+/// Up to the first that is not whole, as after a kill; then the file is written anew.
+void VisitStore::takeBlocks(std::string_view bytes) {
+    Decoder decoder(bytes);
+    while (!decoder.atEnd()) {
+        const ContentHash hash = decoder.hash();
+        const std::string_view block = decoder.piece();
+        if (!decoder.good() || hashText(block) != hash) {
+            return;
+        }
+        takeEntries(block);
+        writtenBytes_ = writtenBytes_ == 0 ? block.size() : writtenBytes_;
     }
+    fileBytes_ = loaded_.size();
 }
 
 void VisitStore::takeEntries(std::string_view bytes) {
     Decoder decoder(bytes);
     const std::uint64_t count = decoder.number();
     if (count < bytes.size()) {
-        entries_.reserve(count);
+        entries_.reserve(entries_.size() + count);
     }
     while (decoder.good() && !decoder.atEnd()) {
         const ContentHash key = decoder.hash();
@@ -55,25 +66,47 @@ void VisitStore::takeEntries(std::string_view bytes) {
     }
 }
 
-std::optional<KeptVisit> VisitStore::find(const ContentHash& key) {
+/// It has been asked for; null when there is none.
+VisitStore::Entry* VisitStore::findEntry(const ContentHash& key) {
     const auto found = entries_.find(key);
     if (found == entries_.end() || found->second.visit.empty()) {
-        return std::nullopt;
+        return nullptr;
     }
     Entry& entry = found->second;
-    changed_ = changed_ || entry.day + kDaysKept / 3 <= today_;
-    entry.day = today_;
-    return decodedVisit(entry.visit);
+    if (entry.day + kDaysKept / 3 <= today_) {
+        setNew(key, entry);
+    }
+    return &entry;
+}
+
+std::optional<KeptVisit> VisitStore::find(const ContentHash& key) {
+    const Entry* const entry = findEntry(key);
+    return entry != nullptr ? decodedVisit(entry->visit) : std::nullopt;
+}
+
+std::optional<std::string_view> VisitStore::findText(const ContentHash& key) {
+    const Entry* const entry = findEntry(key);
+    return entry != nullptr ? std::optional(entry->visit) : std::nullopt;
 }
 
 void VisitStore::put(const ContentHash& key, const KeptVisit& visit, RecordHash record) {
-    std::string bytes = encoded(visit);
+    putText(key, encoded(visit));  // what is put may refer to what it replaces
+    entries_.at(key).record = std::move(record);
+}
+
+void VisitStore::putText(const ContentHash& key, std::string text) {
     Entry& entry = entries_[key];
-    entry.own = std::move(bytes);  // what is put may refer to what it replaces
+    entry.own = std::move(text);
     entry.visit = entry.own;
+    entry.record = nullptr;
+    setNew(key, entry);
+}
+
+void VisitStore::setNew(const ContentHash& key, Entry& entry) {
     entry.day = today_;
-    entry.record = std::move(record);
-    changed_ = true;
+    if (!std::exchange(entry.isNew, true)) {
+        news_.push_back(key);
+    }
 }
 
 void VisitStore::renew(const ContentHash& key, RecordHash record) {
@@ -83,39 +116,75 @@ void VisitStore::renew(const ContentHash& key, RecordHash record) {
         entry.visit = entry.own;
     }
     entry.record = std::move(record);
-    changed_ = true;
+    setNew(key, entry);
 }
 
-std::string VisitStore::bytes() {
+/// What is kept of a visit whose record is not in the cache is nothing.
+void VisitStore::completeNews() {
+    for (const ContentHash& key : news_) {
+        Entry& entry = entries_.at(key);
+        if (entry.record) {
+            if (const auto record = entry.record()) {
+                setRecord(entry.own, *record);
+                entry.visit = entry.own;
+            } else {
+                entry.visit = {};
+            }
+        }
+    }
+}
+
+std::string VisitStore::newEntries() const {
+    Encoder out;
+    out.number(news_.size());
+    for (const ContentHash& key : news_) {
+        const Entry& entry = entries_.at(key);
+        append(out, key, entry.day, entry.visit);
+    }
+    return std::move(out.bytes);
+}
+
+std::string VisitStore::allEntries() const {
     Encoder out;
     out.number(entries_.size());
-    for (auto& [key, entry] : entries_) {
-        if (entry.record) {
-            const auto record = entry.record();
-            if (!record) {
-                continue;
-            }
-            setRecord(entry.own, *record);
-            entry.visit = entry.own;
-        }
-        if (entry.day + kDaysKept >= today_) {
-            out.hash(key);
-            out.number(entry.day);
-            out.piece(entry.visit);
+    for (const auto& [key, entry] : entries_) {
+        if (!entry.visit.empty() && entry.day + kDaysKept >= today_) {
+            append(out, key, entry.day, entry.visit);
         }
     }
     return std::move(out.bytes);
 }
 
+void VisitStore::write(std::string_view start, const std::string& entries) {
+    Encoder out;
+    out.bytes = start;
+    out.hash(hashText(entries));
+    out.piece(entries);
+    const bool isWhole = !start.empty();
+    std::error_code error;
+    const bool written = platform::writePrivateFile(
+        file_, out.bytes, isWhole ? platform::Append::no : platform::Append::yes, error);
+    if (isWhole) {
+        writtenBytes_ = entries.size();
+    }
+    fileBytes_ = !written ? 0 : isWhole ? out.bytes.size() : fileBytes_ + out.bytes.size();
+}
+
 void VisitStore::save() {
-    if (!std::exchange(changed_, false)) {
+    if (news_.empty()) {
         return;
     }
-    const std::string content = bytes();
-    std::string file(kHeader);
-    file.append(digits(hashText(content))).append("\n").append(content);
-    std::error_code ignored;
-    platform::writePrivateFile(file_, file, platform::Append::no, ignored);
+    completeNews();
+    const std::string entries = newEntries();
+    if (fileBytes_ != 0 && fileBytes_ + entries.size() < 2 * writtenBytes_ + kSlack) {
+        write({}, entries);
+    } else {
+        write(kHeader, allEntries());
+    }
+    for (const ContentHash& key : news_) {
+        entries_.at(key).isNew = false;
+    }
+    news_.clear();
 }
 
 }  // namespace Vesk

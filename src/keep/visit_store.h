@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "base/content_hash.h"
 #include "base/day_number.h"
@@ -31,10 +32,15 @@ class VisitStore {
 
     void put(const ContentHash& key, const KeptVisit& visit, RecordHash record);
 
+    /// The same for a text of another kind, that depends on no record.
+    std::optional<std::string_view> findText(const ContentHash& key);
+    void putText(const ContentHash& key, std::string text);
+
     /// What is kept goes on with another record.
     void renew(const ContentHash& key, RecordHash record);
 
-    /// Writes the file if there is news. To be called after the cache has been saved.
+    /// Writes what is new behind what is in the file, and now and then all of it. To be called
+    /// after the cache has been saved.
     void save();
 
   private:
@@ -43,6 +49,7 @@ class VisitStore {
         DayNumber day = 0;       ///< on which it was last asked for
         std::string own;         ///< what `visit` refers to, when it is not from the file
         RecordHash record;       ///< to be asked before saving
+        bool isNew = false;      ///< the file does not have it
     };
 
     struct KeyHash {
@@ -51,14 +58,22 @@ class VisitStore {
         }
     };
 
+    Entry* findEntry(const ContentHash& key);
+    void takeBlocks(std::string_view bytes);
     void takeEntries(std::string_view bytes);
-    std::string bytes();
+    void setNew(const ContentHash& key, Entry& entry);
+    void completeNews();
+    std::string newEntries() const;
+    std::string allEntries() const;
+    void write(std::string_view start, const std::string& entries);
 
     std::filesystem::path file_;
     std::string loaded_;
     std::unordered_map<ContentHash, Entry, KeyHash> entries_;
+    std::vector<ContentHash> news_;
+    std::size_t fileBytes_ = 0;     ///< the file has as many; 0: it is to be written as a whole
+    std::size_t writtenBytes_ = 0;  ///< so many when it was last written as a whole
     DayNumber today_ = today();
-    bool changed_ = false;
 };
 
 }  // namespace Vesk

@@ -72,8 +72,11 @@ std::optional<fs::path> findProjectFile(const fs::path& directory) {
 }
 
 ProjectLoader::ProjectLoader(ProjectStore& store, RegistrySource registry,
-                             ToolTypePredicate knowsToolType)
-    : store_(store), registry_(std::move(registry)), knowsToolType_(std::move(knowsToolType)) {}
+                             ToolTypePredicate knowsToolType, UnitOutlines* outlines)
+    : store_(store),
+      registry_(std::move(registry)),
+      knowsToolType_(std::move(knowsToolType)),
+      outlines_(outlines) {}
 
 Project& ProjectLoader::loadRoot(const fs::path& projectFile) {
     Project& root = readProject(projectFileAt(projectFile), {});
@@ -96,7 +99,7 @@ Project& ProjectLoader::readProject(const fs::path& projectFile, const std::stri
     Project& project = store_.addProject(std::move(made));
     project.declaredImports = std::move(file.imports);
     project.tools = usableTools(file);
-    loadUnits(project, file);
+    loadUnits(project, file, outlines_);
     return project;
 }
 

@@ -20,6 +20,7 @@
 namespace Vesk {
 
 class Registry;
+class UnitOutlines;
 
 /// Whether a tool can be made of that tool type; asked for each tool that a project declares.
 using ToolTypePredicate = std::function<bool(std::string_view)>;
@@ -34,8 +35,9 @@ std::optional<std::filesystem::path> findProjectFile(const std::filesystem::path
 /// Loads projects into a store, each project file once.
 class ProjectLoader {
   public:
-    /// Store and registry must outlive the loader.
-    ProjectLoader(ProjectStore& store, RegistrySource registry, ToolTypePredicate knowsToolType);
+    /// Store, registry and outlines, which may be null, must outlive the loader.
+    ProjectLoader(ProjectStore& store, RegistrySource registry, ToolTypePredicate knowsToolType,
+                  UnitOutlines* outlines = nullptr);
 
     /// Reads a project file and the project's own units. Throws VeskException for what the file or
     /// a unit has wrong, with the file's path, and what parsing and the store throw.
@@ -74,6 +76,7 @@ class ProjectLoader {
     ProjectStore& store_;
     RegistrySource registry_;
     ToolTypePredicate knowsToolType_;
+    UnitOutlines* outlines_;
     std::unordered_map<std::string, Loaded> loaded_;  ///< by identity of the project file
     std::unordered_set<const Project*> inProgress_;   ///< those on the chain of imports
 };

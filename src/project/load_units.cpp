@@ -25,8 +25,8 @@ void requireFiles(const ProjectFile& file) {
     }
 }
 
-Unit readUnitFile(const fs::path& path, const UnitEntry& entry) {
-    Unit unit = parseUnitFile(path);
+Unit readUnitFile(const fs::path& path, const UnitEntry& entry, UnitOutlines* outlines) {
+    Unit unit = parseUnitFile(path, outlines);
     if (unit.nameDeclared && unit.name != entry.name) {
         throw VeskException("Unit name mismatch in " + platform::pathToUtf8(path) + ": expected '" +
                             entry.name + "'.");
@@ -42,11 +42,12 @@ void addFile(Unit& unit, Unit fromFile) {
     }
 }
 
-std::shared_ptr<const Unit> readUnit(const ProjectFile& file, const UnitEntry& entry) {
+std::shared_ptr<const Unit> readUnit(const ProjectFile& file, const UnitEntry& entry,
+                                     UnitOutlines* outlines) {
     const fs::path directory = file.path.parent_path();
     std::shared_ptr<Unit> unit;
     for (const std::string& listed : entry.files) {
-        Unit next = readUnitFile(pathWrittenIn(directory, listed), entry);
+        Unit next = readUnitFile(pathWrittenIn(directory, listed), entry, outlines);
         if (unit) {
             addFile(*unit, std::move(next));
         } else {
@@ -59,11 +60,11 @@ std::shared_ptr<const Unit> readUnit(const ProjectFile& file, const UnitEntry& e
 
 }  // namespace
 
-void loadUnits(Project& project, const ProjectFile& file) {
+void loadUnits(Project& project, const ProjectFile& file, UnitOutlines* outlines) {
     requireFiles(file);
     for (const UnitEntry& entry : file.units) {
         try {
-            project.addUnit(readUnit(file, entry));
+            project.addUnit(readUnit(file, entry, outlines));
         } catch (...) {
             rethrowWithNote("unit '" + entry.name + "' is listed in " +
                             placeOf(file.path, entry.line));

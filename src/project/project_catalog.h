@@ -23,7 +23,7 @@ struct TargetLocation {
 };
 
 /// The loaded projects of a build. One of them is the active page, the one that the command works
-/// on. Reading is safe from several threads.
+/// on.
 class ProjectCatalog {
   public:
     /// Takes the store over and puts together for each project what lies under

@@ -65,13 +65,14 @@ void ProjectStore::requireStandaloneRoot(const fs::path& root) const {
     }
 }
 
-Project& ProjectStore::addStandaloneUnit(const fs::path& unitFile, const fs::path& root) {
+Project& ProjectStore::addStandaloneUnit(const fs::path& unitFile, const fs::path& root,
+                                         UnitOutlines* outlines) {
     if (unitFile.empty()) {
         throw VeskException("Standalone unit path is empty.");
     }
     requireFile(unitFile, "Standalone unit path is not a file: ");
     requireStandaloneRoot(root);
-    auto unit = std::make_shared<Unit>(parseUnitFile(unitFile));
+    auto unit = std::make_shared<Unit>(parseUnitFile(unitFile, outlines));
     if (unit->name.empty()) {
         unit->name = platform::pathToUtf8(unitFile.stem());
     }

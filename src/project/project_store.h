@@ -11,6 +11,8 @@
 
 namespace Vesk {
 
+class UnitOutlines;
+
 /// The name of the unit, and of its only target, that the command line itself describes.
 inline constexpr const char* kCommandLineUnit = "cmdline";
 
@@ -26,9 +28,9 @@ class ProjectStore {
     /// Reads the unit file and makes it a project of its own, with `root` as its directory. The
     /// unit's name is its `unit` line's, else made from the file's name. Throws VeskException for
     /// a path that is empty or not a file, a root that is not a directory, and a second standalone
-    /// unit; and what parseUnitFile throws.
+    /// unit; and what parseUnitFile throws. `outlines`: as for parseUnitFile.
     Project& addStandaloneUnit(const std::filesystem::path& unitFile,
-                               const std::filesystem::path& root);
+                               const std::filesystem::path& root, UnitOutlines* outlines = nullptr);
 
     /// The same for a unit that has no file behind it. Throws likewise, and for one without a name.
     Project& addPreparedStandaloneUnit(std::shared_ptr<const Unit> unit,

@@ -87,7 +87,7 @@ class TestFinder {
     std::vector<DependencyReference> dependenciesOf(const TargetLocation& location) const {
         std::vector<DependencyReference> references;
         std::shared_ptr<Context> context;
-        for (const DependencyRecord& record : location.target->dependencies) {
+        for (const DependencyRecord& record : location.target->dependencies()) {
             if (record.kind == DependencyKind::Direct) {
                 references.push_back(record.reference);
                 continue;

@@ -17,6 +17,7 @@
 #include "platform/support.h"
 #include "platform/system.h"
 #include "support/console_capture.h"
+#include "types/context/context_value.h"
 #include "types/values/string_values.h"
 
 namespace Vesk::test {
@@ -31,11 +32,13 @@ struct Killed : std::runtime_error {
     Killed() : runtime_error("killed") {}
 };
 
+constexpr const char* kWord = "WORD";
+
 /// Hands out what it was made with.
 class ModelBuilder : public Builder {
   public:
     explicit ModelBuilder(RecipeSet set = {}, Overlap overlap = Overlap::Always)
-        : Builder({}), set_(std::move(set)), overlap_(overlap) {}
+        : Builder({{kWord, {}}}), set_(std::move(set)), overlap_(overlap) {}
     std::shared_ptr<Context> complete(TargetContext&, int) override {
         return std::make_shared<Context>();
     }
@@ -77,6 +80,8 @@ const std::vector<ModelTarget>& targets() {
     return all;
 }
 
+constexpr const char* kGrowing = "m1";
+
 const std::vector<std::string> kSources = {"s0", "s1", "s2", "s3", "s4", "h0", "h1"};
 
 class Model {
@@ -89,6 +94,7 @@ class Model {
         }
         // Commands look flags up on any thread, so no entry may come into being meanwhile.
         for (const ModelTarget& target : targets()) {
+            words_[target.name];
             for (const Step& step : target.steps) {
                 flags_[step.output];
             }
@@ -98,7 +104,7 @@ class Model {
     /// Something happens to the project, or to the next build.
     void disturb() {
         failAt_ = killAt_ = -1;
-        switch (pick(11)) {
+        switch (pick(15)) {
             case 0:
             case 1:
             case 2:
@@ -126,6 +132,18 @@ class Model {
             case 9:
                 edit(source());
                 killAt_ = pick(4);
+                break;
+            case 10:  // a variable in a unit file or a profile
+                words_[targets()[static_cast<std::size_t>(pick(4))].name] = std::to_string(pick(3));
+                break;
+            case 11:  // a unit file names another source
+                furtherSource_ = chance();
+                break;
+            case 12:
+                environment_ = std::to_string(pick(2));
+                break;
+            case 13:
+                registered_ = std::to_string(pick(2));
                 break;
             default:
                 break;  // a build although nothing happened
@@ -161,7 +179,8 @@ class Model {
     std::string wrongOutput() {
         for (const ModelTarget& target : targets()) {
             for (const Step& step : target.steps) {
-                if (!fs::exists(path(step.output)) || contentOf(path(step.output)) != made(step)) {
+                if (!fs::exists(path(step.output)) ||
+                    contentOf(path(step.output)) != made(target, step)) {
                     return step.output;
                 }
             }
@@ -215,9 +234,17 @@ class Model {
         }
     }
 
+    std::vector<std::string> inputsOf(const Step& step) const {
+        std::vector<std::string> inputs = step.inputs;
+        if (furtherSource_ && step.output == kGrowing) {
+            inputs.emplace_back("s4");
+        }
+        return inputs;
+    }
+
     std::vector<std::string> included(const Step& step) const {
         std::vector<std::string> headers;
-        for (const std::string& input : step.inputs) {
+        for (const std::string& input : inputsOf(step)) {
             const std::string content = contentOf(path(input));
             for (const char* header : {"h0", "h1"}) {
                 if (step.stage == 0 && content.find(header) != std::string::npos) {
@@ -228,9 +255,10 @@ class Model {
         return headers;
     }
 
-    std::string made(const Step& step) {
-        std::string text = "flag " + flags_.at(step.output) + "\n";
-        for (const std::string& input : step.inputs) {
+    std::string made(const ModelTarget& target, const Step& step) {
+        std::string text = "flag " + flags_.at(step.output) + "\n" + environment_ + registered_;
+        text += step.alone ? "" : words_.at(target.name);
+        for (const std::string& input : inputsOf(step)) {
             text += contentOf(path(input)) + "\n";
         }
         if (step.alone) {
@@ -241,7 +269,7 @@ class Model {
         return text;
     }
 
-    void run(const Step& step) {
+    void run(const ModelTarget& target, const Step& step) {
         std::this_thread::yield();
         const std::lock_guard lock(mutex_);
         if (killed_) {
@@ -256,10 +284,10 @@ class Model {
             }
             fails ? throw Failed() : throw Killed();
         }
-        write(path(step.output), made(step));
+        write(path(step.output), made(target, step));
         if (step.alone) {
             std::string rule = step.output + ": ";
-            for (const std::string& name : step.inputs) {
+            for (const std::string& name : inputsOf(step)) {
                 rule += name + " ";
             }
             for (const std::string& name : included(step)) {
@@ -276,17 +304,21 @@ class Model {
             modifier);
     }
 
-    Recipe recipeFor(const Step& step) {
+    static Assignment text(const char* name, const std::string& text) {
+        return resolvedAssignment(name, std::make_shared<VeskRawString>(text));
+    }
+
+    Recipe recipeFor(const ModelTarget& target, const Step& step) {
         Recipe recipe;
         recipe.command = "join " + flags_.at(step.output) + " " + step.output;
         recipe.stage = step.stage;
-        recipe.action = [this, &step] { run(step); };
+        recipe.action = [this, &target, &step] { run(target, step); };
         recipe.role = !step.alone       ? RecipeRole::Any
                       : step.stage == 0 ? RecipeRole::Compile
                                         : RecipeRole::Link;
         recipe.workingDirectory = directory_.path();
         if (step.alone) {
-            for (const std::string& input : step.inputs) {
+            for (const std::string& input : inputsOf(step)) {
                 recipe.inputs.push_back({file(input), std::nullopt});
             }
             recipe.outputs.push_back(file(step.output));
@@ -300,15 +332,20 @@ class Model {
     std::shared_ptr<TargetContext> contextOf(const ModelTarget& target) const {
         auto context = std::make_shared<TargetContext>(std::make_shared<Target>(), target.name);
         for (const Step& step : target.steps) {
-            for (const std::string& input : step.inputs) {
+            for (const std::string& input : inputsOf(step)) {
                 if (input != "hidden") {
                     context->addAssignment(file(input), ModifierMode::Copy);
                 }
             }
         }
+        auto environment = std::make_shared<Context>();
+        environment->addAssignment(text("MODE", environment_), ModifierMode::Copy);
         context->addAssignment(
-            resolvedAssignment("SIDE_BY_SIDE", std::make_shared<VeskRawString>("yes")),
+            resolvedAssignment("ENV", std::make_shared<VeskContext>(std::move(environment))),
             ModifierMode::Copy);
+        context->addAssignment(text("toolchain_version", registered_), ModifierMode::Copy);
+        context->addAssignment(text(kWord, words_.at(target.name)), ModifierMode::Copy);
+        context->addAssignment(text("SIDE_BY_SIDE", "yes"), ModifierMode::Copy);
         return context;
     }
 
@@ -318,7 +355,7 @@ class Model {
             if (step.declared) {
                 set.assignments.push_back(file(step.output, AssignModifier::Output));
             }
-            set.recipes.push_back(recipeFor(step));
+            set.recipes.push_back(recipeFor(target, step));
         }
         set.ok = true;
         return set;
@@ -407,7 +444,7 @@ class Model {
                     }
                 }
                 for (const std::size_t i : stale) {
-                    run(target.steps[i]);
+                    run(target, target.steps[i]);
                     step.ran(i);
                 }
             }
@@ -423,6 +460,10 @@ class Model {
     bool killed_ = false;
     std::mt19937 random_;
     std::map<std::string, std::string> flags_;
+    std::map<std::string, std::string> words_;  ///< of each target
+    std::string environment_;
+    std::string registered_;      ///< what the registry says of the toolchain
+    bool furtherSource_ = false;  ///< of the step that makes kGrowing
     std::map<std::string, std::string> stamps_;
     int failAt_ = -1;
     int killAt_ = -1;

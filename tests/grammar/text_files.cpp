@@ -81,10 +81,10 @@ std::string describe(const Unit& unit) {
     for (const auto& target : unit.targets) {
         text += fmt::format("{}({}) @{}\n", target->name, joined(target->parameters, ", "),
                             target->line);
-        for (const DependencyRecord& record : target->dependencies) {
+        for (const DependencyRecord& record : target->dependencies()) {
             text += "  : " + describe(record) + "\n";
         }
-        text += describe(target->body, 2);
+        text += describe(target->body(), 2);
     }
     return text;
 }

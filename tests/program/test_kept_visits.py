@@ -12,19 +12,19 @@ PROJECT = """
     units {{ main {{ "vesk.txt" }} more {{ "more/vesk.txt" }} {further} }}
     profiles {{
         default {{ WORD = "{word}" }}
-        loud {{ WORD = "{word}!" if os_family = "windows" {{ EXTRA = 1 }} }}
+        loud {{ WORD = "{word}{loud}" if os_family = "windows" {{ EXTRA = 1 }} }}
     }}
 """
 UNIT = """
     unit main
-    {comment}
+    {comment}{front}
     all: top(lists) note more::far {{ lists = "{argument}" NO_TOOL = 1 }}
     top(what): +mid left right {{
         SRC = P"(top.txt)" ^TOP = P"(out/top)" TEXT = "${{what}}"
         cmdline = "child copy top.txt out/top"
     }}
     mid: low {{ ^FLAGS += "{flag}" NO_TOOL = 1 }}
-    low: {{ SRC = P"(low.txt)" ^LOW = P"(out/low)" cmdline = "child copy low.txt out/low" }}
+    {blanks}low: {{ SRC = P"(low.txt)" ^LOW = P"(out/low)" cmdline = "child copy low.txt out/low" }}
     left: low {{ SRC = low.LOW ^LEFT = P"(out/left)" cmdline = "child copy out/low out/left" }}
     right: low => base {{
         ^RIGHT = P"(out/right)" SRC = base.LOW FILENAME = "out/right" WRITE_FILE = 1
@@ -45,7 +45,8 @@ class KeptVisitsTest(ProgramTest):
     def setUp(self):
         super().setUp()
         self.words = {"further": "", "word": "a word", "comment": "", "argument": "none",
-                      "flag": "-f", "text": "right", "near": "near"}
+                      "flag": "-f", "text": "right", "near": "near", "loud": "!", "front": "",
+                      "blanks": ""}
         self.files = {"top.txt": "top", "low.txt": "low"}
         self.registry = ""
         (self.dir / "out").mkdir()
@@ -53,9 +54,9 @@ class KeptVisitsTest(ProgramTest):
 
     def write_if_new(self, name, text):
         path = self.dir / name
-        if not path.is_file() or path.read_text() != text:
+        if not path.is_file() or path.read_text(encoding="utf-8") != text:
             path.parent.mkdir(parents=True, exist_ok=True)
-            path.write_text(text)
+            path.write_text(text, encoding="utf-8")
 
     def write_all(self):
         self.write_if_new(".vesk_project.txt", PROJECT.format(**self.words))
@@ -96,7 +97,11 @@ class Edits(KeptVisitsTest):
             if name == "further":
                 value = dice.choice(("", 'third { "third/vesk.txt" }'))
             elif name == "comment":
-                value = dice.choice(("", "// a line"))
+                value = dice.choice(("", "// a line\n", "/* \u00e4 { */"))
+            elif name == "front":
+                value = dice.choice(("", "first: { NO_TOOL = 1 }", "first(p): low { NO_TOOL = 1 }\n"))
+            elif name == "blanks":
+                value = dice.choice(("", "  ", "/* \u00e4 */", "\n"))
             self.words[name] = value
             self.write_if_new("third/vesk.txt", "third: { NO_TOOL = 1 }\n")
         elif deed == 3:
@@ -144,7 +149,7 @@ class Files(KeptVisitsTest):
         expected = self.run_in(self.dir, "all")
         whole = self.file.read_bytes()
         self.assertGreater(len(whole), 500)
-        damaged = [b"", b"\xff" * 5000, whole + b"x", whole[:-1], b"VESK_VISITS_2\n"]
+        damaged = [b"", b"\xff" * 5000, whole + b"x", whole[:-1], b"VESK_VISITS_3\n"]
         damaged += [whole[:at] + bytes([whole[at] ^ 1]) + whole[at + 1:]
                     for at in range(0, len(whole), len(whole) // 8)]
         for content in damaged:
@@ -153,7 +158,22 @@ class Files(KeptVisitsTest):
                 snapshot.unlink()
             result = self.run_in(self.dir, "all")
             self.assertEqual((result.out, result.err), (expected.out, expected.err))
-            self.assertTrue(self.file.read_bytes().startswith(b"VESK_VISITS_2\n"))
+            self.assertTrue(self.file.read_bytes().startswith(b"VESK_VISITS_3\n"))
+
+    def test_what_is_new_is_written_behind_the_rest(self):
+        self.run_in(self.dir, "all")
+        whole = self.file.read_bytes()
+        self.files["low.txt"] = "new"
+        self.write_all()
+        self.run_in(self.dir, "all")
+        longer = self.file.read_bytes()
+        self.assertTrue(len(longer) > len(whole) and longer.startswith(whole))
+        for cut in (1, 20, len(longer) - len(whole) - 1):  # as after a kill
+            self.file.write_bytes(longer[:-cut])
+            self.write("low.txt", f"cut {cut}")
+            self.run_in(self.dir, "all")
+            self.assertEqual(self.outputs()["left"], f"cut {cut}")
+            self.run_in(self.dir, "all", env={"VESK_KEEP": "check"})
 
     def test_a_record_that_is_another(self):
         """An older cache put back knows nothing of the later build, whatever the visits say."""

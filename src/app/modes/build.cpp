@@ -126,7 +126,8 @@ void buildNaming(const Settings& settings, Session& session, VisitStore& visits)
 }
 
 Session runBuild(const Settings& given, VisitStore& visits, const fs::path& directory) {
-    Session session = openSession(given);
+    KeptOutlines outlines(visits, visitKeeping(given));
+    Session session = openSession(given, &outlines);
     const Settings& settings = session.settings;
     reportUnreadVariables(settings.doubts, session);
     console::normal("Starting build");

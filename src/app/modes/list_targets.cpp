@@ -22,7 +22,7 @@ constexpr std::string_view kDescription = "DESCRIPTION";
 
 std::string textAsWritten(const Target& target) {
     std::string text;
-    for (const Assignment& assignment : target.body.assignments) {
+    for (const Assignment& assignment : target.body().assignments) {
         if (equalsIgnoringCase(assignment.name, kDescription) && assignment.value) {
             text = assignment.value->toString();
         }
@@ -34,7 +34,7 @@ std::string textAsWritten(const Target& target) {
 std::string descriptionOf(const std::shared_ptr<const Target>& target,
                           const ImplicitLayers& implicit) {
     std::string text = textAsWritten(*target);
-    if (text.empty() && target->body.conditions.empty()) {
+    if (text.empty() && target->body().conditions.empty()) {
         return text;
     }
     // It may need what only a build can tell, such as the outputs of dependencies.
@@ -50,8 +50,8 @@ std::string descriptionOf(const std::shared_ptr<const Target>& target,
 
 std::string dependenciesOf(const Target& target) {
     std::vector<std::string> names;
-    names.reserve(target.dependencies.size());
-    for (const DependencyRecord& record : target.dependencies) {
+    names.reserve(target.dependencies().size());
+    for (const DependencyRecord& record : target.dependencies()) {
         names.push_back(record.kind == DependencyKind::Macro ? "@" + record.macro.toDisplayString()
                                                              : record.reference.toDisplayString());
     }

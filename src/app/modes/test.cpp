@@ -97,7 +97,7 @@ int runTests(const Settings& settings, Session& session) {
 }
 
 std::string descriptionOf(const TargetLocation& location) {
-    const Assignment* description = location.target->context->find("DESCRIPTION");
+    const Assignment* description = location.target->context()->find("DESCRIPTION");
     return description != nullptr && description->value ? description->value->toString() : "";
 }
 

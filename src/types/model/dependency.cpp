@@ -181,7 +181,7 @@ DynamicDependency parseDynamicDependency(std::string_view item, std::string_view
 std::vector<DependencyRecord> createDependencyList(TargetContext& context) {
     console::trace("Creating dependency list.");
     std::vector<DependencyRecord> list;
-    for (const DependencyRecord& record : context.target().dependencies) {
+    for (const DependencyRecord& record : context.target().dependencies()) {
         if (record.kind == DependencyKind::Direct) {
             list.push_back(record);
         } else {
