@@ -5,11 +5,12 @@ import html.parser
 import json
 import os
 import re
+import signal
 import subprocess
 import unittest
 from pathlib import Path
 
-from harness import SETTINGS, ProgramTest, needs, posix_only
+from harness import HANGS, SETTINGS, ProgramTest, needs, posix_only, wait_until
 
 WHOLE = 'SIDE_BY_SIDE="yes"'
 # Where pictures of the page are left to be looked at.
@@ -306,6 +307,26 @@ class Refusals(Seen):
         self.assertIn("Error: Unable to write the trace '/dev/full': No space left on device.",
                       result.err)
         self.assertTrue((self.dir / "app.txt").exists())
+
+
+class Interrupted(Seen):
+    @posix_only("signals are sent as on POSIX")
+    def test_what_was_seen_is_written(self):
+        self.unit('t: { here = P"(.)"  cmdline = "child linger ${here}/started" }')
+        process = self.start("--events=e.jsonl", "--trace=t.json", "--report=r.html",
+                             "--graph=g.json", "--stats")
+        wait_until(lambda: (self.dir / "started").exists())
+        begun = [json.loads(line) for line in self.read("e.jsonl").splitlines()]
+        self.assertEqual(begun[-1]["what"], "command")  # while it still runs
+        process.send_signal(signal.SIGTERM)
+        out, _ = process.communicate(timeout=HANGS)
+        self.assertEqual(process.returncode, 143)
+        self.assertIn("interrupted in", self.plain(out))
+        self.assertEqual(json.loads(self.read("e.jsonl").splitlines()[-1])["outcome"],
+                         "interrupted")
+        self.assertEqual(json.loads(self.read("t.json"))["otherData"]["outcome"], "interrupted")
+        self.assertEqual(json.loads(self.read("g.json"))["targets"][0]["target"], "vesk::t")
+        self.assertIn('"outcome":"interrupted"', self.read("r.html"))
 
 
 class PageText(html.parser.HTMLParser):
