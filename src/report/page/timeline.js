@@ -1,7 +1,13 @@
 // The timeline: a lane for vesk itself and one for each command that ran at the same time.
 
+const knownColours = new Map();
+
+/// As the style sheet has it now. Asked for once in a drawing.
 function colour(name) {
-  return getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
+  if (!knownColours.has(name)) {
+    knownColours.set(name, getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim());
+  }
+  return knownColours.get(name);
 }
 
 /// A round step for about so many ticks.
@@ -184,6 +190,7 @@ class Timeline {
   }
 
   draw() {
+    knownColours.clear();
     const width = this.canvas.parentElement.clientWidth;
     const height = this.laneTop(this.lanes) + 4;
     const scale = window.devicePixelRatio || 1;
