@@ -1,11 +1,12 @@
 // What the tables of options and variables give for completion.
 
 #include <algorithm>
+#include <iterator>
 
 #include "app/completion.h"
 #include "app/options.h"
 #include "base/ci_string.h"
-#include "tools/variables.h"
+#include "tools/variable_values.h"
 
 namespace Vesk {
 namespace {
@@ -39,36 +40,6 @@ void forEachInput(Use use) {
     }
 }
 
-bool isChoice(const Variable& variable) noexcept {
-    return variable.type.starts_with('`') ||
-           (variable.type == "string" && variable.meaning.starts_with('`'));
-}
-
-/// The words in backquotes at the start of a text, as in "`create` or `append`".
-std::vector<std::string> wordsAtStart(std::string_view text) {
-    std::vector<std::string> words;
-    while (text.starts_with('`')) {
-        const std::size_t end = text.find('`', 1);
-        words.emplace_back(text.substr(1, end - 1));
-        text.remove_prefix(std::min(text.size(), end + 1));
-        if (text.starts_with(" (")) {  // "`object` (compile only), "
-            text.remove_prefix(std::min(text.size(), text.find(')') + 1));
-        }
-        for (const std::string_view between : {", ", " or "}) {
-            if (text.starts_with(between)) {
-                text.remove_prefix(between.size());
-                break;
-            }
-        }
-    }
-    return words;
-}
-
-/// "`-fuse-ld=`" is what a variable becomes, not what it can be.
-bool isValue(const std::string& word) {
-    return !word.empty() && word.front() != '-' && word.front() != '/' && word.back() != '=';
-}
-
 }  // namespace
 
 std::vector<Candidate> optionCandidates() {
@@ -92,10 +63,8 @@ std::vector<Candidate> variableCandidates() {
 std::vector<std::string> tabledValues(std::string_view variable) {
     std::vector<std::string> values;
     forEachInput([&](const Variable& each) {
-        if (equalsIgnoringCase(each.name, variable) && isChoice(each)) {
-            std::ranges::copy_if(
-                wordsAtStart(each.type.starts_with('`') ? each.type : each.meaning),
-                std::back_inserter(values), isValue);
+        if (equalsIgnoringCase(each.name, variable)) {
+            std::ranges::move(valuesOf(each), std::back_inserter(values));
         }
     });
     return values;

@@ -42,6 +42,11 @@ class ProjectCheck {
         }
         const std::string& given = import.byPath ? import.alias.text : import.location.text;
         const ProjectView* const imported = checked_.project.findImport(given);
+        if (!import.byPath && imported == nullptr) {
+            add(rule::kUnknown, import.location.span,
+                "There is no registered project '" + import.location.text +
+                    "'; vesk -r registers the one of the current directory.");
+        }
         if (imported != nullptr && imported != &checked_.project) {
             profile(import.importedProfile, *imported);
         }

@@ -89,10 +89,13 @@ bool namesInTexts(const BlockPlace& place, const Write& write) {
     return mentions > 1;
 }
 
-/// Paths are files that the target reads or makes, whatever their variable is called.
-bool givesPath(const BlockPlace& place, const Write& write) {
-    const std::string_view text = place.document->textOf(*place.piece);
-    return write.value.of(text).find("P\"(") != std::string_view::npos;
+/// Paths are files that the target reads or makes, whatever their variable is called; a reference
+/// may lead to one.
+bool mayGivePath(const BlockPlace& place, const Write& write) {
+    return std::ranges::any_of(place.piece->tree->tokens, [&write](const SyntaxToken& token) {
+        const bool path = token.kind == TokenClass::PathString || token.kind == TokenClass::Name;
+        return path && write.value.begin <= token.span.begin && token.span.end <= write.value.end;
+    });
 }
 
 void checkWrite(const BlockPlace& place, const Write& write, Readers& readers, Diagnostics& found) {
@@ -100,7 +103,7 @@ void checkWrite(const BlockPlace& place, const Write& write, Readers& readers, D
     const bool inProfile = place.block->kind == BlockKind::Profile;
     if (write.nested || !write.modifier.empty() || isOutput(*place.block, name) ||
         readsVariable(*place.block, name) || readers.read(name, inProfile) ||
-        givesPath(place, write) || namesInTexts(place, write)) {
+        mayGivePath(place, write) || namesInTexts(place, write)) {
         return;
     }
     const std::vector<std::string> likely = likelyVariables(name);

@@ -26,6 +26,9 @@ class Dependencies {
             return;
         }
         const DependencyTarget meant = resolve(dependency, checked_.project, *checked_.unit);
+        if (meant.project == nullptr && isImported(dependency.project.text)) {
+            return;  // that it cannot be loaded is said of the project file
+        }
         if (meant.project == nullptr) {
             unknown(place, dependency.project, "project", checked_.project.importNames());
         } else if (meant.unit == nullptr) {
@@ -38,6 +41,16 @@ class Dependencies {
     }
 
   private:
+    bool isImported(const std::string& name) const {
+        if (checked_.project.file == nullptr) {
+            return false;
+        }
+        const auto& imports = checked_.project.file->pieces().front().symbols->imports;
+        return std::ranges::any_of(imports, [&name](const ImportSymbol& import) {
+            return name == (import.byPath ? import.alias.text : import.location.text);
+        });
+    }
+
     void unknown(const BlockPlace& place, const Name& name, std::string_view what,
                  const std::vector<std::string>& candidates) {
         Diagnostic diagnostic{rule::kUnknown, Severity::Error, place.piece->inDocument(name.span),

@@ -23,6 +23,16 @@ FileKind kindOf(const fs::path& file, std::string_view text) {
     return equalsIgnoringCase(name, kUnitFileName) ? FileKind::Unit : kindOfText(text);
 }
 
+namespace {
+
+/// As somebody in the current directory would name it.
+fs::path shown(const fs::path& file) {
+    fs::path relative = file.lexically_normal().lexically_relative(fs::current_path());
+    return relative.empty() ? file : relative;
+}
+
+}  // namespace
+
 std::vector<fs::path> filesNamed(Workspace& workspace, const std::vector<std::string>& words,
                                  const fs::path& unitFile) {
     std::vector<fs::path> files;
@@ -35,11 +45,11 @@ std::vector<fs::path> filesNamed(Workspace& workspace, const std::vector<std::st
     if (!project) {
         return {unitFile};
     }
-    files.push_back(*project);
+    files.push_back(shown(*project));
     if (const Document* const document = workspace.document(*project)) {
         for (const UnitSymbol& unit : document->pieces().front().symbols->units) {
             for (const Name& file : unit.files) {
-                files.push_back(project->parent_path() / platform::pathFromUtf8(file.text));
+                files.push_back(shown(project->parent_path() / platform::pathFromUtf8(file.text)));
             }
         }
     }

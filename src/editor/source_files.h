@@ -16,7 +16,7 @@ class Workspace;
 FileKind kindOf(const std::filesystem::path& file, std::string_view text);
 
 /// The files that the words name, or else the file of the project at the current directory with its
-/// unit files, or else `unitFile`.
+/// unit files, relative to the current one, or else `unitFile`.
 std::vector<std::filesystem::path> filesNamed(Workspace& workspace,
                                               const std::vector<std::string>& words,
                                               const std::filesystem::path& unitFile);

@@ -150,14 +150,14 @@ class Lint(ProgramTest):
     def test_projects(self):
         self.write(".vesk_project.txt", """
             name p
-            import { dbg: "../lib" l (relaese); "gone"; }
+            import { dbg: "../lib" l (relaese); "gone"; lost; }
             units { u { "u.txt" "none.txt" } v { "v.txt" } }
             profiles { debug { C_FLAG = "-g" } }
             """)
         self.write("../lib/.vesk_project.txt",
                    'name lib units { core { "c.txt" } } profiles { release { } }')
         self.write("../lib/c.txt", "all: { NO_TOOL }\n")
-        self.write("u.txt", "a: v::b l/core::all l/core::al v::c w::x { NO_TOOL }\n")
+        self.write("u.txt", "a: v::b l/core::all l/core::al v::c w::x lost/x::y { NO_TOOL }\n")
         self.write("v.txt", "b: { NO_TOOL }\n")
         found = re.findall(r"^(\S+?):(\d+):\d+: (\w+): (.*)$", self.run_vesk("--lint").out, re.M)
         found = [(Path(file).name, line, what) for file, line, _, what in found]
@@ -168,6 +168,8 @@ class Lint(ProgramTest):
         ])
         for what in ("There is no file 'none.txt'. [missing-file]",
                      "There is no project in 'gone'. [missing-file]",
+                     "There is no registered project 'lost'; vesk -r registers the one of the current directory. "
+                     "[unknown-name]",
                      "Project 'p' has no profile 'dbg'. [unknown-name]",
                      "Project 'lib' has no profile 'relaese'. [unknown-name]",
                      "Nothing reads the variable 'C_FLAG'. [misspelt-variable]"):

@@ -14,37 +14,10 @@
 #include "platform/files.h"
 #include "tools/matcher.h"
 #include "tools/tool_registry.h"
+#include "tools/variable_values.h"
 
 namespace Vesk::editor {
 namespace {
-
-bool isValueWord(std::string_view text) {
-    return !text.empty() && std::ranges::all_of(text, [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '+' || c == '-';
-    });
-}
-
-/// The words of "`a`, `b`", up to what is neither.
-std::vector<std::string> quotedWords(std::string_view text) {
-    std::vector<std::string> words;
-    while (text.starts_with('`')) {
-        const std::size_t end = text.find('`', 1);
-        if (end == std::string_view::npos || !isValueWord(text.substr(1, end - 1))) {
-            break;
-        }
-        words.emplace_back(text.substr(1, end - 1));
-        text.remove_prefix(end + 1);
-        if (text.starts_with(" (")) {  // "`object` (compile only), "
-            text.remove_prefix(std::min(text.size(), text.find(')') + 1));
-        }
-        if (text.starts_with(", ")) {
-            text.remove_prefix(2);
-        } else if (text.starts_with(" or ")) {
-            text.remove_prefix(4);
-        }
-    }
-    return words;
-}
 
 bool takesFiles(const Variable& variable) {
     return variable.type.find("file") != std::string_view::npos ||
@@ -390,11 +363,6 @@ std::string signatureOf(const Block& block) {
     }
     return names.empty() ? block.name.text
                          : fmt::format("{}({})", block.name.text, joined(names, ", "));
-}
-
-std::vector<std::string> valuesOf(const Variable& variable) {
-    std::vector<std::string> words = quotedWords(variable.type);
-    return words.empty() ? quotedWords(variable.meaning) : words;
 }
 
 std::vector<KnownVariable> knownVariables(std::string_view toolWord) {

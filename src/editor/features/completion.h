@@ -49,9 +49,6 @@ struct KnownVariable {
 /// What a tool of that type, or with an empty word any tool, knows; each name once for each role.
 std::vector<KnownVariable> knownVariables(std::string_view toolWord);
 
-/// The words that a variable's table lists as its values; empty when it takes others.
-std::vector<std::string> valuesOf(const Variable& variable);
-
 /// "compile(source, object)".
 std::string signatureOf(const Block& block);
 
