@@ -196,7 +196,7 @@ std::optional<ContentHash> ProjectCache::recordHash(const std::string& key) {
 ProjectCache::Standing ProjectCache::filesStand(
     Entry& entry, const std::function<bool(const std::string&)>& isToBeMade) {
     using Comparison = FileStates::Comparison;
-    auto files = filesOf(entry.record->layout(kFirstRecipePart).parts);
+    auto files = filesOf(entry.record->layout(1).parts);  // the first part has the table
     if (!files) {
         return Standing::no;
     }

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <fmt/format.h>
 
+#include "cache/cache_text.h"
 #include "cache/file_state.h"
 #include "cache/record_files.h"
 
@@ -16,8 +17,22 @@ constexpr std::size_t kSealSize = kDayDigits + 1 + kHashDigits;  // "020417 0123
 
 /// Empty if the record has none.
 std::string_view sealOf(const RecordText& record) {
-    const auto parts = record.layout(1).parts;
-    return parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kSeal);
+    CacheReader reader(record.text());
+    std::uint64_t count = 0;
+    std::string_view flag;
+    if (!reader.number(count) || count == 0 || !reader.number(count)) {
+        return {};
+    }
+    // It is the first output of the first part: what is behind it need not be stepped over.
+    for (; count > 0; --count) {
+        if (!reader.stepOverAssignment() || !reader.line(flag) ||
+            (flag == "1" && !reader.stepOverAssignment())) {
+            return {};
+        }
+    }
+    const char* const end = record.text().data() + record.text().size();
+    return fieldOf({{}, {reader.position(), static_cast<std::size_t>(end - reader.position())}},
+                   recordField::kSeal);
 }
 
 /// The hash of the key and the whole text except the hash itself, which starts at `hashAt`.
