@@ -149,7 +149,7 @@ class CommandLine {
         }
         std::ranges::for_each(project().file.tools, take);
         std::ranges::sort(values);
-        values.erase(std::ranges::unique(values).begin(), values.end());
+        values.erase(std::unique(values.begin(), values.end()), values.end());
         Candidates found;
         for (const std::string& value : values) {
             found.push_back({name + "=" + std::string(quote) + value + std::string(quote), {}});
@@ -269,7 +269,7 @@ std::vector<Candidate> completions(const std::vector<std::string>& words, const 
     Candidates found = thatBegin(word, CommandLine(words, before).all());
     const auto sameText = [](const Candidate& a, const Candidate& b) { return a.text == b.text; };
     std::ranges::stable_sort(found, {}, &Candidate::text);
-    found.erase(std::ranges::unique(found, sameText).begin(), found.end());
+    found.erase(std::unique(found.begin(), found.end(), sameText), found.end());
     return found;
 }
 

@@ -114,11 +114,13 @@ std::vector<ProjectName> projectNames(const ProjectAtHand& from, const Registry&
     for (const ProjectImport& import : from.file.imports) {
         names.push_back({nameOf(import, from), "an imported project"});
     }
-    for (const auto& [name, path] : registry.projects) {
-        const bool isKnown = std::ranges::any_of(
-            names, [&](const ProjectName& known) { return equalsIgnoringCase(known.name, name); });
+    for (const auto& entry : registry.projects) {
+        const bool isKnown = std::ranges::any_of(names, [&](const ProjectName& known) {
+            return equalsIgnoringCase(known.name, entry.first);
+        });
         if (!isKnown) {
-            names.push_back({name, "a registered project, " + platform::pathToUtf8(path)});
+            names.push_back(
+                {entry.first, "a registered project, " + platform::pathToUtf8(entry.second)});
         }
     }
     std::erase_if(names, [](const ProjectName& each) { return each.name.empty(); });

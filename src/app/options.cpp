@@ -23,7 +23,7 @@ constexpr std::string_view kTests = "Tests";
 constexpr std::string_view kCleaning = "Removing what was built";
 constexpr std::string_view kFiles = "Files of vesk's language";
 constexpr std::string_view kInstead = "Instead of a build";
-constexpr std::string_view kHidden = "";  // asked for by scripts, not by people
+constexpr std::string_view kHidden;  // asked for by scripts, not by people
 
 std::uint32_t count(const std::string& digits) {
     return static_cast<std::uint32_t>(leadingInteger(digits));
