@@ -81,6 +81,8 @@ class OutlineReader {
                 takeCode();
             }
         }
+        // A main() that is compiled on request only, beside other code, makes no program.
+        outline_.hasMain = outline_.hasMain || (mainOnRequest_ && !otherCode_);
         return std::move(outline_);
     }
 
@@ -104,10 +106,27 @@ class OutlineReader {
         do {
             end = std::min(text_.size(), text_.find('\n', end + 1));
         } while (end < text_.size() && text_[end - 1] == '\\');
-        takeInclude(trimmed(text_.substr(at_ + 1, end - at_ - 1)));
+        const std::string_view directive = trimmed(text_.substr(at_ + 1, end - at_ - 1));
+        takeInclude(directive);
+        takeCondition(directive);
         at_ = end;
         return true;
     }
+
+    /// Whether each open condition asks for something, as `#ifdef X` does and `#else` does not.
+    void takeCondition(std::string_view directive) {
+        if (directive.starts_with("if")) {
+            const bool negated =
+                directive.starts_with("ifndef") || trimmed(directive.substr(2)).starts_with('!');
+            conditions_.push_back(!negated);
+        } else if (directive.starts_with("el") && !conditions_.empty()) {
+            conditions_.back() = false;
+        } else if (directive.starts_with("endif") && !conditions_.empty()) {
+            conditions_.pop_back();
+        }
+    }
+
+    bool onRequest() const { return std::ranges::find(conditions_, true) != conditions_.end(); }
 
     void takeInclude(std::string_view directive) {
         constexpr std::string_view kInclude = "include";
@@ -168,24 +187,37 @@ class OutlineReader {
         // Not "object.main" or "Class::main".
         const bool isMain =
             text_.substr(start, at_ - start) == "main" && depth_ == 0 && isWordCharacter(last_);
-        main_ = isMain ? Main::Named : main_ == Main::Parameters ? main_ : Main::No;
+        if (isMain) {
+            main_ = Main::Named;
+        } else if (main_ == Main::Named) {
+            main_ = Main::No;
+        } else if (main_ == Main::Parameters && brackets_ == 0) {
+            main_ = Main::Declarations;
+        }
         last_ = 'a';
     }
 
-    /// After the name come parameters in brackets and then, in a definition, a brace.
+    /// After the name come parameters in brackets and then, in a definition, a brace; in old C with
+    /// the parameters' declarations between them.
     void takeSign(char c) {
         if (main_ == Main::Named) {
             main_ = c == '(' ? Main::Parameters : Main::No;
             brackets_ = 1;
         } else if (main_ == Main::Parameters && brackets_ > 0) {
             brackets_ += c == '(' ? 1 : c == ')' ? -1 : 0;
-        } else if (main_ == Main::Parameters) {
-            outline_.hasMain = outline_.hasMain || c == '{';
+        } else if (main_ == Main::Declarations &&
+                   std::string_view("*,;[]").find(c) != std::string_view::npos) {
+            return;
+        } else if (main_ != Main::No) {
+            bool& found = onRequest() ? mainOnRequest_ : outline_.hasMain;
+            found = found || c == '{';
             main_ = Main::No;
+        } else {
+            otherCode_ = otherCode_ || (c == '{' && !onRequest());
         }
     }
 
-    enum class Main { No, Named, Parameters };
+    enum class Main { No, Named, Parameters, Declarations };
 
     std::string_view text_;
     std::size_t at_ = 0;
@@ -194,6 +226,9 @@ class OutlineReader {
     int depth_ = 0;
     Main main_ = Main::No;
     int brackets_ = 0;
+    std::vector<bool> conditions_;
+    bool mainOnRequest_ = false;
+    bool otherCode_ = false;
     SourceOutline outline_;
 };
 

@@ -68,6 +68,29 @@ class FirstUnit(ProgramTest):
         self.dir.mkdir(parents=True)
         self.assertMultiLineEqual(self.unit_for(files, *arguments), expected)
 
+    def test_what_is_a_program(self):
+        old = "int main(argc, argv)\n    int argc;\n    char *argv[];\n{ return 0; }\n"
+        used = "int used(void) { return 1; }\n"
+        self.same_unit({"old.c": old, "table.c": f"{used}#ifdef MAKE_TABLE\n{MAIN}#endif\n",
+                        "whole.c": f"#if USE_IT\n{MAIN}#endif\n", "declared.c": "int main(void);\n" + used,
+                        "both.c": f"{used}#ifdef _WIN32\n{MAIN}#else\n{MAIN}#endif\n"}, """\
+all: both old whole { NO_TOOL = 1 }
+both: +app_common {
+    C_FILES = ["both.c"]
+}
+old: +app_common {
+    C_FILES = ["old.c"]
+}
+whole: +app_common {
+    C_FILES = ["whole.c"]
+}
+app_common: {
+    OUTPUT_TYPE = "static"
+    C_FILES = ["*.c"]
+    EXCLUDE_FILES = ["both.c", "old.c", "whole.c"]
+}
+""")
+
     def test_what_the_sources_tell(self):
         self.same_unit({"main.cpp": "#include <cmath>\n" + MAIN, "lib/a.c": "", "lib/in/b.c": "",
                         "build/x.c": MAIN, ".git/y.c": MAIN, "q.cc": ""}, """\
