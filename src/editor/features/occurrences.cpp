@@ -77,10 +77,11 @@ class Search {
         std::ranges::sort(found_, {}, [](const Occurrence& each) {
             return std::pair(each.document->path(), each.span.begin);
         });
-        const auto again = std::ranges::unique(found_, [](const auto& a, const auto& b) {
-            return a.document == b.document && a.span == b.span;
-        });
-        found_.erase(again.begin(), again.end());
+        const auto again =
+            std::unique(found_.begin(), found_.end(), [](const auto& a, const auto& b) {
+                return a.document == b.document && a.span == b.span;
+            });
+        found_.erase(again, found_.end());
         return std::move(found_);
     }
 
