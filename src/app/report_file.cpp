@@ -24,8 +24,8 @@ void ReportFile::throwFault(const std::error_code& error) const {
                         ".");
     const std::filesystem::path directory = platform::pathFromUtf8(path_).parent_path();
     if (!directory.empty() && !platform::isDirectory(directory)) {
-        fault.addNote("there is no directory '" + platform::pathToUtf8(directory) +
-                      "'; make it first");
+        fault.addNote("the directory '" + platform::pathToUtf8(directory) +
+                      "' does not exist; create it first");
     }
     throw fault;
 }

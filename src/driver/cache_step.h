@@ -71,7 +71,7 @@ class CacheStep {
     bool makesFiles() const;
 
     /// Records a finished build, when there is a claim, with the outputs that only its completion
-    /// gave. Tells of outputs that are not there. Whether the record will be a hit as long as
+    /// gave. Warns of outputs that are missing. Returns whether the record will be a hit as long as
     /// nothing changes. Throws VeskException when the cache refuses.
     bool record(std::vector<Assignment> outputs, const std::string& stamp);
 

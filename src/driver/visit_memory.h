@@ -2,7 +2,7 @@
 //
 // A visit that is kept is not made as long as everything goes as it went then: the target's text
 // and its surroundings, the answers to what the visit asked, what its dependencies give, and the
-// record in the cache, with the files that it tells of. When something differs on the way, the
+// record in the cache, with the files that it names. When something differs on the way, the
 // visit is made after all. What is made is kept in turn.
 #pragma once
 

@@ -63,7 +63,7 @@ class Evaluation {
     std::unordered_map<const SyntaxTree*, Kept> kept_;
 };
 
-/// The evaluations of a session, each made anew when its project file changes.
+/// The evaluations of a session, each made again when its project file changes.
 class Evaluations {
   public:
     /// The profile under which values are shown; empty: none.

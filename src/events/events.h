@@ -1,6 +1,6 @@
 // Telling those who want to see a run what happens in it.
 //
-// Whoever does something worth seeing emits events; it costs a look at one variable when nobody
+// Code that does something worth seeing emits events; it costs a look at one variable when nobody
 // listens. All functions may be called from any thread.
 #pragma once
 

@@ -34,7 +34,7 @@ void VisitStore::load(const std::filesystem::path& directory) {
     }
 }
 
-/// Up to the first that is not whole, as after a kill; then the file is written anew.
+/// Up to the first that is not whole, as after a kill; then the whole file is written again.
 void VisitStore::takeBlocks(std::string_view bytes) {
     Decoder decoder(bytes);
     while (!decoder.atEnd()) {

@@ -102,6 +102,21 @@ std::string markdownTable(const Rows& rows) {
 
 }  // namespace
 
+std::string_view roleText(VariableRole role) noexcept {
+    switch (role) {
+        case VariableRole::Output:
+        case VariableRole::Product:
+            return ", an output";
+        case VariableRole::Setting:
+            return ", in the declaration of a tool";
+        case VariableRole::BuiltIn:
+            return ", given to every target";
+        case VariableRole::Input:
+            break;
+    }
+    return "";
+}
+
 VariableGroups variablesOfEveryTarget() noexcept {
     return kEveryTarget;
 }

@@ -23,6 +23,9 @@ enum class VariableRole {
     BuiltIn,  ///< every target can read it
 };
 
+/// What follows a variable's type where it is explained, such as ", an output"; empty for inputs.
+std::string_view roleText(VariableRole role) noexcept;
+
 /// Texts are Markdown without links; empty ones are left out.
 struct Variable {
     std::string_view name;

@@ -289,7 +289,7 @@ class Refusals(Seen):
         for option, what in (("events", "events"), ("trace", "trace"), ("report", "report")):
             self.check_error(f"--{option}=no/file.x", "all", out="", err=f"""
                 Error: Unable to write the {what} 'no/file.x': {{*}}.
-                  there is no directory 'no'; make it first
+                  the directory 'no' does not exist; create it first
                 """)
         self.assertEqual(self.files(), ["a.src", "vesk.txt"])
 

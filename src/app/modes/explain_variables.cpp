@@ -22,21 +22,6 @@ std::string withoutMarkdown(std::string_view text) {
     return plain;
 }
 
-std::string_view roleText(VariableRole role) noexcept {
-    switch (role) {
-        case VariableRole::Output:
-        case VariableRole::Product:
-            return ", an output";
-        case VariableRole::Setting:
-            return ", in the declaration of a tool";
-        case VariableRole::BuiltIn:
-            return ", given to every target";
-        case VariableRole::Input:
-            break;
-    }
-    return "";
-}
-
 void print(const Variable& variable, const RegisteredGroup& registered) {
     console::normal("{}: {}{}", variable.name, withoutMarkdown(variable.type),
                     roleText(registered.group->role));

@@ -46,7 +46,7 @@ const editor::Document& read(editor::Workspace& workspace, const fs::path& path)
     }
     const SourceFile file(path);
     if (file.failure().empty()) {
-        static_cast<void>(file.text());  // throws, as it is no text
+        static_cast<void>(file.text());  // throws: it is not a text file
     }
     throw VeskException("Unable to read " + file.name() + ": " + file.failure());
 }

@@ -15,21 +15,6 @@ namespace {
 
 constexpr std::size_t kMaxValue = 600;  // bytes that are shown
 
-std::string_view roleText(VariableRole role) {
-    switch (role) {
-        case VariableRole::Output:
-        case VariableRole::Product:
-            return ", an output";
-        case VariableRole::Setting:
-            return ", in the declaration of a tool";
-        case VariableRole::BuiltIn:
-            return ", given to every target";
-        case VariableRole::Input:
-            break;
-    }
-    return "";
-}
-
 std::string codeBlock(std::string text) {
     if (text.size() > kMaxValue) {
         std::size_t end = kMaxValue;
