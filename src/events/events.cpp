@@ -11,7 +11,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 /// The whole program starts about when its statics do.
-const Clock::time_point began = Clock::now();
+const Clock::time_point kBegan = Clock::now();
 
 std::atomic<bool> active = false;
 std::atomic<Id> lastId = 0;
@@ -64,7 +64,7 @@ void emit(const Event& event) {
     }
     Shared& state = shared();
     const std::lock_guard lock(state.mutex);
-    const auto at = std::chrono::duration_cast<Time>(Clock::now() - began);
+    const auto at = std::chrono::duration_cast<Time>(Clock::now() - kBegan);
     for (Listener* const listener : state.listeners) {
         listener->take(at, event);
     }

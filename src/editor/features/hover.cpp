@@ -154,7 +154,7 @@ class Teller {
         }
         const AssignmentMap* const settings = evaluation.settingsFor(entity_.owner);
         if (settings != nullptr && settings->contains(entity_.name)) {
-            from.push_back("its tool");
+            from.emplace_back("its tool");
         }
         return "from " + (from.empty() ? std::string("vesk itself") : joined(from, ", "));
     }
