@@ -142,14 +142,14 @@ class Teller {
     std::string origin(Evaluation& evaluation) const {
         std::vector<std::string> from;
         if (gives(*entity_.owner.block, entity_.name)) {
-            from.push_back("this target");
+            from.emplace_back("this target");
         }
         for (const BlockPlace& place : entity_.project->blocks(BlockKind::Profile)) {
             const std::string& profile = place.block->name.text;
             const bool applies = equalsIgnoringCase(profile, kDefaultProfile) ||
                                  equalsIgnoringCase(profile, evaluations_.profile());
             if (applies && gives(*place.block, entity_.name)) {
-                from.push_back("profile '" + profile + "'");
+                from.emplace_back("profile '" + profile + "'");
             }
         }
         const AssignmentMap* const settings = evaluation.settingsFor(entity_.owner);
