@@ -154,7 +154,7 @@ class FileLock {
     FileLock& operator=(const FileLock&) = delete;
 
   private:
-    std::intptr_t handle_;
+    std::intptr_t handle_ = -1;
 };
 
 }  // namespace Vesk::platform

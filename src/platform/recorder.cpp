@@ -241,8 +241,8 @@ bool eachQuestion(std::string_view questions, Take take) {
 
 }  // namespace
 
-bool stillValid(std::string_view questions) {
-    return eachQuestion(questions,
+bool stillValid(std::string_view recording) {
+    return eachQuestion(recording,
                         [](Question question, std::uint64_t answer, const char* subject) {
                             return answerTo(question, subject) == answer;
                         });

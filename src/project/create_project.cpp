@@ -72,7 +72,7 @@ class ProjectDescriber {
 
     static std::string genericText(const fs::path& path) {
         const auto text = path.generic_u8string();
-        return std::string(text.begin(), text.end());
+        return {text.begin(), text.end()};
     }
 
     static void leaveOut(const FoundFile& found, const std::string& why) {

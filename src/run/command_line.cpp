@@ -53,8 +53,8 @@ bool takeWord(std::string_view& rest, std::string& word) {
             continue;
         }
         const std::size_t end = rest.find(c, 1);
-        const std::string_view quoted = rest.substr(1, end == rest.npos ? 0 : end - 1);
-        if (end == rest.npos ||
+        const std::string_view quoted = rest.substr(1, end == std::string_view::npos ? 0 : end - 1);
+        if (end == std::string_view::npos ||
             (c == '"' && quoted.find_first_of("$`\\!") != std::string_view::npos)) {
             return false;
         }

@@ -5,7 +5,6 @@
 #pragma once
 
 #include <chrono>
-#include <compare>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -13,6 +12,7 @@
 #include <queue>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -77,7 +77,7 @@ class Schedule {
     void requireUnmade(std::string_view file, const std::string& owner) const;
 
     /// A file that an earlier node of the same owner makes is made after that.
-    NodeId add(ScheduleNode node);
+    NodeId add(ScheduleNode body);
 
     bool finished(NodeId node) const { return nodes_[node].finished; }
     bool idle() const noexcept { return unfinished_ == 0; }
@@ -136,7 +136,10 @@ class Schedule {
         double priority;
         NodeId complement;  ///< of its number: of equal ones the earliest comes first
 
-        auto operator<=>(const Ready&) const = default;
+        friend bool operator<(const Ready& one, const Ready& other) noexcept {
+            return std::tie(one.isShort, one.priority, one.complement) <
+                   std::tie(other.isShort, other.priority, other.complement);
+        }
     };
 
     void advance(std::chrono::milliseconds wait);

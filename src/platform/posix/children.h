@@ -27,7 +27,7 @@ class RunningChild {
     void forget() noexcept;
 
   private:
-    std::atomic<pid_t>* slot_;
+    std::atomic<pid_t>* slot_ = nullptr;
 };
 
 }  // namespace Vesk::platform

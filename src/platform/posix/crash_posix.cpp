@@ -52,7 +52,7 @@ void installCrashHandler() {
 
     // A stack of its own lets the handler report that the normal one overflowed. Static: it has to
     // outlive everything.
-    constexpr std::size_t kStackSize = 64 * 1024;
+    constexpr std::size_t kStackSize = 64UL * 1024;
     alignas(16) static std::array<char, kStackSize> alternateStack;
     stack_t stack{};
     stack.ss_sp = alternateStack.data();

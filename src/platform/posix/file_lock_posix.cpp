@@ -29,8 +29,7 @@ int openLockFile(const std::filesystem::path& path) noexcept {
 
 }  // namespace
 
-FileLock::FileLock(const std::filesystem::path& path, const std::function<void()>& onWait)
-    : handle_(-1) {
+FileLock::FileLock(const std::filesystem::path& path, const std::function<void()>& onWait) {
     Descriptor file(openLockFile(path));
     if (!file.valid()) {
         fail("Unable to open lock file", path);

@@ -96,7 +96,7 @@ bool childrenHaveOwnGroups() noexcept {
     return ownGroups;
 }
 
-RunningChild::RunningChild() : slot_(nullptr) {
+RunningChild::RunningChild() {
     for (std::size_t tried = 0; slot_ == nullptr; ++tried) {
         if (tried == kMaxChildren) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));

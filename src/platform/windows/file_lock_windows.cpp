@@ -41,8 +41,7 @@ HANDLE openLockFile(const std::filesystem::path& path) {
 
 }  // namespace
 
-FileLock::FileLock(const std::filesystem::path& path, const std::function<void()>& onWait)
-    : handle_(0) {
+FileLock::FileLock(const std::filesystem::path& path, const std::function<void()>& onWait) {
     Handle file(openLockFile(path));
     if (!file.valid()) {
         fail(::GetLastError(), "Unable to open lock file", path);
