@@ -11,6 +11,7 @@
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/interrupt.h"
+#include "platform/recorder.h"
 
 namespace Vesk {
 namespace {
@@ -68,6 +69,7 @@ ProjectCaches::ProjectCaches(const std::vector<const Project*>& projects, Use us
             here += platform::pathToUtf8(directory) + "\n";
         }
         entry.cache = std::make_unique<ProjectCache>(directory, *states_);
+        const platform::RecordingPause pause;  // see ownFiles
         entry.cache->load();
     }
     if (use == Use::build) {
@@ -88,6 +90,19 @@ void ProjectCaches::noteMadeDirectories() {
             }
         }
     }
+}
+
+bool ProjectCaches::areLocked() const {
+    return std::ranges::all_of(caches_,
+                               [](const auto& each) { return each.second.lock != nullptr; });
+}
+
+std::vector<fs::path> ProjectCaches::ownFiles() const {
+    std::vector<fs::path> files;
+    for (const auto& [directory, entry] : caches_) {
+        std::ranges::move(entry.cache->ownFiles(), std::back_inserter(files));
+    }
+    return files;
 }
 
 void ProjectCaches::save() {

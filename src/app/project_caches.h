@@ -30,6 +30,13 @@ class ProjectCaches {
     /// Throws std::out_of_range for a project that was not among them.
     ProjectCache& of(const Project& project) { return *caches_.at(project.root).cache; }
 
+    /// Whether no other vesk can write them.
+    bool areLocked() const;
+
+    /// What has been read of them. A run that is recorded asks about these files when it has
+    /// saved the caches: what they were before, it has replaced itself.
+    std::vector<std::filesystem::path> ownFiles() const;
+
     /// Saves all of them; those that cannot be saved have said so.
     void save();
 

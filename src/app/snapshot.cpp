@@ -4,13 +4,17 @@
 #include <limits>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include "app/version.h"
 #include "base/console.h"
 #include "cache/cache_file.h"
 #include "cache/cache_text.h"
 #include "cache/file_state.h"
+#include "driver/visit_tree.h"
+#include "keep/visit_store.h"
 #include "platform/files.h"
+#include "platform/question_list.h"
 #include "platform/recorder.h"
 #include "platform/system.h"
 
@@ -128,18 +132,48 @@ void Snapshot::begin() {
     console::startTranscript();
 }
 
-void Snapshot::keep() {
+void Snapshot::visitsBegin() {
+    if (auto recording = platform::recordingSoFar()) {
+        beginning_ = {console::transcriptSoFar(), std::move(*recording)};
+    }
+}
+
+bool Snapshot::keep(const std::vector<std::filesystem::path>& ownFiles) {
+    for (const std::filesystem::path& file : ownFiles) {
+        platform::fileStatus(file);
+    }
     watches_ = false;
-    const std::string transcript = console::transcript();
-    const auto recording = platform::takeRecording();
-    if (!recording || !platform::isFile(cache_)) {
+    std::string transcript = console::transcript();
+    auto recording = platform::takeRecording();
+    if (!recording) {
+        return false;
+    }
+    write({std::move(transcript), std::move(*recording)});
+    return true;
+}
+
+void Snapshot::keepForeseen(VisitTree& tree, const VisitStore& store,
+                            const std::vector<std::filesystem::path>& ownFiles) {
+    platform::QuestionList& questions = tree.questions();
+    if (!beginning_ || !questions.add(beginning_->recording)) {
         return;
     }
+    const auto foreseen = tree.foresee(store);
+    if (!foreseen) {
+        return;
+    }
+    for (const std::filesystem::path& file : ownFiles) {
+        questions.addStatusNow(file);
+    }
+    write({beginning_->transcript + *foreseen, questions.recording()});
+}
+
+void Snapshot::write(const Watched& run) const {
     std::string content;
-    content.reserve(transcript.size() + recording->size() + 64);
-    appendText(content, transcript);
-    appendText(content, *recording);
-    if (content.size() > kMaxBytes) {
+    content.reserve(run.transcript.size() + run.recording.size() + 64);
+    appendText(content, run.transcript);
+    appendText(content, run.recording);
+    if (content.size() > kMaxBytes || !platform::isFile(cache_)) {
         return;
     }
     std::string bytes = start_;

@@ -326,6 +326,20 @@ std::string transcript() {
     return std::exchange(state.kept, {});
 }
 
+std::string transcriptSoFar() {
+    Shared& state = shared();
+    const std::lock_guard lock(state.mutex);
+    return state.kept;
+}
+
+void appendNormal(std::string& transcript, std::string_view prefix, std::string_view text) {
+    if (enabled(level::kNormal)) {
+        std::string line;
+        appendLine(line, colour::kNormal, prefix, text);
+        appendPart(transcript, kOutput, line);
+    }
+}
+
 MessageCopy::MessageCopy(std::string& copy, Shown shown)
     : copy_(copy), shown_(shown), outer_(std::exchange(copyOfThread, this)) {}
 

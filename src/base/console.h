@@ -108,6 +108,12 @@ void startTranscript();
 /// Stops recording and returns what was recorded, in the form that `repeat` takes.
 std::string transcript();
 
+/// What has been recorded so far.
+std::string transcriptSoFar();
+
+/// Appends a message to a transcript as `normal` would write it, after this prefix.
+void appendNormal(std::string& transcript, std::string_view prefix, std::string_view text);
+
 /// During its lifetime, the messages that this thread writes itself are also copied to a text, in
 /// the form of a transcript.
 class MessageCopy {

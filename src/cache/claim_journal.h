@@ -26,6 +26,8 @@ class ClaimJournal {
 
     void clear() noexcept;
 
+    const std::filesystem::path& file() const noexcept { return file_; }
+
   private:
     bool append(const std::string& text) const;
 

@@ -7,7 +7,7 @@
 #include "base/console.h"
 #include "cache/cache_file.h"
 #include "cache/freshness.h"
-#include "cache/record_files.h"
+#include "platform/recording.h"
 
 namespace Vesk {
 
@@ -81,7 +81,8 @@ void ProjectCache::load() {
     const auto claimed = journal_.read();
     if (!whole || !claimed) {
         forgetEverything();
-        changed_ = true;  // a bad file is replaced even if nothing else is new
+        changed_ = true;               // a bad file is replaced even if nothing else is new
+        platform::recordSideEffect();  // and the next run has nothing to warn of
         return;
     }
     for (const std::string& key : *claimed) {
@@ -194,7 +195,8 @@ std::optional<ContentHash> ProjectCache::recordHash(const std::string& key) {
 }
 
 ProjectCache::Standing ProjectCache::filesStand(
-    Entry& entry, const std::function<bool(const std::string&)>& isToBeMade) {
+    Entry& entry, const std::function<bool(const std::string&)>& isToBeMade,
+    ExpectedFiles* expected) {
     using Comparison = FileStates::Comparison;
     auto files = filesOf(entry.record->layout(1).parts);  // the first part has the table
     if (!files) {
@@ -210,31 +212,67 @@ ProjectCache::Standing ProjectCache::filesStand(
         }
         touched = touched || comparison == Comparison::SameContent;
     }
+    if (touched) {
+        for (RecordFile& file : *files) {
+            file.state = states_.current(root_.absolute(file.path));
+        }
+    }
+    if (expected != nullptr) {
+        expectAll(entry, *files, *expected);
+    }
     if (!touched) {
         return Standing::yes;
-    }
-    for (RecordFile& file : *files) {
-        file.state = states_.current(root_.absolute(file.path));
     }
     entry.record = withFiles(*entry.record, *files);
     changed_ = true;
     return Standing::refreshed;
 }
 
+void ProjectCache::expectAll(Entry& entry, const std::vector<RecordFile>& files,
+                             ExpectedFiles& expected) {
+    for (const RecordFile& file : files) {
+        expected.add(root_.absolute(file.path), file.state);
+    }
+    entry.expected = true;
+}
+
+/// Whether the record is the one with this hash and nobody makes another one.
+bool ProjectCache::stands(const Entry& entry, const ContentHash& record) {
+    return entry.valid && !entry.claimed && !entry.closed &&
+           hashWithoutSeal(*entry.record) == record;
+}
+
 ProjectCache::Standing ProjectCache::standing(
     const std::string& key, const ContentHash& record,
-    const std::function<bool(const std::string&)>& isToBeMade) {
+    const std::function<bool(const std::string&)>& isToBeMade, ExpectedFiles* expected) {
     Entry* entry = find(key);
     if (entry == nullptr) {
         return Standing::no;
     }
     const std::lock_guard lock(entry->mutex);
-    if (!entry->valid || entry->claimed || entry->closed ||
-        hashWithoutSeal(*entry->record) != record) {
+    if (!stands(*entry, record)) {
         return Standing::no;
     }
     markAsked(*entry);
-    return filesStand(*entry, isToBeMade);
+    return filesStand(*entry, isToBeMade, expected);
+}
+
+bool ProjectCache::expect(const std::string& key, const ContentHash& record,
+                          ExpectedFiles& expected) {
+    Entry* entry = find(key);
+    if (entry == nullptr) {
+        return false;
+    }
+    const std::lock_guard lock(entry->mutex);
+    if (entry->valid && entry->expected) {
+        return true;
+    }
+    const auto files = stands(*entry, record) ? filesOf(entry->record->layout(1).parts)
+                                              : std::optional<std::vector<RecordFile>>();
+    if (files) {
+        expectAll(*entry, *files, expected);
+    }
+    return files.has_value();
 }
 
 bool ProjectCache::insert(const std::string& key, const RecordText& record) {
@@ -413,6 +451,7 @@ bool ProjectCache::save() {
 
 void ProjectCache::Entry::invalidate() {
     valid = false;
+    expected = false;
     if (record) {
         record = unfinished(*record);
     }

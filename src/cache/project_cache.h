@@ -21,8 +21,10 @@
 
 #include "cache/cache_record.h"
 #include "cache/claim_journal.h"
+#include "cache/expected_files.h"
 #include "cache/file_states.h"
 #include "cache/made_files.h"
+#include "cache/record_files.h"
 #include "cache/record_seal.h"
 #include "cache/tracked_path.h"
 
@@ -92,9 +94,17 @@ class ProjectCache {
 
     /// Whether the record is the one with this hash and its files are still as it says, for a
     /// caller who knows that a request would be the same. The answer is `no` if a file
-    /// `isToBeMade`.
+    /// `isToBeMade`. Files of a record that stands are added to `expected`, unless it is null.
     Standing standing(const std::string& key, const ContentHash& record,
-                      const std::function<bool(const std::string&)>& isToBeMade);
+                      const std::function<bool(const std::string&)>& isToBeMade,
+                      ExpectedFiles* expected);
+
+    /// Adds the files of the record, which is the one with this hash, unless `standing` has added
+    /// them. False if there is no such record of a finished build.
+    bool expect(const std::string& key, const ContentHash& record, ExpectedFiles& expected);
+
+    /// The files that `load` has read, to be asked about once they are saved.
+    std::vector<std::filesystem::path> ownFiles() const { return {file_, journal_.file()}; }
 
     /// Stores the record of a finished build and ends the claim. False, with a message, if the
     /// token is not that of the current claim. A key that nobody has asked for yet is inserted.
@@ -131,7 +141,8 @@ class ProjectCache {
         std::optional<RecordText> record;  ///< of the last build
         DayNumber day = 0;                 ///< when it was last asked for; 0: not one of vesk's
         bool valid = false;                ///< it is finished, and no newer build has begun
-        bool stored = false;  ///< the file holds a record that could be taken for a hit
+        bool stored = false;    ///< the file holds a record that could be taken for a hit
+        bool expected = false;  ///< its files have been added to those that are expected
         bool claimed = false;
         bool closed = false;
         std::uint64_t token = 0;  ///< of the claim; 0 if there is none
@@ -148,7 +159,10 @@ class ProjectCache {
     bool insert(const std::string& key, const RecordText& record);
     void addLoaded(std::string_view key, RecordText record, DayNumber day);
     void markAsked(Entry& entry) noexcept;
-    Standing filesStand(Entry& entry, const std::function<bool(const std::string&)>& isToBeMade);
+    static bool stands(const Entry& entry, const ContentHash& record);
+    Standing filesStand(Entry& entry, const std::function<bool(const std::string&)>& isToBeMade,
+                        ExpectedFiles* expected);
+    void expectAll(Entry& entry, const std::vector<RecordFile>& files, ExpectedFiles& expected);
     ObtainResult check(Entry& entry, const CacheRequest& request);
     void beginClaim(Entry& entry, ObtainResult& result);
     ObtainResult obtainAfterWaiting(Entry& entry, const CacheRequest& request,

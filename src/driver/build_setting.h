@@ -13,6 +13,7 @@
 namespace Vesk {
 
 class VisitKeeper;
+class VisitTree;
 
 struct DriverOptions {
     int jobCount = 1;          ///< -j; 0 and 1: one at a time of what can be spread
@@ -39,6 +40,7 @@ struct BuildSetting {
 
     BuildEvents* events = &noEvents();
     VisitKeeper* keeper = nullptr;  ///< null: every visit is made, and none is kept
+    VisitTree* tree = nullptr;      ///< gets all visits; null: nobody wants to know
 };
 
 }  // namespace Vesk

@@ -9,6 +9,7 @@
 #include "driver/build_errors.h"
 #include "driver/target_news.h"
 #include "driver/target_visit.h"
+#include "driver/visit_tree.h"
 #include "types/context/context_value.h"
 
 namespace Vesk {
@@ -108,8 +109,17 @@ Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<Value
     push(location, std::move(arguments), key);
     visited.visit = stack_.back()->seenAs().visit;
     tellNeeded(dependant, visited.visit);
+    addToTree(visited);
     stack_.back()->begin();
     return visited;
+}
+
+void Driver::addToTree(Visited& visited) {
+    if (setting_.tree != nullptr) {
+        const TargetVisit& visit = *stack_.back();
+        visited.node = setting_.tree->add(visit.prefix(), visit.keptAs(),
+                                          setting_.cacheOf(*visit.location().project));
+    }
 }
 
 void Driver::push(const TargetLocation& location, std::vector<ValuePtr> arguments,
@@ -130,8 +140,12 @@ void Driver::pop() {
 
 void Driver::visitNextDependency(TargetVisit& visit) {
     auto [location, arguments] = visit.next();
+    const std::size_t number = visit.nextNumber();
     try {
         const Visited& visited = enter(location, std::move(arguments));
+        if (setting_.tree != nullptr) {
+            setting_.tree->depends(visited_.at(visit.key()).node, number, visited.node);
+        }
         if (visited.hasFailed()) {
             visit.skipDependency();
             setting_.events->dropped(1);

@@ -46,6 +46,7 @@ class Driver {
         bool finished = false;
         bool failed = false;
         events::Id visit = 0;
+        std::size_t node = 0;  ///< of the tree of visits
 
         bool hasFailed() const noexcept {
             return failed || (result.scheduled && result.scheduled->failed());
@@ -72,6 +73,7 @@ class Driver {
 
     void finishTop();
     void failTop();
+    void addToTree(Visited& visited);
     void push(const TargetLocation& location, std::vector<ValuePtr> arguments, std::string key);
     void pop();
     [[noreturn]] void throwCycle(const std::string& key) const;

@@ -9,6 +9,7 @@
 #include "driver/mistyped_names.h"
 #include "driver/target_news.h"
 #include "driver/target_wishes.h"
+#include "driver/visit_tree.h"
 #include "keep/encoding.h"
 #include "types/context/context_value.h"
 #include "types/values/errors.h"
@@ -92,7 +93,7 @@ void TargetVisit::tellKept(const KeptVisit& kept) const {
 }
 
 void TargetVisit::announce() const {
-    console::setPrefix("[" + displayName() + "] ");
+    console::setPrefix(prefix());
 }
 
 std::string TargetVisit::note() const {
@@ -320,9 +321,11 @@ bool TargetVisit::endsAsKept(SideBySide* others) {
     if (others != nullptr) {
         others->waitUnlessOverlapping(memory_->overlaps());
     }
-    return memory_->ends(setting_.cacheOf(*location_.project), [others](const std::string& file) {
+    const auto isToBeMade = [others](const std::string& file) {
         return others != nullptr && others->isToBeMade(file);
-    });
+    };
+    return memory_->ends(setting_.cacheOf(*location_.project), isToBeMade,
+                         setting_.tree != nullptr ? &setting_.tree->files() : nullptr);
 }
 
 bool TargetVisit::isSettled(SideBySide* others) {

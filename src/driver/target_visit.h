@@ -28,9 +28,11 @@ class TargetVisit {
     const std::string& displayName() const noexcept { return seenAs_.target; }  ///< in messages
     const events::Subject& seenAs() const noexcept { return seenAs_; }
     const std::string& key() const noexcept { return key_; }
+    std::optional<ContentHash> keptAs() const noexcept { return memory_->key(); }
 
     /// Puts this target's name in front of messages.
     void announce() const;
+    std::string prefix() const { return "[" + displayName() + "] "; }
 
     /// Chooses the tool, assembles the input context, evaluates the conditions and lists the
     /// dependencies. Throws with a note that names the target.
@@ -38,6 +40,9 @@ class TargetVisit {
 
     /// Whether there is a dependency whose turn it is.
     bool hasNext() const;
+
+    /// Its number among the target's dependencies, from zero.
+    std::size_t nextNumber() const noexcept { return next_; }
 
     struct Next {
         TargetLocation location;

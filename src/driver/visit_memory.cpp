@@ -101,17 +101,22 @@ bool VisitMemory::sameOutputs(std::size_t number, const TargetResult& result) co
 }
 
 bool VisitMemory::ends(ProjectCache& cache,
-                       const std::function<bool(const std::string&)>& isToBeMade) {
+                       const std::function<bool(const std::string&)>& isToBeMade,
+                       ExpectedFiles* expected) {
     if (!platform::stillValid(kept_->askedLast)) {
         return false;
     }
     std::string key(kept_->recordKey);
-    const auto standing = cache.standing(key, kept_->record, isToBeMade);
+    const auto standing = cache.standing(key, kept_->record, isToBeMade, expected);
     if (standing == ProjectCache::Standing::refreshed) {
         keeper_->store().renew(key_, recordIn(cache, std::move(key)));
         kept_ = keeper_->store().find(key_);
     }
-    return standing != ProjectCache::Standing::no;
+    if (standing == ProjectCache::Standing::no) {
+        return false;
+    }
+    keeper_->store().confirm(key_);
+    return true;
 }
 
 VisitMemory::Watch::Watch(VisitMemory& memory, Part part, console::MessageCopy::Shown shown) {

@@ -57,6 +57,11 @@ class VisitMemory {
     VisitMemory(VisitKeeper* keeper, const TargetLocation& location, const std::string& displayName,
                 const std::vector<ValuePtr>& arguments);
 
+    /// Under which it is kept; nothing: it cannot be.
+    std::optional<ContentHash> key() const noexcept {
+        return keeper_ != nullptr ? std::optional(key_) : std::nullopt;
+    }
+
     /// Looks the visit up, and holds on to it if it may go the same way; repeats what it said then.
     void begin();
 
@@ -76,8 +81,9 @@ class VisitMemory {
     bool sameOutputs(std::size_t number, const TargetResult& result) const;
 
     /// Whether all that was asked after the dependencies has the same answers, and what the cache
-    /// has stands.
-    bool ends(ProjectCache& cache, const std::function<bool(const std::string&)>& isToBeMade);
+    /// has stands. `expected` as for ProjectCache::standing.
+    bool ends(ProjectCache& cache, const std::function<bool(const std::string&)>& isToBeMade,
+              ExpectedFiles* expected);
 
     /// Where a visit that is made asks and says something.
     enum class Part { first, arguments, outputs, last };

@@ -91,7 +91,16 @@ std::optional<std::string_view> VisitStore::findText(const ContentHash& key) {
 
 void VisitStore::put(const ContentHash& key, const KeptVisit& visit, RecordHash record) {
     putText(key, encoded(visit));  // what is put may refer to what it replaces
-    entries_.at(key).record = std::move(record);
+    Entry& entry = entries_.at(key);
+    entry.record = std::move(record);
+    entry.stands = true;
+}
+
+std::optional<KeptVisit> VisitStore::findStanding(const ContentHash& key) const {
+    const auto found = entries_.find(key);
+    return found != entries_.end() && found->second.stands && !found->second.visit.empty()
+               ? decodedVisit(found->second.visit)
+               : std::nullopt;
 }
 
 void VisitStore::putText(const ContentHash& key, std::string text) {

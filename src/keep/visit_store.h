@@ -32,6 +32,12 @@ class VisitStore {
 
     void put(const ContentHash& key, const KeptVisit& visit, RecordHash record);
 
+    /// In this run the visit goes as it is kept.
+    void confirm(const ContentHash& key) { entries_.at(key).stands = true; }
+
+    /// What has been confirmed, or put, in this run. To be called when all is saved.
+    std::optional<KeptVisit> findStanding(const ContentHash& key) const;
+
     /// The same for a text of another kind, that depends on no record.
     std::optional<std::string_view> findText(const ContentHash& key);
     void putText(const ContentHash& key, std::string text);
@@ -50,6 +56,7 @@ class VisitStore {
         std::string own;         ///< what `visit` refers to, when it is not from the file
         RecordHash record;       ///< to be asked before saving
         bool isNew = false;      ///< the file does not have it
+        bool stands = false;     ///< it is how this run's visit went
     };
 
     struct KeyHash {

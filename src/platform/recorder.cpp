@@ -27,25 +27,6 @@ std::mutex mutex;
 thread_local Questions* scope = nullptr;
 std::string recording;  // of each question its letter, the answer's digest, the subject, a zero
 
-/// Of a directory only which one it is: what is in it is a question of its own, and its times
-/// change with it.
-std::uint64_t digestOfStatus(const std::optional<FileStatus>& status,
-                             const std::error_code& error) noexcept {
-    if (!status) {
-        return error ? 1 : 0;
-    }
-    std::array<std::uint64_t, 6> parts = {status->directory ? 2U
-                                          : status->regular ? 1U
-                                                            : 0U,
-                                          status->device, status->number};
-    if (!status->directory) {
-        parts[3] = status->size;
-        parts[4] = static_cast<std::uint64_t>(status->modifiedNanoseconds);
-        parts[5] = static_cast<std::uint64_t>(status->changedNanoseconds);
-    }
-    return XXH3_64bits(parts.data(), sizeof parts);
-}
-
 std::uint64_t digestOfTimes(const std::optional<FileStatus>& status) noexcept {
     if (!status || !status->directory) {
         return 0;
@@ -84,12 +65,26 @@ std::uint64_t registryAnswer(std::string_view subject) {
                                     std::string(subject.substr(end + 1)), view));
 }
 
+/// Zero, which is as good a hash as any, for what cannot be read.
+std::uint64_t contentAnswer(const char* path) {
+    XXH3_state_t* const state = XXH3_createState();
+    XXH3_128bits_reset(state);
+    const bool complete = readPieces(pathFromUtf8(path), [state](std::string_view piece) {
+        XXH3_128bits_update(state, piece.data(), piece.size());
+    });
+    const std::uint64_t hash = complete ? XXH3_128bits_digest(state).low64 : 0;
+    XXH3_freeState(state);
+    return hash;
+}
+
 /// The digest of the answer now; nothing for what is no question.
 std::optional<std::uint64_t> answerTo(Question question, const char* subject) {
     std::error_code error;
     switch (question) {
         case Question::Status:
             return statusAnswer(subject);
+        case Question::Content:
+            return contentAnswer(subject);
         case Question::Times:
             return timesAnswer(subject);
         case Question::Entries:
@@ -106,7 +101,34 @@ std::optional<std::uint64_t> answerTo(Question question, const char* subject) {
     return std::nullopt;
 }
 
+void appendQuestion(std::string& questions, Question question, std::string_view subject,
+                    std::uint64_t answer) {
+    std::array<char, sizeof answer> digest;
+    std::memcpy(digest.data(), &answer, sizeof answer);
+    questions += static_cast<char>(question);
+    questions.append(digest.data(), digest.size()).append(subject).append(1, '\0');
+}
+
 }  // namespace
+
+/// Of a directory only which one it is: what is in it is a question of its own, and its times
+/// change with it.
+std::uint64_t digestOfStatus(const std::optional<FileStatus>& status,
+                             const std::error_code& error) noexcept {
+    if (!status) {
+        return error ? 1 : 0;
+    }
+    std::array<std::uint64_t, 6> parts = {status->directory ? 2U
+                                          : status->regular ? 1U
+                                                            : 0U,
+                                          status->device, status->number};
+    if (!status->directory) {
+        parts[3] = status->size;
+        parts[4] = static_cast<std::uint64_t>(status->modifiedNanoseconds);
+        parts[5] = static_cast<std::uint64_t>(status->changedNanoseconds);
+    }
+    return XXH3_64bits(parts.data(), sizeof parts);
+}
 
 bool isRecording() noexcept {
     return scope != nullptr || active.load(std::memory_order_relaxed);
@@ -120,18 +142,12 @@ void record(Question question, std::string_view subject, std::uint64_t answer) {
         recordSideEffect();
         return;
     }
-    std::array<char, sizeof answer> digest;
-    std::memcpy(digest.data(), &answer, sizeof answer);
-    const auto appendTo = [&](std::string& questions) {
-        questions += static_cast<char>(question);
-        questions.append(digest.data(), digest.size()).append(subject).append(1, '\0');
-    };
     if (scope != nullptr) {
-        appendTo(scope->recording);
+        appendQuestion(scope->recording, question, subject, answer);
     }
     if (active.load(std::memory_order_relaxed)) {
         const std::lock_guard lock(mutex);
-        appendTo(recording);
+        appendQuestion(recording, question, subject, answer);
     }
 }
 
@@ -211,6 +227,17 @@ void startRecording() {
     active = true;
 }
 
+std::optional<std::string> recordingSoFar() {
+    const std::lock_guard lock(mutex);
+    return repeatable ? std::optional(recording) : std::nullopt;
+}
+
+RecordingPause::RecordingPause() noexcept : wasActive_(active.exchange(false)) {}
+
+RecordingPause::~RecordingPause() {
+    active = wasActive_;
+}
+
 std::optional<std::string> takeRecording() {
     active = false;
     return repeatable ? std::optional(std::exchange(recording, {})) : std::nullopt;
@@ -218,34 +245,54 @@ std::optional<std::string> takeRecording() {
 
 namespace {
 
-/// Hands over letter, answer and subject of each question, until `take` says no. False then, and
-/// for bytes that are no recording.
-template <class Take>
-bool eachQuestion(std::string_view questions, Take take) {
-    constexpr std::size_t kDigestBytes = sizeof(std::uint64_t);
-    for (std::size_t at = 0; at < questions.size();) {
-        const std::size_t subject = at + 1 + kDigestBytes;
-        const std::size_t end = questions.find('\0', subject);
-        if (subject >= questions.size() || end == std::string_view::npos) {
-            return false;
-        }
-        std::uint64_t answer = 0;
-        std::memcpy(&answer, questions.data() + at + 1, kDigestBytes);
-        if (!take(static_cast<Question>(questions[at]), answer, questions.data() + subject)) {
-            return false;
-        }
-        at = end + 1;
+constexpr std::size_t kDigestBytes = sizeof(std::uint64_t);
+
+/// Takes the first question off a recording, with its zero. Nothing for bytes that are none.
+std::optional<std::string_view> takeQuestion(std::string_view& questions) {
+    const std::size_t subject = 1 + kDigestBytes;
+    const std::size_t end = questions.find('\0', subject);
+    if (subject >= questions.size() || end == std::string_view::npos) {
+        return std::nullopt;
     }
-    return true;
+    const std::string_view question = questions.substr(0, end + 1);
+    questions.remove_prefix(question.size());
+    return question;
+}
+
+bool isStillAnswered(std::string_view question) {
+    std::uint64_t answer = 0;
+    std::memcpy(&answer, question.data() + 1, kDigestBytes);
+    return answerTo(static_cast<Question>(question.front()), question.data() + 1 + kDigestBytes) ==
+           answer;
 }
 
 }  // namespace
 
+std::string questionBytes(Question question, std::string_view subject, std::uint64_t answer) {
+    std::string bytes;
+    appendQuestion(bytes, question, subject, answer);
+    return bytes;
+}
+
+bool eachQuestion(std::string_view recording, const std::function<void(std::string_view)>& take) {
+    while (!recording.empty()) {
+        const auto question = takeQuestion(recording);
+        if (!question) {
+            return false;
+        }
+        take(*question);
+    }
+    return true;
+}
+
 bool stillValid(std::string_view recording) {
-    return eachQuestion(recording,
-                        [](Question question, std::uint64_t answer, const char* subject) {
-                            return answerTo(question, subject) == answer;
-                        });
+    while (!recording.empty()) {
+        const auto question = takeQuestion(recording);
+        if (!question || !isStillAnswered(*question)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace Vesk::platform

@@ -15,9 +15,24 @@ namespace Vesk::platform {
 /// From now on questions are recorded.
 void startRecording();
 
-/// Ends that. All questions with their answers, as bytes for `stillValid`. Nothing when the
-/// run did more than ask, or when an answer may change without a trace: a file that was written a
-/// moment ago can be written once more and keep its times.
+/// What has been asked since then, as `takeRecording` gives it.
+std::optional<std::string> recordingSoFar();
+
+/// While it lives, questions are not recorded, for somebody who asks them again at the end.
+class RecordingPause {
+  public:
+    RecordingPause() noexcept;
+    ~RecordingPause();
+    RecordingPause(const RecordingPause&) = delete;
+    RecordingPause& operator=(const RecordingPause&) = delete;
+
+  private:
+    bool wasActive_;
+};
+
+/// Ends the recording. All questions with their answers, as bytes for `stillValid`. Nothing when
+/// the run did more than ask, or when an answer may change without a trace: a file that was written
+/// a moment ago can be written once more and keep its times.
 std::optional<std::string> takeRecording();
 
 /// What was asked in scopes, with the answers.

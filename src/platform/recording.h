@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@ namespace Vesk::platform {
 
 enum class Question : char {
     Status = 's',     ///< of a file or directory
+    Content = 'h',    ///< of a file: the lower half of its XXH3 hash of 128 bits
     Times = 't',      ///< of a directory: when its entries last changed
     Entries = 'e',    ///< of a directory
     Canonical = 'c',  ///< where a path leads to
@@ -43,6 +45,15 @@ void recordStatus(const std::string& path, const std::optional<FileStatus>& stat
 void recordRegistry(std::string_view key, std::string_view name, RegistryView view,
                     const std::optional<std::string>& text);
 
+/// A question as it stands in a recording: its letter, the answer's digest, the subject, a zero.
+std::string questionBytes(Question question, std::string_view subject, std::uint64_t answer);
+
+/// Hands over each question of a recording. False for bytes that are none.
+bool eachQuestion(std::string_view recording, const std::function<void(std::string_view)>& take);
+
+/// `error` as `fileStatus` sets it.
+std::uint64_t digestOfStatus(const std::optional<FileStatus>& status,
+                             const std::error_code& error) noexcept;
 std::uint64_t digestOf(std::string_view text) noexcept;
 std::uint64_t digestIfAny(const std::optional<std::string>& text) noexcept;
 std::uint64_t digestOf(const LocalMonth& month) noexcept;

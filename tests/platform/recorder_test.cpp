@@ -2,10 +2,12 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <xxhash.h>
 
 #include "platform/directories.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/question_list.h"
 #include "platform/remembered.h"
 #include "platform/support.h"
 
@@ -106,6 +108,32 @@ TEST(Questions, ARunThatDidSomethingIsNotRepeatable) {
         EXPECT_EQ(notesOf(deed), std::nullopt) << name;
     }
     EXPECT_EQ(notesOf([] {}), "");
+}
+
+TEST(Questions, AnswersFromElsewhere) {
+    const TempDir dir;
+    const fs::path file = dir / "a file ö";
+    const std::string missing = pathToUtf8(dir / "missing");
+    test::write(file, "short");
+    QuestionList status;
+    status.addStatusNow(file);
+    QuestionList content;
+    content.addContent(pathToUtf8(file), XXH3_128bits("short", 5).low64);
+    QuestionList none;
+    none.addStatus(missing, std::nullopt);
+    QuestionList all;
+    for (const QuestionList* list : {&status, &content, &none, &status, &none}) {
+        EXPECT_TRUE(stillValid(list->recording()));
+        EXPECT_TRUE(all.add(list->recording()));
+    }
+    EXPECT_EQ(all.recording(), status.recording() + content.recording() + none.recording());
+    test::write(file, "shirt");  // the times may be the same
+    EXPECT_FALSE(stillValid(content.recording()));
+    test::write(missing, "x");
+    EXPECT_FALSE(stillValid(none.recording()));
+    fs::remove(file);
+    EXPECT_FALSE(stillValid(status.recording()));
+    EXPECT_FALSE(all.add("no recording"));
 }
 
 TEST(Questions, ScopesTellWhatWasAskedInThem) {

@@ -16,6 +16,7 @@
 #include "base/text.h"
 #include "driver/build_errors.h"
 #include "driver/driver.h"
+#include "driver/visit_tree.h"
 #include "events/events.h"
 #include "types/values/errors.h"
 
@@ -79,8 +80,16 @@ std::shared_ptr<Context> buildAndSumUp(const BuildSetting& setting, const Target
     }
 }
 
+/// What a run takes from earlier ones and leaves to later ones.
+struct Keeping {
+    fs::path directory;  ///< of the project; empty: nothing is left
+    VisitStore visits;
+    VisitTree tree;
+    Snapshot* snapshot = nullptr;  ///< null: the run is not one that is repeated
+};
+
 std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
-                                     VisitKeeper* keeper) {
+                                     VisitKeeper* keeper, Keeping& keeping) {
     const TargetLocation target =
         session.catalog.locate(session.request.words.target.value_or(DependencyReference{}));
     const BuildSetting setting = buildSetting(settings, session);
@@ -92,6 +101,10 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
     collecting.options.reasons = settings.why || settings.dryRun ? &reasons : nullptr;
     collecting.keeper = keeper;
     CompileCommands built;
+    if (keeping.snapshot != nullptr) {
+        collecting.tree = &keeping.tree;
+        keeping.snapshot->visitsBegin();
+    }
     if (!settings.compileCommands.empty()) {
         collecting.onRecipes = [&](const std::vector<Recipe>& recipes) { built.add(recipes); };
     }
@@ -103,21 +116,21 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
     return outputs;
 }
 
-void buildAndWrite(const Settings& settings, Session& session, VisitStore& visits) {
-    VisitKeeper keeper(visits, visitKeeping(settings), [&](const Project& project) {
+void buildAndWrite(const Settings& settings, Session& session, Keeping& keeping) {
+    VisitKeeper keeper(keeping.visits, visitKeeping(settings), [&](const Project& project) {
         return surroundingsIn(project, *session.surroundings);
     });
     const std::shared_ptr<Context> outputs =
-        buildTarget(settings, session, session.surroundings ? &keeper : nullptr);
+        buildTarget(settings, session, session.surroundings ? &keeper : nullptr, keeping);
     if (!settings.dryRun) {
         writeOutputFile(settings.mainOutput, *outputs);
     }
 }
 
 /// A variable that is missing may have been text on the command line.
-void buildNaming(const Settings& settings, Session& session, VisitStore& visits) {
+void buildNaming(const Settings& settings, Session& session, Keeping& keeping) {
     try {
-        buildAndWrite(settings, session, visits);
+        buildAndWrite(settings, session, keeping);
     } catch (const NotFoundException& error) {
         rethrowWithLostQuotes(session.request.words, error.name());
     } catch (const MissingVariable& error) {
@@ -125,8 +138,8 @@ void buildNaming(const Settings& settings, Session& session, VisitStore& visits)
     }
 }
 
-Session runBuild(const Settings& given, VisitStore& visits, const fs::path& directory) {
-    KeptOutlines outlines(visits, visitKeeping(given));
+Session runBuild(const Settings& given, Keeping& keeping) {
+    KeptOutlines outlines(keeping.visits, visitKeeping(given));
     Session session = openSession(given, &outlines);
     const Settings& settings = session.settings;
     reportUnreadVariables(settings.doubts, session);
@@ -135,16 +148,32 @@ Session runBuild(const Settings& given, VisitStore& visits, const fs::path& dire
         printImplicitContexts(session.catalog);
     }
     try {
-        buildNaming(settings, session, visits);
+        buildNaming(settings, session, keeping);
     } catch (...) {
         session.caches.save();  // what was built before the failure is not built again
         if (!settings.dryRun) {
-            saveVisits(visits, directory);
+            saveVisits(keeping.visits, keeping.directory);
         }
         throw;
     }
     session.caches.save();
     return session;
+}
+
+/// Whether the next run with the same command line may do nothing but ask.
+bool isQuietNextTime(const Settings& settings, const Session& session) {
+    return visitKeeping(settings).takes && settings.mainOutput.empty() &&
+           compilationDatabaseOf(session.catalog, session.catalog.active()).empty();
+}
+
+/// While the session still locks the caches.
+void keepRun(Keeping& keeping, const Session& session) {
+    const std::vector<fs::path> ownFiles = session.caches.ownFiles();
+    const bool isKept = !session.caches.areLocked() || keeping.snapshot->keep(ownFiles);
+    saveVisits(keeping.visits, keeping.directory);
+    if (!isKept && isQuietNextTime(session.settings, session)) {
+        keeping.snapshot->keepForeseen(keeping.tree, keeping.visits, ownFiles);
+    }
 }
 
 bool repeats(const Snapshot& snapshot) {
@@ -162,31 +191,33 @@ bool repeats(const Snapshot& snapshot) {
 }  // namespace
 
 int build(const Settings& settings) {
-    VisitStore visits;
+    Keeping keeping;
     // A run with more messages than usual is done, not repeated; a dry run writes nothing; another
     // run takes another time.
     if (console::threshold() < console::level::kNormal || settings.dryRun || settings.why) {
-        runBuild(settings, visits, {});
+        runBuild(settings, keeping);
         return 0;
     }
-    const fs::path directory = findProjectRoot(settings).directory;
+    keeping.directory = findProjectRoot(settings).directory;
     if (settings.summary || settings.see.aboutTargets()) {
-        loadVisits(visits, directory);
-        const Session session = runBuild(settings, visits, directory);
-        saveVisits(visits, directory);
+        loadVisits(keeping.visits, keeping.directory);
+        const Session session = runBuild(settings, keeping);
+        saveVisits(keeping.visits, keeping.directory);
         return 0;
     }
-    Snapshot snapshot(directory, settings.arguments);
+    Snapshot snapshot(keeping.directory, settings.arguments);
     if (!visitKeeping(settings).checks && repeats(snapshot)) {
         return 0;
     }
-    loadVisits(visits, directory);
+    loadVisits(keeping.visits, keeping.directory);
     snapshot.begin();
-    const Session session = runBuild(settings, visits, directory);
-    if (!session.settings.summary) {
-        snapshot.keep();  // while the session still locks the caches
+    keeping.snapshot = &snapshot;
+    const Session session = runBuild(settings, keeping);
+    if (session.settings.summary) {  // the project asks for it
+        saveVisits(keeping.visits, keeping.directory);
+    } else {
+        keepRun(keeping, session);
     }
-    saveVisits(visits, directory);
     return 0;
 }
 
