@@ -1,23 +1,79 @@
 #include "cache/file_state.h"
 
+#include <array>
 #include <charconv>
-#include <fmt/format.h>
-#include <iterator>
+#include <limits>
 
 namespace Vesk {
 namespace {
 
-constexpr int kHex = 16;
+constexpr unsigned kHex = 16;
+constexpr unsigned kDecimal = 10;
+constexpr std::uint8_t kNoDigit = 0xff;
 
-/// Takes a number and the blank behind it.
-template <class Number>
-bool takeNumber(std::string_view& text, Number& number, int base = 10) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
-    if (error != std::errc() || end == text.data() + text.size() || *end != ' ') {
+constexpr std::array<std::uint8_t, 256> digitValues() {
+    std::array<std::uint8_t, 256> values{};
+    values.fill(kNoDigit);
+    for (std::uint8_t i = 0; i < kHex; ++i) {
+        values[static_cast<unsigned char>("0123456789abcdef"[i])] = i;
+    }
+    return values;
+}
+
+constexpr std::array<std::uint8_t, 256> kDigits = digitValues();
+
+/// Takes a number and the blank behind it. Tables have millions of digits, and std::from_chars
+/// takes three times as long.
+bool takeDigits(std::string_view& text, std::uint64_t& number, unsigned base) {
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t value = 0;
+    std::size_t i = 0;
+    for (; i < text.size(); ++i) {
+        const std::uint8_t digit = kDigits[static_cast<unsigned char>(text[i])];
+        if (digit >= base) {
+            break;
+        }
+        if (value > kMost / base || value * base > kMost - digit) {
+            return false;
+        }
+        value = value * base + digit;
+    }
+    if (i == 0 || i == text.size() || text[i] != ' ') {
         return false;
     }
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()) + 1);
+    number = value;
+    text.remove_prefix(i + 1);
     return true;
+}
+
+bool takeNumber(std::string_view& text, std::uint64_t& number) {
+    return takeDigits(text, number, kDecimal);
+}
+
+bool takeHex(std::string_view& text, std::uint64_t& number) {
+    return takeDigits(text, number, kHex);
+}
+
+bool takeSigned(std::string_view& text, std::int64_t& number) {
+    const bool negative = text.starts_with('-');
+    text.remove_prefix(negative ? 1 : 0);
+    std::uint64_t value = 0;
+    if (!takeNumber(text, value) ||
+        value > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+        return false;
+    }
+    number = negative ? -static_cast<std::int64_t>(value) : static_cast<std::int64_t>(value);
+    return true;
+}
+
+/// Appends a number and a blank.
+template <class Number>
+void append(std::string& table, Number number, unsigned base = kDecimal) {
+    std::array<char, std::numeric_limits<Number>::digits10 + 3> digits{};
+    const auto [end, error] =
+        std::to_chars(digits.data(), digits.data() + digits.size(), number, static_cast<int>(base));
+    table.append(digits.data(), end);
+    table += ' ';
 }
 
 bool isKind(char letter) {
@@ -27,9 +83,17 @@ bool isKind(char letter) {
 }  // namespace
 
 void appendStateLine(std::string& table, const FileState& state, std::string_view path) {
-    fmt::format_to(std::back_inserter(table), "{} {:x} {:x} {} {} {} {:x} {:x} {}\n",
-                   static_cast<char>(state.kind), state.device, state.number, state.size,
-                   state.modified, state.changed, state.hash.high, state.hash.low, path);
+    table += static_cast<char>(state.kind);
+    table += ' ';
+    append(table, state.device, kHex);
+    append(table, state.number, kHex);
+    append(table, state.size);
+    append(table, state.modified);
+    append(table, state.changed);
+    append(table, state.hash.high, kHex);
+    append(table, state.hash.low, kHex);
+    table += path;
+    table += '\n';
 }
 
 bool takeStateLine(std::string_view& table, FileState& state, std::string_view& path) {
@@ -43,10 +107,10 @@ bool takeStateLine(std::string_view& table, FileState& state, std::string_view& 
     }
     state.kind = static_cast<FileState::Kind>(line[0]);
     line.remove_prefix(2);
-    if (!takeNumber(line, state.device, kHex) || !takeNumber(line, state.number, kHex) ||
-        !takeNumber(line, state.size) || !takeNumber(line, state.modified) ||
-        !takeNumber(line, state.changed) || !takeNumber(line, state.hash.high, kHex) ||
-        !takeNumber(line, state.hash.low, kHex)) {
+    if (!takeHex(line, state.device) || !takeHex(line, state.number) ||
+        !takeNumber(line, state.size) || !takeSigned(line, state.modified) ||
+        !takeSigned(line, state.changed) || !takeHex(line, state.hash.high) ||
+        !takeHex(line, state.hash.low)) {
         return false;
     }
     path = line;

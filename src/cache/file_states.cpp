@@ -103,15 +103,25 @@ void FileStates::read(Entry& entry, std::string_view path) {
     }
 }
 
+FileStates::Node& FileStates::known(std::string_view path) {
+    const auto found = entries_.find(path);
+    return found != entries_.end() ? *found : *entries_.emplace(std::string(path), Entry()).first;
+}
+
+FileStates::Entry& FileStates::examined(Node& node) {
+    if (!node.second.examined) {
+        examine(node.second, node.first);
+    }
+    return node.second;
+}
+
 FileStates::Entry& FileStates::examined(std::string_view path) {
-    auto found = entries_.find(path);
-    if (found == entries_.end()) {
-        found = entries_.emplace(std::string(path), Entry()).first;
-    }
-    if (!found->second.examined) {
-        examine(found->second, found->first);
-    }
-    return found->second;
+    return examined(known(path));
+}
+
+FileStates::File FileStates::file(std::string_view path) {
+    const std::lock_guard lock(mutex_);
+    return File(known(path));
 }
 
 FileState FileStates::stateOf(Entry& entry, std::string_view path) {
@@ -156,7 +166,17 @@ FileStates::Comparison FileStates::compareNames(Entry& entry, std::string_view p
 
 FileStates::Comparison FileStates::compare(std::string_view path, const FileState& stored) {
     const std::lock_guard lock(mutex_);
-    Entry& entry = examined(path);
+    return compare(known(path), stored);
+}
+
+FileStates::Comparison FileStates::compare(File file, const FileState& stored) {
+    const std::lock_guard lock(mutex_);
+    return compare(*file.node_, stored);
+}
+
+FileStates::Comparison FileStates::compare(Node& node, const FileState& stored) {
+    Entry& entry = examined(node);
+    const std::string_view path = node.first;
     if (stored.kind == FileState::Kind::Names) {
         return compareNames(entry, path, stored);
     }
@@ -186,6 +206,18 @@ FileStates::Comparison FileStates::compare(std::string_view path, const FileStat
 FileState FileStates::current(std::string_view path) {
     const std::lock_guard lock(mutex_);
     return stateOf(examined(path), path);
+}
+
+FileState FileStates::current(File file) {
+    const std::lock_guard lock(mutex_);
+    return stateOf(examined(*file.node_), file.path());
+}
+
+bool FileStates::isCurrent(File file, const FileState& stored) {
+    const std::lock_guard lock(mutex_);
+    const Entry& entry = file.node_->second;
+    return stored.kind == FileState::Kind::File && entry.kind == stored.kind && entry.hashed &&
+           !entry.changedWhileRead && entry.hash == stored.hash && untouched(entry.status, stored);
 }
 
 FileState::Kind FileStates::kindOf(std::string_view path) {
@@ -236,7 +268,7 @@ void FileStates::look(const std::vector<std::string>& paths) {
 
 void FileStates::written(std::string_view path) {
     const std::lock_guard lock(mutex_);
-    Entry& entry = entries_[std::string(path)];
+    Entry& entry = known(path).second;
     entry = Entry();
     entry.builtHere = true;
     if (const auto names = entries_.find(namesPath(directoryOf(path))); names != entries_.end()) {
@@ -290,7 +322,8 @@ void FileStates::readAhead(const std::vector<std::string>& paths, unsigned worke
         }
     };
     std::vector<std::future<void>> others;
-    for (unsigned i = 1; i < workers && i < unread.size(); ++i) {
+    constexpr std::size_t kFewFiles = 8;  // reading them takes less time than starting a thread
+    for (unsigned i = 1; i < workers && i * kFewFiles < unread.size(); ++i) {
         others.push_back(std::async(std::launch::async, work));
     }
     work();

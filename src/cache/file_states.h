@@ -18,6 +18,20 @@ namespace Vesk {
 /// spelling is one file. A namesPath stands for the names in a directory. All operations may be
 /// called from any thread.
 class FileStates {
+  private:
+    struct Entry {
+        FileState::Kind kind = FileState::Kind::Missing;
+        platform::FileStatus status;
+        ContentHash hash;
+        std::int64_t examinedAt = 0;  ///< of platform::fileClock
+        bool examined = false;
+        bool hashed = false;
+        bool changedWhileRead = false;  ///< changed between being examined and being read
+        bool builtHere = false;         ///< by this build, so a new time means nothing
+    };
+
+    using Node = std::pair<const std::string, Entry>;
+
   public:
     enum class Comparison {
         Same,         ///< nothing was read
@@ -26,11 +40,30 @@ class FileStates {
         Missing,
     };
 
+    /// A file, for those who ask about it more than once. As good as its path while this lives.
+    class File {
+      public:
+        const std::string& path() const noexcept { return node_->first; }
+
+      private:
+        friend FileStates;
+        explicit File(Node& node) : node_(&node) {}
+
+        Node* node_;
+    };
+
+    File file(std::string_view path);
+
     /// Compares the file as the build found it with a stored state.
     Comparison compare(std::string_view path, const FileState& stored);
+    Comparison compare(File file, const FileState& stored);
 
     /// The file as the build found it, with the hash of its content.
     FileState current(std::string_view path);
+    FileState current(File file);
+
+    /// Whether `current` would give just that state, as it often does for a file that is the same.
+    bool isCurrent(File file, const FileState& stored);
 
     /// What kind of thing is there, if any. Reads nothing.
     FileState::Kind kindOf(std::string_view path);
@@ -56,18 +89,10 @@ class FileStates {
     void readAhead(const std::vector<std::string>& paths, unsigned workers);
 
   private:
-    struct Entry {
-        FileState::Kind kind = FileState::Kind::Missing;
-        platform::FileStatus status;
-        ContentHash hash;
-        std::int64_t examinedAt = 0;  ///< of platform::fileClock
-        bool examined = false;
-        bool hashed = false;
-        bool changedWhileRead = false;  ///< changed between being examined and being read
-        bool builtHere = false;         ///< by this build, so a new time means nothing
-    };
-
+    Node& known(std::string_view path);
     Entry& examined(std::string_view path);
+    static Entry& examined(Node& node);
+    static Comparison compare(Node& node, const FileState& stored);
     static void examine(Entry& entry, const std::string& path);
     static void read(Entry& entry, std::string_view path);
     static void readNames(Entry& entry, std::string_view path);

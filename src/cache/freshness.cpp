@@ -14,13 +14,56 @@ Freshness::Freshness(const CacheRequest& request, const RecordText* last, FileSt
         auto files = filesOf(layout_.parts);
         damaged_ = !files;
         files_ = std::move(files).value_or(std::vector<RecordFile>());
+        tracked_.resize(files_.size());
+        reads_.resize(layout_.parts.size());
+        writes_.resize(layout_.parts.size());
     }
 }
 
+FileStates::File Freshness::lastFile(std::size_t number) const {
+    auto& tracked = tracked_[number];
+    if (!tracked) {
+        tracked = states_.file(root_.absolute(files_[number].path));
+    }
+    return *tracked;
+}
+
+const Freshness::Numbers& Freshness::lastReads(std::size_t lastPart) const {
+    auto& reads = reads_[lastPart];
+    return reads ? *reads
+                 : reads.emplace(
+                       fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size()));
+}
+
+const Freshness::Numbers& Freshness::lastWrites(std::size_t lastPart) const {
+    auto& writes = writes_[lastPart];
+    return writes ? *writes
+                  : writes.emplace(
+                        fileNumbers(layout_.parts[lastPart], recordField::kWrites, files_.size()));
+}
+
+std::vector<RecordFile> Freshness::filesWritten() const {
+    std::vector<bool> written(files_.size());
+    std::vector<RecordFile> files;
+    for (std::size_t part = 0; part < layout_.parts.size(); ++part) {
+        for (const std::size_t number : lastWrites(part).value_or(std::vector<std::size_t>())) {
+            if (!written[number]) {
+                written[number] = true;
+                files.push_back(files_[number]);
+            }
+        }
+    }
+    return files;
+}
+
+Comparison Freshness::compared(std::size_t file) const {
+    return states_.compare(lastFile(file), files_[file].state);
+}
+
 /// Names that come and go do not matter by themselves; see headersStand.
-bool Freshness::unchanged(const RecordFile& file) {
-    const Comparison comparison = states_.compare(root_.absolute(file.path), file.state);
-    if (isNamesPath(file.path)) {
+bool Freshness::unchanged(std::size_t file) {
+    const Comparison comparison = compared(file);
+    if (isNamesPath(files_[file].path)) {
         namesChanged_ = namesChanged_ || comparison != Comparison::Same;
         return true;
     }
@@ -56,9 +99,13 @@ bool Freshness::tellsOfFiles() const {
 }
 
 bool Freshness::everything() {
-    if (!sameText() || !tellsOfFiles() ||
-        !std::ranges::all_of(files_, [this](const RecordFile& f) { return unchanged(f); })) {
+    if (!sameText() || !tellsOfFiles()) {
         return false;
+    }
+    for (std::size_t i = 0; i < files_.size(); ++i) {
+        if (!unchanged(i)) {
+            return false;
+        }
     }
     if (!namesChanged_) {
         return true;
@@ -97,19 +144,16 @@ std::optional<std::size_t> Freshness::lastPart(std::size_t part) const {
 }
 
 /// `expected`: how many files the request knows of. A build may have found more.
-bool Freshness::filesUnchanged(std::size_t lastPart, std::string_view field, std::size_t expected) {
-    const auto numbers = fileNumbers(layout_.parts[lastPart], field, files_.size());
-    return numbers && numbers->size() >= expected &&
-           std::ranges::all_of(*numbers,
-                               [this](std::size_t number) { return unchanged(files_[number]); });
+bool Freshness::unchanged(const Numbers& files, std::size_t expected) {
+    return files && files->size() >= expected &&
+           std::ranges::all_of(*files, [this](std::size_t file) { return unchanged(file); });
 }
 
 HeadersRead Freshness::headersRead(std::size_t part, std::size_t lastPart) const {
     const CacheRequest::Part& wanted = request_.parts[part];
     HeadersRead read{wanted.headerSearch.get(), wanted.source, {}};
-    const auto numbers = fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size());
-    for (const std::size_t number : numbers.value_or(std::vector<std::size_t>())) {
-        std::string path = root_.absolute(files_[number].path);
+    for (const std::size_t number : lastReads(lastPart).value_or(std::vector<std::size_t>())) {
+        std::string path = lastFile(number).path();
         if (!isNamesPath(path) && !std::ranges::binary_search(wanted.reads, path)) {
             read.headers.push_back(std::move(path));
         }
@@ -118,11 +162,9 @@ HeadersRead Freshness::headersRead(std::size_t part, std::size_t lastPart) const
 }
 
 bool Freshness::sameNames(std::size_t lastPart) {
-    const auto numbers = fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size());
+    const Numbers& numbers = lastReads(lastPart);
     return numbers && std::ranges::all_of(*numbers, [this](std::size_t number) {
-               const RecordFile& file = files_[number];
-               return !isNamesPath(file.path) ||
-                      states_.compare(root_.absolute(file.path), file.state) == Comparison::Same;
+               return !isNamesPath(files_[number].path) || compared(number) == Comparison::Same;
            });
 }
 
@@ -166,8 +208,8 @@ bool Freshness::headersStand(std::size_t part, std::size_t lastPart) {
 }
 
 bool Freshness::partUnchanged(std::size_t lastPart, const CacheRequest::Part& wanted) {
-    return filesUnchanged(lastPart, recordField::kWrites, wanted.writes.size()) &&
-           filesUnchanged(lastPart, recordField::kReads, wanted.reads.size());
+    return unchanged(lastWrites(lastPart), wanted.writes.size()) &&
+           unchanged(lastReads(lastPart), wanted.reads.size());
 }
 
 bool Freshness::fresh(std::size_t part) {
@@ -187,8 +229,8 @@ bool Freshness::fresh(std::size_t part) {
     // A compiler reports everything it has read. Other commands may silently depend on what
     // dependencies have done, and may make more of the target's outputs than their recipe says.
     return wanted.declaration == Declaration::Complete ||
-           (samePart(kTargetPart) && filesUnchanged(kTargetPart, recordField::kWrites,
-                                                    request_.parts[kTargetPart].writes.size()));
+           (samePart(kTargetPart) &&
+            unchanged(lastWrites(kTargetPart), request_.parts[kTargetPart].writes.size()));
 }
 
 /// What is out of date regardless of the files.

@@ -55,6 +55,17 @@ class Freshness {
     const std::vector<RecordText::Part>& lastParts() const noexcept { return layout_.parts; }
     const std::vector<RecordFile>& lastFiles() const noexcept { return files_; }
 
+    /// The numbers of a record's part's files, as fileNumbers gives them.
+    using Numbers = std::optional<std::vector<std::size_t>>;
+    const Numbers& lastReads(std::size_t lastPart) const;
+    const Numbers& lastWrites(std::size_t lastPart) const;
+
+    /// The files that any part of the record has written, each once.
+    std::vector<RecordFile> filesWritten() const;
+
+    /// One of the last files, by its number.
+    FileStates::File lastFile(std::size_t number) const;
+
     /// At most `most` differences: the first difference in the texts, or the files. Empty if
     /// nothing differs.
     std::vector<Reason> reasons(std::size_t most);
@@ -68,9 +79,10 @@ class Freshness {
     bool sameText() const;
     bool samePart(std::size_t part) const;
     bool tellsOfFiles() const;
-    bool filesUnchanged(std::size_t lastPart, std::string_view field, std::size_t expected);
+    bool unchanged(const Numbers& files, std::size_t expected);
     bool partUnchanged(std::size_t lastPart, const CacheRequest::Part& wanted);
-    bool unchanged(const RecordFile& file);
+    bool unchanged(std::size_t file);
+    FileStates::Comparison compared(std::size_t file) const;
     bool headersStand(std::size_t part, std::size_t lastPart);
     bool sameNames(std::size_t lastPart);
     bool isWatched(const std::string& names);
@@ -82,6 +94,9 @@ class Freshness {
     const TrackingRoot& root_;
     RecordText::Layout layout_;
     std::vector<RecordFile> files_;
+    mutable std::vector<std::optional<FileStates::File>> tracked_;  ///< of `files_`, when asked for
+    mutable std::vector<std::optional<Numbers>> reads_;             ///< of each part, likewise
+    mutable std::vector<std::optional<Numbers>> writes_;
     mutable std::unordered_map<std::string_view, std::size_t> partsByInputs_;
     bool touched_ = false;
     bool namesChanged_ = false;

@@ -66,11 +66,12 @@ std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Par
     constexpr std::size_t kShortLine = 80;
     files.reserve(table.size() / kShortLine);
     while (!table.empty()) {
-        RecordFile file;
+        RecordFile& file = files.emplace_back();
+        const char* const start = table.data();
         if (!takeStateLine(table, file.state, file.path)) {
             return std::nullopt;
         }
-        files.push_back(file);
+        file.line = {start, static_cast<std::size_t>(table.data() - start)};
     }
     return files;
 }
@@ -182,14 +183,6 @@ std::vector<Assignment> outputsOf(const RecordText& record, const std::filesyste
 std::string stampOf(const RecordText& record) {
     const auto parts = record.layout(kFirstRecipePart).parts;
     return parts.empty() ? std::string() : std::string(fieldOf(parts.front(), recordField::kStamp));
-}
-
-std::size_t FileTable::add(std::string_view stored, const FileState& state) {
-    const auto [position, isNew] = numbers_.try_emplace(std::string(stored), numbers_.size());
-    if (isNew) {
-        appendStateLine(text_, state, stored);
-    }
-    return position->second;
 }
 
 }  // namespace Vesk

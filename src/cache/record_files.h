@@ -6,7 +6,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "cache/cache_record.h"
@@ -18,6 +17,7 @@ namespace Vesk {
 struct RecordFile {
     std::string_view path;  ///< as TrackingRoot stores it
     FileState state;
+    std::string_view line = {};  ///< of the table, with its line end
 };
 
 /// The table of a record, given its parts. Refers to the record's text. Nothing if the table is
@@ -57,22 +57,5 @@ std::vector<Assignment> outputsOf(const RecordText& record, const std::filesyste
 
 /// The stamp of the build; empty if its outputs tell enough.
 std::string stampOf(const RecordText& record);
-
-/// A table under construction, with each file once.
-class FileTable {
-  public:
-    bool contains(std::string_view stored) const { return numbers_.contains(std::string(stored)); }
-
-    /// The number of a file that the table contains.
-    std::size_t numberOf(std::string_view stored) const { return numbers_.at(std::string(stored)); }
-
-    std::size_t add(std::string_view stored, const FileState& state);
-
-    const std::string& text() const noexcept { return text_; }
-
-  private:
-    std::unordered_map<std::string, std::size_t> numbers_;
-    std::string text_;
-};
 
 }  // namespace Vesk

@@ -10,6 +10,7 @@
 #include "cache/dependency_file.h"
 #include "cache/record_fields.h"
 #include "cache/record_seal.h"
+#include "cache/record_table.h"
 
 namespace Vesk {
 namespace {
@@ -22,6 +23,11 @@ std::string reportedPath(const std::filesystem::path& directory, std::string_vie
     return trackedPath(directory / platform::pathFromUtf8(name));
 }
 
+const std::vector<RecordFile>& noFiles() {
+    static const std::vector<RecordFile> none;
+    return none;
+}
+
 class RecordMaker {
   public:
     RecordMaker(const CacheRequest& request, const BuildResults& results, const Freshness& last,
@@ -31,15 +37,23 @@ class RecordMaker {
           last_(last),
           states_(states),
           root_(root),
-          missing_(missing) {}
+          missing_(missing),
+          table_(std::ranges::find(results.outcomes, StepOutcome::Kept) == results.outcomes.end()
+                     ? noFiles()
+                     : last.lastFiles()) {}
 
     std::optional<RecordText> make() {
         collectParts();
+        const std::string table =
+            table_.finish([this](std::string& text, const RecordFile& file, Place place) {
+                appendKept(text, file, place);
+            });
         std::string text;
+        text.reserve(table.size() + sizeOfInputs() + parts_.size() * kSizeOfOutputs);
         appendNumber(text, parts_.size());
         for (const Part& part : parts_) {
-            text += *part.inputs;
-            if (!appendOutputs(text, part)) {
+            text += part.inputs;
+            if (!appendOutputs(text, part, table)) {
                 return std::nullopt;
             }
         }
@@ -48,133 +62,145 @@ class RecordMaker {
     }
 
   private:
+    using Place = RecordTable::Place;
+    using Places = std::vector<Place>;
+
+    static constexpr std::size_t kSizeOfOutputs = 120;  ///< often enough
+
     struct Part {
-        const std::string* inputs = nullptr;
-        std::vector<std::size_t> reads;
-        std::vector<std::size_t> writes;
+        std::string_view inputs;
+        Places reads;
+        Places writes;
         double seconds = 0;
+        std::optional<std::size_t> last;  ///< the part of the last record that it is equal to
     };
 
     /// Written files come first: a file that one step makes and another reads is remembered as it
     /// was made.
     void collectParts() {
-        parts_.resize(2);
+        parts_.resize(kFirstRecipePart);
         for (std::size_t i = kFirstRecipePart; i < request_.parts.size(); ++i) {
             if (results_.outcomes[i] != StepOutcome::Pending) {
-                parts_.push_back({&request_.parts[i].inputs, {}, writesOf(i), secondsOf(i)});
+                parts_.push_back({request_.parts[i].inputs, {}, {}, 0, {}});
                 numbers_.push_back(i);
+                kept(i) ? keep(parts_.back(), i) : takeWrites(parts_.back(), i);
             }
         }
         for (std::size_t i = 0; i < numbers_.size(); ++i) {
-            parts_[kFirstRecipePart + i].reads = readsOf(numbers_[i]);
+            takeReads(parts_[kFirstRecipePart + i], numbers_[i]);
         }
         Part& target = parts_[kTargetPart];
         target.writes = written(request_.parts[kTargetPart].writes);
         target.reads = read(request_.parts[kTargetPart].reads);
-        target.inputs = &request_.parts[kTargetPart].inputs;
+        target.inputs = request_.parts[kTargetPart].inputs;
         parts_[kVariablesPart].inputs =
-            results_.finished ? &request_.parts[kVariablesPart].inputs : &unfinishedInputs();
+            results_.finished ? request_.parts[kVariablesPart].inputs : unfinishedInputs();
     }
 
-    double secondsOf(std::size_t part) {
-        if (kept(part)) {
-            return secondsIn(last_.lastParts()[*last_.lastPart(part)]);
+    std::size_t sizeOfInputs() const {
+        std::size_t size = request_.environment.size();
+        for (const Part& part : parts_) {
+            size += part.inputs.size();
         }
-        return part < results_.seconds.size() ? results_.seconds[part] : 0;
-    }
-
-    std::vector<std::size_t> writesOf(std::size_t part) {
-        return kept(part) ? known(part, recordField::kWrites)
-                          : written(request_.parts[part].writes);
-    }
-
-    std::vector<std::size_t> readsOf(std::size_t part) {
-        const CacheRequest::Part& wanted = request_.parts[part];
-        if (kept(part)) {
-            std::vector<std::size_t> numbers = known(part, recordField::kReads);
-            if (wanted.headerSearch && last_.namesChanged()) {
-                watch(last_.headersRead(part, *last_.lastPart(part)), numbers);
-            }
-            return numbers;
-        }
-        std::vector<std::size_t> numbers = read(wanted.reads);
-        if (!wanted.dependencyFile.empty()) {
-            addDiscovered(wanted, numbers);
-        }
-        return numbers;
-    }
-
-    /// Remembers where the headers could have been found earlier on the search path, so that a file
-    /// appearing there is noticed. A file that is already there was passed over.
-    void watch(const HeadersRead& headers, std::vector<std::size_t>& numbers) {
-        std::unordered_set<std::size_t> known(numbers.begin(), numbers.end());
-        const auto add = [&](std::size_t number) {
-            if (known.insert(number).second) {
-                numbers.push_back(number);
-            }
-        };
-        eachEarlierPlace(headers, [&](const std::string& place) {
-            add(numberOfNames(place));
-            const FileState::Kind kind = states_.kindOf(place);
-            if (kind != FileState::Kind::Missing && kind != FileState::Kind::Directory) {
-                add(numberOfRead(place));
-            }
-            return true;
-        });
-    }
-
-    /// The state of the directory is taken before anyone asks whether the file exists.
-    std::size_t numberOfNames(const std::string& place) {
-        const auto [entry, isNew] = watched_.try_emplace(std::string(directoryOf(place)), 0);
-        if (isNew) {
-            const std::string names = watchedNames(place, states_);
-            const std::string_view stored = root_.stored(names);
-            entry->second = table_.contains(stored) ? table_.numberOf(stored)
-                                                    : table_.add(stored, states_.current(names));
-        }
-        return entry->second;
+        return size;
     }
 
     bool kept(std::size_t part) const {
         return results_.outcomes[part] == StepOutcome::Kept && last_.lastPart(part);
     }
 
-    /// The files of a step that did not run, as they were found unchanged.
-    std::vector<std::size_t> known(std::size_t part, std::string_view field) {
-        const std::vector<RecordFile>& files = last_.lastFiles();
-        numbersOfLast_.resize(files.size());
-        std::vector<std::size_t> numbers;
-        const auto known =
-            fileNumbers(last_.lastParts()[*last_.lastPart(part)], field, files.size());
-        for (const std::size_t number : known.value()) {
-            if (!numbersOfLast_[number]) {
-                numbersOfLast_[number] = numberOfKnown(files[number].path);
+    /// A step that did not run: its files are used as they were found unchanged.
+    void keep(Part& part, std::size_t number) {
+        part.last = last_.lastPart(number);
+        for (const auto* places : {&last_.lastReads(*part.last), &last_.lastWrites(*part.last)}) {
+            for (const Place place : places->value()) {
+                table_.keep(place);
             }
-            numbers.push_back(*numbersOfLast_[number]);
         }
-        return numbers;
     }
 
-    std::size_t numberOfKnown(std::string_view path) {
-        return table_.contains(path) ? table_.numberOf(path)
-                                     : table_.add(path, states_.current(root_.absolute(path)));
+    void takeWrites(Part& part, std::size_t number) {
+        part.writes = written(request_.parts[number].writes);
+        part.seconds = number < results_.seconds.size() ? results_.seconds[number] : 0;
     }
 
-    std::vector<std::size_t> written(const std::vector<std::string>& paths) {
-        std::vector<std::size_t> numbers;
+    void takeReads(Part& part, std::size_t number) {
+        const CacheRequest::Part& wanted = request_.parts[number];
+        if (!part.last) {
+            part.reads = read(wanted.reads);
+            if (!wanted.dependencyFile.empty()) {
+                addDiscovered(wanted, part.reads);
+            }
+        } else if (wanted.headerSearch && last_.namesChanged()) {
+            const std::size_t last = *part.last;
+            part.reads = last_.lastReads(last).value();
+            part.writes = last_.lastWrites(last).value();
+            part.seconds = secondsIn(last_.lastParts()[last]);
+            part.last.reset();
+            watch(last_.headersRead(number, last), part.reads);
+        }
+    }
+
+    /// The line of the last record says it if nothing has changed.
+    void appendKept(std::string& text, const RecordFile& file, Place place) {
+        const FileStates::File tracked = last_.lastFile(place);
+        if (states_.isCurrent(tracked, file.state)) {
+            text += file.line;
+        } else {
+            appendStateLine(text, states_.current(tracked), file.path);
+        }
+    }
+
+    /// Remembers where the headers could have been found earlier on the search path, so that a file
+    /// appearing there is noticed. A file that is already there was passed over.
+    void watch(const HeadersRead& headers, Places& places) {
+        std::unordered_set<Place> known(places.begin(), places.end());
+        const auto add = [&](Place place) {
+            if (known.insert(place).second) {
+                places.push_back(place);
+            }
+        };
+        eachEarlierPlace(headers, [&](const std::string& path) {
+            add(placeOfNames(path));
+            const FileState::Kind kind = states_.kindOf(path);
+            if (kind != FileState::Kind::Missing && kind != FileState::Kind::Directory) {
+                add(placeOfRead(path));
+            }
+            return true;
+        });
+    }
+
+    /// The state of the directory is taken before anyone asks whether the file exists.
+    Place placeOfNames(const std::string& path) {
+        const auto [entry, isNew] = watched_.try_emplace(std::string(directoryOf(path)), 0);
+        if (isNew) {
+            const std::string names = watchedNames(path, states_);
+            const std::string_view stored = root_.stored(names);
+            const auto known = table_.find(stored);
+            entry->second = known ? *known : table_.add(stored, states_.current(names));
+        }
+        return entry->second;
+    }
+
+    Places written(const std::vector<std::string>& paths) {
+        Places places;
+        places.reserve(paths.size());
         for (const std::string& path : paths) {
-            const std::string_view stored = root_.stored(path);
-            if (!table_.contains(stored)) {
-                FileState state = states_.current(path);
-                if (state.kind == FileState::Kind::Missing && hasSteps()) {
-                    state.kind = FileState::Kind::Unknown;  // to be made again, if possible
-                    noteMissing(path);
-                }
-                table_.add(stored, state);
-            }
-            numbers.push_back(table_.numberOf(stored));
+            const auto known = table_.find(root_.stored(path));
+            const bool isThere = known && states_.kindOf(path) != FileState::Kind::Missing;
+            places.push_back(isThere || told_.contains(path) ? *known : placeOfWritten(path));
         }
-        return numbers;
+        return places;
+    }
+
+    Place placeOfWritten(const std::string& path) {
+        FileState state = states_.current(path);
+        if (state.kind == FileState::Kind::Missing && hasSteps()) {
+            state.kind = FileState::Kind::Unknown;  // to be made again, if possible
+            noteMissing(path);
+            told_.insert(path);
+        }
+        return table_.add(root_.stored(path), state);
     }
 
     /// A target without steps lists what exists; it does not make it.
@@ -186,28 +212,28 @@ class RecordMaker {
         }
     }
 
-    std::vector<std::size_t> read(const std::vector<std::string>& paths) {
-        std::vector<std::size_t> numbers;
+    Places read(const std::vector<std::string>& paths) {
+        Places places;
+        places.reserve(paths.size());
         for (const std::string& path : paths) {
-            numbers.push_back(numberOfRead(path));
+            places.push_back(placeOfRead(path));
         }
-        return numbers;
+        return places;
     }
 
-    std::size_t numberOfRead(const std::string& path) {
+    Place placeOfRead(const std::string& path) {
         const std::string_view stored = root_.stored(path);
-        return table_.contains(stored)
-                   ? table_.numberOf(stored)
-                   : table_.add(stored, states_.afterReading(path, results_.startedAt));
+        const auto known = table_.find(stored);
+        return known ? *known : table_.add(stored, states_.afterReading(path, results_.startedAt));
     }
 
-    void addDiscovered(const CacheRequest::Part& part, std::vector<std::size_t>& numbers) {
+    void addDiscovered(const CacheRequest::Part& part, Places& places) {
         const auto names = readDependencyFile(part.dependencyFile);
         if (!names) {
             // The compiler reported nothing, so nobody can know whether this step is fresh.
             FileState unknown;
             unknown.kind = FileState::Kind::Unknown;
-            numbers.push_back(table_.add(root_.stored(trackedPath(part.dependencyFile)), unknown));
+            places.push_back(table_.add(root_.stored(trackedPath(part.dependencyFile)), unknown));
             return;
         }
         HeadersRead headers{part.headerSearch.get(), part.source, {}};
@@ -216,44 +242,88 @@ class RecordMaker {
             if (part.toolEnvironment && isBelowAny(path, part.toolEnvironment->systemDirectories)) {
                 continue;
             }
-            const std::size_t number = numberOfRead(path);
-            if (std::ranges::find(numbers, number) == numbers.end()) {
-                numbers.push_back(number);
+            const Place place = placeOfRead(path);
+            if (std::ranges::find(places, place) == places.end()) {
+                places.push_back(place);
                 headers.headers.push_back(path);
             }
         }
         if (part.headerSearch) {
-            watch(headers, numbers);
+            watch(headers, places);
         }
     }
 
-    bool appendOutputs(std::string& text, const Part& part) {
-        const bool first = &part == parts_.data();
-        std::string fields;
-        std::size_t count = 0;
-        const auto addField = [&](std::string_view name, const std::string& content) {
-            if (!content.empty()) {
-                appendTextAssignment(fields, name, content);
-                ++count;
+    std::string numbersOf(const Places& places) const {
+        std::string text;
+        for (const Place place : places) {
+            text += text.empty() ? "" : " ";
+            text += std::to_string(table_.number(place));
+        }
+        return text;
+    }
+
+    /// Of a recipe that was kept.
+    void appendLastOutputs(std::string& text, std::size_t last) const {
+        const Places& reads = last_.lastReads(last).value();
+        const Places& writes = last_.lastWrites(last).value();
+        const RecordText::Part& part = last_.lastParts()[last];
+        if (table_.isAsBefore(reads) && table_.isAsBefore(writes)) {
+            text += part.outputs;
+        } else {
+            appendFields(text, {"", "", numbersOf(reads), numbersOf(writes), "",
+                                std::string(fieldOf(part, recordField::kMilliseconds))});
+        }
+    }
+
+    struct Fields {
+        std::string seal;
+        std::string_view files;
+        std::string reads;
+        std::string writes;
+        std::string stamp;
+        std::string milliseconds;
+    };
+
+    /// What is not empty of them, then the rest of so many assignments.
+    static void appendFields(std::string& text, const Fields& fields, std::size_t others = 0,
+                             std::string_view rest = {}) {
+        const std::pair<std::string_view, std::string_view> all[] = {
+            {recordField::kSeal, fields.seal},   {recordField::kFiles, fields.files},
+            {recordField::kReads, fields.reads}, {recordField::kWrites, fields.writes},
+            {recordField::kStamp, fields.stamp}, {recordField::kMilliseconds, fields.milliseconds}};
+        const auto isGiven = [](const auto& field) { return !field.second.empty(); };
+        appendNumber(text, static_cast<std::size_t>(std::ranges::count_if(all, isGiven)) + others);
+        for (const auto& field : all) {
+            if (isGiven(field)) {
+                appendTextAssignment(text, field.first, field.second);
             }
-        };
-        addField(recordField::kSeal, first ? openSeal() : "");
-        addField(recordField::kFiles, first ? table_.text() : "");
-        addField(recordField::kReads, fmt::format("{}", fmt::join(part.reads, " ")));
-        addField(recordField::kWrites, fmt::format("{}", fmt::join(part.writes, " ")));
-        addField(recordField::kStamp, first ? results_.stamp : "");
-        addField(recordField::kMilliseconds,
-                 part.seconds > 0 ? fmt::format("{:.0f}", std::ceil(part.seconds * 1000)) : "");
+        }
+        text += rest;
+    }
+
+    /// False if an output cannot be stored.
+    bool appendOutputs(std::string& text, const Part& part, const std::string& table) const {
+        if (part.last) {
+            appendLastOutputs(text, *part.last);
+            return true;
+        }
+        const bool first = &part == &parts_[kTargetPart];
+        std::string outputs;
+        std::size_t count = 0;
         if (&part == &parts_[kVariablesPart]) {
             for (const Assignment& output : results_.outputs) {
-                if (!appendAssignment(fields, output)) {
+                if (!appendAssignment(outputs, output)) {
                     return false;
                 }
                 ++count;
             }
         }
-        appendNumber(text, count);
-        text += fields;
+        appendFields(
+            text,
+            {first ? openSeal() : "", first ? table : "", numbersOf(part.reads),
+             numbersOf(part.writes), first ? results_.stamp : "",
+             part.seconds > 0 ? fmt::format("{:.0f}", std::ceil(part.seconds * 1000)) : ""},
+            count, outputs);
         return true;
     }
 
@@ -265,10 +335,9 @@ class RecordMaker {
     std::vector<std::string>* missing_;
     std::vector<Part> parts_;
     std::vector<std::size_t> numbers_;  ///< indexes in the request of the parts after the first two
-    FileTable table_;
-    std::unordered_map<std::string, std::size_t> watched_;  ///< by directory, in table_
-    std::vector<std::optional<std::size_t>>
-        numbersOfLast_;  ///< indexes in `table_` of the last record's files
+    RecordTable table_;
+    std::unordered_set<std::string> told_;            ///< outputs that are missing
+    std::unordered_map<std::string, Place> watched_;  ///< by directory, in table_
 };
 
 }  // namespace

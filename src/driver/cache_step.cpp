@@ -109,9 +109,7 @@ void CacheStep::noteMade() {
         }
     }
     bool makesFewer = false;
-    const auto before =
-        obtained_.record ? filesWritten(*obtained_.record) : std::vector<RecordFile>();
-    for (const RecordFile& file : before) {
+    for (const RecordFile& file : freshness_->filesWritten()) {
         if (!made.contains(file.path)) {
             cache_.made().noteFormer(file.path, key_, file.state);
             makesFewer = true;
@@ -122,23 +120,19 @@ void CacheStep::noteMade() {
     }
 }
 
-std::vector<std::string> CacheStep::filesRead(std::size_t recipe) const {
+bool CacheStep::anyRead(std::size_t recipe,
+                        const std::function<bool(const std::string&)>& take) const {
     const std::size_t part = kFirstRecipePart + recipe;
-    std::vector<std::string> files = request_.parts[part].reads;
-    if (request_.parts[part].judged == Judged::WithTarget) {
-        const std::vector<std::string>& all = request_.parts[kTargetPart].reads;
-        files.insert(files.end(), all.begin(), all.end());
+    const bool withTarget = request_.parts[part].judged == Judged::WithTarget;
+    if (std::ranges::any_of(request_.parts[part].reads, take) ||
+        (withTarget && std::ranges::any_of(request_.parts[kTargetPart].reads, take))) {
+        return true;
     }
     const auto last = freshness_ ? freshness_->lastPart(part) : std::nullopt;
-    if (last) {
-        const std::vector<RecordFile>& known = freshness_->lastFiles();
-        const auto numbers =
-            fileNumbers(freshness_->lastParts()[*last], recordField::kReads, known.size());
-        for (const std::size_t number : numbers.value_or(std::vector<std::size_t>())) {
-            files.emplace_back(cache_.root().absolute(known[number].path));
-        }
-    }
-    return files;
+    const auto& numbers = last ? freshness_->lastReads(*last) : std::nullopt;
+    return numbers && std::ranges::any_of(*numbers, [&](std::size_t number) {
+               return take(freshness_->lastFile(number).path());
+           });
 }
 
 void CacheStep::report() {
@@ -193,16 +187,22 @@ std::string CacheStep::stamp() const {
 }
 
 bool CacheStep::stale(std::size_t recipe) {
-    const std::size_t part = kFirstRecipePart + recipe;
-    if (!freshness_->fresh(part)) {
-        giveReasons();
-        cache_.states().look(request_.parts[part].reads);
-        noteAbsent(request_.parts[part].writes, MadeFiles::Kind::Output);
-        noteAbsent(request_.parts[part].byProducts, MadeFiles::Kind::ByProduct);
-        return true;
+    if (keepIfFresh(recipe)) {
+        return false;
     }
-    outcomes_[part] = StepOutcome::Kept;
-    return false;
+    const CacheRequest::Part& part = request_.parts[kFirstRecipePart + recipe];
+    giveReasons();
+    cache_.states().look(part.reads);
+    noteAbsent(part.writes, MadeFiles::Kind::Output);
+    noteAbsent(part.byProducts, MadeFiles::Kind::ByProduct);
+    return true;
+}
+
+bool CacheStep::keepIfFresh(std::size_t recipe) {
+    const std::size_t part = kFirstRecipePart + recipe;
+    const bool fresh = freshness_->fresh(part);
+    outcomes_[part] = fresh ? StepOutcome::Kept : outcomes_[part];
+    return fresh;
 }
 
 double CacheStep::secondsOf(const std::vector<std::size_t>& recipes, double guess) const {

@@ -1,6 +1,7 @@
 // Asking the cache whether a target must be built, and telling it what came of it.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,9 +43,9 @@ class CacheStep {
 
     const CacheRequest& request() const noexcept { return request_; }
 
-    /// The files that a recipe is known to read: what it declares, and what it read in the last
-    /// build.
-    std::vector<std::string> filesRead(std::size_t recipe) const;
+    /// Calls `take` with the files that a recipe is known to read, what it declares and what it
+    /// read in the last build, until it returns true. Whether it has.
+    bool anyRead(std::size_t recipe, const std::function<bool(const std::string&)>& take) const;
 
     bool mustBuild() const noexcept { return obtained_.answer != CacheAnswer::Hit; }
 
@@ -55,6 +56,10 @@ class CacheStep {
     /// Whether a recipe, by its number among the target's, has to run. Asked stage by stage: what
     /// earlier stages have made counts. One that does not is taken over from the earlier build.
     bool stale(std::size_t recipe);
+
+    /// Asked early, of a recipe for which nothing will be made any more: whether it does not have
+    /// to run. It is taken over then.
+    bool keepIfFresh(std::size_t recipe);
 
     /// A recipe has run, so long, and succeeded: from now on the build sees its outputs as they
     /// are.

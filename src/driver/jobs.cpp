@@ -321,11 +321,16 @@ std::string Stage::failureText() const {
 }
 
 void makeOutputDirectories(const std::vector<Assignment>& outputs) {
-    for (const Assignment& output : outputs) {
-        for (const std::string& file : pathsIn(output)) {
+    std::unordered_set<std::string> made;
+    const auto make = [&made](const std::string& file) {
+        const auto [directory, isNew] = made.emplace(directoryOf(file));
+        if (isNew) {
             std::error_code ignored;
-            platform::makeDirectories(platform::pathFromUtf8(file).parent_path(), ignored);
+            platform::makeDirectories(platform::pathFromUtf8(*directory), ignored);
         }
+    };
+    for (const Assignment& output : outputs) {
+        eachPath(output.value.get(), make);
     }
 }
 

@@ -108,12 +108,37 @@ void ScheduledBuild::addStages() {
             addBatch(std::move(members), before);
         } else {
             for (const std::size_t recipe : members) {
-                addBatch({recipe}, before);
+                if (!before.empty() || !isKept(recipe)) {
+                    addBatch({recipe}, before);
+                }
             }
         }
         before.assign(recipeNodes_.begin() + static_cast<std::ptrdiff_t>(first),
                       recipeNodes_.end());
     }
+}
+
+/// Of many recipes few are stale, and the others need no nodes: those that nothing which is still
+/// to be made can make stale.
+bool ScheduledBuild::isKept(std::size_t number) {
+    CacheStep& cache = build_->cache();
+    const bool compiles = build_->recipes()[number].role == RecipeRole::Compile;
+    const CacheRequest::Part& part = cache.request().parts[kFirstRecipePart + number];
+    if (part.judged == Judged::WithTarget ||
+        (!dependencies_.empty() && (!compiles || sourcesAreMissing()))) {
+        return false;
+    }
+    const auto isToBeMade = [this](const std::string& file) {
+        return shared_.schedule.makerOf(file).has_value();
+    };
+    return !cache.anyRead(number, isToBeMade) && std::ranges::none_of(part.writes, isToBeMade) &&
+           cache.keepIfFresh(number);
+}
+
+bool ScheduledBuild::sourcesAreMissing() const {
+    return std::ranges::any_of(dependencies_, [this](const auto& dependency) {
+        return dependency->sources() && !shared_.schedule.finished(*dependency->sources());
+    });
 }
 
 void ScheduledBuild::waitForSources(std::vector<NodeId>& after) {
@@ -165,7 +190,10 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
     for (const std::size_t number : recipes) {
         const Recipe& recipe = build_->recipes()[number];
         if (!shared_.schedule.idle()) {
-            std::ranges::move(cache.filesRead(number), std::back_inserter(reads));
+            cache.anyRead(number, [&reads](const std::string& file) {
+                reads.push_back(file);
+                return false;
+            });
         }
         if (recipe.role == RecipeRole::Compile) {
             waitForSources(after);

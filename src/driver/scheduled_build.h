@@ -59,6 +59,8 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
 
     std::vector<std::string> ownFiles() const;
     void addStages();
+    bool isKept(std::size_t number);
+    bool sourcesAreMissing() const;
     void addBatch(std::vector<std::size_t> recipes, std::vector<NodeId> after);
     void addCompletion();
     void addSources();

@@ -124,7 +124,7 @@ bool SideBySide::waitsForOthers(TargetBuild& build,
         }
     }
     for (std::size_t i = 0; i < build.recipes().size(); ++i) {
-        if (std::ranges::any_of(build.cache().filesRead(i), isToBeMade)) {
+        if (build.cache().anyRead(i, isToBeMade)) {
             return true;
         }
     }
