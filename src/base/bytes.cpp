@@ -1,6 +1,20 @@
 #include "base/bytes.h"
 
+#include <array>
+
 namespace Vesk {
+namespace {
+
+/// Eight bytes, the lowest first.
+std::uint64_t numberAt(const char* bytes) noexcept {
+    std::uint64_t number = 0;
+    for (std::size_t i = 0; i < sizeof number; ++i) {
+        number |= static_cast<std::uint64_t>(static_cast<unsigned char>(bytes[i])) << 8 * i;
+    }
+    return number;
+}
+
+}  // namespace
 
 /// Seven bits a byte, the lowest first; all but the last byte have the eighth set.
 void Encoder::number(std::uint64_t number) {
@@ -17,11 +31,12 @@ void Encoder::piece(std::string_view piece) {
 }
 
 void Encoder::hash(const ContentHash& hash) {
-    for (std::uint64_t half : {hash.high, hash.low}) {
-        for (std::size_t i = 0; i < sizeof half; ++i, half >>= 8) {
-            bytes += static_cast<char>(half);
-        }
+    std::array<char, 2 * sizeof(std::uint64_t)> digits;
+    for (std::size_t i = 0; i < sizeof(std::uint64_t); ++i) {
+        digits[i] = static_cast<char>(hash.high >> 8 * i);
+        digits[i + sizeof(std::uint64_t)] = static_cast<char>(hash.low >> 8 * i);
     }
+    bytes.append(digits.data(), digits.size());
 }
 
 std::string_view Decoder::take(std::size_t size) {
@@ -36,6 +51,11 @@ std::string_view Decoder::take(std::size_t size) {
 }
 
 std::uint64_t Decoder::number() {
+    if (!rest_.empty() && static_cast<unsigned char>(rest_.front()) < 0x80U) {  // nearly always
+        const auto number = static_cast<unsigned char>(rest_.front());
+        rest_.remove_prefix(1);
+        return number;
+    }
     std::uint64_t number = 0;
     for (unsigned shift = 0; shift < 64; shift += 7) {
         const std::string_view byte = take(1);
@@ -57,13 +77,10 @@ std::string_view Decoder::piece() {
 }
 
 ContentHash Decoder::hash() {
-    const std::string_view bytes = take(2 * sizeof(std::uint64_t));
-    ContentHash hash;
-    for (std::size_t i = bytes.size(); i > 0; --i) {
-        std::uint64_t& half = i > sizeof(std::uint64_t) ? hash.low : hash.high;
-        half = half << 8 | static_cast<unsigned char>(bytes[i - 1]);
-    }
-    return hash;
+    constexpr std::size_t kHalf = sizeof(std::uint64_t);
+    const std::string_view bytes = take(2 * kHalf);
+    return bytes.empty() ? ContentHash()
+                         : ContentHash{numberAt(bytes.data()), numberAt(bytes.data() + kHalf)};
 }
 
 }  // namespace Vesk

@@ -27,7 +27,10 @@ constexpr char kOutput = 'o';
 constexpr char kError = 'e';
 
 void appendPart(std::string& transcript, char stream, std::string_view text) {
-    fmt::format_to(std::back_inserter(transcript), "{}{} {}", stream, text.size(), text);
+    transcript += stream;
+    transcript += fmt::format_int(text.size()).c_str();
+    transcript += ' ';
+    transcript += text;
 }
 
 char letterOf(platform::Stream stream) noexcept {
@@ -129,7 +132,9 @@ bool takePart(std::string_view& transcript, TranscriptPart& part) {
 }
 
 void appendEscape(std::string& line, int colour) {
-    fmt::format_to(std::back_inserter(line), "\x1b[38;5;{}m", colour);
+    line += "\x1b[38;5;";
+    line += fmt::format_int(colour).c_str();
+    line += 'm';
 }
 
 void appendLine(std::string& out, int colour, std::string_view prefix, std::string_view text,

@@ -4,6 +4,7 @@
 
 #include "base/console.h"
 #include "cache/cache_text.h"
+#include "cache/record_files.h"
 #include "platform/directories.h"
 #include "platform/files.h"
 
@@ -11,7 +12,10 @@ namespace Vesk {
 namespace {
 
 constexpr std::string_view kHeader = "VESK_CACHE_V7";
-constexpr std::size_t kBufferBytes = std::size_t{256} * 1024;
+constexpr std::size_t kBufferBytes = std::size_t{64} * 1024;
+
+/// Text that stands in memory in one piece is copied to the buffer up to this size.
+constexpr std::size_t kShortRun = std::size_t{4} * 1024;
 
 template <class... Args>
 bool startEmpty(const std::filesystem::path& file, fmt::format_string<Args...> fault,
@@ -21,8 +25,54 @@ bool startEmpty(const std::filesystem::path& file, fmt::format_string<Args...> f
     return false;
 }
 
+std::string_view between(const char* begin, const char* end) {
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
 std::string directoryText(const std::filesystem::path& file) {
     return platform::pathToUtf8(file.parent_path());
+}
+
+}  // namespace
+
+namespace {
+
+/// Reads record by record, as the file has them. False after a fault.
+bool takeSealed(const std::filesystem::path& file,
+                const std::shared_ptr<const std::string>& storage, const RecordSink& take) {
+    CacheReader reader(*storage);
+    std::string_view header;
+    if (!reader.line(header)) {
+        return startEmpty(file, "has invalid header");
+    }
+    if (header != kHeader) {
+        return startEmpty(file, "has unsupported header '{}'", header);
+    }
+    std::uint64_t count = 0;
+    if (!reader.number(count)) {
+        return startEmpty(file, "has invalid records count");
+    }
+    for (; count > 0; --count) {
+        const char* const whole = reader.position();
+        std::string_view key;
+        if (!reader.text(key)) {
+            return startEmpty(file, "is malformed ({})", "record key");
+        }
+        const char* const start = reader.position();
+        if (const char* fault = skipRecord(reader)) {
+            return startEmpty(file, "is malformed ({})", fault);
+        }
+        const std::string_view text = between(start, reader.position());
+        const auto day = checkSeal(key, RecordText(storage, text));
+        if (!day) {
+            return startEmpty(file, "is malformed ({})", "record seal");
+        }
+        StoredRecord stored;
+        stored.whole = between(whole, reader.position());
+        stored.day = *day;
+        take(key, RecordText(storage, text, stored));
+    }
+    return reader.atEnd() || startEmpty(file, "is malformed ({})", "text after the last record");
 }
 
 }  // namespace
@@ -38,38 +88,19 @@ bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take) {
         return true;
     }
     const auto storage = std::make_shared<const std::string>(std::move(*content));
-    CacheReader reader(*storage);
-    std::string_view header;
-    if (!reader.line(header)) {
-        return startEmpty(file, "has invalid header");
+    const IndexedSink takeRecord = [&](std::string_view key, std::string_view text,
+                                       const StoredRecord& stored) {
+        take(key, RecordText(storage, text, stored));
+    };
+    switch (takeIndexed(file, *storage, takeRecord)) {
+        case IndexUse::all:
+            return true;
+        case IndexUse::faulty:
+            return startEmpty(file, "has an index that does not fit");
+        case IndexUse::none:
+            break;
     }
-    if (header != kHeader) {
-        return startEmpty(file, "has unsupported header '{}'", header);
-    }
-    std::uint64_t count = 0;
-    if (!reader.number(count)) {
-        return startEmpty(file, "has invalid records count");
-    }
-    for (; count > 0; --count) {
-        std::string_view key;
-        if (!reader.text(key)) {
-            return startEmpty(file, "is malformed ({})", "record key");
-        }
-        const char* const start = reader.position();
-        if (const char* fault = skipRecord(reader)) {
-            return startEmpty(file, "is malformed ({})", fault);
-        }
-        RecordText record(storage, {start, static_cast<std::size_t>(reader.position() - start)});
-        const auto day = checkSeal(key, record);
-        if (!day) {
-            return startEmpty(file, "is malformed ({})", "record seal");
-        }
-        take(key, std::move(record), *day);
-    }
-    if (!reader.atEnd()) {
-        return startEmpty(file, "is malformed ({})", "text after the last record");
-    }
-    return true;
+    return takeSealed(file, storage, take);
 }
 
 struct CacheFileWriter::Output {
@@ -114,19 +145,57 @@ void CacheFileWriter::fail(const std::string& message) {
     }
 }
 
-void CacheFileWriter::flush() {
-    if (!failed_ && !output_->file.write(buffer_)) {
+void CacheFileWriter::put(std::string_view text) {
+    if (failed_ || text.empty()) {
+        return;
+    }
+    index_.take(text);
+    if (!output_->file.write(text)) {
         fail(fmt::format("Unable to flush cache file '{}'.", platform::pathToUtf8(temporary_)));
     }
+}
+
+void CacheFileWriter::flush() {
+    put(buffer_);
     buffer_.clear();
+}
+
+void CacheFileWriter::endRun() {
+    if (run_.size() < kShortRun) {
+        buffer_ += run_;
+    } else {
+        flush();
+        put(run_);
+    }
+    run_ = {};
+}
+
+/// Records that follow each other in the file that they are from become one run.
+void CacheFileWriter::copy(std::string_view whole) {
+    if (run_.data() + run_.size() == whole.data()) {
+        run_ = {run_.data(), run_.size() + whole.size()};
+    } else {
+        endRun();
+        run_ = whole;
+    }
 }
 
 void CacheFileWriter::write(std::string_view key, const RecordText& record, DayNumber day) {
     if (failed_) {
         return;
     }
-    appendText(buffer_, key);
-    appendSealed(buffer_, key, record, day);
+    StoredRecord stored = record.stored();
+    stored.hash = hashWithoutSeal(record);
+    stored.files = tableOf(record);
+    const bool asItIs = !stored.whole.empty() && day < stored.day + kDaysKept / 3;
+    if (asItIs) {
+        copy(stored.whole);
+    } else {
+        endRun();
+        appendText(buffer_, key);
+        stored.day = appendSealed(buffer_, key, record, day);
+    }
+    index_.add(key, record.text(), stored);
     if (buffer_.size() >= kBufferBytes) {
         flush();
     }
@@ -136,6 +205,7 @@ bool CacheFileWriter::finish() {
     if (failed_) {
         return false;
     }
+    endRun();
     flush();
     if (!failed_ && !output_->file.close()) {
         fail(fmt::format("Unable to flush cache file '{}'.", platform::pathToUtf8(temporary_)));
@@ -145,6 +215,9 @@ bool CacheFileWriter::finish() {
         fail(fmt::format("Unable to replace cache file '{}' with '{}': {}",
                          platform::pathToUtf8(file_), platform::pathToUtf8(temporary_),
                          error.message()));
+    }
+    if (!failed_) {
+        index_.write(file_);
     }
     return !failed_;
 }

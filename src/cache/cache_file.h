@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "cache/cache_index.h"
 #include "cache/cache_record.h"
 #include "cache/record_seal.h"
 
@@ -14,8 +15,8 @@ namespace Vesk {
 
 inline constexpr const char* kCacheFileName = ".vesk_cache";
 
-/// Receives one record of the file. The key is a piece of the same text; `day` comes from its seal.
-using RecordSink = std::function<void(std::string_view key, RecordText record, DayNumber day)>;
+/// Receives one record of the file. The key is a piece of the same text.
+using RecordSink = std::function<void(std::string_view key, RecordText record)>;
 
 /// Reads the file and passes its records on in file order. False after a fault, which a warning
 /// describes; the records passed on so far must then be discarded. A missing file has no records.
@@ -40,14 +41,18 @@ class CacheFileWriter {
   private:
     struct Output;
 
-    bool open();
+    void put(std::string_view text);
     void flush();
+    void endRun();
+    void copy(std::string_view whole);
     void fail(const std::string& message);
 
     std::filesystem::path file_;
     std::filesystem::path temporary_;
     std::unique_ptr<Output> output_;
+    CacheIndexWriter index_;
     std::string buffer_;
+    std::string_view run_;  ///< behind the buffer; of the file that was read
     bool failed_ = false;
 };
 

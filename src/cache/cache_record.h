@@ -14,14 +14,25 @@
 #include <filesystem>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/content_hash.h"
+#include "base/day_number.h"
 #include "run/recipe.h"
 #include "types/context/assignment.h"
 
 namespace Vesk {
+
+/// What is known of a record in the file from which it was read.
+struct StoredRecord {
+    std::string_view whole;           ///< its text there, with its key; empty: it is in no file
+    DayNumber day = 0;                ///< in its seal; 0: it has none
+    std::optional<ContentHash> hash;  ///< without its seal
+    std::string_view files;           ///< its table of files; empty: not known
+};
 
 /// A record as text, without its key. Immutable.
 class RecordText {
@@ -34,8 +45,9 @@ class RecordText {
     explicit RecordText(std::string text);
 
     /// A piece of a text that `storage` keeps alive and that `skipRecord` has accepted.
-    RecordText(std::shared_ptr<const std::string> storage, std::string_view text)
-        : storage_(std::move(storage)), text_(text) {}
+    RecordText(std::shared_ptr<const std::string> storage, std::string_view text,
+               const StoredRecord& stored = {})
+        : storage_(std::move(storage)), text_(text), stored_(stored) {}
 
     struct Layout {
         std::vector<Part> parts;
@@ -47,10 +59,12 @@ class RecordText {
     /// If there are more than `atMost` parts: only the first ones, and no environment.
     Layout layout(std::size_t atMost = std::numeric_limits<std::size_t>::max()) const;
     const std::shared_ptr<const std::string>& storage() const noexcept { return storage_; }
+    const StoredRecord& stored() const noexcept { return stored_; }
 
   private:
     std::shared_ptr<const std::string> storage_;
     std::string_view text_;
+    StoredRecord stored_;
 };
 
 class CacheReader;

@@ -58,13 +58,13 @@ ProjectCache::Entry* ProjectCache::findOrCreate(const std::string& key) {
     return found == entries_.end() ? &create(ownKeys_.emplace_back(key)) : found->second;
 }
 
-void ProjectCache::addLoaded(std::string_view key, RecordText record, DayNumber day) {
+void ProjectCache::addLoaded(std::string_view key, RecordText record) {
     const auto found = entries_.find(key);
     Entry& entry = found == entries_.end() ? create(key) : *found->second;
     textOfKeys_ = record.storage();
+    entry.day = record.stored().day;
     entry.record = std::move(record);
-    entry.day = day;
-    entry.valid = day != 0;  // a record that vesk did not seal answers no request
+    entry.valid = entry.day != 0;  // a record that vesk did not seal answers no request
     entry.stored = entry.valid;
 }
 
@@ -74,10 +74,9 @@ void ProjectCache::forgetEverything() {
 }
 
 void ProjectCache::load() {
-    const bool whole =
-        loadCacheFile(file_, [this](std::string_view key, RecordText record, DayNumber day) {
-            addLoaded(key, std::move(record), day);
-        });
+    const bool whole = loadCacheFile(file_, [this](std::string_view key, RecordText record) {
+        addLoaded(key, std::move(record));
+    });
     const auto claimed = journal_.read();
     if (!whole || !claimed) {
         forgetEverything();
@@ -198,7 +197,7 @@ ProjectCache::Standing ProjectCache::filesStand(
     Entry& entry, const std::function<bool(const std::string&)>& isToBeMade,
     ExpectedFiles* expected) {
     using Comparison = FileStates::Comparison;
-    auto files = filesOf(entry.record->layout(1).parts);  // the first part has the table
+    auto files = filesOf(*entry.record);
     if (!files) {
         return Standing::no;
     }
@@ -387,7 +386,7 @@ void ProjectCache::close() noexcept {
 
 /// Files that had changed just before they were examined: by now their times may be reliable.
 void ProjectCache::confirmRecent(Entry& entry) {
-    auto files = filesOf(entry.record->layout(kFirstRecipePart).parts);
+    auto files = filesOf(*entry.record);
     if (!files) {
         return;
     }

@@ -157,7 +157,7 @@ class ProjectCache {
     Entry* findOrCreate(const std::string& key);
     Entry& create(std::string_view key);
     bool insert(const std::string& key, const RecordText& record);
-    void addLoaded(std::string_view key, RecordText record, DayNumber day);
+    void addLoaded(std::string_view key, RecordText record);
     void markAsked(Entry& entry) noexcept;
     static bool stands(const Entry& entry, const ContentHash& record);
     Standing filesStand(Entry& entry, const std::function<bool(const std::string&)>& isToBeMade,

@@ -59,10 +59,14 @@ std::string_view fieldOf(const RecordText::Part& part, std::string_view field) {
     return {};
 }
 
-std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Part>& parts) {
+namespace {
+
+std::string_view tableIn(const std::vector<RecordText::Part>& parts) {
+    return parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kFiles);
+}
+
+std::optional<std::vector<RecordFile>> filesIn(std::string_view table) {
     std::vector<RecordFile> files;
-    std::string_view table =
-        parts.empty() ? std::string_view() : fieldOf(parts.front(), recordField::kFiles);
     constexpr std::size_t kShortLine = 80;
     files.reserve(table.size() / kShortLine);
     while (!table.empty()) {
@@ -74,6 +78,21 @@ std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Par
         file.line = {start, static_cast<std::size_t>(table.data() - start)};
     }
     return files;
+}
+
+}  // namespace
+
+std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Part>& parts) {
+    return filesIn(tableIn(parts));
+}
+
+std::optional<std::vector<RecordFile>> filesOf(const RecordText& record) {
+    return filesIn(tableOf(record));
+}
+
+std::string_view tableOf(const RecordText& record) {
+    const std::string_view known = record.stored().files;
+    return known.empty() ? tableIn(record.layout(1).parts) : known;  // it is in the first part
 }
 
 std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part,

@@ -24,6 +24,12 @@ struct RecordFile {
 /// faulty.
 std::optional<std::vector<RecordFile>> filesOf(const std::vector<RecordText::Part>& parts);
 
+/// The same for a record whose other parts are of no concern.
+std::optional<std::vector<RecordFile>> filesOf(const RecordText& record);
+
+/// The text of the table; empty if there is none.
+std::string_view tableOf(const RecordText& record);
+
 /// The numbers of a part's files in that table, under kReads or kWrites. Nothing if one of them is
 /// not a number below `limit`.
 std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part,

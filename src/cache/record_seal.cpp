@@ -68,6 +68,9 @@ std::optional<DayNumber> checkSeal(std::string_view key, const RecordText& recor
 }
 
 ContentHash hashWithoutSeal(const RecordText& record) {
+    if (record.stored().hash) {
+        return *record.stored().hash;
+    }
     const std::string_view text = record.text();
     const std::string_view seal = sealOf(record);
     if (seal.empty()) {
@@ -77,19 +80,21 @@ ContentHash hashWithoutSeal(const RecordText& record) {
     return hashText({text.substr(0, before), text.substr(before + seal.size())});
 }
 
-void appendSealed(std::string& out, std::string_view key, const RecordText& record, DayNumber day) {
+DayNumber appendSealed(std::string& out, std::string_view key, const RecordText& record,
+                       DayNumber day) {
     const std::string_view text = record.text();
     const std::size_t start = out.size();
     out += text;
     const std::string_view seal = sealOf(record);
     if (seal.size() != kSealSize) {
-        return;
+        return 0;
     }
     const auto sealAt = static_cast<std::size_t>(seal.data() - text.data());
     const std::size_t hashAt = sealAt + kDayDigits + 1;
     out.replace(start + sealAt, kDayDigits + 1, fmt::format("{:0{}} ", day, kDayDigits));
     const std::string hash = hashDigits(key, std::string_view(out).substr(start), hashAt);
     out.replace(start + hashAt, kHashDigits, hash);
+    return day;
 }
 
 }  // namespace Vesk

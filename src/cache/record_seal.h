@@ -25,7 +25,9 @@ std::optional<DayNumber> checkSeal(std::string_view key, const RecordText& recor
 /// The hash of the record without its seal, the same in memory and in any file.
 ContentHash hashWithoutSeal(const RecordText& record);
 
-/// Appends a record in the form that it has in the file.
-void appendSealed(std::string& out, std::string_view key, const RecordText& record, DayNumber day);
+/// Appends a record in the form that it has in the file. Gives the day in its seal; 0 if it has
+/// none.
+DayNumber appendSealed(std::string& out, std::string_view key, const RecordText& record,
+                       DayNumber day);
 
 }  // namespace Vesk

@@ -59,8 +59,9 @@ class CacheFileTest : public testing::Test {
     std::string load() {
         records.clear();
         ConsoleCapture console;
-        const bool good = loadCacheFile(file, [this](std::string_view key, const RecordText& text,
-                                                     DayNumber) { records.emplace(key, text); });
+        const bool good = loadCacheFile(file, [this](std::string_view key, const RecordText& text) {
+            records.emplace(key, text);
+        });
         std::string warning = console.text();
         EXPECT_EQ(good, warning.find("Cache file '") == std::string::npos) << warning;
         return warning;

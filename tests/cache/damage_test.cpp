@@ -97,6 +97,38 @@ TEST_F(DamageTest, EveryByteOfTheClaims) {
     EXPECT_EQ(hits, 0);
 }
 
+TEST_F(DamageTest, WithoutItsIndexTheCacheIsAsGood) {
+    const fs::path index = directory / ".vesk_cache.index";
+    for (const std::string& damaged : damagedInOnePlace(contentOf(index))) {
+        write(index, damaged);
+        ASSERT_EQ(build(), "");
+        ASSERT_EQ(hits, 2);
+    }
+}
+
+TEST_F(DamageTest, RecordsAreCopiedAsTheyAre) {
+    const std::string before = contentOf(file);
+    for (const char* other : {"main::first", "main::second"}) {
+        FileStates states;
+        ProjectCache cache(directory.path(), states);
+        cache.load();
+        EXPECT_TRUE(cache.upsert(other, recordOf(requestOf(other), states, cache.root()), 0));
+        EXPECT_TRUE(cache.save());
+        EXPECT_EQ(build(), "");
+        EXPECT_EQ(hits, 2);
+    }
+    fs::remove(directory / ".vesk_cache.index");
+    EXPECT_EQ(build(), "");
+    EXPECT_EQ(hits, 2);
+    FileStates states;
+    ProjectCache cache(directory.path(), states);
+    cache.load();
+    cache.forget("main::first");
+    cache.forget("main::second");
+    EXPECT_TRUE(cache.save());
+    EXPECT_EQ(contentOf(file), before);
+}
+
 // The seal aside: what a record says of its files has to be complete.
 TEST_F(DamageTest, ATableOfFilesThatIsNotWhole) {
     FileStates states;
