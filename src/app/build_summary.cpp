@@ -30,6 +30,10 @@ void BuildSummary::failed(const std::string& target, const std::string& said) {
     }
 }
 
+void BuildSummary::failedLike(const std::string& other, const std::string& target) {
+    failedLike_[other].push_back(target);
+}
+
 void BuildSummary::skipped(const std::string& target, const std::string& needed) {
     if (needed_.emplace(target, needed).second) {
         skipped_.push_back(fmt::format("{} (needs {})", target, needed));
@@ -62,6 +66,9 @@ std::vector<std::string> BuildSummary::lines() const {
     std::vector<std::string> lines;
     if (!failed_.empty()) {
         lines.push_back("failed: " + listed(failed_));
+    }
+    for (const auto& [first, others] : failedLike_) {
+        lines.push_back(fmt::format("failed like {}: {}", first, listed(others)));
     }
     if (!skipped_.empty()) {
         lines.push_back("skipped: " + listed(skipped_));

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -23,6 +24,7 @@ class BuildSummary : public BuildEvents {
     explicit BuildSummary(bool dryRun) : dryRun_(dryRun) {}
 
     void failed(const std::string& target, const std::string& said) override;
+    void failedLike(const std::string& other, const std::string& target) override;
     void skipped(const std::string& target, const std::string& needed) override;
     void ended(const std::string& target, TargetEnd end) override;
 
@@ -42,8 +44,9 @@ class BuildSummary : public BuildEvents {
     std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
     std::unordered_map<std::string, TargetEnd> fates_;
     std::vector<std::string> failed_;
-    std::vector<std::string> skipped_;                     ///< "main::app (needs main::lib)"
-    std::unordered_map<std::string, std::string> needed_;  ///< by who was skipped for it
+    std::map<std::string, std::vector<std::string>> failedLike_;  ///< by the first of them
+    std::vector<std::string> skipped_;                            ///< "main::app (needs main::lib)"
+    std::unordered_map<std::string, std::string> needed_;         ///< by who was skipped for it
     std::string firstError_;
     std::size_t linesBefore_ = 0;  ///< what the console had written at that error
 };

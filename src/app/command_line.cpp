@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <fmt/format.h>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -162,6 +163,18 @@ std::string intendedOption(std::string_view word) {
     return didYouMean("--" + std::string(word.substr(0, word.find('='))), names);
 }
 
+bool isGiven(std::string_view longForm, const Settings& settings, std::size_t from) {
+    const auto& given = settings.given;
+    return std::find(given.begin() + static_cast<std::ptrdiff_t>(from), given.end(), longForm) !=
+           given.end();
+}
+
+/// Whether the command line gives an option that does nothing, for want of another one.
+bool lacksOther(const Option& option, const Settings& settings) {
+    return !option.with.empty() && isGiven(option.longForm, settings, settings.givenForAll) &&
+           !isGiven(option.with, settings, 0);
+}
+
 /// The words of the variable's text.
 std::vector<std::string> wordsOf(std::string_view text) {
     constexpr std::string_view kBlanks = " \t\r\n";
@@ -233,10 +246,18 @@ void parseCommandLine(const std::vector<std::string>& arguments, Settings& setti
     }
 }
 
-void reportUnknownOptions(const Settings& settings) {
+void reportDoubtfulOptions(const Settings& settings) {
     for (const std::string& argument : settings.unknownOptions) {
         reportDoubt(settings.doubts, "Unknown option '" + argument + "'.",
                     {intendedOption(withoutDashes(argument)), "vesk --options lists all options"});
+    }
+    for (const Option& option : options()) {
+        if (lacksOther(option, settings)) {
+            reportDoubt(settings.doubts,
+                        fmt::format("Option '--{0}' does nothing without '--{1}'.", option.longForm,
+                                    option.with),
+                        {fmt::format("add --{}, or leave it out", option.with)});
+        }
     }
 }
 
@@ -262,7 +283,7 @@ void parseProjectOptions(std::string_view text, Settings& settings) {
         applyProjectSwitch(word, settings, reader);
     }
     if (settings.doubts == Doubts::Refuse && !strictBefore) {
-        reportUnknownOptions(settings);
+        reportDoubtfulOptions(settings);
     }
 }
 

@@ -32,8 +32,8 @@ void parseOptionsVariable(std::string_view text, Settings& settings);
 /// that is not an option, and an option that a project cannot give, throw VeskException.
 void parseProjectOptions(std::string_view text, Settings& settings);
 
-/// Reports the options that are none, with what they are nearly called like. Throws VeskException
-/// where doubts are refused.
-void reportUnknownOptions(const Settings& settings);
+/// Reports the options that are none, with what they are nearly called like, and those that do
+/// nothing without another one. Throws VeskException where doubts are refused.
+void reportDoubtfulOptions(const Settings& settings);
 
 }  // namespace Vesk

@@ -168,6 +168,9 @@ class CommandLine {
 
     Candidates names() {
         Candidates found;
+        if (settings_.runMode == RunMode::Format || settings_.runMode == RunMode::Lint) {
+            return found;  // these take files, which a shell offers where there is nothing else
+        }
         const std::size_t colons = word_.find("::");
         const std::size_t slash = word_.find('/');
         if (slash < colons) {

@@ -9,6 +9,7 @@
 #include "base/ci_string.h"
 #include "base/exception.h"
 #include "platform/files.h"
+#include "platform/interrupt.h"
 #include "platform/process.h"
 #include "report/graph.h"
 #include "run/command_line.h"
@@ -92,9 +93,15 @@ GraphFile::Form GraphFile::formFor(const std::string& path) {
     throw error;
 }
 
-GraphFile::GraphFile(const std::string& path) : form_(formFor(path)), file_("graph", path) {}
+GraphFile::GraphFile(const std::string& path)
+    : form_(formFor(path)), file_("graph", ReportFile::Use::AtEnd, path) {}
 
 std::string GraphFile::laidOut(const std::string& dot) const {
+    if (platform::interruptSignal() != 0) {
+        VeskException error("The graph '" + file_.path() + "' was not written.");
+        error.addNote("an interrupted run does not wait for Graphviz; --graph=FILE.dot needs none");
+        throw error;
+    }
     const TextForDot text(file_.path(), dot);
     std::string svg;
     std::string said;

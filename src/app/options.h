@@ -41,6 +41,7 @@ struct Option {
     void (*apply)(Settings& settings, const std::string& value);
 
     FromProject fromProject = FromProject::no;
+    std::string_view with = {};  ///< the long form of an option without which this one does nothing
 };
 
 /// All options, a section at a time.

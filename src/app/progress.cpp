@@ -94,6 +94,10 @@ void Progress::failed(const std::string& target, const std::string& said) {
     next_.failed(target, said);
 }
 
+void Progress::failedLike(const std::string& other, const std::string& target) {
+    next_.failedLike(other, target);
+}
+
 void Progress::skipped(const std::string& target, const std::string& needed) {
     next_.skipped(target, needed);
 }

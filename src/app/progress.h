@@ -26,6 +26,7 @@ class Progress : public BuildEvents {
     Progress& operator=(const Progress&) = delete;
 
     void failed(const std::string& target, const std::string& said) override;
+    void failedLike(const std::string& other, const std::string& target) override;
     void skipped(const std::string& target, const std::string& needed) override;
     void ended(const std::string& target, TargetEnd end) override;
     void expected(std::size_t steps) override;

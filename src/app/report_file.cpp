@@ -7,13 +7,30 @@
 
 namespace Vesk {
 
-ReportFile::ReportFile(std::string what, const std::string& path)
+ReportFile::ReportFile(std::string what, Use use, const std::string& path)
     : what_(std::move(what)), path_(path) {
     if (path_ == "-") {
         console::keepOutputFree();
         return;
     }
-    writer_.emplace(platform::pathFromUtf8(path_));
+    const std::filesystem::path file = platform::pathFromUtf8(path_);
+    std::error_code ignored;
+    onlyForTest_ = !platform::exists(file, ignored) && !ignored;
+    // Who reads a pipe takes the end of the first writing for the end of all.
+    untouched_ = use == Use::AtEnd && (onlyForTest_ || platform::isFile(file));
+    open(untouched_ ? platform::Append::yes : platform::Append::no);
+}
+
+ReportFile::~ReportFile() {
+    if (untouched_ && onlyForTest_) {
+        writer_.reset();
+        std::error_code ignored;
+        platform::removeFile(platform::pathFromUtf8(path_), ignored);
+    }
+}
+
+void ReportFile::open(platform::Append append) {
+    writer_.emplace(platform::pathFromUtf8(path_), append);
     if (!writer_->isOpen()) {
         throwFault(writer_->error());
     }
@@ -31,6 +48,9 @@ void ReportFile::throwFault(const std::error_code& error) const {
 }
 
 void ReportFile::write(std::string_view bytes) noexcept {
+    if (std::exchange(untouched_, false)) {
+        writer_.emplace(platform::pathFromUtf8(path_));
+    }
     if (!writer_) {
         console::writeData(bytes);
     } else if (!fault_ && !writer_->write(bytes)) {

@@ -50,10 +50,10 @@ class SeenRun {
   public:
     explicit SeenRun(const Settings& settings)
         : settings_(settings),
-          trace_(opened<ReportFile>(settings.see.trace, "trace")),
-          events_(opened<ReportFile>(settings.see.events, "events")),
+          trace_(opened<ReportFile>(settings.see.trace, "trace", ReportFile::Use::AtEnd)),
+          events_(opened<ReportFile>(settings.see.events, "events", ReportFile::Use::Along)),
           graph_(opened<GraphFile>(settings.see.graph)),
-          report_(opened<ReportFile>(settings.see.report, "report")),
+          report_(opened<ReportFile>(settings.see.report, "report", ReportFile::Use::AtEnd)),
           writer_(events_.get()) {
         if (settings.see.stats == StatsForm::Json) {
             console::keepOutputFree();
@@ -82,11 +82,11 @@ class SeenRun {
             trace_->write(report::traceOf(run));
             trace_->close();
         }
-        if (graph_) {
-            graph_->write(run);
-        }
         if (settings_.see.compares()) {
             compare(run);
+        }
+        if (graph_) {
+            graph_->write(run);
         }
     }
 

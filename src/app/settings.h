@@ -1,6 +1,7 @@
 // What the command line asks for.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -129,6 +130,7 @@ struct Settings {
     std::vector<Definition> definitions;
     std::vector<std::string> unknownOptions;  ///< as they were given
     std::vector<std::string_view> given;      ///< long forms of the options that were given
+    std::size_t givenForAll = 0;              ///< so many of them, the first, for every run
 
     friend bool operator==(const Settings&, const Settings&) = default;
 };

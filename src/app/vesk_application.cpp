@@ -67,8 +67,9 @@ void VeskApplication::parse(const std::vector<std::string>& arguments) {
         settings_.doubts = Doubts::Refuse;
         settings_.arguments.push_back(kStrictVariable + std::string(1, '\0'));
     }
+    settings_.givenForAll = settings_.given.size();
     parseCommandLine(arguments, settings_);
-    reportUnknownOptions(settings_);
+    reportDoubtfulOptions(settings_);
 }
 
 int VeskApplication::run() const {

@@ -25,6 +25,9 @@ class BuildEvents {
     /// and why it failed. May come more than once for a target.
     virtual void failed(const std::string& /*target*/, const std::string& /*said*/) {}
 
+    /// A target has failed for a reason that was reported for another one.
+    virtual void failedLike(const std::string& /*other*/, const std::string& /*target*/) {}
+
     /// A target is not built because one that it needs is not.
     virtual void skipped(const std::string& /*target*/, const std::string& /*needed*/) {}
 

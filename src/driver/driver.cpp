@@ -190,6 +190,20 @@ void Driver::failTop() {
     }
 }
 
+/// Of the top target. A toolchain that many lack is reported once.
+void Driver::reportFailure(const VeskException& error) {
+    const events::Subject& subject = stack_.back()->seenAs();
+    if (const auto* const lacking = dynamic_cast<const NoToolchain*>(&error)) {
+        const auto [first, isFirst] = firstWithout_.emplace(lacking->cause(), subject.target);
+        if (!isFirst) {
+            tellFailedLike(setting_, first->second, subject, error.report());
+            return;
+        }
+    }
+    reportError(error);
+    tellFailed(setting_, subject, error.report());
+}
+
 void Driver::step(TargetVisit& visit) {
     if (visit.hasNext()) {
         visitNextDependency(visit);
@@ -221,8 +235,7 @@ void Driver::guarded(Action action) {
             }
             throw;
         }
-        reportError(exception);
-        tellFailed(setting_, stack_.back()->seenAs(), exception.report());
+        reportFailure(exception);
         failTop();
     }
     if (others_) {
@@ -239,6 +252,7 @@ void Driver::visitAll() {
 void Driver::beginBuild() {
     stack_.clear();
     visitsOnWay_.clear();
+    firstWithout_.clear();
     const DriverOptions& options = setting_.options;
     if (options.jobCount != 0 && options.jobCount != 1 && !options.dryRun) {
         others_ = std::make_unique<SideBySide>(setting_);

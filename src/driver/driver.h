@@ -74,6 +74,7 @@ class Driver {
     void finishTop();
     void failTop();
     void addToTree(Visited& visited);
+    void reportFailure(const VeskException& error);
     void push(const TargetLocation& location, std::vector<ValuePtr> arguments, std::string key);
     void pop();
     [[noreturn]] void throwCycle(const std::string& key) const;
@@ -84,6 +85,7 @@ class Driver {
     std::vector<std::unique_ptr<TargetVisit>> stack_;
     std::unordered_map<const Target*, std::size_t> visitsOnWay_;  ///< of the targets on the stack
     std::unordered_map<std::string, Visited> visited_;
+    std::unordered_map<std::string, std::string> firstWithout_;  ///< a toolchain, by the cause
 };
 
 }  // namespace Vesk

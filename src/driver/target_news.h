@@ -14,6 +14,13 @@ inline void tellFailed(const BuildSetting& setting, const events::Subject& targe
     events::emit(events::TargetFinished{target, events::Outcome::Failed, said, 0, 0});
 }
 
+/// For the reason for which another one failed.
+inline void tellFailedLike(const BuildSetting& setting, const std::string& other,
+                           const events::Subject& target, const std::string& said) {
+    setting.events->failedLike(other, target.target);
+    events::emit(events::TargetFinished{target, events::Outcome::Failed, said, 0, 0});
+}
+
 /// For the sake of another one, by its name.
 inline void tellSkipped(const BuildSetting& setting, const events::Subject& target,
                         const std::string& needed) {

@@ -3,6 +3,7 @@
 #include "base/attempt.h"
 #include "base/console.h"
 #include "base/text.h"
+#include "driver/build_errors.h"
 #include "driver/mistyped_names.h"
 #include "tools/tool_registry.h"
 #include "types/values/string_values.h"
@@ -56,25 +57,27 @@ std::vector<std::string> toolchainTitles(const Toolbox& declaredTools) {
     return titles;
 }
 
-void addToolchains(VeskException& error, const Context& target, const Toolbox& declaredTools) {
+[[noreturn]] void throwNoToolchain(const std::string& text, const Context& target,
+                                   const Toolbox& declaredTools) {
+    const std::vector<std::string> titles = toolchainTitles(declaredTools);
+    const std::string asked =
+        titles.empty() ? std::string() : joined(wishes(target, declaredTools), ", ");
+    NoToolchain error(text, asked);
     error.addNote(
         "no registered toolchain fits it; vesk --find-compilers registers those of "
         "this machine");
-    const std::vector<std::string> titles = toolchainTitles(declaredTools);
-    const std::vector<std::string> asked = wishes(target, declaredTools);
-    if (!titles.empty()) {
-        error.addNote(asked.empty() ? "" : "it asks for " + joined(asked, ", "));
-        error.addNote("registered are " + joined(titles, ", "));
-    }
+    error.addNote(asked.empty() ? "" : "it asks for " + asked);
+    error.addNote(titles.empty() ? "" : "registered are " + joined(titles, ", "));
+    throw error;
 }
 
 [[noreturn]] void throwNoTool(const std::string& displayName, const Context& target,
                               const Toolbox& declaredTools) {
-    VeskException error("No tool to build " + displayName);
+    const std::string text = "No tool to build " + displayName;
     if (namesToolchainSources(target)) {
-        addToolchains(error, target, declaredTools);
-        throw error;
+        throwNoToolchain(text, target, declaredTools);
     }
+    VeskException error(text);
     if (const std::string mistyped = mistypedSource(target); !mistyped.empty()) {
         error.addNote("no tool is chosen by " + mistyped);
     }

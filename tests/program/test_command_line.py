@@ -172,6 +172,8 @@ class Doubts(ProgramTest):
                      "  vesk --options lists all options\n"),
         ("--compile-commands", "Unknown option '--compile-commands'.\n"
                                "  it needs a value: --compile-commands=FILE\n"),
+        ("--junit=r.xml", "Option '--junit' does nothing without '--test'.\n"
+                          "  add --test, or leave it out\n"),
         ("ldflags=1", "Nothing reads the variable 'ldflags' of the command line.\n"
                       "  did you mean 'LINK_FLAGS'?\n"),
         ("--define=what=-O3", "Nothing reads the variable 'what' of the command line.\n"),

@@ -78,7 +78,8 @@ class Answers(CompletionTest):
                                ("--define=toolchain_name=G", ["--define=toolchain_name=GCC 12"])):
             self.assertEqual(self.words(word, env=env), expected, word)
         self.assertEqual(self.words("-l", "n", env=env), ["net"])
-        self.assertEqual(self.words("-f", "", env=env), [])
+        for before in (["-f"], ["--format"], ["--lint", "vesk.txt"]):
+            self.assertEqual(self.words(*before, "", env=env), [], before)  # the shell offers files
         self.assertEqual(self.words("-f", "net.txt", "", env=env)[-1], "server")
 
     def test_options(self):

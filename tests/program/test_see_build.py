@@ -328,6 +328,20 @@ class Interrupted(Seen):
         self.assertEqual(json.loads(self.read("g.json"))["targets"][0]["target"], "vesk::t")
         self.assertIn('"outcome":"interrupted"', self.read("r.html"))
 
+    @posix_only("signals are sent as on POSIX")
+    @needs("dot")
+    def test_a_layout_is_not_waited_for(self):
+        self.unit('t: { here = P"(.)"  cmdline = "child linger ${here}/started" }')
+        self.write("old.svg", "old")
+        for name, kept in (("old.svg", "old"), ("new.svg", None)):
+            (self.dir / "started").unlink(missing_ok=True)
+            process = self.start(f"--graph={name}")
+            wait_until(lambda: (self.dir / "started").exists())
+            process.send_signal(signal.SIGTERM)
+            said = self.plain(process.communicate(timeout=HANGS)[1])
+            self.assertIn(f"Error: The graph '{name}' was not written.\n  an interrupted run", said)
+            self.assertEqual(self.read(name) if (self.dir / name).exists() else None, kept)
+
 
 class PageText(html.parser.HTMLParser):
     """The ids of a page, and its texts."""

@@ -574,6 +574,12 @@ class Choice(ToolchainTest):
         result = self.run_vesk()
         self.assertEqual(result.status, 1)
         self.assertIn("No tool to build vesk::app", result.err)
+        self.unit('all: app lib { NO_TOOL }  app: { C_FILES = ["main.c"] }  lib: app { C_FILES = ["main.c"] }')
+        for jobs in ("-j1", "-j4"):
+            said = self.run_vesk("-k", jobs, "all").err
+            self.assertEqual(said.count("no registered toolchain fits it"), 1, said)
+            self.assertIn("  failed: vesk::app\n  failed like vesk::app: vesk::lib\n"
+                          "  skipped: vesk::all (needs vesk::app)\n", said)
 
     @needs(CROSS + "-gcc")
     def test_cross_build(self):
