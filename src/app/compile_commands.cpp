@@ -9,7 +9,6 @@
 #include <system_error>
 
 #include "base/attempt.h"
-#include "base/ci_string.h"
 #include "base/collector.h"
 #include "base/exception.h"
 #include "driver/driver.h"
@@ -18,8 +17,6 @@
 
 namespace Vesk {
 namespace {
-
-const CiString kCompileCommands = "COMPILE_COMMANDS";
 
 /// "out/release" of "out/release/.obj/main/app/a.c.o": where what is made under one profile goes.
 std::string outputDirectoryOf(const std::string& object) {
@@ -65,8 +62,8 @@ void CompileCommands::add(const std::vector<Recipe>& recipes) {
 void CompileCommands::addProject(const BuildSetting& setting, const Project& project) {
     BuildSetting looking = setting;
     looking.options.jobCount = 1;
-    looking.options.rebuild = false;
     looking.options.dryRun = true;
+    looking.options.onlyRecipes = true;
     looking.options.keepGoing = true;
     looking.onRecipes = [this](const std::vector<Recipe>& recipes) { add(recipes); };
     console::Collector silence{{}};
@@ -82,7 +79,7 @@ void CompileCommands::addProject(const BuildSetting& setting, const Project& pro
     }
 }
 
-std::string CompileCommands::mergedWith(const std::string& old) const {
+std::string CompileCommands::textOver(const std::string& old) const {
     auto entries = nlohmann::ordered_json::array();
     std::set<std::string> directories;
     for (const Entry& entry : entries_) {
@@ -104,27 +101,24 @@ std::string CompileCommands::mergedWith(const std::string& old) const {
            "\n";
 }
 
-void CompileCommands::write(const std::string& path) const {
-    const std::filesystem::path file = platform::pathFromUtf8(path);
+std::string CompileCommands::textAt(const std::string& path) {
+    std::error_code ignored;
+    return platform::readWholeFile(platform::pathFromUtf8(path), ignored).value_or("");
+}
+
+void CompileCommands::write(const std::string& path, const std::string& text,
+                            const std::string& old) {
     std::error_code error;
-    const std::string old = platform::readWholeFile(file, error).value_or("");
-    const std::string text = mergedWith(old);
-    if (text == old) {
-        return;
-    }
-    if (!platform::writeWholeFile(file, text, platform::Append::no, error)) {
+    if (text != old && !platform::writeWholeFile(platform::pathFromUtf8(path), text,
+                                                 platform::Append::no, error)) {
         throw VeskException("Unable to write compilation database '" + path +
                             "': " + error.message() + ".");
     }
 }
 
-std::string compilationDatabaseOf(const ProjectCatalog& catalog, const Project& project) {
-    const std::shared_ptr<Context> context = catalog.implicitContext(project);
-    if (context->find(kCompileCommands) == nullptr) {
-        return {};
-    }
-    const std::string text = context->valueOfVariable(kCompileCommands)->toString();
-    return text.empty() ? text : platform::pathToUtf8(project.root / platform::pathFromUtf8(text));
+void CompileCommands::write(const std::string& path) const {
+    const std::string old = textAt(path);
+    write(path, textOver(old), old);
 }
 
 }  // namespace Vesk

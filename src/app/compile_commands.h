@@ -14,14 +14,22 @@ class CompileCommands {
     /// Adds those of a target's recipes that make an object of a source.
     void add(const std::vector<Recipe>& recipes);
 
-    /// Adds those of all targets of the project that take no arguments, as a dry run finds them: in
-    /// silence, and without those that cannot be visited.
+    /// Adds those of all targets of the project that take no arguments: in silence, without those
+    /// that cannot be visited, and whatever has been built of them.
     void addProject(const BuildSetting& setting, const Project& project);
 
-    /// Writes the file, with paths as UTF-8, unless it holds the same already. What it has of other
-    /// output directories, those of other profiles, stays behind the new entries as long as the
-    /// source exists. Throws VeskException when it cannot be written.
+    /// Text of JSON, with paths as UTF-8: the new entries, and behind them what the old text has of
+    /// other output directories, those of other profiles, as long as the source exists.
+    std::string textOver(const std::string& old) const;
+
+    /// Writes the file in place of the old one. Throws VeskException when it cannot be written.
     void write(const std::string& path) const;
+
+    /// The text of the file; empty if there is none.
+    static std::string textAt(const std::string& path);
+
+    /// Writes a text in place of that, unless it is the same. Throws as the other one does.
+    static void write(const std::string& path, const std::string& text, const std::string& old);
 
   private:
     struct Entry {
@@ -31,14 +39,7 @@ class CompileCommands {
         std::string output;
     };
 
-    /// Text of JSON: the new entries, then what stays of the old text.
-    std::string mergedWith(const std::string& old) const;
-
     std::vector<Entry> entries_;
 };
-
-/// "NAME" of a project's profile: the file that every build of the project keeps current, from the
-/// project's root. Empty when there is none.
-std::string compilationDatabaseOf(const ProjectCatalog& catalog, const Project& project);
 
 }  // namespace Vesk

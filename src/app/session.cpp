@@ -46,7 +46,7 @@ BuildSetting buildSetting(const Settings& settings, Session& session) {
         },
         [&session](const Project& project) -> ProjectCache& { return session.caches.of(project); },
         {static_cast<int>(settings.jobCount), settings.rebuild, settings.dryRun, settings.keepGoing,
-         hidden, settings.maxCommands},
+         false, hidden, settings.maxCommands},
     };
 }
 

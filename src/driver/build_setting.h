@@ -20,6 +20,7 @@ struct DriverOptions {
     bool rebuild = false;      ///< take nothing from the cache
     bool dryRun = false;       ///< show the commands, run and write nothing
     bool keepGoing = false;    ///< after a failure go on with what does not need the failed target
+    bool onlyRecipes = false;  ///< with a dry run: no cache is asked; outputs are what they will be
     HiddenValues hidden = {};  ///< that no record shows; those of ENV come on top
     unsigned maxCommands = 0;  ///< of a target's list, how many run at once; 0: all
 

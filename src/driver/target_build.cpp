@@ -94,6 +94,9 @@ TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
     if (setting_.onRecipes) {
         setting_.onRecipes(set_->recipes);
     }
+    if (setting_.options.onlyRecipes) {
+        return;
+    }
     CacheRequest request =
         cacheRequest({*subject_.context, *subject_.builder, set_->assignments, set_->recipes,
                       subject_.dependencies, setting_.options.hidden},
@@ -111,7 +114,7 @@ TargetResult TargetBuild::expected() {
     TargetResult result{knownOutputs(*set_), {}, {}};
     addOutputsTo(*result.outputs.context(),
                  assignmentsOf(*subject_.builder->expectedCompletion(*subject_.context)));
-    if (stampIsKnown()) {
+    if (cache_ && stampIsKnown()) {
         result.stamp = newStamp();
     }
     return result;
@@ -151,6 +154,9 @@ TargetResult TargetBuild::complete() {
 }
 
 TargetResult TargetBuild::buildNow() {
+    if (!cache_) {
+        return expected();
+    }
     if (!cache_->asked()) {
         cache_->ask();
     }

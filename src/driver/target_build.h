@@ -115,8 +115,8 @@ class TargetBuild {
 
     const BuildSetting& setting_;
     BuildSubject subject_;
-    std::shared_ptr<RecipeSet> set_;  ///< jobs share it
-    std::unique_ptr<CacheStep> cache_;
+    std::shared_ptr<RecipeSet> set_;       ///< jobs share it
+    std::unique_ptr<CacheStep> cache_;     ///< null: only the recipes are wanted
     std::optional<BuildEnv> environment_;  ///< made when it is needed first
 };
 

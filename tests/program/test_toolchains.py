@@ -281,6 +281,20 @@ class Programs(GnuTest):
         self.write("all.json", "{ this is something else")
         self.build("lib", "--compile-commands=all.json")
         self.assertEqual(entries("all.json"), ["lib.c"])
+        for keep in (None, "check"):  # it is left as it is until what it depends on changes
+            for text in ("int lib;\n", "int more;\n"):
+                self.write("lib.c", text)
+                self.build("lib", env={"VESK_KEEP": keep})
+                self.assertEqual(entries("db/kept.json"), plain[:2] + fast[:2])
+            self.write("other.c", "int other;\n")
+            self.build("lib", env={"VESK_KEEP": keep})
+            self.assertEqual(entries("db/kept.json"), plain + fast[:2])
+            self.write("db/kept.json", "[]")
+            self.build("lib", env={"VESK_KEEP": keep})
+            self.assertEqual(entries("db/kept.json"), plain)
+            os.unlink(self.dir / "other.c")
+            self.build("release", env={"VESK_KEEP": keep})
+            self.build("lib", env={"VESK_KEEP": keep})
 
     @posix_only("it is the system's own clangd")
     @needs("clangd")

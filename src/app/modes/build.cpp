@@ -3,6 +3,7 @@
 
 #include "app/build_summary.h"
 #include "app/compile_commands.h"
+#include "app/kept_database.h"
 #include "app/kept_visits.h"
 #include "app/modes/modes.h"
 #include "app/output_file.h"
@@ -35,20 +36,21 @@ void printImplicitContexts(const ProjectCatalog& catalog) {
 /// Keeps the project's compilation database current, and writes the one that was asked for: of the
 /// whole project where no target is named.
 void writeCompileCommands(const Settings& settings, const Session& session,
-                          const BuildSetting& setting, const CompileCommands& built) {
+                          const BuildSetting& setting, const CompileCommands& built,
+                          VisitKeeper* keeper) {
     const Project& project = session.catalog.active();
     const std::string kept =
         settings.dryRun ? std::string() : compilationDatabaseOf(session.catalog, project);
     const bool wholeIsAsked = !settings.compileCommands.empty() && !session.request.words.target;
-    CompileCommands whole;
-    if (wholeIsAsked || !kept.empty()) {
-        whole.addProject(setting, project);
-    }
     if (!kept.empty()) {
-        whole.write(kept);
+        keepDatabaseCurrent(kept, session, setting, keeper);
     }
-    if (!settings.compileCommands.empty()) {
-        (wholeIsAsked ? whole : built).write(settings.compileCommands);
+    if (wholeIsAsked) {
+        CompileCommands whole;
+        whole.addProject(setting, project);
+        whole.write(settings.compileCommands);
+    } else if (!settings.compileCommands.empty()) {
+        built.write(settings.compileCommands);
     }
 }
 
@@ -112,7 +114,7 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
     if (settings.why && !reasons.any()) {
         console::writeAnswer("Nothing has to be built.");
     }
-    writeCompileCommands(settings, session, setting, built);
+    writeCompileCommands(settings, session, setting, built, keeper);
     return outputs;
 }
 
