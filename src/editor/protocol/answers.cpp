@@ -11,6 +11,7 @@
 #include "editor/features/rename.h"
 #include "editor/features/semantic_tokens.h"
 #include "editor/format.h"
+#include "editor/protocol/long_answers.h"
 #include "editor/uri.h"
 #include "platform/files.h"
 
@@ -167,46 +168,6 @@ Json completion(State& state, const Json& params) {
 
 // --- Shapes ---
 
-int symbolKind(OutlineKind kind) {
-    switch (kind) {
-        case OutlineKind::Unit:
-            return 2;  // module
-        case OutlineKind::Target:
-            return 12;  // function
-        case OutlineKind::Profile:
-            return 3;  // namespace
-        case OutlineKind::Tool:
-            return 19;  // object
-        case OutlineKind::Output:
-            return 7;  // property
-        case OutlineKind::File:
-            return 1;
-    }
-    return 13;
-}
-
-Json symbolJson(const State& state, const Document& document, const OutlineItem& item) {
-    Json children = Json::array();
-    for (const OutlineItem& child : item.children) {
-        children.push_back(symbolJson(state, document, child));
-    }
-    return {{"name", item.name.empty() ? "?" : item.name},
-            {"detail", item.detail},
-            {"kind", symbolKind(item.kind)},
-            {"range", state.rangeOf(document, item.span)},
-            {"selectionRange", state.rangeOf(document, item.nameSpan)},
-            {"children", std::move(children)}};
-}
-
-Json documentSymbols(State& state, const Json& params) {
-    const Document& document = state.documentOf(params);
-    Json symbols = Json::array();
-    for (const OutlineItem& item : outlineOf(document)) {
-        symbols.push_back(symbolJson(state, document, item));
-    }
-    return symbols;
-}
-
 Json workspaceSymbols(State& state, const Json& params) {
     state.loadProjects();
     Json symbols = Json::array();
@@ -282,23 +243,6 @@ Json tokens(State& state, const Json& params) {
     return numbers.take();
 }
 
-Json lenses(State& state, const Json& params) {
-    const Document& document = state.documentOf(params);
-    Json all = Json::array();
-    for (const Lens& lens : lensesOf(state.workspace, document)) {
-        const Json argument = {
-            {"target", lens.target}, {"directory", lens.directory}, {"file", lens.file}};
-        for (const char* what : {"build", "why"}) {
-            all.push_back({{"range", state.rangeOf(document, lens.span)},
-                           {"command",
-                            {{"title", what},
-                             {"command", std::string("vesk.") + what},
-                             {"arguments", Json::array({argument})}}}});
-        }
-    }
-    return all;
-}
-
 // --- Changes ---
 
 /// One edit, of what lies between what both texts begin and end with.
@@ -361,21 +305,26 @@ Json codeActions(State& state, const Json& params) {
     return actions;
 }
 
+template <Json (*answer)(State&, const Json&)>
+std::string asText(State& state, const Json& params) {
+    return textOf(answer(state, params));
+}
+
 constexpr RequestHandler kHandlers[] = {
-    {"textDocument/hover", hover},
-    {"textDocument/completion", completion},
-    {"textDocument/definition", definition},
-    {"textDocument/references", references},
-    {"textDocument/documentHighlight", highlights},
-    {"textDocument/prepareRename", prepareRename},
-    {"textDocument/rename", renameAll},
+    {"textDocument/hover", asText<hover>},
+    {"textDocument/completion", asText<completion>},
+    {"textDocument/definition", asText<definition>},
+    {"textDocument/references", asText<references>},
+    {"textDocument/documentHighlight", asText<highlights>},
+    {"textDocument/prepareRename", asText<prepareRename>},
+    {"textDocument/rename", asText<renameAll>},
     {"textDocument/documentSymbol", documentSymbols},
-    {"textDocument/foldingRange", folding},
-    {"textDocument/semanticTokens/full", tokens},
-    {"textDocument/codeLens", lenses},
-    {"textDocument/codeAction", codeActions},
-    {"textDocument/formatting", formatting},
-    {"workspace/symbol", workspaceSymbols},
+    {"textDocument/foldingRange", asText<folding>},
+    {"textDocument/semanticTokens/full", asText<tokens>},
+    {"textDocument/codeLens", codeLenses},
+    {"textDocument/codeAction", asText<codeActions>},
+    {"textDocument/formatting", asText<formatting>},
+    {"workspace/symbol", asText<workspaceSymbols>},
 };
 
 int severityNumber(Severity severity) {

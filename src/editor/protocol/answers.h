@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -14,7 +15,7 @@ namespace Vesk::editor {
 /// parameters that are not as the protocol has them.
 struct RequestHandler {
     std::string_view method;
-    Json (*answer)(State& state, const Json& params);
+    std::string (*answer)(State& state, const Json& params);  ///< text of JSON
 };
 
 std::span<const RequestHandler> requestHandlers() noexcept;

@@ -63,7 +63,7 @@ LanguageServer::LanguageServer(Send send, std::string version)
 // --- Messages ------------------------------------------------------------------------------------
 
 void LanguageServer::fail(const Json& id, int code, const std::string& message) {
-    send_({{"jsonrpc", "2.0"}, {"id", id}, {"error", {{"code", code}, {"message", message}}}});
+    send({{"jsonrpc", "2.0"}, {"id", id}, {"error", {{"code", code}, {"message", message}}}});
 }
 
 void LanguageServer::handle(const Received& received) {
@@ -95,8 +95,8 @@ void LanguageServer::handle(const Received& received) {
 
 void LanguageServer::request(const Json& id, const std::string& method, const Json& params) {
     try {
-        Json result = answer(method, params);
-        send_({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
+        const std::string result = answer(method, params);
+        send_(R"({"jsonrpc":"2.0","id":)" + textOf(id) + R"(,"result":)" + result + "}");
     } catch (const RequestError& error) {
         fail(id, error.code(), error.text());
     } catch (const VeskException& error) {
@@ -108,9 +108,9 @@ void LanguageServer::request(const Json& id, const std::string& method, const Js
     }
 }
 
-Json LanguageServer::answer(const std::string& method, const Json& params) {
+std::string LanguageServer::answer(const std::string& method, const Json& params) {
     if (method == "initialize") {
-        return initialize(params);
+        return textOf(initialize(params));
     }
     if (phase_ == Phase::New) {
         throw RequestError(error_code::kNotInitialized, "The first request is 'initialize'.");
@@ -120,10 +120,10 @@ Json LanguageServer::answer(const std::string& method, const Json& params) {
     }
     if (method == "shutdown") {
         phase_ = Phase::ShutDown;
-        return {};
+        return textOf(Json());
     }
     if (method == "workspace/executeCommand") {
-        return execute(params);
+        return textOf(execute(params));
     }
     for (const RequestHandler& handler : requestHandlers()) {
         if (handler.method == method) {
@@ -158,13 +158,13 @@ void LanguageServer::notify(const std::string& method, const Json& params) {
     try {
         (this->*handler)(params);
     } catch (const VeskException& error) {
-        send_({{"jsonrpc", "2.0"},
-               {"method", "window/logMessage"},
-               {"params", {{"type", 1}, {"message", method + ": " + error.report()}}}});
+        send({{"jsonrpc", "2.0"},
+              {"method", "window/logMessage"},
+              {"params", {{"type", 1}, {"message", method + ": " + error.report()}}}});
     } catch (const std::exception& error) {
-        send_({{"jsonrpc", "2.0"},
-               {"method", "window/logMessage"},
-               {"params", {{"type", 1}, {"message", method + ": " + error.what()}}}});
+        send({{"jsonrpc", "2.0"},
+              {"method", "window/logMessage"},
+              {"params", {{"type", 1}, {"message", method + ": " + error.what()}}}});
     }
 }
 
@@ -242,9 +242,9 @@ void LanguageServer::didClose(const Json& params) {
     const Json& uri = params.at("textDocument").at("uri");
     state_.workspace.close(pathOf(uri));
     if (published_.erase(uri.get<std::string>()) > 0) {
-        send_({{"jsonrpc", "2.0"},
-               {"method", "textDocument/publishDiagnostics"},
-               {"params", {{"uri", uri}, {"diagnostics", Json::array()}}}});
+        send({{"jsonrpc", "2.0"},
+              {"method", "textDocument/publishDiagnostics"},
+              {"params", {{"uri", uri}, {"diagnostics", Json::array()}}}});
     }
     changed_ = true;
 }
@@ -263,9 +263,9 @@ void LanguageServer::publish(const Document& document) {
         return;
     }
     published_[uri] = diagnostics;
-    send_({{"jsonrpc", "2.0"},
-           {"method", "textDocument/publishDiagnostics"},
-           {"params", {{"uri", uri}, {"diagnostics", std::move(diagnostics)}}}});
+    send({{"jsonrpc", "2.0"},
+          {"method", "textDocument/publishDiagnostics"},
+          {"params", {{"uri", uri}, {"diagnostics", std::move(diagnostics)}}}});
 }
 
 std::chrono::milliseconds LanguageServer::patience() const noexcept {
@@ -304,11 +304,7 @@ int serve(const ByteSource& source, const std::function<void(std::string_view)>&
         }
         mailbox->close();
     }).detach();
-    LanguageServer server(
-        [&write](const Json& message) {
-            write(framed(message.dump(-1, ' ', false, Json::error_handler_t::replace)));
-        },
-        version);
+    LanguageServer server([&write](std::string_view message) { write(framed(message)); }, version);
     Received received;
     while (!server.finished()) {
         const Mailbox::Outcome outcome = mailbox->take(received, server.patience());

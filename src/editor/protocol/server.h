@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "editor/protocol/mailbox.h"
 #include "editor/protocol/message_stream.h"
@@ -14,7 +15,7 @@ namespace Vesk::editor {
 
 class LanguageServer {
   public:
-    using Send = std::function<void(const Json& message)>;
+    using Send = std::function<void(std::string_view message)>;
 
     /// `version` is vesk's own.
     LanguageServer(Send send, std::string version);
@@ -36,9 +37,10 @@ class LanguageServer {
     enum class Phase { New, Running, ShutDown };
     using Notification = void (LanguageServer::*)(const Json& params);
 
+    void send(const Json& message) const { send_(textOf(message)); }
     void request(const Json& id, const std::string& method, const Json& params);
     void notify(const std::string& method, const Json& params);
-    Json answer(const std::string& method, const Json& params);
+    std::string answer(const std::string& method, const Json& params);
     Json initialize(const Json& params);
     Json execute(const Json& params);
     void fail(const Json& id, int code, const std::string& message);

@@ -6,6 +6,10 @@
 
 namespace Vesk::editor {
 
+std::string textOf(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 std::filesystem::path pathOf(const Json& uri) {
     const auto path = pathOfUri(uri.get<std::string>());
     if (!path) {

@@ -16,6 +16,9 @@ namespace Vesk::editor {
 
 using Json = nlohmann::json;
 
+/// On one line. Text that is no UTF-8, which JSON has to be, is replaced.
+std::string textOf(const Json& json);
+
 /// An answer to a request that is an error.
 class RequestError : public VeskException {
   public:
