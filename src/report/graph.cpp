@@ -112,17 +112,9 @@ std::string titleOf(const ProjectName& project) {
 
 Json nodeJson(const RunRecord& run, std::size_t number) {
     const VisitRecord& visit = run.visits[number];
-    Json json{{"id", number},
-              {"target", visit.name()},
-              {"project", visit.about.project},
-              {"unit", visit.about.unit}};
-    addText(json, "profile", visit.about.profile);
-    addText(json, "arguments", visit.about.arguments);
-    addText(json, "tool", visit.tool);
-    json["outcome"] = nameOf(visit.outcome);
-    json["kept"] = visit.kept;
+    Json json{{"id", number}};
+    json.update(visitJson(visit));
     json["seconds"] = secondsOf(run, visit);
-    json["place"] = visit.about.place;
     return json;
 }
 

@@ -78,16 +78,8 @@ Json reasonsJson(const VisitRecord& visit) {
     return list;
 }
 
-Json visitJson(const VisitRecord& visit) {
-    Json json{{"target", visit.name()},
-              {"project", visit.about.project},
-              {"unit", visit.about.unit},
-              {"place", visit.about.place}};
-    addText(json, "profile", visit.about.profile);
-    addText(json, "arguments", visit.about.arguments);
-    addText(json, "tool", visit.tool);
-    json["outcome"] = nameOf(visit.outcome);
-    json["kept"] = visit.kept;
+Json detailedJson(const VisitRecord& visit) {
+    Json json = visitJson(visit);
     addText(json, "said", shortened(withoutEscapes(visit.said)));
     json["kept_commands"] = visit.keptSteps;
     json["kept_time"] = timeJson(visit.keptSeconds);
@@ -211,7 +203,7 @@ std::string htmlReport(const RunRecord& run, const std::vector<PastRun>& earlier
                        std::int64_t when) {
     const Json data{{"run", runJson(run, when)},
                     {"totals", totalsJson(run)},
-                    {"visits", listOf(run.visits, visitJson)},
+                    {"visits", listOf(run.visits, detailedJson)},
                     {"commands", listOf(run.commands, commandJson)},
                     {"activities", listOf(run.activities, activityJson)},
                     {"path", criticalPath(run)},

@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "report/run_record.h"
+
 namespace Vesk::report {
 
 using Json = nlohmann::ordered_json;
@@ -12,6 +14,9 @@ using Json = nlohmann::ordered_json;
 inline std::string textOf(const Json& json) {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
+
+/// What all reports say of a visit.
+Json visitJson(const VisitRecord& visit);
 
 /// Leaves out what says nothing.
 inline void addText(Json& json, const char* name, const std::string& text) {

@@ -59,7 +59,7 @@ std::string ApkRecipes::productPath() const {
     if (name.empty()) {
         name = target_.target().name;
     }
-    return paths_.inOutputDirectory(hasEnding(name) ? name : name + ".apk");
+    return paths_.inOutputDirectory(hasSuffix(name) ? name : name + ".apk");
 }
 
 Recipe ApkRecipes::newRecipe(Stage stage) const {

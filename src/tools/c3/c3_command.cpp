@@ -167,7 +167,7 @@ C3Product c3Product(const std::string& outputName, OutputType type, std::string_
                     const TargetPaths& paths) {
     const std::string_view suffix = suffixOf(type, triple);
     std::string name = outputName;
-    if (hasEnding(name)) {
+    if (hasSuffix(name)) {
         if (suffix.empty() || !name.ends_with(suffix)) {
             throw VeskException(fmt::format(
                 "OUTPUT_NAME '{}' is not possible: the C3 compiler chooses the suffix of its "

@@ -51,7 +51,7 @@ GnuStyleBuild::Product GnuStyleBuild::productOf() const {
     const bool windows = isWindowsTriple(style_.triple());
     Product product;
     std::string file = name;
-    if (!hasEnding(name)) {
+    if (!hasSuffix(name)) {
         const char* shared = isAppleTriple(style_.triple()) ? ".dylib" : ".so";
         switch (type_) {
             case OutputType::Static:
@@ -70,7 +70,7 @@ GnuStyleBuild::Product GnuStyleBuild::productOf() const {
     product.path = paths_.inOutputDirectory(file);
     product.name = paths_.inCommand(product.path);
     if (type_ == OutputType::Shared && windows) {
-        const std::string stem = name.substr(0, hasEnding(name) ? name.rfind('.') : name.size());
+        const std::string stem = name.substr(0, hasSuffix(name) ? name.rfind('.') : name.size());
         product.importLibrary = paths_.inOutputDirectory(decorated(stem, "lib", ".dll.a"));
     }
     return product;
@@ -198,7 +198,7 @@ void GnuStyleBuild::copyObject() {
     }
     const std::string format = target_.textOf("OBJCOPY_FORMAT").value_or("");
     const std::string name = outputNameOf(target_);
-    const std::string suffix = hasEnding(name) ? "" : suffixOf(format);
+    const std::string suffix = hasSuffix(name) ? "" : suffixOf(format);
     Product product;
     product.path = paths_.inOutputDirectory(name + suffix);
     product.name = paths_.inCommand(product.path);

@@ -41,7 +41,7 @@ std::vector<std::string> filesIn(std::vector<std::string> directories,
     for (std::string name : names) {
         if (equalsIgnoringCase(std::string_view(name).substr(1, kOption.size()), kOption)) {
             name.erase(0, 1 + kOption.size());
-            name += hasEnding(name) ? "" : ".lib";
+            name += hasSuffix(name) ? "" : ".lib";
         }
         for (const std::string& directory : directories) {
             if (std::string path = normalPath(name, directory); isFile(path)) {
@@ -102,9 +102,9 @@ std::string MsvcBuild::suffix() const {
 
 MsvcBuild::Product MsvcBuild::productOf() const {
     const std::string name = outputNameOf(target_);
-    const std::string stem = hasEnding(name) ? name.substr(0, name.rfind('.')) : name;
+    const std::string stem = hasSuffix(name) ? name.substr(0, name.rfind('.')) : name;
     Product product;
-    product.path = paths_.inOutputDirectory(hasEnding(name) ? name : name + suffix());
+    product.path = paths_.inOutputDirectory(hasSuffix(name) ? name : name + suffix());
     product.linked = product.path;
     if (type_ == OutputType::Static) {
         return product;

@@ -32,7 +32,7 @@ OutputType outputTypeOf(const Context& target) {
     throw error;
 }
 
-bool hasEnding(const std::string& name) noexcept {
+bool hasSuffix(const std::string& name) noexcept {
     const std::size_t dot = name.find_last_of("./");
     return dot != std::string::npos && name[dot] == '.' && dot > 0 && dot + 1 < name.size() &&
            asciiLower(name[dot + 1]) >= 'a' && asciiLower(name[dot + 1]) <= 'z';

@@ -20,7 +20,7 @@ OutputType outputTypeOf(const Context& target);
 
 /// Whether a name has its own suffix: letters follow its last dot, as in "plugin.so" but not in
 /// "app-1.2". Such a name is used as it is.
-bool hasEnding(const std::string& name) noexcept;
+bool hasSuffix(const std::string& name) noexcept;
 
 /// "out/name" with the prefix in front of the last part and the suffix behind it.
 std::string decorated(const std::string& name, const std::string& prefix,

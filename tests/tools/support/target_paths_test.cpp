@@ -167,10 +167,10 @@ TEST(ParentDirectory, IgnoresTrailingSeparators) {
 
 TEST(OutputName, Endings) {
     for (const char* with : {"plugin.so", "d/app.exe", "x.1.js"}) {
-        EXPECT_TRUE(hasEnding(with)) << with;
+        EXPECT_TRUE(hasSuffix(with)) << with;
     }
     for (const char* without : {"app", "app-1.2", "dir.d/app", ".app", "app."}) {
-        EXPECT_FALSE(hasEnding(without)) << without;
+        EXPECT_FALSE(hasSuffix(without)) << without;
     }
     EXPECT_EQ(decorated("d/x", "lib", ".a"), "d/libx.a");
     EXPECT_EQ(outputTypeOf(*contextOf({var("OUTPUT_TYPE", str("Static"))})), OutputType::Static);
