@@ -69,6 +69,10 @@ bool isCurrent(const std::optional<std::string_view>& bytes, const ContentHash& 
            platform::stillValid(kept->asked);
 }
 
+ContentHash keyOf(const std::string& path) {
+    return hashText({"compilation database\n", path});
+}
+
 std::string textFromVisits(const Session& session, const BuildSetting& setting,
                            const std::string& old, platform::Questions& asked) {
     const platform::QuestionScope scope(asked);
@@ -91,7 +95,7 @@ std::string compilationDatabaseOf(const ProjectCatalog& catalog, const Project& 
 void keepDatabaseCurrent(const std::string& path, const Session& session,
                          const BuildSetting& setting, VisitKeeper* keeper) {
     const VisitKeeping use = keeper != nullptr ? keeper->use() : VisitKeeping();
-    const ContentHash key = hashText({"compilation database\n", path});
+    const ContentHash key = keyOf(path);
     const auto sources = keeper != nullptr ? sourcesOf(session) : std::nullopt;
     const std::string old = CompileCommands::textAt(path);
     const bool current = sources && (use.takes || use.checks) &&
@@ -111,6 +115,17 @@ void keepDatabaseCurrent(const std::string& path, const Session& session,
         keeper->store().putText(
             key, bytesOf({.sources = *sources, .text = hashText(text), .asked = asked.recording}));
     }
+}
+
+bool expectDatabase(const std::string& path, const Session& session, VisitStore& store,
+                    platform::QuestionList& questions) {
+    const auto bytes = store.findText(keyOf(path));
+    const auto kept = bytes ? decodedDatabase(*bytes) : std::nullopt;
+    if (!kept || kept->sources != sourcesOf(session)) {
+        return false;
+    }
+    questions.addContent(path, kept->text.low);
+    return questions.add(kept->asked);
 }
 
 }  // namespace Vesk

@@ -5,6 +5,8 @@
 
 #include "app/session.h"
 #include "driver/visit_memory.h"
+#include "keep/visit_store.h"
+#include "platform/question_list.h"
 
 namespace Vesk {
 
@@ -18,5 +20,10 @@ std::string compilationDatabaseOf(const ProjectCatalog& catalog, const Project& 
 /// and it would have been left as it is by mistake.
 void keepDatabaseCurrent(const std::string& path, const Session& session,
                          const BuildSetting& setting, VisitKeeper* keeper);
+
+/// Adds what the next run would ask before it leaves the database as it is, in a run that has kept
+/// it current. False if that one may have to make it again.
+bool expectDatabase(const std::string& path, const Session& session, VisitStore& store,
+                    platform::QuestionList& questions);
 
 }  // namespace Vesk

@@ -162,10 +162,13 @@ Session runBuild(const Settings& given, Keeping& keeping) {
     return session;
 }
 
-/// Whether the next run with the same command line may do nothing but ask.
-bool isQuietNextTime(const Settings& settings, const Session& session) {
-    return visitKeeping(settings).takes && settings.mainOutput.empty() &&
-           compilationDatabaseOf(session.catalog, session.catalog.active()).empty();
+/// Whether the next run with the same command line will do nothing but ask. What it asks besides
+/// its visits is added to the questions.
+bool isQuietNextTime(Keeping& keeping, const Session& session) {
+    const std::string database = compilationDatabaseOf(session.catalog, session.catalog.active());
+    return visitKeeping(session.settings).takes && session.settings.mainOutput.empty() &&
+           (database.empty() ||
+            expectDatabase(database, session, keeping.visits, keeping.tree.questions()));
 }
 
 /// While the session still locks the caches.
@@ -173,7 +176,7 @@ void keepRun(Keeping& keeping, const Session& session) {
     const std::vector<fs::path> ownFiles = session.caches.ownFiles();
     const bool isKept = !session.caches.areLocked() || keeping.snapshot->keep(ownFiles);
     saveVisits(keeping.visits, keeping.directory);
-    if (!isKept && isQuietNextTime(session.settings, session)) {
+    if (!isKept && isQuietNextTime(keeping, session)) {
         keeping.snapshot->keepForeseen(keeping.tree, keeping.visits, ownFiles);
     }
 }
