@@ -92,12 +92,12 @@ struct CacheRequest {
         std::string inputs;              ///< as in RecordText
         std::vector<std::string> reads;  ///< files, absolute, as FileStates takes them
         std::vector<std::string> writes;
-        std::string source;  ///< the one given to the compiler, among `reads`
-        std::filesystem::path dependencyFile;
+        std::string source;          ///< the one given to the compiler, among `reads`
+        std::string dependencyFile;  ///< see Recipe; absolute, as FileStates takes it, or empty
         std::shared_ptr<const HeaderSearch> headerSearch;  ///< see Recipe
         std::filesystem::path outputDirectory;             ///< see Recipe
         std::vector<std::string> byProducts;  ///< files that only the commands themselves use
-        std::filesystem::path directory;      ///< base of relative paths in `dependencyFile`
+        std::string directory;                ///< base of relative paths in `dependencyFile`
         std::shared_ptr<const ToolEnvironment> toolEnvironment;  ///< see Command
         Judged judged = Judged::WithTarget;
         Declaration declaration = Declaration::Partial;  ///< see Recipe

@@ -228,17 +228,18 @@ class RecordMaker {
     }
 
     void addDiscovered(const CacheRequest::Part& part, Places& places) {
-        const auto names = readDependencyFile(part.dependencyFile);
+        const auto names = readDependencyFile(platform::pathFromUtf8(part.dependencyFile));
         if (!names) {
             // The compiler reported nothing, so nobody can know whether this step is fresh.
             FileState unknown;
             unknown.kind = FileState::Kind::Unknown;
-            places.push_back(table_.add(root_.stored(trackedPath(part.dependencyFile)), unknown));
+            places.push_back(table_.add(root_.stored(part.dependencyFile), unknown));
             return;
         }
+        const std::filesystem::path directory = platform::pathFromUtf8(part.directory);
         HeadersRead headers{part.headerSearch.get(), part.source, {}};
         for (const std::string& name : *names) {
-            const std::string path = reportedPath(part.directory, name);
+            const std::string path = reportedPath(directory, name);
             if (part.toolEnvironment && isBelowAny(path, part.toolEnvironment->systemDirectories)) {
                 continue;
             }

@@ -8,6 +8,7 @@
 #include "driver/mentioned_files.h"
 #include "driver/target_environment.h"
 #include "driver/value_paths.h"
+#include "platform/files.h"
 
 namespace Vesk {
 namespace {
@@ -60,16 +61,16 @@ class RequestMaker {
             addMentionedFiles(recipe, part);
         }
         sortUnique(part.reads);
-        part.dependencyFile = recipe.dependencyFile;
         part.headerSearch = recipe.headerSearch;
         part.outputDirectory = recipe.outputDirectory;
         if (!recipe.dependencyFile.empty()) {
-            part.byProducts.push_back(trackedPath(recipe.dependencyFile));
+            part.dependencyFile = trackedPath(recipe.dependencyFile);
+            part.byProducts.push_back(part.dependencyFile);
         }
         for (const SupportFile& file : recipe.supportFiles) {
             part.byProducts.push_back(trackedPath(file.path));
         }
-        part.directory = recipe.workingDirectory;
+        part.directory = platform::pathToUtf8(recipe.workingDirectory);
         part.toolEnvironment = recipe.toolEnvironment;
         return part;
     }
@@ -124,9 +125,9 @@ class RequestMaker {
     /// Once the cache has read them nothing needs them any more.
     std::unordered_set<std::string> dependencyFiles() const {
         std::unordered_set<std::string> files;
-        for (const Recipe& recipe : inputs_.recipes) {
-            if (!recipe.dependencyFile.empty()) {
-                files.insert(trackedPath(recipe.dependencyFile));
+        for (const Part& part : request_.parts) {
+            if (!part.dependencyFile.empty()) {
+                files.insert(part.dependencyFile);
             }
         }
         return files;

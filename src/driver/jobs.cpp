@@ -189,13 +189,14 @@ std::string reasonOf(const Job& job) {
 
 }  // namespace
 
-Stage::Stage(const Builder& builder, const SharedRecipes& recipes, const BuildEnv& environment) {
+Stage::Stage(const Builder* builder, const SharedRecipes& recipes, const BuildEnv& environment) {
     Preparation preparation;
     for (const auto& recipe : recipes) {
         preparation.prepare(*recipe);
         auto job = std::make_unique<Job>();
         job->recipe = recipe;
-        job->commands = builder.commandsOf(*recipe, environment);
+        job->commands =
+            builder != nullptr ? builder->commandsOf(*recipe, environment) : commandsIn(*recipe);
         jobs_.push_back(std::move(job));
     }
 }
@@ -321,16 +322,20 @@ std::string Stage::failureText() const {
 }
 
 void makeOutputDirectories(const std::vector<Assignment>& outputs) {
-    std::unordered_set<std::string> made;
-    const auto make = [&made](const std::string& file) {
-        const auto [directory, isNew] = made.emplace(directoryOf(file));
-        if (isNew) {
-            std::error_code ignored;
-            platform::makeDirectories(platform::pathFromUtf8(*directory), ignored);
-        }
-    };
+    std::vector<std::string> directories;
     for (const Assignment& output : outputs) {
-        eachPath(output.value.get(), make);
+        eachPath(output.value.get(), [&directories](const std::string& file) {
+            directories.emplace_back(directoryOf(file));
+        });
+    }
+    sortUnique(directories);
+    makeDirectories(directories);
+}
+
+void makeDirectories(const std::vector<std::string>& directories) {
+    for (const std::string& directory : directories) {
+        std::error_code ignored;
+        platform::makeDirectories(platform::pathFromUtf8(directory), ignored);
     }
 }
 

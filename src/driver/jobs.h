@@ -61,7 +61,8 @@ class Stage {
   public:
     /// Writes the files and makes the directories that the commands need, and removes what is in
     /// their way. Throws VeskException when that fails.
-    Stage(const Builder& builder, const SharedRecipes& recipes, const BuildEnv& environment);
+    /// A builder that is not there makes nothing else of recipes than their commands.
+    Stage(const Builder* builder, const SharedRecipes& recipes, const BuildEnv& environment);
 
     /// From now on events tell of its commands, as far as anybody listens.
     void show(const events::Subject& target, const HiddenValues& hidden);
@@ -90,6 +91,7 @@ class Stage {
 /// Makes the directories of files that a target says it makes, as far as they can be made: where
 /// one cannot, the command that writes there says why.
 void makeOutputDirectories(const std::vector<Assignment>& outputs);
+void makeDirectories(const std::vector<std::string>& directories);
 
 /// Shows the commands that the recipes would run.
 void showCommands(const Builder& builder, const SharedRecipes& recipes,

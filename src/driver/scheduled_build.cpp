@@ -10,7 +10,6 @@
 #include "base/interruption.h"
 #include "base/report.h"
 #include "driver/build_errors.h"
-#include "driver/mentioned_files.h"
 #include "driver/target_news.h"
 #include "driver/value_paths.h"
 #include "platform/interrupt.h"
@@ -40,8 +39,7 @@ ScheduledBuild::ScheduledBuild(SharedSchedule& shared, std::unique_ptr<TargetBui
       build_(std::move(build)),
       dependencies_(std::move(dependencies)),
       seenAs_(build_->subject().seenAs),
-      isList_(build_->subject().builder->overlap(*build_->subject().context) ==
-              Overlap::WhenAsked) {}
+      isList_(build_->isList()) {}
 
 TargetResult ScheduledBuild::begin() {
     TargetResult result = build_->expected();
@@ -157,20 +155,6 @@ void ScheduledBuild::waitForSources(std::vector<NodeId>& after) {
     after.push_back(*sourcesBelow_);
 }
 
-const std::vector<std::string>& ScheduledBuild::filesToBeMade() {
-    if (!filesToBeMade_) {
-        filesToBeMade_.emplace();
-        for (const auto& [name, assignment] : build_->subject().context->assignments()) {
-            for (std::string& file : pathsIn(assignment)) {
-                if (shared_.schedule.makerOf(file)) {
-                    filesToBeMade_->push_back(std::move(file));
-                }
-            }
-        }
-    }
-    return *filesToBeMade_;
-}
-
 /// In a first build no step's time is known. Archiving and linking take a fraction of a compiler's
 /// time; if all counted alike, the program's own sources would be compiled after the last library
 /// has been put together, and the link would wait for them alone.
@@ -186,6 +170,9 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
     auto batch = std::make_shared<Batch>();
     ScheduleNode node;
     std::vector<std::string> reads;
+    const auto isToBeMade = [this](const std::string& file) {
+        return shared_.schedule.makerOf(file).has_value();
+    };
     bool makesSources = false;
     for (const std::size_t number : recipes) {
         const Recipe& recipe = build_->recipes()[number];
@@ -198,9 +185,7 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
         if (recipe.role == RecipeRole::Compile) {
             waitForSources(after);
             // Among its flags, such as a launcher or a header for all sources.
-            const TrackingRoot& root = build_->subject().cache.root();
-            std::ranges::move(filesMentioned(recipe, filesToBeMade(), root),
-                              std::back_inserter(reads));
+            std::ranges::move(build_->mentioned(number, isToBeMade), std::back_inserter(reads));
         } else {
             std::ranges::copy(unfinishedDependencies(), std::back_inserter(after));
         }

@@ -67,7 +67,6 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
     NodeId join(std::vector<NodeId> nodes);
     std::vector<NodeId> unfinishedDependencies() const;
     void waitForSources(std::vector<NodeId>& after);
-    const std::vector<std::string>& filesToBeMade();
     double guessFor(const std::vector<std::size_t>& batch) const;
 
     Turn ask(Batch& batch);
@@ -90,7 +89,6 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
     std::vector<NodeId> recipeNodes_;
     std::vector<NodeId> sourceNodes_;
     std::optional<NodeId> sourcesBelow_;
-    std::optional<std::vector<std::string>> filesToBeMade_;
     NodeId completion_ = 0;
     std::optional<NodeId> sources_;
 };

@@ -95,6 +95,11 @@ void SideBySide::waitForStamp(const ScheduledBuild& dependency) {
     }
 }
 
+bool SideBySide::isOpen(const ScheduledBuild& dependency) const {
+    return !dependency.stampKnown() ||
+           (dependency.sources() && !shared_.schedule.finished(*dependency.sources()));
+}
+
 void SideBySide::waitUnlessOverlapping(bool overlaps) {
     if (!overlaps && !shared_.schedule.idle()) {
         waitForAll();
@@ -138,7 +143,7 @@ TargetResult SideBySide::build(std::unique_ptr<TargetBuild> build,
         std::ranges::any_of(build->recipes(),
                             [](const Recipe& r) { return r.action != nullptr; }) &&
         !build->variables().empty();
-    if (!mayOverlap(*subject.builder, *subject.context) || ownEnvironment) {
+    if (!build->isKept() && (!mayOverlap(*subject.builder, *subject.context) || ownEnvironment)) {
         waitForAll();  // the variables of actions are those of the process
         return build->buildNow();
     }
@@ -147,8 +152,10 @@ TargetResult SideBySide::build(std::unique_ptr<TargetBuild> build,
     }
     std::erase_if(dependencies, [](const auto& each) { return each->finished(); });
     CacheStep& cache = build->cache();
-    bool waits = false;
-    if (!shared_.schedule.idle()) {
+    bool waits = build->isKept();  // what is kept stands, but for some file
+    if (waits) {
+        cache.askLater();
+    } else if (!shared_.schedule.idle()) {
         cache.askLater();
         waits = waitsForOthers(*build, dependencies);
     }

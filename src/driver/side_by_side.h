@@ -29,6 +29,10 @@ class SideBySide {
     /// Whether the target may be built while others are.
     static bool mayOverlap(const Builder& builder, const TargetContext& context);
 
+    /// Whether a dependency that is being built tells its dependants more than they know already:
+    /// its sources are not there yet, or nobody knows how they see that it was built.
+    bool isOpen(const ScheduledBuild& dependency) const;
+
     /// Whether a recipe that has not ended makes the file.
     bool isToBeMade(const std::string& file) const {
         return shared_.schedule.makerOf(file).has_value();

@@ -8,8 +8,10 @@
 #include "base/interruption.h"
 #include "cache/record_files.h"
 #include "driver/build_errors.h"
+#include "driver/mentioned_files.h"
 #include "driver/target_environment.h"
 #include "driver/target_news.h"
+#include "driver/value_paths.h"
 #include "events/events.h"
 #include "platform/files.h"
 #include "platform/interrupt.h"
@@ -106,11 +108,49 @@ TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
                                          setting_.options, subject_.seenAs);
 }
 
+TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject, KeptRecipes kept,
+                         VisitOutputs outputs)
+    : setting_(setting),
+      subject_(std::move(subject)),
+      set_(std::make_shared<RecipeSet>(RecipeSet{std::move(kept.recipes), {}, true})),
+      cache_(std::make_unique<CacheStep>(subject_.cache, subject_.cacheKey, std::move(kept.request),
+                                         setting_.options, subject_.seenAs)),
+      kept_(std::move(kept)),
+      keptOutputs_(std::move(outputs)) {}
+
+bool TargetBuild::isList() const {
+    return !isKept() && subject_.builder->overlap(*subject_.context) == Overlap::WhenAsked;
+}
+
+std::vector<std::string> TargetBuild::mentioned(
+    std::size_t recipe, const std::function<bool(const std::string&)>& isToMake) {
+    if (isKept()) {
+        std::vector<std::string> files = kept_->mentioned(recipe);
+        std::erase_if(files, [&isToMake](const std::string& file) { return !isToMake(file); });
+        return files;
+    }
+    if (!filesToBeMade_) {
+        filesToBeMade_.emplace();
+        for (const auto& [name, assignment] : subject_.context->assignments()) {
+            std::ranges::copy_if(pathsIn(assignment), std::back_inserter(*filesToBeMade_),
+                                 isToMake);
+        }
+    }
+    return filesMentioned(set_->recipes[recipe], *filesToBeMade_, subject_.cache.root());
+}
+
 std::shared_ptr<const Recipe> TargetBuild::recipe(std::size_t number) const {
+    if (isKept()) {
+        kept_->complete(set_->recipes[number], number,
+                        cache_->request().parts[kFirstRecipePart + number].writes);
+    }
     return {set_, &set_->recipes[number]};
 }
 
 TargetResult TargetBuild::expected() {
+    if (isKept()) {
+        return {keptOutputs_, {}, {}};
+    }
     TargetResult result{knownOutputs(*set_), {}, {}};
     addOutputsTo(*result.outputs.context(),
                  assignmentsOf(*subject_.builder->expectedCompletion(*subject_.context)));
@@ -121,8 +161,11 @@ TargetResult TargetBuild::expected() {
 }
 
 TargetResult TargetBuild::stored() const {
-    TargetResult result{knownOutputs(*set_), cache_->stamp(), {}};
-    addOutputsTo(*result.outputs.context(), cache_->storedOutputs());
+    TargetResult result{
+        isKept() ? keptOutputs_ : VisitOutputs(knownOutputs(*set_)), cache_->stamp(), {}};
+    if (!isKept()) {
+        addOutputsTo(*result.outputs.context(), cache_->storedOutputs());
+    }
     if (subject_.ended) {
         subject_.ended(*this, result, true);
     }
@@ -140,7 +183,20 @@ bool TargetBuild::isStoredAs(const TargetResult& result) const {
     return stored.hash() == result.outputs.hash();
 }
 
+/// The record keeps what the last completion gave.
+TargetResult TargetBuild::completeKept() {
+    const bool stands = cache_->record(cache_->storedOutputs(), {});
+    TargetResult result{keptOutputs_, {}, {}};
+    if (stands && subject_.ended) {
+        subject_.ended(*this, result, false);
+    }
+    return result;
+}
+
 TargetResult TargetBuild::complete() {
+    if (isKept()) {
+        return completeKept();
+    }
     TargetResult result{knownOutputs(*set_), {}, {}};
     std::vector<Assignment> completed =
         assignmentsOf(*subject_.builder->complete(*subject_.context, 0));
@@ -188,7 +244,7 @@ void TargetBuild::tellEnd(TargetEnd end) const {
 
 HiddenValues TargetBuild::hidden() const {
     HiddenValues hidden = subject_.hidden;
-    if (const Context* environment = environmentOf(*subject_.context)) {
+    if (const Context* environment = isKept() ? nullptr : environmentOf(*subject_.context)) {
         hidden.add(*environment);
     }
     return hidden;
@@ -242,13 +298,21 @@ std::string TargetBuild::newStamp() const {
 }
 
 BuildEnv& TargetBuild::environment() {
-    return environment_ ? *environment_
-                        : environment_.emplace(environmentSettings(*subject_.context));
+    if (!environment_ && isKept()) {
+        environment_.emplace(platform::pathFromUtf8(kept_->outputDirectory()));
+    } else if (!environment_) {
+        environment_.emplace(environmentSettings(*subject_.context));
+    }
+    return *environment_;
 }
 
 BuildEnv& TargetBuild::prepared(std::size_t jobs, const Recipe& first, VariablesOf variables) {
     if (!environment().prepared()) {
         environment().prepare(jobs);
+        if (isKept()) {
+            makeDirectories(kept_->directories());
+            return environment();
+        }
         makeOutputDirectories(set_->assignments);
         if (variables == VariablesOf::Process) {
             setVariables();
@@ -265,7 +329,7 @@ std::unique_ptr<Stage> TargetBuild::stageFor(const std::vector<std::size_t>& num
     }
     const BuildEnv& environment =
         prepared(set_->recipes.size(), *recipes.front(), VariablesOf::Commands);
-    auto stage = std::make_unique<Stage>(*subject_.builder, recipes, environment);
+    auto stage = std::make_unique<Stage>(subject_.builder.get(), recipes, environment);
     show(*stage);
     for (const auto& job : stage->jobs()) {
         for (Command& command : job->commands) {
@@ -308,7 +372,7 @@ bool TargetBuild::runRecipes() {
         }
         const BuildEnv& environment =
             prepared(stale.size(), *staleRecipes.front(), VariablesOf::Process);
-        Stage running(*subject_.builder, staleRecipes, environment);
+        Stage running(subject_.builder.get(), staleRecipes, environment);
         show(running);
         runStage(std::move(running), stale);
     }
@@ -362,6 +426,9 @@ void TargetBuild::setVariables() {
 
 std::vector<std::string> TargetBuild::variables() const {
     std::vector<std::string> entries;
+    if (isKept()) {
+        return entries;
+    }
     for (const auto& [name, value] : environmentVariables(*subject_.context)) {
         entries.push_back(name + "=" + value);
     }

@@ -12,6 +12,7 @@
 #include "driver/cache_request.h"
 #include "driver/cache_step.h"
 #include "driver/jobs.h"
+#include "driver/kept_recipes.h"
 #include "driver/visit_outputs.h"
 #include "events/event.h"
 #include "run/build_env.h"
@@ -41,8 +42,8 @@ struct BuildSubject {
     std::string targetName;
     std::string note;  ///< "in target main::app (/p/vesk.txt:3)"
     std::string toolName;
-    std::shared_ptr<Builder> builder;
-    std::shared_ptr<TargetContext> context;  ///< resolved
+    std::shared_ptr<Builder> builder;        ///< null: the recipes are those of a kept visit
+    std::shared_ptr<TargetContext> context;  ///< resolved; null likewise
     std::vector<DependencyStamp> dependencies;
     ProjectCache& cache;
     std::string cacheKey;
@@ -65,10 +66,23 @@ class TargetBuild {
     /// Makes the recipes. Throws what the builder throws.
     TargetBuild(const BuildSetting& setting, BuildSubject subject);
 
+    /// Takes those of a visit that is kept, which had these outputs. The subject has no builder.
+    TargetBuild(const BuildSetting& setting, BuildSubject subject, KeptRecipes kept,
+                VisitOutputs outputs);
+
     const BuildSubject& subject() const noexcept { return subject_; }
     const std::vector<Recipe>& recipes() const noexcept { return set_->recipes; }
     std::shared_ptr<const Recipe> recipe(std::size_t number) const;
     CacheStep& cache() noexcept { return *cache_; }
+    const CacheStep& cache() const noexcept { return *cache_; }
+    bool isKept() const noexcept { return kept_.has_value(); }
+
+    /// Whether it is a list of commands, which start together.
+    bool isList() const;
+
+    /// Those of the files that a compiler's command names and somebody else `isToMake`.
+    std::vector<std::string> mentioned(std::size_t recipe,
+                                       const std::function<bool(const std::string&)>& isToMake);
 
     /// Takes what the cache has, or runs what is stale, and returns when all is done.
     TargetResult buildNow();
@@ -106,6 +120,7 @@ class TargetBuild {
     bool stampIsItsOwn() const;
     bool isStoredAs(const TargetResult& result) const;
     std::string newStamp() const;
+    TargetResult completeKept();
     bool runRecipes();
     HiddenValues hidden() const;
     void show(Stage& stage) const;
@@ -118,6 +133,9 @@ class TargetBuild {
     std::shared_ptr<RecipeSet> set_;       ///< jobs share it
     std::unique_ptr<CacheStep> cache_;     ///< null: only the recipes are wanted
     std::optional<BuildEnv> environment_;  ///< made when it is needed first
+    std::optional<KeptRecipes> kept_;
+    VisitOutputs keptOutputs_;
+    std::optional<std::vector<std::string>> filesToBeMade_;
 };
 
 }  // namespace Vesk

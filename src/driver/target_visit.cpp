@@ -333,7 +333,7 @@ bool TargetVisit::isSettled(SideBySide* others) {
         return true;
     }
     const bool taken = memory_->taken() != nullptr;
-    if (endsAsKept(others)) {
+    if (endsAsKept(others) || (taken && takesRecipes(others))) {
         return true;
     }
     if (taken) {
@@ -341,6 +341,37 @@ bool TargetVisit::isSettled(SideBySide* others) {
     }
     memory_->leave();
     return !taken;
+}
+
+/// Whether the visit would make the same recipes again. Those of them that are stale run without
+/// it, some perhaps when dependencies have been built.
+bool TargetVisit::takesRecipes(SideBySide* others) {
+    const auto isOpen = [others](const auto& build) {
+        return build && !build->finished() && (others == nullptr || others->isOpen(*build));
+    };
+    if (!std::ranges::any_of(scheduled_, isOpen)) {
+        recipes_ = memory_->recipes(setting_.cacheOf(*location_.project));
+    }
+    return recipes_.has_value();
+}
+
+TargetResult TargetVisit::buildAsKept(SideBySide* others) {
+    const KeptVisit& kept = *memory_->taken();
+    console::repeat(kept.saidLast);
+    ProjectCache& cache = setting_.cacheOf(*location_.project);
+    const auto ended = [memory = memory_, &cache](const TargetBuild&, const TargetResult&, bool) {
+        memory->builtAgain(cache);
+    };
+    BuildSubject subject{
+        seenAs_, location_.target->name,     note(), std::string(kept.tool), nullptr, nullptr, {},
+        cache,   std::string(kept.recordKey)};
+    subject.hidden = setting_.options.hidden;
+    subject.ended = ended;
+    auto build = std::make_unique<TargetBuild>(setting_, std::move(subject), std::move(*recipes_),
+                                               VisitOutputs::fromKept(kept.outputs));
+    std::erase(scheduled_, nullptr);
+    return others != nullptr ? others->build(std::move(build), std::move(scheduled_))
+                             : build->buildNow();
 }
 
 BuildSubject TargetVisit::subject() const {
@@ -425,17 +456,21 @@ std::unique_ptr<TargetBuild> TargetVisit::prepareBuild(Runs runs) {
 
 TargetResult TargetVisit::finish(SideBySide* others) {
     announce();
-    if (memory_->taken() != nullptr) {
+    if (memory_->taken() != nullptr && !recipes_) {
         return keptResult();
     }
     TargetResult result;
     try {
-        {
+        if (!recipes_) {
             const auto watched = watch(VisitMemory::Part::last);
             resolve();
         }
-        printContext("Input context:", input_->context());
-        result = build(others);
+        if (recipes_) {
+            result = buildAsKept(others);
+        } else {
+            printContext("Input context:", input_->context());
+            result = build(others);
+        }
     } catch (const BuildFailed&) {
         throw;  // the messages before it have said everything
     } catch (const Interrupted&) {
@@ -443,7 +478,9 @@ TargetResult TargetVisit::finish(SideBySide* others) {
     } catch (...) {
         rethrowWithNote(note());
     }
-    printContext("Output context:", *result.outputs.context());
+    if (!recipes_) {
+        printContext("Output context:", *result.outputs.context());
+    }
     if (!result.scheduled) {
         console::normal("Build done");
     }

@@ -96,6 +96,8 @@ class TargetVisit {
     bool takeKeptOutputs(const TargetResult& result);
     bool endsAsKept(SideBySide* others);
     TargetResult keptResult();
+    bool takesRecipes(SideBySide* others);
+    TargetResult buildAsKept(SideBySide* others);
     void tellEntered() const;
     void tellKept(const KeptVisit& kept) const;
     VisitMemory::Watch watch(VisitMemory::Part part);
@@ -120,6 +122,7 @@ class TargetVisit {
     ScheduledBuild::Dependencies scheduled_;  ///< for each stamp; null: it was built at once
     std::size_t next_ = 0;
     std::size_t repeated_ = 0;  ///< of so many dependencies the messages have been written before
+    std::optional<KeptRecipes> recipes_;  ///< of the kept visit, where only files differ
     bool failedDependency_ = false;
     bool overlaps_ = false;
 };

@@ -37,6 +37,9 @@ const char* difference(const KeptVisit& kept, const KeptVisit& made) {
         kept.hasRecipes != made.hasRecipes) {
         return "how it is built";
     }
+    if (kept.recipes != made.recipes) {
+        return "its recipes";
+    }
     const auto same = [](const KeptDependency& a, const KeptDependency& b) {
         return a.reference.toDisplayString() == b.reference.toDisplayString() &&
                a.arguments == b.arguments && a.outputs == b.outputs && a.stamp == b.stamp &&
@@ -119,6 +122,24 @@ bool VisitMemory::ends(ProjectCache& cache,
     return true;
 }
 
+std::optional<KeptRecipes> VisitMemory::recipes(ProjectCache& cache) const {
+    const std::string key(kept_->recordKey);
+    if (kept_->recipes.empty() || !kept_->overlaps || !kept_->stamp.empty() ||
+        !platform::stillValid(kept_->askedLast) || cache.recordHash(key) != kept_->record) {
+        return std::nullopt;
+    }
+    const auto record = cache.last(key);
+    return record ? KeptRecipes::decoded(kept_->recipes, *record, cache.root()) : std::nullopt;
+}
+
+void VisitMemory::builtAgain(ProjectCache& cache) {
+    std::string key(kept_->recordKey);
+    if (cache.recordHash(key) != kept_->record) {
+        keeper_->store().renew(key_, recordIn(cache, std::move(key)));
+    }
+    keeper_->store().confirm(key_);
+}
+
 VisitMemory::Watch::Watch(VisitMemory& memory, Part part, console::MessageCopy::Shown shown) {
     if (memory.keeper_ == nullptr) {
         if (shown == console::MessageCopy::Shown::no) {
@@ -192,12 +213,12 @@ std::optional<KeptVisit> VisitMemory::visitMade(const TargetBuild& build, bool o
     return visit;
 }
 
-bool VisitMemory::isSecret(const BuildSubject& subject, const KeptVisit& visit) const {
+bool VisitMemory::isSecret(const BuildSubject& subject, std::string_view kept) {
     HiddenValues hidden = subject.hidden;
     if (const Assignment* environment = subject.context->find(kEnvironmentVariable)) {
         hidden.add(environment->value.get());
     }
-    return hidden.showIn(std::string_view(encoded(visit)));
+    return hidden.showIn(kept);
 }
 
 void VisitMemory::check(const KeptVisit& made, const std::string& name, bool hit) const {
@@ -214,7 +235,11 @@ void VisitMemory::made(const TargetBuild& build, bool overlaps, const TargetResu
         return;
     }
     const BuildSubject& subject = build.subject();
-    const auto visit = visitMade(build, overlaps, result);
+    auto visit = visitMade(build, overlaps, result);
+    const std::string recipes = encodedRecipes(build);
+    if (visit && !isSecret(subject, recipes)) {
+        visit->recipes = recipes;
+    }
     if (!visit) {
         if (kept_) {
             throw VeskException("The kept visit of '" + subject.seenAs.target +
@@ -225,7 +250,7 @@ void VisitMemory::made(const TargetBuild& build, bool overlaps, const TargetResu
     if (kept_) {
         check(*visit, subject.seenAs.target, hit);
     }
-    if (keeper_->use().keeps && !isSecret(subject, *visit)) {
+    if (keeper_->use().keeps && !isSecret(subject, encoded(*visit))) {
         keeper_->store().put(key_, *visit, recordIn(subject.cache, subject.cacheKey));
     }
 }

@@ -85,6 +85,12 @@ class VisitMemory {
     bool ends(ProjectCache& cache, const std::function<bool(const std::string&)>& isToBeMade,
               ExpectedFiles* expected);
 
+    /// When that is not so, because of files alone: the recipes that the visit would make again.
+    std::optional<KeptRecipes> recipes(ProjectCache& cache) const;
+
+    /// They have run, or none had to, and the cache has their record now.
+    void builtAgain(ProjectCache& cache);
+
     /// Where a visit that is made asks and says something.
     enum class Part { first, arguments, outputs, last };
 
@@ -130,8 +136,8 @@ class VisitMemory {
     std::string& saidIn(Part part);
     std::optional<KeptVisit> visitMade(const TargetBuild& build, bool overlaps,
                                        const TargetResult& result) const;
+    static bool isSecret(const BuildSubject& subject, std::string_view kept);
     void check(const KeptVisit& made, const std::string& name, bool hit) const;
-    bool isSecret(const BuildSubject& subject, const KeptVisit& visit) const;
 
     VisitKeeper* keeper_;  ///< null: nothing of this visit can be kept
     ContentHash key_;

@@ -44,7 +44,7 @@ std::string encoded(const KeptVisit& visit) {
     out.hash(visit.digest);
     for (const std::string_view text :
          {visit.askedFirst, visit.askedLast, visit.saidFirst, visit.saidLast, visit.outputs,
-          visit.stamp, visit.recordKey, visit.tool}) {
+          visit.stamp, visit.recordKey, visit.tool, visit.recipes}) {
         out.piece(text);
     }
     out.number(visit.coloured ? 1 : 0);
@@ -70,7 +70,7 @@ std::optional<KeptVisit> decodedVisit(std::string_view bytes) {
     visit.digest = decoder.hash();
     for (std::string_view* text :
          {&visit.askedFirst, &visit.askedLast, &visit.saidFirst, &visit.saidLast, &visit.outputs,
-          &visit.stamp, &visit.recordKey, &visit.tool}) {
+          &visit.stamp, &visit.recordKey, &visit.tool, &visit.recipes}) {
         *text = decoder.piece();
     }
     visit.coloured = decoder.number() != 0;

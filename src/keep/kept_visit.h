@@ -38,7 +38,8 @@ struct KeptVisit {
     std::string_view outputs;  ///< an encoded context
     std::string_view stamp;
     std::string_view recordKey;
-    std::string_view tool;  ///< that was chosen, for those who want to see it
+    std::string_view tool;          ///< that was chosen, for those who want to see it
+    std::string_view recipes = {};  ///< encoded; empty: they have to be made for every build
 
     /// Whether it writes more than every visit does.
     bool saysMore() const noexcept;

@@ -53,6 +53,10 @@ std::vector<Recipe> Builder::commandRecipes(TargetContext&) {
 }
 
 std::vector<Command> Builder::commandsOf(const Recipe& recipe, const BuildEnv&) const {
+    return commandsIn(recipe);
+}
+
+std::vector<Command> commandsIn(const Recipe& recipe) {
     std::vector<Command> commands = {recipe};
     for (const std::string& text : recipe.furtherCommands) {
         commands.push_back(recipe);

@@ -34,6 +34,9 @@ struct LookedFor {
     std::vector<std::string> files;  ///< these, absolute, with forward slashes
 };
 
+/// The command of a recipe, and those that follow it.
+std::vector<Command> commandsIn(const Recipe& recipe);
+
 /// Turns the resolved context of a target into recipes. Made for one target by its tool. Called on
 /// the driver's thread only.
 class Builder {
@@ -69,6 +72,10 @@ class Builder {
 
     /// The recipes for the commands that the target spells out itself.
     virtual std::vector<Recipe> commandRecipes(TargetContext& target);
+
+    /// Whether making recipes is all that it does for a target: nothing comes before or after their
+    /// commands, and `complete` returns the same after every success.
+    virtual bool onlyMakesRecipes() const { return false; }
 
     /// The commands of a job: what runs, in order, for one recipe.
     virtual std::vector<Command> commandsOf(const Recipe& recipe,

@@ -16,6 +16,8 @@ class C3Builder : public CBuilder {
     /// Never for objects: which ones there are is known only after compiling.
     Overlap overlap(const TargetContext& target) const override;
 
+    bool onlyMakesRecipes() const override { return false; }
+
     /// Adds the objects, which are named after the modules in the sources.
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
 

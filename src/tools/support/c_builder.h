@@ -22,6 +22,7 @@ class CBuilder : public Builder {
     RecipeSet createRecipes(TargetContext& target) final;
 
     Overlap overlap(const TargetContext&) const override { return Overlap::Always; }
+    bool onlyMakesRecipes() const override { return true; }
 
     /// The libraries that LIBS may mean, and patterns if any text is one.
     LookedFor lookedFor(const TargetContext& target) const override;

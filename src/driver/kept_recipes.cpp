@@ -1,0 +1,354 @@
+#include "driver/kept_recipes.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "base/bytes.h"
+#include "cache/record_files.h"
+#include "driver/mentioned_files.h"
+#include "driver/target_build.h"
+#include "driver/target_environment.h"
+#include "driver/value_paths.h"
+#include "platform/files.h"
+#include "types/values/string_values.h"
+
+namespace Vesk {
+namespace {
+
+/// Finding the files that commands mention takes time for each pair of them.
+constexpr std::size_t kMostPairs = 20'000;
+
+void append(Encoder& out, const std::vector<std::string>& texts) {
+    out.number(texts.size());
+    for (const std::string& text : texts) {
+        out.piece(text);
+    }
+}
+
+std::vector<std::string_view> takePieces(Decoder& in) {
+    std::vector<std::string_view> pieces;
+    for (std::uint64_t count = in.number(); count > 0 && in.good(); --count) {
+        pieces.push_back(in.piece());
+    }
+    return pieces;
+}
+
+std::vector<std::string> takeTexts(Decoder& in) {
+    const std::vector<std::string_view> pieces = takePieces(in);
+    return {pieces.begin(), pieces.end()};
+}
+
+template <class Enum>
+void appendEnum(Encoder& out, Enum value) {
+    out.number(static_cast<std::uint64_t>(value));
+}
+
+template <class Enum>
+void takeEnum(Decoder& in, Enum& value) {
+    value = static_cast<Enum>(in.number());
+}
+
+/// All but the commands and the files.
+std::string encodedKind(const Recipe& recipe) {
+    Encoder out;
+    out.piece(platform::pathToUtf8(recipe.workingDirectory));
+    out.number(recipe.shell);
+    out.number(recipe.searchDirectories.size());
+    for (const std::filesystem::path& directory : recipe.searchDirectories) {
+        out.piece(platform::pathToUtf8(directory));
+    }
+    out.number(recipe.toolEnvironment ? 1 : 0);
+    if (recipe.toolEnvironment) {
+        append(out, recipe.toolEnvironment->variables);
+        append(out, recipe.toolEnvironment->systemDirectories);
+    }
+    out.number(recipe.headerSearch ? 1 : 0);
+    if (recipe.headerSearch) {
+        append(out, recipe.headerSearch->directories);
+    }
+    out.number(recipe.stage);
+    appendEnum(out, recipe.role);
+    appendEnum(out, recipe.start);
+    appendEnum(out, recipe.declaration);
+    appendEnum(out, recipe.oldOutputs);
+    return std::move(out.bytes);
+}
+
+Recipe takeKind(Decoder& in) {
+    Recipe recipe;
+    recipe.workingDirectory = platform::pathFromUtf8(in.piece());
+    recipe.shell = static_cast<std::uint32_t>(in.number());
+    for (const std::string_view directory : takePieces(in)) {
+        recipe.searchDirectories.push_back(platform::pathFromUtf8(directory));
+    }
+    if (in.number() != 0) {
+        auto environment = std::make_shared<ToolEnvironment>();
+        environment->variables = takeTexts(in);
+        environment->systemDirectories = takeTexts(in);
+        recipe.toolEnvironment = std::move(environment);
+    }
+    if (in.number() != 0) {
+        recipe.headerSearch =
+            std::make_shared<HeaderSearch>(HeaderSearch{.directories = takeTexts(in)});
+    }
+    recipe.stage = static_cast<std::uint32_t>(in.number());
+    takeEnum(in, recipe.role);
+    takeEnum(in, recipe.start);
+    takeEnum(in, recipe.declaration);
+    takeEnum(in, recipe.oldOutputs);
+    return recipe;
+}
+
+bool isPlain(const Recipe& recipe) {
+    return !recipe.action && recipe.outputDirectory.empty() && recipe.environment.empty() &&
+           recipe.secretVariables.empty() && !recipe.deadline;
+}
+
+class RecipeEncoder {
+  public:
+    explicit RecipeEncoder(const TargetBuild& build)
+        : build_(build), request_(build.cache().request()), context_(*build.subject().context) {}
+
+    std::string bytes() {
+        if (!canBeKept()) {
+            return {};
+        }
+        for (const Recipe& recipe : build_.recipes()) {
+            kindOf_.push_back(numberOfKind(encodedKind(recipe)));
+        }
+        Encoder out;
+        out.piece(platform::pathToUtf8(BuildEnv(environmentSettings(context_)).outputDirectory()));
+        append(out, directories());
+        append(out, kinds_);
+        out.number(build_.recipes().size());
+        for (std::size_t i = 0; i < build_.recipes().size(); ++i) {
+            appendSingle(out, i);
+        }
+        return std::move(out.bytes);
+    }
+
+  private:
+    bool canBeKept() {
+        const std::vector<Recipe>& recipes = build_.recipes();
+        const auto isAlone = [](const CacheRequest::Part& part) {
+            return part.judged == Judged::Alone;
+        };
+        if (recipes.empty() || !build_.subject().builder->onlyMakesRecipes() ||
+            environmentOf(context_) != nullptr || !std::ranges::all_of(recipes, isPlain) ||
+            !request_.parts[kTargetPart].reads.empty() ||
+            !std::all_of(request_.parts.begin() + kFirstRecipePart, request_.parts.end(),
+                         isAlone)) {
+            return false;
+        }
+        others_ = filesOfOthers();
+        return others_.size() * recipes.size() <= kMostPairs;
+    }
+
+    /// What the context names and the target's recipes neither read nor make.
+    std::vector<std::string> filesOfOthers() const {
+        std::unordered_set<std::string_view> own;
+        for (const CacheRequest::Part& part : request_.parts) {
+            own.insert(part.reads.begin(), part.reads.end());
+            own.insert(part.writes.begin(), part.writes.end());
+        }
+        std::vector<std::string> files;
+        for (const auto& [name, assignment] : context_.assignments()) {
+            appendPaths(files, assignment);
+        }
+        sortUnique(files);
+        std::erase_if(files, [&own](const std::string& file) { return own.contains(file); });
+        return files;
+    }
+
+    std::size_t numberOfKind(std::string kind) {
+        const auto found = std::ranges::find(kinds_, kind);
+        const auto number = static_cast<std::size_t>(found - kinds_.begin());
+        if (found == kinds_.end()) {
+            kinds_.push_back(std::move(kind));
+        }
+        return number;
+    }
+
+    std::vector<std::string> directories() const {
+        std::vector<std::string> directories;
+        for (const std::string& file : request_.parts[kTargetPart].writes) {
+            directories.emplace_back(directoryOf(file));
+        }
+        sortUnique(directories);
+        return directories;
+    }
+
+    void appendSingle(Encoder& out, std::size_t number) {
+        const Recipe& recipe = build_.recipes()[number];
+        const CacheRequest::Part& part = request_.parts[kFirstRecipePart + number];
+        out.number(kindOf_[number]);
+        out.piece(recipe.command);
+        append(out, recipe.furtherCommands);
+        out.piece(recipe.dependencyFile.empty() ? "" : trackedPath(recipe.dependencyFile));
+        out.number(recipe.supportFiles.size());
+        for (const SupportFile& file : recipe.supportFiles) {
+            out.piece(trackedPath(file.path));
+            out.piece(file.content);
+        }
+        append(out, recipe.role == RecipeRole::Compile
+                        ? filesMentioned(recipe, others_, build_.subject().cache.root())
+                        : std::vector<std::string>());
+        out.number(part.reads.size());
+        const auto source = std::ranges::find(part.reads, part.source);
+        out.number(source == part.reads.end()
+                       ? 0
+                       : static_cast<std::size_t>(source - part.reads.begin()) + 1);
+    }
+
+    const TargetBuild& build_;
+    const CacheRequest& request_;
+    const Context& context_;
+    std::vector<std::string> others_;
+    std::vector<std::string> kinds_;
+    std::vector<std::size_t> kindOf_;
+};
+
+/// The files with these numbers.
+std::vector<std::string> named(const std::vector<std::size_t>& numbers,
+                               const std::vector<RecordFile>& files, const TrackingRoot& root) {
+    std::vector<std::string> paths;
+    paths.reserve(numbers.size());
+    for (const std::size_t number : numbers) {
+        paths.push_back(root.absolute(files[number].path));
+    }
+    return paths;
+}
+
+}  // namespace
+
+std::string encodedRecipes(const TargetBuild& build) {
+    return RecipeEncoder(build).bytes();
+}
+
+bool KeptRecipes::takeAll(std::string_view bytes) {
+    Decoder in(bytes);
+    outputDirectory_ = in.piece();
+    directories_ = takeTexts(in);
+    for (const std::string_view kind : takePieces(in)) {
+        Decoder pieces(kind);
+        Recipe common = takeKind(pieces);
+        std::string directory = platform::pathToUtf8(common.workingDirectory);
+        kinds_.push_back({std::move(common), std::move(directory)});
+    }
+    const std::uint64_t count = in.number();
+    singles_.reserve(std::min<std::uint64_t>(count, bytes.size()));
+    for (std::uint64_t i = 0; i < count && in.good(); ++i) {
+        Single& single = singles_.emplace_back();
+        single.kind = in.number();
+        single.command = in.piece();
+        single.furtherCommands = takePieces(in);
+        single.dependencyFile = in.piece();
+        for (std::uint64_t files = in.number(); files > 0 && in.good(); --files) {
+            const std::string_view path = in.piece();
+            single.supportFiles.emplace_back(path, in.piece());
+        }
+        single.mentioned = takePieces(in);
+        single.reads = in.number();
+        single.source = in.number();
+        if (single.kind >= kinds_.size() || single.source > single.reads) {
+            return false;
+        }
+    }
+    return in.good() && in.atEnd();
+}
+
+CacheRequest::Part KeptRecipes::partOf(const Single& single) const {
+    const Recipe& common = kinds_[single.kind].common;
+    CacheRequest::Part part;
+    part.judged = Judged::Alone;
+    part.declaration = single.dependencyFile.empty() ? common.declaration : Declaration::Complete;
+    part.dependencyFile = single.dependencyFile;
+    part.headerSearch = common.headerSearch;
+    part.directory = kinds_[single.kind].directory;
+    part.toolEnvironment = common.toolEnvironment;
+    if (!single.dependencyFile.empty()) {
+        part.byProducts.emplace_back(single.dependencyFile);
+    }
+    for (const auto& [path, content] : single.supportFiles) {
+        part.byProducts.emplace_back(path);
+    }
+    return part;
+}
+
+/// The texts are those of the record, and so are the files.
+bool KeptRecipes::makeRequest(const RecordText& record, const TrackingRoot& root) {
+    const RecordText::Layout layout = record.layout();
+    const auto files = filesOf(layout.parts);
+    if (!files || layout.parts.size() != kFirstRecipePart + singles_.size()) {
+        return false;
+    }
+    request.parts.resize(kFirstRecipePart);
+    for (const Single& single : singles_) {
+        request.parts.push_back(partOf(single));
+    }
+    for (std::size_t i = 0; i < layout.parts.size(); ++i) {
+        CacheRequest::Part& part = request.parts[i];
+        part.inputs = layout.parts[i].inputs;
+        auto reads = fileNumbers(layout.parts[i], recordField::kReads, files->size());
+        const auto writes = fileNumbers(layout.parts[i], recordField::kWrites, files->size());
+        if (!reads || !writes) {
+            return false;
+        }
+        if (i >= kFirstRecipePart) {
+            const Single& single = singles_[i - kFirstRecipePart];
+            if (reads->size() < single.reads || writes->empty()) {
+                return false;
+            }
+            reads->resize(single.reads);
+            part.reads = named(*reads, *files, root);
+            part.source = single.source == 0 ? "" : part.reads[single.source - 1];
+        }
+        part.writes = named(*writes, *files, root);
+    }
+    request.environment = layout.environment;
+    return true;
+}
+
+std::optional<KeptRecipes> KeptRecipes::decoded(std::string_view bytes, const RecordText& record,
+                                                const TrackingRoot& root) {
+    KeptRecipes kept;
+    if (bytes.empty() || !kept.takeAll(bytes) || !kept.makeRequest(record, root)) {
+        return std::nullopt;
+    }
+    kept.recipes.resize(kept.singles_.size());
+    for (std::size_t i = 0; i < kept.recipes.size(); ++i) {
+        const Recipe& common = kept.kinds_[kept.singles_[i].kind].common;
+        kept.recipes[i].stage = common.stage;
+        kept.recipes[i].role = common.role;
+        kept.recipes[i].start = common.start;
+    }
+    return kept;
+}
+
+void KeptRecipes::complete(Recipe& recipe, std::size_t number,
+                           const std::vector<std::string>& writes) const {
+    const Single& single = singles_[number];
+    if (!recipe.command.empty()) {
+        return;
+    }
+    recipe = kinds_[single.kind].common;
+    recipe.command = single.command;
+    recipe.furtherCommands.assign(single.furtherCommands.begin(), single.furtherCommands.end());
+    recipe.dependencyFile = platform::pathFromUtf8(single.dependencyFile);
+    for (const auto& [path, content] : single.supportFiles) {
+        recipe.supportFiles.push_back({platform::pathFromUtf8(path), std::string(content)});
+    }
+    for (const std::string& file : writes) {
+        recipe.outputs.push_back(resolvedAssignment(
+            "OUTPUT", std::make_shared<VeskPathString>(file, std::filesystem::path()),
+            AssignModifier::Output));
+    }
+}
+
+std::vector<std::string> KeptRecipes::mentioned(std::size_t recipe) const {
+    const auto& files = singles_[recipe].mentioned;
+    return {files.begin(), files.end()};
+}
+
+}  // namespace Vesk
