@@ -22,36 +22,40 @@ constexpr std::array<std::uint8_t, 256> digitValues() {
 
 constexpr std::array<std::uint8_t, 256> kDigits = digitValues();
 
-/// Takes a number and the blank behind it. Tables have millions of digits, and std::from_chars
-/// takes three times as long.
-bool takeDigits(std::string_view& text, std::uint64_t& number, unsigned base) {
-    constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+/// Takes a number and the blank behind it. Tables have millions of digits: none of them costs a
+/// look at whether the number still fits, for which only its length has to be known.
+template <unsigned kBase>
+bool takeDigits(std::string_view& text, std::uint64_t& number) {
+    constexpr std::size_t kSafe = kBase == kHex ? 16 : std::numeric_limits<std::uint64_t>::digits10;
     std::uint64_t value = 0;
     std::size_t i = 0;
     for (; i < text.size(); ++i) {
         const std::uint8_t digit = kDigits[static_cast<unsigned char>(text[i])];
-        if (digit >= base) {
+        if (digit >= kBase) {
             break;
         }
-        if (value > kMost / base || value * base > kMost - digit) {
-            return false;
-        }
-        value = value * base + digit;
+        value = value * kBase + digit;
     }
     if (i == 0 || i == text.size() || text[i] != ' ') {
         return false;
     }
     number = value;
+    const auto fits = [&text, &number, i] {
+        return std::from_chars(text.data(), text.data() + i, number, kBase).ec == std::errc();
+    };
+    if (i > kSafe && !fits()) {
+        return false;
+    }
     text.remove_prefix(i + 1);
     return true;
 }
 
 bool takeNumber(std::string_view& text, std::uint64_t& number) {
-    return takeDigits(text, number, kDecimal);
+    return takeDigits<kDecimal>(text, number);
 }
 
 bool takeHex(std::string_view& text, std::uint64_t& number) {
-    return takeDigits(text, number, kHex);
+    return takeDigits<kHex>(text, number);
 }
 
 bool takeSigned(std::string_view& text, std::int64_t& number) {

@@ -56,7 +56,7 @@ struct StageRun {
         const ListBuilder builder;
         const BuildEnv environment{std::filesystem::path()};
         ConsoleCapture capture;
-        Stage stage(builder, shared, environment);
+        Stage stage(&builder, shared, environment);
         stage.run(options);
         failed = stage.reportFailures();
         for (const auto& job : stage.jobs()) {
