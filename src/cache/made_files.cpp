@@ -8,7 +8,7 @@
 namespace Vesk {
 namespace {
 
-constexpr std::string_view kHeader = "VESK_MADE_1\n";
+constexpr std::string_view kMadeFilesHeader = "VESK_MADE_1\n";
 constexpr std::string_view kKinds = "ofbpd";
 
 /// Takes a field and the tab behind it off the line.
@@ -58,10 +58,10 @@ void MadeFiles::load() {
     loaded_ = true;
     std::error_code ignored;
     const auto bytes = platform::readWholeFile(file_, ignored);
-    if (!bytes || !bytes->starts_with(kHeader)) {
+    if (!bytes || !bytes->starts_with(kMadeFilesHeader)) {
         return;
     }
-    std::string_view rest = std::string_view(*bytes).substr(kHeader.size());
+    std::string_view rest = std::string_view(*bytes).substr(kMadeFilesHeader.size());
     for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
         readLine(rest.substr(0, end));
         rest.remove_prefix(end + 1);
@@ -123,7 +123,7 @@ void MadeFiles::save() {
     if (!changed_) {
         return;
     }
-    std::string text(kHeader);
+    std::string text(kMadeFilesHeader);
     for (const auto& [path, entry] : entries_) {
         text.append(1, static_cast<char>(entry.kind)).append("\t").append(entry.key).append("\t");
         if (entry.kind == Kind::Former) {

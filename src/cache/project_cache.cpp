@@ -196,7 +196,6 @@ std::optional<ContentHash> ProjectCache::recordHash(const std::string& key) {
 ProjectCache::Standing ProjectCache::filesStand(
     Entry& entry, const std::function<bool(const std::string&)>& isToBeMade,
     ExpectedFiles* expected) {
-    using Comparison = FileStates::Comparison;
     auto files = filesOf(*entry.record);
     if (!files) {
         return Standing::no;
@@ -204,12 +203,13 @@ ProjectCache::Standing ProjectCache::filesStand(
     bool touched = false;
     for (const RecordFile& file : *files) {
         const std::string path = root_.absolute(file.path);
-        const Comparison comparison =
-            isToBeMade(path) ? Comparison::Changed : states_.compare(path, file.state);
-        if (comparison != Comparison::Same && comparison != Comparison::SameContent) {
+        const auto comparison =
+            isToBeMade(path) ? FileStates::Comparison::Changed : states_.compare(path, file.state);
+        if (comparison != FileStates::Comparison::Same &&
+            comparison != FileStates::Comparison::SameContent) {
             return Standing::no;
         }
-        touched = touched || comparison == Comparison::SameContent;
+        touched = touched || comparison == FileStates::Comparison::SameContent;
     }
     if (touched) {
         for (RecordFile& file : *files) {

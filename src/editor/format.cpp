@@ -8,11 +8,10 @@
 #include "base/exception.h"
 #include "base/text.h"
 #include "editor/layout_writer.h"
+#include "grammar/utf8.h"
 
 namespace Vesk::editor {
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 enum class Gap : std::uint8_t { None, Blank, Line };
 

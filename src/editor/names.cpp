@@ -110,4 +110,10 @@ bool readsVariable(const Block& block, std::string_view name) {
            });
 }
 
+bool givesVariable(const Block& block, std::string_view name) {
+    return std::ranges::any_of(block.writes, [name](const Write& write) {
+        return !write.nested && equalsIgnoringCase(write.name.text, name);
+    });
+}
+
 }  // namespace Vesk::editor

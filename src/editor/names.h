@@ -48,4 +48,7 @@ std::vector<std::string> nearest(std::string_view name, const std::vector<std::s
 /// Whether the block reads a variable: in a value, a condition, an argument or a macro.
 bool readsVariable(const Block& block, std::string_view name);
 
+/// Whether the block itself, no nested context of it, gives the variable a value.
+bool givesVariable(const Block& block, std::string_view name);
+
 }  // namespace Vesk::editor

@@ -9,9 +9,9 @@
 namespace Vesk::editor {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
-Json regionOf(const Document& document, TextSpan span) {
+OrderedJson regionOf(const Document& document, TextSpan span) {
     const auto place = [&document](std::uint32_t byte) {
         return document.lines().placeOf(document.text(), byte, ColumnUnit::Utf16);
     };
@@ -24,37 +24,38 @@ Json regionOf(const Document& document, TextSpan span) {
 }
 
 /// Relative names stay so: they are relative to where vesk was run.
-Json artifactOf(const FileFindings& file) {
+OrderedJson artifactOf(const FileFindings& file) {
     const std::filesystem::path path = platform::pathFromUtf8(file.name);
     std::string name = file.name;
     std::ranges::replace(name, '\\', '/');
     return {{"uri", path.is_absolute() ? uriOf(path) : percentEncoded(name)}};
 }
 
-Json fixOf(const FileFindings& file, const Fix& fix) {
-    Json replacements = Json::array();
+OrderedJson fixOf(const FileFindings& file, const Fix& fix) {
+    OrderedJson replacements = OrderedJson::array();
     for (const Edit& edit : fix.edits) {
         replacements.push_back({{"deletedRegion", regionOf(*file.document, edit.span)},
                                 {"insertedContent", {{"text", edit.text}}}});
     }
-    const Json change = {{"artifactLocation", artifactOf(file)},
-                         {"replacements", std::move(replacements)}};
-    return {{"description", {{"text", fix.title}}}, {"artifactChanges", Json::array({change})}};
+    const OrderedJson change = {{"artifactLocation", artifactOf(file)},
+                                {"replacements", std::move(replacements)}};
+    return {{"description", {{"text", fix.title}}},
+            {"artifactChanges", OrderedJson::array({change})}};
 }
 
-Json resultOf(const FileFindings& file, const Diagnostic& diagnostic) {
+OrderedJson resultOf(const FileFindings& file, const Diagnostic& diagnostic) {
     std::string message = diagnostic.message;
     for (const std::string& note : diagnostic.notes) {
         message += "\n" + note;
     }
-    const Json place = {{"artifactLocation", artifactOf(file)},
-                        {"region", regionOf(*file.document, diagnostic.span)}};
-    Json location = Json::object();
+    const OrderedJson place = {{"artifactLocation", artifactOf(file)},
+                               {"region", regionOf(*file.document, diagnostic.span)}};
+    OrderedJson location = OrderedJson::object();
     location["physicalLocation"] = place;
-    Json result = {{"ruleId", diagnostic.rule},
-                   {"level", levelOf(diagnostic.severity)},
-                   {"message", Json::object({{"text", std::move(message)}})},
-                   {"locations", Json::array({location})}};
+    OrderedJson result = {{"ruleId", diagnostic.rule},
+                          {"level", levelOf(diagnostic.severity)},
+                          {"message", OrderedJson::object({{"text", std::move(message)}})},
+                          {"locations", OrderedJson::array({location})}};
     for (const Fix& fix : diagnostic.fixes) {
         result["fixes"].push_back(fixOf(file, fix));
     }
@@ -76,24 +77,25 @@ std::string_view levelOf(Severity severity) noexcept {
 }
 
 std::string sarifReport(const std::vector<FileFindings>& files, const std::string& version) {
-    Json rules = Json::array();
+    OrderedJson rules = OrderedJson::array();
     for (const Rule& each : kRules) {
         rules.push_back({{"id", each.name}, {"shortDescription", {{"text", each.meaning}}}});
     }
-    Json results = Json::array();
+    OrderedJson results = OrderedJson::array();
     for (const FileFindings& file : files) {
         for (const Diagnostic& diagnostic : file.found) {
             results.push_back(resultOf(file, diagnostic));
         }
     }
-    const Json driver = {{"name", "vesk"}, {"version", version}, {"rules", std::move(rules)}};
-    Json run = Json::object();
+    const OrderedJson driver = {
+        {"name", "vesk"}, {"version", version}, {"rules", std::move(rules)}};
+    OrderedJson run = OrderedJson::object();
     run["tool"]["driver"] = driver;
     run["columnKind"] = "utf16CodeUnits";
     run["results"] = std::move(results);
-    const Json report = {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
-                         {"version", "2.1.0"},
-                         {"runs", Json::array({run})}};
+    const OrderedJson report = {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
+                                {"version", "2.1.0"},
+                                {"runs", OrderedJson::array({run})}};
     return report.dump(2) + "\n";
 }
 

@@ -16,8 +16,6 @@ namespace Vesk {
 
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 std::string reasonOf(const std::error_code& error) {
     if (error == std::errc::is_a_directory) {
         return "it is a directory, not a file";

@@ -3,11 +3,10 @@
 #include "CommonLexer.h"
 
 #include "grammar/text_stream.h"
+#include "grammar/utf8.h"
 
 namespace Vesk {
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string textBetween(TextStream& stream, std::size_t from, std::size_t to) {
     if (from >= to) {

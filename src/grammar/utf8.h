@@ -7,6 +7,8 @@
 
 namespace Vesk {
 
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 /// The length in bytes of the longest prefix of `text` that is well-formed UTF-8.
 std::size_t wellFormedUtf8(std::string_view text) noexcept;
 

@@ -17,7 +17,7 @@ namespace {
 
 /// Longer ones are cut: a page of 10,000 steps is to stay handy.
 constexpr std::size_t kLongestCommand = 4000;
-constexpr std::size_t kMostWarnings = 2000;
+constexpr std::size_t kMostWarningsOnPage = 2000;
 
 std::string shortened(std::string text) {
     if (text.size() > kLongestCommand) {
@@ -127,9 +127,9 @@ Json runningJson(const RunRecord& run) {
     return list;
 }
 
-Json warningsJson(const RunRecord& run) {
+Json warningsOnPage(const RunRecord& run) {
     Json list = Json::array();
-    for (const Warning& warning : warningsOf(run, kMostWarnings)) {
+    for (const Warning& warning : warningsOf(run, kMostWarningsOnPage)) {
         list.push_back({{"command", warning.command}, {"text", warning.text}});
     }
     return list;
@@ -208,7 +208,7 @@ std::string htmlReport(const RunRecord& run, const std::vector<PastRun>& earlier
                     {"activities", listOf(run.activities, activityJson)},
                     {"path", criticalPath(run)},
                     {"running", runningJson(run)},
-                    {"warnings", warningsJson(run)},
+                    {"warnings", warningsOnPage(run)},
                     {"earlier", Json::parse(historyText(earlier)).at("runs")}};
     const std::string name = run.visits.empty() ? "nothing" : run.visits.front().name();
     const std::string title = forHtml("Build of " + name);

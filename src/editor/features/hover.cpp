@@ -26,12 +26,6 @@ std::string codeBlock(std::string text) {
     return "\n\n```\n" + text + "\n```";
 }
 
-bool gives(const Block& block, const std::string& name) {
-    return std::ranges::any_of(block.writes, [&name](const Write& write) {
-        return !write.nested && equalsIgnoringCase(write.name.text, name);
-    });
-}
-
 class Teller {
   public:
     Teller(const Cursor& cursor, Evaluations& evaluations)
@@ -141,14 +135,14 @@ class Teller {
 
     std::string origin(Evaluation& evaluation) const {
         std::vector<std::string> from;
-        if (gives(*entity_.owner.block, entity_.name)) {
+        if (givesVariable(*entity_.owner.block, entity_.name)) {
             from.emplace_back("this target");
         }
         for (const BlockPlace& place : entity_.project->blocks(BlockKind::Profile)) {
             const std::string& profile = place.block->name.text;
             const bool applies = equalsIgnoringCase(profile, kDefaultProfile) ||
                                  equalsIgnoringCase(profile, evaluations_.profile());
-            if (applies && gives(*place.block, entity_.name)) {
+            if (applies && givesVariable(*place.block, entity_.name)) {
                 from.emplace_back("profile '" + profile + "'");
             }
         }

@@ -20,12 +20,6 @@ bool givesOutput(const Block& block, const std::string& name) {
     });
 }
 
-bool gives(const Block& block, const std::string& name) {
-    return std::ranges::any_of(block.writes, [&name](const Write& write) {
-        return !write.nested && isCalled(write.name, name);
-    });
-}
-
 bool mergesOutputs(const Block& block) {
     return std::ranges::any_of(block.dependencies, &DependencySymbol::mergesOutputs);
 }
@@ -202,9 +196,9 @@ class Search {
     /// or outputs are merged.
     bool leavesOwner() {
         const Block& block = *entity_.owner.block;
-        bool leaves = !gives(block, entity_.name) || mergesOutputs(block);
+        bool leaves = !givesVariable(block, entity_.name) || mergesOutputs(block);
         for (const BlockPlace& place : entity_.project->blocks(BlockKind::Profile)) {
-            leaves = leaves || gives(*place.block, entity_.name);
+            leaves = leaves || givesVariable(*place.block, entity_.name);
         }
         if (!leaves && givesOutput(block, entity_.name)) {
             forEachUnit([&](const BlockPlace& place) {

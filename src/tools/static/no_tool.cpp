@@ -5,15 +5,15 @@ namespace Vesk {
 namespace {
 
 constexpr std::string_view kVariable = "NO_TOOL";
-constexpr std::string_view kSources[] = {kVariable};
-constexpr Misnomer kMisnomers[] = {{"PHONY", kVariable}};
+constexpr std::string_view kNoToolSources[] = {kVariable};
+constexpr Misnomer kNoToolMisnomers[] = {{"PHONY", kVariable}};
 constexpr Variable kNoToolVariables[] = {
     {kVariable, "no value", "", "nothing is run: the target groups its dependencies"},
 };
 constexpr VariableGroup kGroup = {"No tool", VariableRole::Input, kNoToolVariables};
-constexpr const VariableGroup* kVariables[] = {&kGroup};
+constexpr const VariableGroup* kNoToolGroups[] = {&kGroup};
 
-const AssignmentMap& needsTable() {
+const AssignmentMap& noToolNeeds() {
     static const AssignmentMap table = makeTable({{kVariable}});
     return table;
 }
@@ -23,14 +23,14 @@ const AssignmentMap& needsTable() {
 const ToolTypeRegistration RegisterNoToolMatcher({
     .word = "no_tool",
     .factory = matcherFactory<NoToolMatcher>(),
-    .sources = kSources,
-    .misnomers = kMisnomers,
-    .variables = kVariables,
+    .sources = kNoToolSources,
+    .misnomers = kNoToolMisnomers,
+    .variables = kNoToolGroups,
 });
 
 NoToolMatcher::NoToolMatcher(const CiString& name, const AssignmentMap& must,
                              const AssignmentMap& others)
-    : Matcher(name, "no_tool", {}, needsTable(), must, others) {}
+    : Matcher(name, "no_tool", {}, noToolNeeds(), must, others) {}
 
 std::unique_ptr<Matcher> NoToolMatcher::clone() const {
     return std::make_unique<NoToolMatcher>(*this);
@@ -48,7 +48,7 @@ MatchResult NoToolMatcher::matchTool(const Context& target) const {
     return {{{kVariable, MatchKind::ExactMatch}}, MatchNote::BuildPossible};
 }
 
-NoToolBuilder::NoToolBuilder() : Builder(needsTable()) {}
+NoToolBuilder::NoToolBuilder() : Builder(noToolNeeds()) {}
 
 std::shared_ptr<Context> NoToolBuilder::complete(TargetContext&, int) {
     return std::make_shared<Context>();
