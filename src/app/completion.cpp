@@ -20,16 +20,16 @@ namespace {
 using Candidates = std::vector<Candidate>;
 
 /// What may stand for the argument that the table of options calls so.
-struct Choice {
+struct ListedValues {
     std::string_view argument;
     std::array<std::string_view, 4> values;
 };
 
 constexpr std::array kChoices = {
-    Choice{"STYLE", {"auto", "line", "plain", "none"}},
-    Choice{"[=KIND]", {"c", "c++", "lib"}},
-    Choice{"[=stale]", {"stale"}},
-    Choice{"[=full]", {"full"}},
+    ListedValues{"STYLE", {"auto", "line", "plain", "none"}},
+    ListedValues{"[=KIND]", {"c", "c++", "lib"}},
+    ListedValues{"[=stale]", {"stale"}},
+    ListedValues{"[=full]", {"full"}},
 };
 
 /// A command line up to the word that is completed.
@@ -102,7 +102,7 @@ class CommandLine {
     }
 
     void addArguments(Candidates& found, const Option& option) {
-        for (const Choice& choice : kChoices) {
+        for (const ListedValues& choice : kChoices) {
             if (choice.argument == option.argument) {
                 std::ranges::transform(choice.values, std::back_inserter(found),
                                        [](std::string_view value) {

@@ -11,7 +11,7 @@ namespace {
 // An index is the header, the hash of the rest, the hash of the cache file, and of each record the
 // sizes of its key and text, the day in its seal, its hash, and where in its text its table of
 // files is.
-constexpr std::string_view kHeader = "VESK_INDEX_1\n";
+constexpr std::string_view kIndexHeader = "VESK_INDEX_1\n";
 
 std::filesystem::path indexOf(const std::filesystem::path& cacheFile) {
     std::filesystem::path file = cacheFile;
@@ -47,8 +47,8 @@ std::optional<Place> placeAt(std::string_view content, std::size_t position, std
 /// The hash, and then all that it covers.
 std::string sealed(std::string_view rest) {
     Encoder out;
-    out.bytes.reserve(kHeader.size() + sizeof(ContentHash) + rest.size());
-    out.bytes = kHeader;
+    out.bytes.reserve(kIndexHeader.size() + sizeof(ContentHash) + rest.size());
+    out.bytes = kIndexHeader;
     out.hash(hashText(rest));
     out.bytes += rest;
     return std::move(out.bytes);
@@ -56,11 +56,11 @@ std::string sealed(std::string_view rest) {
 
 /// Nothing for bytes that were not made by `sealed`.
 std::optional<std::string_view> unsealed(std::string_view bytes) {
-    constexpr std::size_t kStart = kHeader.size() + sizeof(ContentHash);
-    if (bytes.size() < kStart || !bytes.starts_with(kHeader)) {
+    constexpr std::size_t kStart = kIndexHeader.size() + sizeof(ContentHash);
+    if (bytes.size() < kStart || !bytes.starts_with(kIndexHeader)) {
         return std::nullopt;
     }
-    Decoder decoder(bytes.substr(kHeader.size(), sizeof(ContentHash)));
+    Decoder decoder(bytes.substr(kIndexHeader.size(), sizeof(ContentHash)));
     const std::string_view rest = bytes.substr(kStart);
     return decoder.hash() == hashText(rest) ? std::optional(rest) : std::nullopt;
 }

@@ -53,7 +53,7 @@ const char* passEnvironment(CacheReader& reader, Check check) {
     return passAssignments(reader, check, "env/context count", "env/context assignment");
 }
 
-std::string_view between(const char* begin, const char* end) {
+std::string_view textBetween(const char* begin, const char* end) {
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
@@ -75,9 +75,10 @@ RecordText::Layout RecordText::layout(std::size_t atMost) const {
         passInputs(reader, Check::lengths);
         const char* const middle = reader.position();
         passOutputs(reader, Check::lengths);
-        layout.parts.push_back({between(start, middle), between(middle, reader.position())});
+        layout.parts.push_back(
+            {textBetween(start, middle), textBetween(middle, reader.position())});
     }
-    layout.environment = between(reader.position(), text_.data() + text_.size());
+    layout.environment = textBetween(reader.position(), text_.data() + text_.size());
     return layout;
 }
 
