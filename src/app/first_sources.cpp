@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
@@ -40,6 +41,44 @@ bool isPassedOver(std::string_view name) noexcept {
                                                         "node_modules"};
     return name.starts_with('.') || name.starts_with("build-") || name.starts_with("cmake-build") ||
            isOneOf(name, kNames);
+}
+
+/// The directory in the path of a file that has one of these names, with all above it; empty: none.
+template <std::size_t count>
+std::string_view directoryAmong(std::string_view path,
+                                const std::array<std::string_view, count>& names) {
+    for (std::size_t start = 0, slash = path.find('/'); slash != std::string_view::npos;
+         start = slash + 1, slash = path.find('/', start)) {
+        if (isOneOf(lowerCased(path.substr(start, slash - start)), names)) {
+            return path.substr(0, slash);
+        }
+    }
+    return {};
+}
+
+struct Place {
+    SourceRole role = SourceRole::Own;
+    std::string_view directory = {};  ///< that says so
+};
+
+Place placeOf(std::string_view path) {
+    constexpr std::array<std::string_view, 7> kAside = {"contrib", "debian",  "doc",    "docs",
+                                                        "fuzz",    "fuzzing", "ossfuzz"};
+    constexpr std::array<std::string_view, 6> kExamples = {"example", "examples", "demo",
+                                                           "demos",   "sample",   "samples"};
+    if (const auto directory = directoryAmong(path, kAside); !directory.empty()) {
+        return {SourceRole::Aside, directory};
+    }
+    if (const auto directory = directoryAmong(path, kExamples); !directory.empty()) {
+        return {SourceRole::Example, directory};
+    }
+    return {};
+}
+
+/// Where a source looks for a header first.
+std::string beside(std::string_view source, const std::string& header) {
+    const std::string_view directory = directoryOf(source);
+    return normalPath(directory.empty() ? header : std::string(directory) + "/" + header);
 }
 
 /// All files below the directory, by their paths from there.
@@ -113,20 +152,27 @@ class OutlineReader {
         return true;
     }
 
-    /// Whether each open condition asks for something, as `#ifdef X` does and `#else` does not.
+    /// An `#if` that is open. It asks for something, as `#ifdef X` does and `#else` does not. Each
+    /// of its branches begins as deep in braces as it does.
+    struct Condition {
+        bool asks;
+        int depth;
+    };
+
     void takeCondition(std::string_view directive) {
         if (directive.starts_with("if")) {
             const bool negated =
                 directive.starts_with("ifndef") || trimmed(directive.substr(2)).starts_with('!');
-            conditions_.push_back(!negated);
+            conditions_.push_back({!negated, depth_});
         } else if (directive.starts_with("el") && !conditions_.empty()) {
-            conditions_.back() = false;
+            conditions_.back().asks = false;
+            depth_ = conditions_.back().depth;
         } else if (directive.starts_with("endif") && !conditions_.empty()) {
             conditions_.pop_back();
         }
     }
 
-    bool onRequest() const { return std::ranges::find(conditions_, true) != conditions_.end(); }
+    bool onRequest() const { return std::ranges::any_of(conditions_, &Condition::asks); }
 
     void takeInclude(std::string_view directive) {
         constexpr std::string_view kInclude = "include";
@@ -226,7 +272,7 @@ class OutlineReader {
     int depth_ = 0;
     Main main_ = Main::No;
     int brackets_ = 0;
-    std::vector<bool> conditions_;
+    std::vector<Condition> conditions_;
     bool mainOnRequest_ = false;
     bool otherCode_ = false;
     SourceOutline outline_;
@@ -248,11 +294,9 @@ class IncludeDirectories {
 
     void add(std::string_view file, const SourceOutline& outline) {
         for (const std::string& name : outline.quoted) {
-            const std::string_view directory = directoryOf(file);
-            const std::string beside =
-                directory.empty() ? name : std::string(directory) + "/" + name;
-            if (!files_.contains(normalPath(beside))) {
-                take(name, [](std::string_view) { return true; });
+            if (!files_.contains(beside(file, name)) &&
+                !take(name, [](std::string_view) { return true; })) {
+                noteUnmade(name);
             }
         }
         // Most of these are the system's, and may only by chance be called like one that is here.
@@ -266,10 +310,19 @@ class IncludeDirectories {
 
     std::vector<std::string> found() const { return {found_.begin(), found_.end()}; }
 
+    /// Included headers of which there is only what they are made from.
+    std::vector<UnmadeHeader> unmade() const {
+        std::vector<UnmadeHeader> headers;
+        for (const auto& [name, madeFrom] : unmade_) {
+            headers.push_back({name, madeFrom});
+        }
+        return headers;
+    }
+
   private:
     /// The directory with the shortest path below which there is a header of that name.
     template <class Fits>
-    void take(const std::string& name, Fits fits) {
+    bool take(const std::string& name, Fits fits) {
         std::optional<std::string> best;
         for (const std::string& header : headers_) {
             if (header != name && !header.ends_with("/" + name)) {
@@ -284,12 +337,61 @@ class IncludeDirectories {
         if (best) {
             found_.insert(*best);
         }
+        return best.has_value();
+    }
+
+    /// A file of its name with one more suffix, such as "config.h.in".
+    void noteUnmade(const std::string& name) {
+        const auto isTemplate = [&](const std::string& file) {
+            const std::string_view rest = std::string_view(file).substr(0, file.rfind('.'));
+            return rest == name || rest.ends_with("/" + name);
+        };
+        const auto found = std::ranges::find_if(files_, isTemplate);
+        if (found != files_.end() && !extensionOf(name).empty()) {
+            unmade_.emplace(name, *found);
+        }
     }
 
     std::set<std::string> files_;
     std::vector<std::string> headers_;
     std::set<std::string> found_;
+    std::map<std::string, std::string> unmade_;
 };
+
+/// What sources include of each other.
+class Fragments {
+  public:
+    void add(const std::string& file, const SourceOutline& outline) {
+        if (outline.quoted.empty() && outline.bracketed.empty()) {
+            selfContained_.insert(file);
+        }
+        for (const std::string& name : outline.quoted) {
+            included_.insert(beside(file, name));
+        }
+    }
+
+    /// Others include the file, and it includes nothing: alone it is not meant to be compiled.
+    bool contain(const std::string& file) const {
+        return selfContained_.contains(file) && included_.contains(file);
+    }
+
+  private:
+    std::set<std::string> selfContained_;
+    std::set<std::string> included_;
+};
+
+/// If nothing is the project's own, everything is.
+void settleRoles(std::vector<FirstSource>& sources, const Fragments& fragments) {
+    const bool anyOwn =
+        std::ranges::find(sources, SourceRole::Own, &FirstSource::role) != sources.end();
+    for (FirstSource& source : sources) {
+        if (!anyOwn) {
+            source.role = SourceRole::Own;
+        } else if (fragments.contain(source.path) && source.role == SourceRole::Own) {
+            source.role = SourceRole::Fragment;
+        }
+    }
+}
 
 bool usesMath(const SourceOutline& outline) {
     return std::ranges::any_of(outline.bracketed, [](const std::string& name) {
@@ -306,7 +408,12 @@ SourceOutline outlineOf(std::string_view text) {
 FirstSources findFirstSources(const fs::path& directory) {
     FirstSources found;
     const std::vector<std::string> files = filesBelow(directory);
-    IncludeDirectories includes(files);
+    std::vector<std::string> own;
+    std::ranges::copy_if(files, std::back_inserter(own), [](const std::string& file) {
+        return placeOf(file).role != SourceRole::Aside;
+    });
+    IncludeDirectories includes(own);
+    Fragments fragments;
     for (const std::string& file : files) {
         const std::string_view extension = extensionOf(file);
         const bool cpp = isOneOf(extension, kCppExtensions);
@@ -318,13 +425,19 @@ FirstSources findFirstSources(const fs::path& directory) {
         const SourceOutline outline =
             outlineOf(platform::readWholeFile(directory / platform::pathFromUtf8(file), ignored)
                           .value_or(""));
-        includes.add(file, outline);
+        const auto [role, apart] = placeOf(file);
+        if (role != SourceRole::Aside) {
+            includes.add(file, outline);
+        }
         if (source) {
-            found.sources.push_back({file, cpp, outline.hasMain});
-            found.usesMath = found.usesMath || usesMath(outline);
+            fragments.add(file, outline);
+            found.sources.push_back({file, cpp, outline.hasMain, role, std::string(apart)});
+            found.usesMath = found.usesMath || (role != SourceRole::Aside && usesMath(outline));
         }
     }
+    settleRoles(found.sources, fragments);
     found.includeDirectories = includes.found();
+    found.unmade = includes.unmade();
     return found;
 }
 

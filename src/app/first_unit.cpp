@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <iterator>
+#include <map>
 #include <set>
 #include <vector>
 
@@ -76,33 +77,93 @@ std::vector<Pattern> patternsFor(const Sources& sources, bool cpp) {
 
 class UnitText {
   public:
-    UnitText(const FirstSources& found, std::string name) : found_(found), name_(std::move(name)) {
+    UnitText(const FirstSources& found, std::string name, FirstUnit kind)
+        : found_(found), name_(std::move(name)), kind_(kind) {
         for (const FirstSource& source : found.sources) {
-            (source.hasMain ? programs_ : others_).push_back(source);
+            place(source).push_back(source);
         }
     }
 
-    std::string make(FirstUnit kind) {
-        const bool library =
-            !others_.empty() && (kind == FirstUnit::Library || programs_.size() != 1);
-        if (!library && programs_.size() == 1) {
-            addTarget(name_, found_.sources, {});
+    std::string make() {
+        const bool isOneProgram = programs_.size() == 1 &&
+                                  partOf(programs_.front()) == Part::Main &&
+                                  (others_.empty() || kind_ != FirstUnit::Library);
+        if (isOneProgram) {
+            Sources all = others_;
+            all.push_back(programs_.front());
+            std::ranges::sort(all, {}, &FirstSource::path);
+            addTarget(name_, all, {});
         } else {
-            addPrograms(library ? takeName(name_ + (kind == FirstUnit::Library || programs_.empty()
-                                                        ? ""
-                                                        : "_common"))
-                                : "");
+            addPrograms(others_.empty() ? std::string() : takeName(libraryName()));
         }
-        return std::string(kHeading) + text_;
+        return std::string(kHeading) + notes() + text_;
     }
 
   private:
+    /// Of a program.
+    enum class Part { Main, Example, Test };
+
+    Sources& place(const FirstSource& source) {
+        const bool isOut =
+            source.role == SourceRole::Aside || source.role == SourceRole::Fragment ||
+            (source.role == SourceRole::Example && !source.hasMain && isApart(source));
+        return isOut ? leftOut_ : source.hasMain ? programs_ : others_;
+    }
+
+    /// Examples of a library that is asked for are what shows that it works.
+    bool isApart(const FirstSource& source) const {
+        return source.role == SourceRole::Example && kind_ != FirstUnit::Library;
+    }
+
+    Part partOf(const FirstSource& program) const {
+        const std::string path = "/" + program.path;
+        const bool isTest =
+            path.find("/test/") != std::string::npos || path.find("/tests/") != std::string::npos;
+        return isTest ? Part::Test : isApart(program) ? Part::Example : Part::Main;
+    }
+
+    std::string libraryName() const {
+        const bool hasPrograms = std::ranges::any_of(
+            programs_, [this](const FirstSource& each) { return partOf(each) == Part::Main; });
+        return name_ + (kind_ == FirstUnit::Library || !hasPrograms ? "" : "_common");
+    }
+
+    /// What whoever reads the file first has to know.
+    std::string notes() const {
+        std::string text;
+        if (!leftOut_.empty()) {
+            text += "// Left out: " + leftOutText() + ".\n";
+        }
+        for (const UnmadeHeader& header : found_.unmade) {
+            text += fmt::format(
+                "// Missing: {}, which is made from {}: by a configure script or CMake, or by "
+                "hand.\n",
+                header.name, header.madeFrom);
+        }
+        return text;
+    }
+
+    /// "contrib (14 sources), what other sources include (2 sources)".
+    std::string leftOutText() const {
+        std::map<std::string, std::size_t> groups;
+        for (const FirstSource& source : leftOut_) {
+            ++groups[source.role == SourceRole::Fragment  ? "what other sources include"
+                     : source.role == SourceRole::Example ? source.apart + " without main()"
+                                                          : source.apart];
+        }
+        std::vector<std::string> texts;
+        for (const auto& [group, count] : groups) {
+            texts.push_back(fmt::format("{} ({})", group, counted(count, "source")));
+        }
+        return joined(texts, ", ");
+    }
+
     void addPrograms(const std::string& library) {
         std::vector<std::string> names;
         std::vector<std::string> built;
         for (const FirstSource& program : programs_) {
             names.push_back(takeName(nameOf(program)));
-            if (!isTest(program)) {
+            if (partOf(program) == Part::Main) {
                 built.push_back(names.back());
             }
         }
@@ -110,19 +171,21 @@ class UnitText {
             text_ +=
                 fmt::format("\n{}: {} {{ NO_TOOL = 1 }}\n", takeName("all"), joined(built, " "));
         }
-        addThose(names, library, false);
+        addThose(names, library, Part::Main);
         if (!library.empty()) {
             addLibrary(library);
         }
-        addThose(names, library, true);
+        addThose(names, library, Part::Example);
+        addThose(names, library, Part::Test);
     }
 
-    void addThose(const std::vector<std::string>& names, const std::string& library, bool tests) {
+    void addThose(const std::vector<std::string>& names, const std::string& library, Part part) {
         for (std::size_t i = 0; i < names.size(); ++i) {
-            if (isTest(programs_[i]) == tests) {
-                addTarget(names[i], {programs_[i]}, library);
+            if (partOf(programs_[i]) != part) {
+                continue;
             }
-            if (tests && isTest(programs_[i])) {
+            addTarget(names[i], {programs_[i]}, library);
+            if (part == Part::Test) {
                 addTest(names[i]);
             }
         }
@@ -138,12 +201,6 @@ class UnitText {
         text_ += "}\n";
     }
 
-    static bool isTest(const FirstSource& program) {
-        const std::string path = "/" + program.path;
-        return path.find("/test/") != std::string::npos ||
-               path.find("/tests/") != std::string::npos;
-    }
-
     /// After its file, or the directory of one that is just called main.
     std::string nameOf(const FirstSource& program) const {
         std::string path = program.path.substr(0, program.path.rfind('.'));
@@ -154,7 +211,7 @@ class UnitText {
             path.resize(path.rfind('/'));
         }
         std::string name = identifierFrom(path.substr(path.rfind('/') + 1));
-        if (isTest(program)) {
+        if (partOf(program) == Part::Test) {
             std::ranges::replace(name, '-', '_');  // it will stand in a text, as a reference
         }
         return name;
@@ -172,7 +229,7 @@ class UnitText {
     void addTarget(const std::string& name, const Sources& sources, const std::string& library) {
         text_ += fmt::format("\n{}: {}{{\n", name, library.empty() ? "" : "+" + library + " ");
         if (library.empty() && sources.size() > 1) {
-            addPatterns(sources, {});
+            addPatterns(sources, leftOut_);
         } else {
             for (const FirstSource& source : sources) {
                 addLine(source.cpp ? "CPP_FILES" : "C_FILES", listOf({source.path}));
@@ -189,7 +246,9 @@ class UnitText {
     void addLibrary(const std::string& name) {
         text_ += fmt::format("\n{}: {{\n", name);
         addLine("OUTPUT_TYPE", "\"static\"");
-        addPatterns(others_, programs_);
+        Sources excluded = programs_;
+        std::ranges::copy(leftOut_, std::back_inserter(excluded));
+        addPatterns(others_, excluded);
         if (!found_.includeDirectories.empty()) {
             text_ += "    // ^: targets that depend on this one with + get them too\n";
         }
@@ -248,8 +307,10 @@ class UnitText {
 
     const FirstSources& found_;
     std::string name_;
+    FirstUnit kind_;
     Sources programs_;
     Sources others_;
+    Sources leftOut_;
     std::set<std::string> names_;
     std::string text_;
 };
@@ -257,7 +318,7 @@ class UnitText {
 }  // namespace
 
 std::string firstUnitText(const FirstSources& found, const std::string& name, FirstUnit kind) {
-    return UnitText(found, name).make(kind);
+    return UnitText(found, name, kind).make();
 }
 
 }  // namespace Vesk

@@ -193,6 +193,17 @@ std::string quotes(const Place& place) {
     return name ? "write the unit's name without quotes" : "";
 }
 
+/// "project/target" in the head of a target.
+std::string targetOfAnotherProject(const Place& place) {
+    const bool lacksUnit = place.isWord(-1) && place.type(-2) == Tokens::SLASH &&
+                           place.touches(-1) && place.isWord(-3) && !place.inBraces() &&
+                           place.type() != Tokens::SLASH;
+    return lacksUnit
+               ? fmt::format("a target of another project is named with its unit: {}/unit::{}",
+                             place.text(-3), place.text(-1))
+               : "";
+}
+
 std::string colon(const Place& place) {
     if (place.type() == Tokens::COLON && place.isWord(-1) && place.inBraces()) {
         return fmt::format("'=' gives a variable its value: {} = ...", place.text(-1));
@@ -208,9 +219,17 @@ std::string colon(const Place& place) {
 
 std::string syntaxHint(antlr4::TokenStream& tokens, const antlr4::Token& offending,
                        std::string_view rest) {
-    static constexpr std::array kHints = {
-        escapedQuote, wordOfAnotherLanguage, nameWithoutQuotes, missingBrace, semicolon,
-        comma,        listElement,           comparison,        quotes,       colon};
+    static constexpr std::array kHints = {escapedQuote,
+                                          wordOfAnotherLanguage,
+                                          nameWithoutQuotes,
+                                          missingBrace,
+                                          semicolon,
+                                          comma,
+                                          listElement,
+                                          comparison,
+                                          quotes,
+                                          targetOfAnotherProject,
+                                          colon};
     const Place place(tokens, offending, rest);
     for (const auto& hint : kHints) {
         if (std::string text = hint(place); !text.empty()) {

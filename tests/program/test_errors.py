@@ -123,6 +123,8 @@ class Syntax(ProgramTest):
                 self.unit("app: {\n%s\n}" % body)
                 self.assertIn("\n  " + hint, self.error())
         for text, hint in (("app { }", "put a ':' after the target's name: app: { ... }"),
+                           ("app: far/lib { }", "a target of another project is named with its unit: "
+                                                "far/unit::lib"),
                            ("app: { }\nlib: app, app { }", "blanks separate dependencies"),
                            ('a = "b"', "put variables into the braces of a target or a profile"),
                            ('unit "main"', "write the unit's name without quotes"),

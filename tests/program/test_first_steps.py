@@ -73,10 +73,14 @@ class FirstUnit(ProgramTest):
         used = "int used(void) { return 1; }\n"
         self.same_unit({"old.c": old, "table.c": f"{used}#ifdef MAKE_TABLE\n{MAIN}#endif\n",
                         "whole.c": f"#if USE_IT\n{MAIN}#endif\n", "declared.c": "int main(void);\n" + used,
-                        "both.c": f"{used}#ifdef _WIN32\n{MAIN}#else\n{MAIN}#endif\n"}, """\
-all: both old whole { NO_TOOL = 1 }
+                        "both.c": f"{used}#ifdef _WIN32\n{MAIN}#else\n{MAIN}#endif\n",
+                        "brace.c": f"void f(void) {{\n#ifdef A\nif (a) {{\n#else\n{{\n#endif\n}}}}\n{MAIN}"}, """\
+all: both brace old whole { NO_TOOL = 1 }
 both: +app_common {
     C_FILES = ["both.c"]
+}
+brace: +app_common {
+    C_FILES = ["brace.c"]
 }
 old: +app_common {
     C_FILES = ["old.c"]
@@ -87,7 +91,7 @@ whole: +app_common {
 app_common: {
     OUTPUT_TYPE = "static"
     C_FILES = ["*.c"]
-    EXCLUDE_FILES = ["both.c", "old.c", "whole.c"]
+    EXCLUDE_FILES = ["both.c", "brace.c", "old.c", "whole.c"]
 }
 """)
 
@@ -130,6 +134,22 @@ run_a_test: a_test {
     cmdline = "${ascii[34]}${a_test.OUTPUT}${ascii[34]}"
 }
 """)
+        self.same_unit({
+            "a.c": '#include "config.h"\n#include "part.c"\n', "part.c": "int part;\n",
+            "config.h.in": "", "contrib/x/b.c": MAIN, "contrib/x/c.c": '#include "no.h"\n',
+            "contrib/inc/no.h": "", "examples/gun.c": MAIN, "examples/rest.c": ""}, """\
+app: {
+    OUTPUT_TYPE = "static"
+    C_FILES = ["*.c"]
+    EXCLUDE_FILES = ["part.c"]
+}
+gun: +app {
+    C_FILES = ["examples/gun.c"]
+}
+""")
+        self.assertIn("// Left out: contrib (2 sources), examples without main() (1 source), what "
+                      "other sources include (1 source).\n// Missing: config.h, which is made from "
+                      "config.h.in", self.read("vesk.txt"))
         self.same_unit({"a.cpp": "namespace n { int main() { return 1; } }\n"}, """\
 app: {
     OUTPUT_TYPE = "static"
