@@ -312,4 +312,4 @@ class UserData(ProgramTest):
         self.write("file", "")
         blocked = f"{self.dir}/file/data"
         env = {"APPDATA": "Z:" + blocked if SETTINGS.windows else blocked}
-        self.assertIn("create_directories", self.error(env=env))
+        self.assertRegex(self.error(env=env), "create_directories.*\n  it is to hold your registry; set ")

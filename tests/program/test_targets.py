@@ -117,7 +117,8 @@ class FileWriter(ProgramTest):
         self.write("directory/file", "")
         cases = [
             ('FILENAME = "no/such/f" TEXT = "x"',
-             "File writer parent directory does not exist: 'no/such'."),
+             "File writer parent directory does not exist: 'no/such'.\n"
+             "  the file writer makes no directories; "),
             ('FILENAME = "f" TEXT = "x" MODE = "overwrite"',
              "File writer variable 'MODE' must be either 'create' or 'append', got 'overwrite'."),
             ('FILENAME = ["f"] TEXT = "x"',

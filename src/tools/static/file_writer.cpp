@@ -94,8 +94,11 @@ std::filesystem::path fileOf(const Context& target) {
 void requireParentDirectory(const std::filesystem::path& file) {
     const std::filesystem::path parent = parentDirectory(file);
     if (!parent.empty() && !platform::isDirectory(parent)) {
-        throw VeskException(fmt::format("File writer parent directory does not exist: '{}'.",
+        VeskException error(fmt::format("File writer parent directory does not exist: '{}'.",
                                         platform::pathToUtf8(parent)));
+        error.addNote(
+            "the file writer makes no directories; make it first, or name one that exists");
+        throw error;
     }
 }
 
