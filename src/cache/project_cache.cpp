@@ -266,8 +266,8 @@ bool ProjectCache::expect(const std::string& key, const ContentHash& record,
     if (entry->valid && entry->expected) {
         return true;
     }
-    const auto files = stands(*entry, record) ? filesOf(entry->record->layout(1).parts)
-                                              : std::optional<std::vector<RecordFile>>();
+    const auto files =
+        stands(*entry, record) ? filesOf(*entry->record) : std::optional<std::vector<RecordFile>>();
     if (files) {
         expectAll(*entry, *files, expected);
     }

@@ -74,7 +74,10 @@ std::string TrackingRoot::absolute(std::string_view stored) const {
     if (platform::isAbsolutePath(stored)) {
         return std::string(stored);
     }
-    return prefix_ + std::string(stored);
+    std::string path;
+    path.reserve(prefix_.size() + stored.size());
+    path.append(prefix_).append(stored);
+    return path;
 }
 
 }  // namespace Vesk

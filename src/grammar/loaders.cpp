@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 #include <optional>
 #include <system_error>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 
+#include "base/attempt.h"
 #include "base/console.h"
 #include "base/text.h"
 #include "events/events.h"
@@ -13,6 +15,7 @@
 #include "grammar/recognisers.h"
 #include "grammar/sliced_unit.h"
 #include "grammar/source_file.h"
+#include "grammar/text_slices.h"
 #include "grammar/text_stream.h"
 #include "grammar/visitor.h"
 #include "platform/files.h"
@@ -60,7 +63,9 @@ Model modelOf(Tree* tree, const std::filesystem::path& path, FileKind kind, cons
 /// A text and the recognisers that work on it. The tree that they make lives as long as this
 /// object.
 struct Parse {
-    explicit Parse(const SourceFile& file) : input(file.text(), file.name()), recognisers(&input) {}
+    explicit Parse(const SourceFile& file) : Parse(file.text(), file.name()) {}
+    Parse(std::string_view text, const std::string& name)
+        : input(text, name), recognisers(&input) {}
 
     TextStream input;
     Recognisers recognisers;
@@ -155,6 +160,33 @@ std::optional<Unit> readSliced(SlicedUnit& file, UnitOutlines* outlines) {
     return unit ? std::move(unit) : readSlices(file, outline ? &*outline : nullptr, outlines);
 }
 
+/// Nothing for a text with errors, which are not reported here.
+template <class Model, class FileTree, class TopTree>
+std::optional<Model> parseFaultless(std::string_view text, const std::filesystem::path& path,
+                                    const FileScheme<FileTree, TopTree>& scheme) {
+    Parse parse(text, platform::pathToUtf8(path));
+    FileTree* const tree = parseFast(parse, scheme.startRule);
+    return tree == nullptr ? std::nullopt
+                           : std::optional(modelOf<Model>((tree->*scheme.top)(), path,
+                                                          scheme.fileKind, scheme.noModel));
+}
+
+/// Most of a large project's file are its units, and those need no parser. Nothing for a text that
+/// has to be parsed as a whole.
+template <class FileTree, class TopTree>
+std::optional<ProjectFile> readWithoutUnits(std::string_view text,
+                                            const std::filesystem::path& path,
+                                            const FileScheme<FileTree, TopTree>& scheme) {
+    auto section = unitsSectionOf(text);
+    std::optional<ProjectFile> project;
+    if (section &&
+        succeeds([&] { project = parseFaultless<ProjectFile>(section->rest, path, scheme); }) &&
+        project) {
+        project->units = std::move(section->units);
+    }
+    return project;
+}
+
 template <class Model, class FileTree, class TopTree>
 Model parseCollecting(const std::filesystem::path& path,
                       const FileScheme<FileTree, TopTree>& scheme) {
@@ -164,14 +196,18 @@ Model parseCollecting(const std::filesystem::path& path,
                                 file.missing() ? "" : "it cannot be read: " + file.failure());
     }
     const events::Span span(events::Activity::Read, file.name());
-    Parse parse(file);
-    FileTree* const tree = parseFast(parse, scheme.startRule);
-    if (tree == nullptr) {
+    std::optional<Model> model;
+    if constexpr (std::is_same_v<Model, ProjectFile>) {
+        model = readWithoutUnits(file.text(), path, scheme);
+    }
+    if (!model) {
+        model = parseFaultless<Model>(file.text(), path, scheme);
+    }
+    if (!model) {
         throwCollected(file, scheme.startRule);
     }
-    Model model = modelOf<Model>((tree->*scheme.top)(), path, scheme.fileKind, scheme.noModel);
-    model.hash = hashText(file.text());
-    return model;
+    model->hash = hashText(file.text());
+    return std::move(*model);
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
 #include "grammar/text_slices.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace Vesk {
 namespace {
 
 constexpr std::string_view kUnitKeyword = "unit";
+constexpr std::string_view kUnitsKeyword = "units";
 
 bool isBlank(char c) noexcept {
     return c == ' ' || c == '\n' || c == '\t' || c == '\r';
@@ -25,6 +28,13 @@ bool beginsName(char c) noexcept {
 
 bool isInName(char c) noexcept {
     return beginsName(c) || isDigit(c) || c == '-';
+}
+
+/// A keyword is not a name.
+bool isKeyword(std::string_view name) noexcept {
+    constexpr std::array<std::string_view, 8> kKeywords = {
+        "unit", "if", "import", "units", "profiles", "projects", "tools", "name"};
+    return std::ranges::find(kKeywords, name) != kKeywords.end();
 }
 
 bool beginsCodePoint(char c) noexcept {
@@ -51,6 +61,23 @@ class Scanner {
             }
         }
         return found;
+    }
+
+    std::optional<UnitsSection> unitsSection() {
+        std::size_t open = 0;
+        while (skipBlanks() && at_ < text_.size()) {
+            const std::size_t start = at_;
+            if (!skipToken()) {
+                break;
+            }
+            const std::string_view token = text_.substr(start, at_ - start);
+            if (open == 0 && token == kUnitsKeyword) {
+                return takeUnitsSection();
+            }
+            open += token == "{" ? 1 : 0;
+            open -= token == "}" && open > 0 ? 1 : 0;
+        }
+        return std::nullopt;
     }
 
   private:
@@ -167,6 +194,55 @@ class Scanner {
         return false;
     }
 
+    std::optional<UnitsSection> takeUnitsSection() {
+        if (!skipBlanks() || ahead() != '{') {
+            return std::nullopt;
+        }
+        const std::size_t start = ++at_;
+        UnitsSection section;
+        while (skipBlanks() && beginsName(ahead())) {
+            if (!takeUnit(section.units.emplace_back())) {
+                return std::nullopt;
+            }
+        }
+        if (ahead() != '}') {
+            return std::nullopt;
+        }
+        section.rest = withoutPart(start, at_);
+        return section;
+    }
+
+    bool takeUnit(UnitEntry& unit) {
+        const std::size_t start = at_;
+        skipWhile(isInName);
+        unit.name = text_.substr(start, at_ - start);
+        unit.line = sliceFrom(start).line;
+        if (isKeyword(unit.name) || !skipBlanks() || ahead() != '{') {
+            return false;
+        }
+        ++at_;
+        while (skipBlanks() && ahead() == '"') {
+            const std::size_t path = at_ + 1;
+            if (!skipPast("\"", path)) {
+                return false;
+            }
+            unit.files.emplace_back(text_.substr(path, at_ - 1 - path));
+        }
+        return std::exchange(at_, at_ + 1) < text_.size() && text_[at_ - 1] == '}';
+    }
+
+    /// The text with blanks in place of a part; lines and columns behind it stay what they are.
+    std::string withoutPart(std::size_t start, std::size_t end) const {
+        std::string rest(text_.substr(0, start));
+        const std::string_view part = text_.substr(start, end - start);
+        const std::string_view lastLine = part.substr(part.rfind('\n') + 1);
+        rest.append(static_cast<std::size_t>(std::ranges::count(part, '\n')), '\n');
+        rest.append(static_cast<std::size_t>(std::ranges::count_if(lastLine, beginsCodePoint)),
+                    ' ');
+        rest += text_.substr(end);
+        return rest;
+    }
+
     /// From there to where the scanner is. Starts come in order, so lines are counted once.
     TextSlice sliceFrom(std::size_t start) {
         for (std::size_t end; (end = text_.find('\n', lineStart_)) < start;) {
@@ -188,6 +264,10 @@ class Scanner {
 
 std::optional<UnitSlices> slicesOf(std::string_view text) {
     return Scanner(text).slices();
+}
+
+std::optional<UnitsSection> unitsSectionOf(std::string_view text) {
+    return Scanner(text).unitsSection();
 }
 
 }  // namespace Vesk

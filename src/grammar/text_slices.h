@@ -1,11 +1,15 @@
-// The text of a unit file, cut between its targets.
+// What a scan of a text finds without the parser: where the targets of a unit file are, and the
+// units of a project file.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
+
+#include "grammar/model.h"
 
 namespace Vesk {
 
@@ -28,5 +32,15 @@ struct UnitSlices {
 /// Knows only where tokens end, as CommonLexer.g4 says; what they amount to, the parser must say of
 /// every slice. Nothing for a text in which something is not closed.
 std::optional<UnitSlices> slicesOf(std::string_view text);
+
+/// The units section of a project file. If the parser accepts `rest`, it accepts the whole text,
+/// and these are its units.
+struct UnitsSection {
+    std::vector<UnitEntry> units;
+    std::string rest;  ///< the text without the units; everything else is where it was
+};
+
+/// Nothing for a text without such a section, or with anything unusual in it.
+std::optional<UnitsSection> unitsSectionOf(std::string_view text);
 
 }  // namespace Vesk

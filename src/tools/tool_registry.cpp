@@ -68,13 +68,18 @@ bool spellsOutCommands(const Context& target) {
 
 std::vector<std::string> meantBy(std::string_view typed, const ToolType* only) {
     std::vector<std::string> names;
-    for (const ToolType* type : toolTypes()) {
-        for (const Misnomer& misnomer : type->misnomers) {
-            if ((only == nullptr || only == type) && equalsIgnoringCase(misnomer.typed, typed) &&
+    const auto addFrom = [&](const ToolType& type) {
+        for (const Misnomer& misnomer : type.misnomers) {
+            if (equalsIgnoringCase(misnomer.typed, typed) &&
                 std::ranges::find(names, misnomer.meant) == names.end()) {
                 names.emplace_back(misnomer.meant);
             }
         }
+    };
+    if (only != nullptr) {
+        addFrom(*only);
+    } else {
+        std::ranges::for_each(toolTypes(), [&](const ToolType* type) { addFrom(*type); });
     }
     return names;
 }

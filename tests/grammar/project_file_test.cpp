@@ -104,6 +104,24 @@ tool gcc @4 of 2 { !tool_type = P"(DIR/bin)"; !x = 1 }+0
 )raw");
 }
 
+TEST_F(ProjectAndRegistryFile, UnitsAreReadWithAndWithoutTheParser) {
+    EXPECT_EQ(project("name units_\n/* units { x {} } */ units{a{\"}\"\"/*\"}/**/b-1\n// }\n"
+                      "{ \"\u00fc\" } R {} } profiles { p { x = 1 } }"),
+              "name 'units_'\nunit a '}' '/*' @2\nunit b-1 '\u00fc' @2\nunit R '' @4\n"
+              "profile p @4 { x = 1 }+0\n");
+    for (const char* unusual :
+         {"units { unit { \"a\" } }", "units { a { R\"(a)\" } }", "units { a { \"a\" }",
+          "units { a { \"a } }", "units { a \"a\" }", "units { a { \"a\" } } /*",
+          "units { } units { }", "profiles { } units { a { } }", "units { a { x } }"}) {
+        const std::string said = project(unusual);
+        EXPECT_NE(said.find("DIR/project.txt"), std::string::npos) << unusual << "\n" << said;
+    }
+    EXPECT_EQ(project("units { a { \"\u00fc\" } } profiles { p { !x = 1 } }"),
+              "'!' assignment modifier is not allowed in this context.\n"
+              "  DIR/project.txt:1:36\n  units { a { \"\u00fc\" } } profiles { p { !x = 1 } }\n"
+              "                                     ^");
+}
+
 TEST_F(ProjectAndRegistryFile, MakePathsOfAProjectAbsolute) {
     const auto text = [&](const std::string& content) {
         const auto file = write("project.txt", "profiles { p { x = P\"(" + content + ")\" } }");

@@ -19,6 +19,7 @@
 #include "driver/driver.h"
 #include "driver/visit_tree.h"
 #include "events/events.h"
+#include "platform/memory.h"
 #include "types/values/errors.h"
 
 namespace Vesk::modes {
@@ -214,6 +215,7 @@ int build(const Settings& settings) {
     if (!visitKeeping(settings).checks && repeats(snapshot)) {
         return 0;
     }
+    platform::expectLargeHeap();
     loadVisits(keeping.visits, keeping.directory);
     snapshot.begin();
     keeping.snapshot = &snapshot;
