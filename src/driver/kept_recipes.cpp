@@ -17,7 +17,7 @@ namespace Vesk {
 namespace {
 
 /// Finding the files that commands mention takes time for each pair of them.
-constexpr std::size_t kMostPairs = 20'000;
+constexpr std::size_t kMostPairs = 200'000;
 
 void append(Encoder& out, const std::vector<std::string>& texts) {
     out.number(texts.size());

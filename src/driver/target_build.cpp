@@ -1,5 +1,6 @@
 #include "driver/target_build.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <map>
 #include <random>

@@ -3,7 +3,7 @@
 import json
 import random
 
-from harness import needs
+from harness import posix_only
 from test_toolchains import ToolchainTest
 
 UNIT = """
@@ -17,7 +17,7 @@ UNIT = """
 SOURCES = ("a", "top", "two", "one", "other")
 
 
-@needs("gcc", "ar")
+@posix_only("it needs the compilers of the system itself")
 class KeptRecipes(ToolchainTest):
     remembers = True
 
