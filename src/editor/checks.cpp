@@ -77,6 +77,32 @@ class Dependencies {
     Diagnostics& found_;
 };
 
+/// Outputs that no dependant sees. A path may be written for what is made.
+void checkOutputs(const BlockPlace& place, const Matcher& tool, Diagnostics& found) {
+    const std::string& type = tool.typeWord();
+    const bool writesFile = type == "file_writer";
+    if (!writesFile && type != "no_tool") {
+        return;
+    }
+    for (const Write& write : place.block->writes) {
+        const std::string_view value = write.value.of(place.document->textOf(*place.piece));
+        const bool isFile = writesFile && write.op == "=" && value.starts_with("P\"");
+        const bool isGiven = writesFile && equalsIgnoringCase(write.name.text, "TEXT");
+        if (write.nested || write.modifier != "^" || isFile || isGiven) {
+            continue;
+        }
+        found.push_back(
+            {rule::kDropped,
+             Severity::Hint,
+             place.piece->inDocument(write.name.span),
+             fmt::format("No dependant sees the output '{}'.", write.name.text),
+             {writesFile ? "the file writer gives only FILE and TEXT; a target with cmdline = [] "
+                           "that depends on this one gives anything"
+                         : "a target without a tool has no outputs; with cmdline = [] in place of "
+                           "NO_TOOL it has"}});
+    }
+}
+
 std::string_view kindName(BlockKind kind) {
     switch (kind) {
         case BlockKind::Profile:
@@ -150,6 +176,9 @@ void checkTools(const Checked& checked, Diagnostics& found) {
     }
     forEachBlock(checked.document, [&](const BlockPlace& place) {
         const Outlook& outlook = checked.evaluation.outlookFor(place);
+        if (outlook.tool != nullptr) {
+            checkOutputs(place, *outlook.tool, found);
+        }
         if (outlook.failure.empty()) {
             return;
         }

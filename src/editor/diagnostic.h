@@ -51,6 +51,7 @@ inline constexpr std::string_view kCycle = "cycle";
 inline constexpr std::string_view kMisspelt = "misspelt-variable";
 inline constexpr std::string_view kUnread = "unread-variable";
 inline constexpr std::string_view kNoTool = "no-tool";
+inline constexpr std::string_view kDropped = "dropped-output";
 inline constexpr std::string_view kMissingFile = "missing-file";
 }  // namespace rule
 
@@ -64,6 +65,7 @@ inline constexpr Rule kRules[] = {
     {rule::kMisspelt, "nothing reads the variable, and one of nearly that name is known"},
     {rule::kUnread, "nothing reads the variable"},
     {rule::kNoTool, "no tool can build the target"},
+    {rule::kDropped, "no dependant sees the output: the target's tool hands on no such thing"},
     {rule::kMissingFile, "a file that is named does not exist"},
 };
 

@@ -125,6 +125,9 @@ class Lint(ProgramTest):
             other: cycle { NO_TOOL }
             lost: { FOO = P"(x)" }
             lib: { NO_TOOL }
+            gives: { ^SEEN = 1 cmdline = [] }
+            drops: { ^LOST = 1 NO_TOOL }
+            writes: { WRITE_FILE FILENAME = "f" ^TEXT = "t" ^F = P"(f)" ^INCLUDE_DIRS += [P"(.)"] }
             """)
         result = self.run_vesk("--lint", "vesk.txt")
         self.assertEqual((result.err, result.status), ("", 1))
@@ -138,6 +141,8 @@ class Lint(ProgramTest):
             "vesk.txt:12:8: error: Targets need each other: other -> cycle -> other. [cycle]",
             "vesk.txt:13:1: error: No tool to build lost. [no-tool]",
             "vesk.txt:14:1: error: There is a target 'lib' already. [duplicate-name]",
+            "vesk.txt:16:11: note: No dependant sees the output 'LOST'. [dropped-output]",
+            "vesk.txt:17:62: note: No dependant sees the output 'INCLUDE_DIRS'. [dropped-output]",
         ])
         self.assertIn("  app: libb comp(x, y) cycle {\n       ^\n  did you mean 'lib'?\n", result.out)
 
