@@ -6,9 +6,9 @@
 #   vesk::json           nlohmann/json
 #   vesk::gtest_main     GoogleTest and GoogleMock with a main, built here from the packaged sources
 #
-# scripts/setup installs all of them, and prepares directories of libraries that have no suitable
-# package: a static {fmt}; for Windows also the ANTLR runtime and nothing but the needed headers, as
-# /usr/include is no place for that compiler.
+# scripts/setup installs all of them. For Windows it also prepares a directory with the compiled
+# libraries and nothing but the needed headers, as /usr/include is no place for that compiler. A static
+# {fmt} for Linux has no package, and is compiled here.
 
 set(VESK_GOOGLETEST_SOURCES
     /usr/src/googletest
@@ -31,24 +31,22 @@ function(_vesk_prepared_libraries variable pattern)
 endfunction()
 
 set(_search)
-set(_search_fmt)
 set(_antlr_names antlr4-runtime)
-set(_fmt_names fmt)
 if(WIN32)
     _vesk_prepared_libraries(VESK_WINDOWS_LIBRARIES windows-fmt-*-antlr4-*)
     set(_search PATHS "${VESK_WINDOWS_LIBRARIES}" NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
-    set(_search_fmt ${_search})
 elseif(VESK_STATIC)
-    _vesk_prepared_libraries(VESK_LINUX_LIBRARIES linux-fmt-*)
-    set(_search_fmt PATHS "${VESK_LINUX_LIBRARIES}")
     set(_antlr_names libantlr4-runtime.a)
-    set(_fmt_names libfmt.a)
 endif()
 
 find_path(VESK_ANTLR_INCLUDE antlr4-runtime.h ${_search} PATH_SUFFIXES include/antlr4-runtime antlr4-runtime)
 find_library(VESK_ANTLR_LIBRARY NAMES ${_antlr_names} ${_search} PATH_SUFFIXES lib)
 find_path(VESK_FMT_INCLUDE fmt/format.h ${_search} PATH_SUFFIXES include)
-find_library(VESK_FMT_LIBRARY NAMES ${_fmt_names} ${_search_fmt} PATH_SUFFIXES lib)
+if(VESK_STATIC AND NOT WIN32)
+    set(VESK_FMT_LIBRARY vesk_fmt_static)
+else()
+    find_library(VESK_FMT_LIBRARY NAMES fmt ${_search} PATH_SUFFIXES lib)
+endif()
 find_path(VESK_XXHASH_INCLUDE xxhash.h ${_search} PATH_SUFFIXES include)
 find_path(VESK_JSON_INCLUDE nlohmann/json.hpp ${_search} PATH_SUFFIXES include)
 
@@ -68,6 +66,10 @@ endfunction()
 
 _vesk_header_library(fmt "${VESK_FMT_INCLUDE}")
 target_link_libraries(vesk_dep_fmt INTERFACE "${VESK_FMT_LIBRARY}")
+if(VESK_FMT_LIBRARY STREQUAL "vesk_fmt_static")
+    add_library(vesk_fmt_static STATIC "${PROJECT_SOURCE_DIR}/cmake/libraries/fmt.cpp")
+    target_include_directories(vesk_fmt_static SYSTEM PRIVATE "${VESK_FMT_INCLUDE}")
+endif()
 # Without its hints to the compiler in debug builds: -Og does not inline what they insist on.
 _vesk_header_library(
     xxhash "${VESK_XXHASH_INCLUDE}" XXH_INLINE_ALL $<$<CONFIG:Debug>:XXH_NO_INLINE_HINTS=1>

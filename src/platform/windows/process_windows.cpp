@@ -63,7 +63,7 @@ double secondsOf(std::uint64_t ticks) noexcept {
     return static_cast<double>(ticks) * kTick;
 }
 
-std::uint64_t ticksOf(const FILETIME& time) noexcept {
+std::uint64_t processorTicks(const FILETIME& time) noexcept {
     constexpr unsigned kHalf = 32;
     return (static_cast<std::uint64_t>(time.dwHighDateTime) << kHalf) | time.dwLowDateTime;
 }
@@ -76,7 +76,7 @@ ProcessUsage usageOf(HANDLE process) noexcept {
     FILETIME kernel{};
     FILETIME user{};
     if (::GetProcessTimes(process, &began, &ended, &kernel, &user)) {
-        usage.processorSeconds = secondsOf(ticksOf(kernel) + ticksOf(user));
+        usage.processorSeconds = secondsOf(processorTicks(kernel) + processorTicks(user));
     }
     PROCESS_MEMORY_COUNTERS memory{};
     if (::GetProcessMemoryInfo(process, &memory, sizeof(memory))) {
