@@ -33,8 +33,8 @@ if(VESK_SANITIZE)
     add_compile_options("-fsanitize=${VESK_SANITIZE}" -fno-omit-frame-pointer)
     add_compile_options(-fno-sanitize-recover=all)
     add_link_options("-fsanitize=${VESK_SANITIZE}")
-    if(VESK_SANITIZE STREQUAL "thread")
-        # Its reports name lines; without the rest a fifth of the time of compiling is saved.
+    if(VESK_SANITIZE STREQUAL "thread" OR DEFINED ENV{CI})
+        # Reports name lines; without the rest a fifth of the time of compiling is saved.
         add_compile_options(-g1)
     endif()
 endif()
