@@ -1,4 +1,4 @@
-// The compiled part of {fmt}, made of its headers: Debian's package has it as a shared library only.
+// The compiled part of {fmt}, made of its headers: Debian has it as a shared library only.
 #include <fmt/format-inl.h>
 
 namespace fmt::detail {
