@@ -25,7 +25,7 @@ std::atomic<bool> active{false};
 std::atomic<bool> repeatable{true};
 std::mutex mutex;
 thread_local Questions* scope = nullptr;
-std::string recording;  // of each question its letter, the answer's digest, the subject, a zero
+std::string recorded;  // of each question its letter, the answer's digest, the subject, a zero
 
 std::uint64_t digestOfTimes(const std::optional<FileStatus>& status) noexcept {
     if (!status || !status->directory) {
@@ -147,7 +147,7 @@ void record(Question question, std::string_view subject, std::uint64_t answer) {
     }
     if (active.load(std::memory_order_relaxed)) {
         const std::lock_guard lock(mutex);
-        appendQuestion(recording, question, subject, answer);
+        appendQuestion(recorded, question, subject, answer);
     }
 }
 
@@ -222,14 +222,14 @@ void recordRegistry(std::string_view key, std::string_view name, RegistryView vi
 }
 
 void startRecording() {
-    recording.clear();
+    recorded.clear();
     repeatable = true;
     active = true;
 }
 
 std::optional<std::string> recordingSoFar() {
     const std::lock_guard lock(mutex);
-    return repeatable ? std::optional(recording) : std::nullopt;
+    return repeatable ? std::optional(recorded) : std::nullopt;
 }
 
 RecordingPause::RecordingPause() noexcept : wasActive_(active.exchange(false)) {}
@@ -240,7 +240,7 @@ RecordingPause::~RecordingPause() {
 
 std::optional<std::string> takeRecording() {
     active = false;
-    return repeatable ? std::optional(std::exchange(recording, {})) : std::nullopt;
+    return repeatable ? std::optional(std::exchange(recorded, {})) : std::nullopt;
 }
 
 namespace {
