@@ -129,7 +129,7 @@ TEST(Questions, AnswersFromElsewhere) {
     EXPECT_EQ(all.recording(), status.recording() + content.recording() + none.recording());
     test::write(file, "shirt");  // the times may be the same
     EXPECT_FALSE(stillValid(content.recording()));
-    test::write(missing, "x");
+    test::write(dir / "missing", "x");
     EXPECT_FALSE(stillValid(none.recording()));
     fs::remove(file);
     EXPECT_FALSE(stillValid(status.recording()));
