@@ -61,7 +61,7 @@ function(vesk_add_room name)
             PRIVATE vesk_warnings
         )
         target_precompile_headers(vesk_${name} REUSE_FROM vesk_precompiled)
-        # With CMAKE_UNITY_BUILD (the optimised presets) so many sources are compiled as one.
+        # With CMAKE_UNITY_BUILD (all presets but debug) so many sources are compiled as one.
         set_target_properties(vesk_${name} PROPERTIES UNITY_BUILD_BATCH_SIZE 12)
     else()
         add_library(vesk_${name} INTERFACE)
