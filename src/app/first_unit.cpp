@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/text.h"
-#include "project/identifier.h"
+#include "grammar/identifier.h"
 
 namespace Vesk {
 namespace {
@@ -128,7 +128,7 @@ class UnitText {
         return name_ + (kind_ == FirstUnit::Library || !hasPrograms ? "" : "_common");
     }
 
-    /// What whoever reads the file first has to know.
+    /// What a reader of the file has to know first.
     std::string notes() const {
         std::string text;
         if (!leftOut_.empty()) {

@@ -9,8 +9,8 @@
 #include "base/console.h"
 #include "base/exception.h"
 #include "base/text.h"
+#include "grammar/identifier.h"
 #include "platform/files.h"
-#include "project/identifier.h"
 
 namespace Vesk {
 namespace {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "base/ci_string.h"
+#include "grammar/identifier.h"
 
 namespace Vesk {
 namespace {
@@ -18,14 +19,6 @@ struct Piece {
 
     bool is(char sign) const noexcept { return kind == Kind::Sign && text.front() == sign; }
 };
-
-bool beginsWord(char c) noexcept {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-
-bool isInWord(char c) noexcept {
-    return beginsWord(c) || (c >= '0' && c <= '9') || c == '-';
-}
 
 /// Cuts a text into words, strings and signs.
 class Cutter {
@@ -43,8 +36,8 @@ class Cutter {
         if (rest_.starts_with("R\"(") || rest_.starts_with("P\"(")) {
             return string(3, ")\"");
         }
-        if (beginsWord(rest_.front())) {
-            const auto* const end = std::ranges::find_if_not(rest_, isInWord);
+        if (beginsIdentifier(rest_.front())) {
+            const auto* const end = std::ranges::find_if_not(rest_, isInIdentifier);
             return {Kind::Word, take(static_cast<std::size_t>(end - rest_.begin())), beginsLine_};
         }
         return rest_.starts_with("::") ? Piece{Kind::DoubleColon, take(2), false}

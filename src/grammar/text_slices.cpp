@@ -1,8 +1,9 @@
 #include "grammar/text_slices.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
+
+#include "grammar/identifier.h"
 
 namespace Vesk {
 namespace {
@@ -20,21 +21,6 @@ bool isDigit(char c) noexcept {
 
 bool isHexDigit(char c) noexcept {
     return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
-bool beginsName(char c) noexcept {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-
-bool isInName(char c) noexcept {
-    return beginsName(c) || isDigit(c) || c == '-';
-}
-
-/// A keyword is not a name.
-bool isKeyword(std::string_view name) noexcept {
-    constexpr std::array<std::string_view, 8> kKeywords = {
-        "unit", "if", "import", "units", "profiles", "projects", "tools", "name"};
-    return std::ranges::find(kKeywords, name) != kKeywords.end();
 }
 
 bool beginsCodePoint(char c) noexcept {
@@ -139,7 +125,7 @@ class Scanner {
     void skipNameOrRawString() {
         const bool raw = (ahead() == 'R' || ahead() == 'P') && ahead(1) == '"' && ahead(2) == '(';
         if (!raw || !skipPast(")\"", at_ + 3)) {
-            skipWhile(isInName);
+            skipWhile(isInIdentifier);
         }
     }
 
@@ -152,7 +138,7 @@ class Scanner {
         if (first == '\'') {
             return skipIndexName();
         }
-        if (beginsName(first)) {
+        if (beginsIdentifier(first)) {
             skipNameOrRawString();
         } else if (isDigit(first)) {
             skipNumber();
@@ -164,15 +150,15 @@ class Scanner {
 
     bool takeUnitLine(UnitSlices& found) {
         const std::size_t start = at_;
-        skipWhile(isInName);
+        skipWhile(isInIdentifier);
         if (text_.substr(start, at_ - start) != kUnitKeyword) {
             at_ = start;
             return true;
         }
-        if (!skipBlanks() || !beginsName(ahead())) {
+        if (!skipBlanks() || !beginsIdentifier(ahead())) {
             return false;
         }
-        skipWhile(isInName);
+        skipWhile(isInIdentifier);
         found.unitLine = sliceFrom(start);
         return skipBlanks();
     }
@@ -200,7 +186,7 @@ class Scanner {
         }
         const std::size_t start = ++at_;
         UnitsSection section;
-        while (skipBlanks() && beginsName(ahead())) {
+        while (skipBlanks() && beginsIdentifier(ahead())) {
             if (!takeUnit(section.units.emplace_back())) {
                 return std::nullopt;
             }
@@ -214,7 +200,7 @@ class Scanner {
 
     bool takeUnit(UnitEntry& unit) {
         const std::size_t start = at_;
-        skipWhile(isInName);
+        skipWhile(isInIdentifier);
         unit.name = text_.substr(start, at_ - start);
         unit.line = sliceFrom(start).line;
         if (isKeyword(unit.name) || !skipBlanks() || ahead() != '{') {

@@ -4,9 +4,9 @@
 
 #include "base/console.h"
 #include "base/text.h"
+#include "grammar/identifier.h"
 #include "grammar/loaders.h"
 #include "platform/files.h"
-#include "project/identifier.h"
 #include "project/project_paths.h"
 #include "project/registry_text.h"
 #include "types/values/errors.h"

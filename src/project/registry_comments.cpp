@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "base/text.h"
+#include "grammar/identifier.h"
 #include "grammar/token_texts.h"
-#include "project/identifier.h"
 
 namespace Vesk {
 

@@ -1,6 +1,6 @@
 #include "project/create_project.h"
 
-#include "project/identifier.h"
+#include "grammar/identifier.h"
 #include "project/unit_file_walk.h"
 #include "project/workspace.h"
 

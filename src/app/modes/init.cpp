@@ -7,9 +7,9 @@
 #include "base/ci_string.h"
 #include "base/console.h"
 #include "base/exception.h"
+#include "grammar/identifier.h"
 #include "platform/directories.h"
 #include "platform/files.h"
-#include "project/identifier.h"
 #include "project/project.h"
 
 namespace Vesk::modes {

@@ -6,7 +6,7 @@
 #include "base/ci_string.h"
 #include "base/exception.h"
 #include "editor/names.h"
-#include "project/identifier.h"
+#include "grammar/identifier.h"
 
 namespace Vesk::editor {
 namespace {

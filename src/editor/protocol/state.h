@@ -16,7 +16,7 @@ namespace Vesk::editor {
 
 using Json = nlohmann::json;
 
-/// On one line. Text that is no UTF-8, which JSON has to be, is replaced.
+/// On one line. JSON is UTF-8: bytes that are not are replaced.
 std::string textOf(const Json& json);
 
 /// An answer to a request that is an error.

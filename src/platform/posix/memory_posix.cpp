@@ -22,7 +22,7 @@ constexpr int kOwnMapping = 4 * 1024 * 1024;
 constexpr int kUsualGrowth = 128 * 1024;  ///< the allocator's own
 constexpr std::uintptr_t kLargePage = 2 * 1024 * 1024;
 
-/// Whoever limits what a process may reserve needs it for something else.
+/// Where the address space is limited, a large reservation leaves too little of it for the rest.
 bool mayReserve() noexcept {
     return std::ranges::all_of(std::array{RLIMIT_AS, RLIMIT_DATA}, [](auto resource) {
         rlimit limit{};
