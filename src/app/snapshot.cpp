@@ -11,7 +11,6 @@
 #include "cache/cache_file.h"
 #include "cache/cache_text.h"
 #include "cache/file_state.h"
-#include "driver/visit_tree.h"
 #include "keep/visit_store.h"
 #include "platform/files.h"
 #include "platform/question_list.h"
@@ -21,19 +20,20 @@
 namespace Vesk {
 namespace {
 
-constexpr std::string_view kHeader = "VESK_SNAPSHOT_3\n";
+constexpr std::string_view kHeader = "VESK_SNAPSHOT_4\n";
 
 /// Of a run with more questions than that the repetition is no gain.
 constexpr std::size_t kMaxBytes = std::size_t{64} * 1024 * 1024;
 
-/// The parts of a snapshot: what the run wrote, what it asked.
-struct Content {
-    std::string_view transcript;
-    std::string_view recording;
-};
+bool startsWith(const std::filesystem::path& file, std::string_view start) {
+    std::error_code ignored;
+    return platform::readStart(file, start.size(), ignored) == start;
+}
+
+}  // namespace
 
 /// Nothing for a file that was not written to its end.
-std::optional<Content> contentOf(std::string_view bytes) {
+std::optional<Snapshot::Content> Snapshot::contentOf(std::string_view bytes) {
     CacheReader reader(bytes);
     std::string_view hash;
     Content content;
@@ -42,18 +42,11 @@ std::optional<Content> contentOf(std::string_view bytes) {
     }
     const auto start = static_cast<std::size_t>(reader.position() - bytes.data());
     if (hash != digits(hashText(bytes.substr(start))) || !reader.text(content.transcript) ||
-        !reader.text(content.recording)) {
+        !reader.text(content.recording) || !reader.text(content.tree)) {
         return std::nullopt;
     }
     return content;
 }
-
-bool startsWith(const std::filesystem::path& file, std::string_view start) {
-    std::error_code ignored;
-    return platform::readStart(file, start.size(), ignored) == start;
-}
-
-}  // namespace
 
 Snapshot::Snapshot(const std::filesystem::path& directory,
                    const std::vector<std::string>& arguments)
@@ -74,19 +67,44 @@ Snapshot::Snapshot(const std::filesystem::path& directory,
     start_.append(kHeader).append(digits(hashText(run))).append("\n");  // they may be secrets
 }
 
-bool Snapshot::repeats() const {
+bool Snapshot::repeats() {
     for (const std::filesystem::path& file : files_) {
         if (!startsWith(file, start_)) {
             continue;
         }
         std::error_code ignored;
-        const auto bytes = platform::readWholeFile(file, ignored);
+        auto bytes = platform::readWholeFile(file, ignored);
         if (!bytes || !bytes->starts_with(start_)) {
             return false;
         }
-        const auto content = contentOf(std::string_view(*bytes).substr(start_.size()));
-        return content && platform::stillValid(content->recording) &&
-               console::repeat(content->transcript);
+        bytes_ = std::move(*bytes);
+        const auto content = contentOf(std::string_view(bytes_).substr(start_.size()));
+        return content && repeats(*content);
+    }
+    return false;
+}
+
+/// Visits that have not been looked at for long are: what is kept for them would get too old.
+bool Snapshot::repeats(const Content& content) {
+    std::optional<KeptTree> tree;
+    const auto treeIsKnown = [&] {
+        if (!tree) {
+            tree = KeptTree::decoded(content.tree);
+        }
+        return tree && tree->day + kDaysKept / 3 > today();
+    };
+    const auto mayDiffer = [&](KeptTree::Question number) {
+        return treeIsKnown() && number >= tree->firstQuestion && number < tree->endOfQuestions;
+    };
+    const auto differing = platform::differingAnswers(content.recording, mayDiffer);
+    if (!differing) {
+        return false;
+    }
+    if (differing->empty() && !KeptTree::hasOpenVisits(content.tree)) {
+        return console::repeat(content.transcript);
+    }
+    if (treeIsKnown()) {
+        standing_.emplace(std::move(*tree), content.transcript, content.recording, *differing);
     }
     return false;
 }
@@ -113,10 +131,7 @@ std::filesystem::path Snapshot::fileToWrite() const {
 }
 
 Snapshot::~Snapshot() {
-    if (watches_) {
-        console::transcript();
-        platform::takeRecording();
-    }
+    stopWatching();
 }
 
 void Snapshot::begin() {
@@ -134,45 +149,79 @@ void Snapshot::begin() {
 
 void Snapshot::visitsBegin() {
     if (auto recording = platform::recordingSoFar()) {
-        beginning_ = {console::transcriptSoFar(), std::move(*recording)};
+        beginning_ = {console::transcriptSoFar(), std::move(*recording), {}};
+    }
+    if (standing_) {
+        stopWatching();  // what is passed over does not ask
     }
 }
 
-bool Snapshot::keep(const std::vector<std::filesystem::path>& ownFiles) {
+void Snapshot::stopWatching() {
+    if (watches_) {
+        watches_ = false;
+        console::transcript();
+        platform::takeRecording();
+    }
+}
+
+void Snapshot::end(const std::vector<std::filesystem::path>& ownFiles) {
+    if (!watches_) {
+        return;
+    }
     for (const std::filesystem::path& file : ownFiles) {
         platform::fileStatus(file);
     }
     watches_ = false;
     std::string transcript = console::transcript();
-    auto recording = platform::takeRecording();
-    if (!recording) {
-        return false;
+    if (auto recording = platform::takeRecording()) {
+        whole_ = {std::move(transcript), std::move(*recording), {}};
     }
-    write({std::move(transcript), std::move(*recording)});
-    return true;
 }
 
-void Snapshot::keepForeseen(VisitTree& tree, const VisitStore& store,
+bool Snapshot::keepForeseen(VisitTree& tree, const VisitStore& store,
                             const std::vector<std::filesystem::path>& ownFiles) {
     platform::QuestionList& questions = tree.questions();
     if (!beginning_ || !questions.add(beginning_->recording)) {
-        return;
+        return false;
     }
-    const auto foreseen = tree.foresee(store);
+    auto foreseen = tree.foresee(std::move(beginning_->transcript), store, standing());
     if (!foreseen) {
-        return;
+        return false;
     }
     for (const std::filesystem::path& file : ownFiles) {
         questions.addStatusNow(file);
     }
-    write({beginning_->transcript + *foreseen, questions.recording()});
+    write({std::move(foreseen->transcript), questions.recording(), foreseen->tree.encoded()});
+    return true;
 }
 
-void Snapshot::write(const Watched& run) const {
+void Snapshot::keep() const {
+    if (whole_) {
+        write(*whole_);
+    }
+}
+
+void Snapshot::keepStanding(const std::vector<std::filesystem::path>& ownFiles) {
+    if (!standing_) {
+        return;
+    }
+    platform::QuestionList questions;
+    const KeptTree tree = standing_->treeOfFailure();
+    for (KeptTree::Question i = 0; i < tree.endOfQuestions; ++i) {
+        questions.addQuestion(standing_->question(i));
+    }
+    for (const std::filesystem::path& file : ownFiles) {
+        questions.addStatusNow(file);
+    }
+    write({std::string(standing_->transcript()), questions.recording(), tree.encoded()});
+}
+
+void Snapshot::write(const Run& run) const {
     std::string content;
-    content.reserve(run.transcript.size() + run.recording.size() + 64);
+    content.reserve(run.transcript.size() + run.recording.size() + run.tree.size() + 64);
     appendText(content, run.transcript);
     appendText(content, run.recording);
+    appendText(content, run.tree);
     if (content.size() > kMaxBytes || !platform::isFile(cache_)) {
         return;
     }

@@ -9,6 +9,9 @@
 // A run that built something is followed by one that finds nothing to do. What that one will ask
 // and write is known beforehand: what this run asked and wrote until its first visit, and then what
 // the visits that it has kept say (see driver/visit_tree.h).
+//
+// Where that is known, it is also known which visit asks what. When only visits find other answers,
+// the run passes over all the rest (see driver/standing_visits.h).
 #pragma once
 
 #include <cstddef>
@@ -18,10 +21,13 @@
 #include <string_view>
 #include <vector>
 
+#include "driver/standing_visits.h"
+#include "driver/visit_tree.h"
+#include "platform/question_list.h"
+
 namespace Vesk {
 
 class VisitStore;
-class VisitTree;
 
 /// Next to the cache of the project. Further ones have numbers: ".vesk_cache.snapshot.2".
 inline constexpr const char* kSnapshotFileName = ".vesk_cache.snapshot";
@@ -39,7 +45,13 @@ class Snapshot {
 
     /// True when this run was kept and would go the same way again; then what it wrote has been
     /// written.
-    bool repeats() const;
+    bool repeats();
+
+    /// When it would go another way: the visits that stand nevertheless. Null if that is not known.
+    StandingVisits* standing() noexcept { return standing_ ? &*standing_ : nullptr; }
+
+    /// Nobody passes over them.
+    void dropStanding() noexcept { standing_.reset(); }
 
     /// Begins to watch a run.
     void begin();
@@ -47,31 +59,50 @@ class Snapshot {
     /// Its first visit is about to begin.
     void visitsBegin();
 
-    /// Ends the watch. Keeps the run, and returns true, if it only asked and the directory is one
-    /// that has a cache. `ownFiles`: of the caches. A failure to keep it is none of the build's:
-    /// this only saves time.
-    bool keep(const std::vector<std::filesystem::path>& ownFiles);
+    /// Ends the watch. `ownFiles`: of the caches.
+    void end(const std::vector<std::filesystem::path>& ownFiles);
 
-    /// For a run that did more than ask, when all is saved: keeps what the next one will do.
-    void keepForeseen(VisitTree& tree, const VisitStore& store,
+    /// When all is saved: keeps what the next run will do. False if that is not known. A failure to
+    /// write it is none of the build's: this only saves time.
+    bool keepForeseen(VisitTree& tree, const VisitStore& store,
                       const std::vector<std::filesystem::path>& ownFiles);
 
+    /// Keeps the run itself, if it only asked.
+    void keep() const;
+
+    /// Of a run that passed over what stands, and then failed: keeps that for the next one.
+    void keepStanding(const std::vector<std::filesystem::path>& ownFiles);
+
   private:
-    /// What a run wrote and asked.
-    struct Watched {
+    /// What a run wrote and asked, and its visits, as bytes; empty: it is not known what they are.
+    struct Run {
         std::string transcript;
         std::string recording;
+        std::string tree;
     };
 
+    /// The parts of a file.
+    struct Content {
+        std::string_view transcript;
+        std::string_view recording;
+        std::string_view tree;
+    };
+
+    static std::optional<Content> contentOf(std::string_view bytes);
+    bool repeats(const Content& content);
+    void stopWatching();
     std::filesystem::path fileToWrite() const;
-    void write(const Watched& run) const;
+    void write(const Run& run) const;
 
     std::filesystem::path cache_;
     std::vector<std::filesystem::path> files_;
     std::string start_;  ///< of its file: the version, and a hash of what makes it this run
-    std::filesystem::path file_;  ///< where it is kept
+    std::filesystem::path file_;  ///< where it is to be kept
+    std::string bytes_;           ///< of the file where it was kept
+    std::optional<StandingVisits> standing_;
     bool watches_ = false;
-    std::optional<Watched> beginning_;  ///< of the run, up to its first visit
+    std::optional<Run> beginning_;  ///< of the run, up to its first visit
+    std::optional<Run> whole_;      ///< all of it, if it only asked
 };
 
 }  // namespace Vesk

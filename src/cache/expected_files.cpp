@@ -1,10 +1,6 @@
 #include "cache/expected_files.h"
 
-#include <algorithm>
 #include <optional>
-
-#include "cache/file_states.h"
-#include "platform/recorder.h"
 
 namespace Vesk {
 namespace {
@@ -22,39 +18,33 @@ platform::FileStatus statusIn(const FileState& state) noexcept {
 
 }  // namespace
 
-void ExpectedFiles::add(const std::string& path, const FileState& state) {
+bool ExpectedFiles::add(const std::string& path, const FileState& state) {
     switch (state.kind) {
         case FileState::Kind::File:
             questions_.addStatus(path, statusIn(state));
-            break;
+            return true;
         case FileState::Kind::Recent:
             questions_.addContent(path, state.hash.low);
-            break;
+            return true;
         case FileState::Kind::Missing:
             questions_.addStatus(path, std::nullopt);
-            break;
+            return true;
         case FileState::Kind::Directory:
         case FileState::Kind::Names:
         case FileState::Kind::Other:
-            others_.push_back({path, state});
-            break;
+            return addLooking(path, state);
         case FileState::Kind::Unknown:
-            isKnown_ = false;
             break;
     }
+    return false;
 }
 
-bool ExpectedFiles::complete() {
-    platform::Questions asked;
-    FileStates now;
+/// What has been looked at once is not asked for again.
+bool ExpectedFiles::addLooking(const std::string& path, const FileState& state) {
+    platform::Questions& asked = asked_[path];
     const platform::QuestionScope scope(asked);
-    return isKnown_ &&
-           std::ranges::all_of(others_,
-                               [&now](const Expected& each) {
-                                   return now.compare(each.path, each.state) ==
-                                          FileStates::Comparison::Same;
-                               }) &&
-           asked.repeatable && questions_.add(asked.recording);
+    return now_.compare(path, state) == FileStates::Comparison::Same && asked.repeatable &&
+           questions_.add(asked.recording);
 }
 
 }  // namespace Vesk

@@ -2,35 +2,33 @@
 #pragma once
 
 #include <string>
-#include <vector>
+#include <unordered_map>
 
 #include "cache/file_state.h"
+#include "cache/file_states.h"
 #include "platform/question_list.h"
+#include "platform/recorder.h"
 
 namespace Vesk {
 
 /// The questions are made of the states in the records: what the system says by now may be news to
-/// them. Only directories are looked at, at the end: vesk's own files come and go there.
+/// them. Only directories are looked at, when all else is saved: vesk's own files come and go
+/// there.
 class ExpectedFiles {
   public:
     /// They go to `questions`, which outlives this.
     explicit ExpectedFiles(platform::QuestionList& questions) : questions_(questions) {}
 
-    /// That the file is in this state, as FileStates::compare sees it. The path is absolute.
-    void add(const std::string& path, const FileState& state);
-
-    /// Whether the questions tell all of that, so far as it can be seen now.
-    bool complete();
+    /// That the file is in this state, as FileStates::compare sees it. The path is absolute. False
+    /// if no question tells that, or if it can be seen that it is not.
+    bool add(const std::string& path, const FileState& state);
 
   private:
-    struct Expected {
-        std::string path;
-        FileState state;
-    };
+    bool addLooking(const std::string& path, const FileState& state);
 
     platform::QuestionList& questions_;
-    std::vector<Expected> others_;  ///< that are not files
-    bool isKnown_ = true;           ///< there is a question for each so far
+    FileStates now_;
+    std::unordered_map<std::string, platform::Questions> asked_;  ///< by path, of what is no file
 };
 
 }  // namespace Vesk

@@ -194,8 +194,7 @@ std::optional<ContentHash> ProjectCache::recordHash(const std::string& key) {
 }
 
 ProjectCache::Standing ProjectCache::filesStand(
-    Entry& entry, const std::function<bool(const std::string&)>& isToBeMade,
-    ExpectedFiles* expected) {
+    Entry& entry, const std::function<bool(const std::string&)>& isToBeMade) {
     auto files = filesOf(*entry.record);
     if (!files) {
         return Standing::no;
@@ -211,28 +210,15 @@ ProjectCache::Standing ProjectCache::filesStand(
         }
         touched = touched || comparison == FileStates::Comparison::SameContent;
     }
-    if (touched) {
-        for (RecordFile& file : *files) {
-            file.state = states_.current(root_.absolute(file.path));
-        }
-    }
-    if (expected != nullptr) {
-        expectAll(entry, *files, *expected);
-    }
     if (!touched) {
         return Standing::yes;
+    }
+    for (RecordFile& file : *files) {
+        file.state = states_.current(root_.absolute(file.path));
     }
     entry.record = withFiles(*entry.record, *files);
     changed_ = true;
     return Standing::refreshed;
-}
-
-void ProjectCache::expectAll(Entry& entry, const std::vector<RecordFile>& files,
-                             ExpectedFiles& expected) {
-    for (const RecordFile& file : files) {
-        expected.add(root_.absolute(file.path), file.state);
-    }
-    entry.expected = true;
 }
 
 /// Whether the record is the one with this hash and nobody makes another one.
@@ -243,7 +229,7 @@ bool ProjectCache::stands(const Entry& entry, const ContentHash& record) {
 
 ProjectCache::Standing ProjectCache::standing(
     const std::string& key, const ContentHash& record,
-    const std::function<bool(const std::string&)>& isToBeMade, ExpectedFiles* expected) {
+    const std::function<bool(const std::string&)>& isToBeMade) {
     Entry* entry = find(key);
     if (entry == nullptr) {
         return Standing::no;
@@ -253,7 +239,7 @@ ProjectCache::Standing ProjectCache::standing(
         return Standing::no;
     }
     markAsked(*entry);
-    return filesStand(*entry, isToBeMade, expected);
+    return filesStand(*entry, isToBeMade);
 }
 
 bool ProjectCache::expect(const std::string& key, const ContentHash& record,
@@ -263,15 +249,11 @@ bool ProjectCache::expect(const std::string& key, const ContentHash& record,
         return false;
     }
     const std::lock_guard lock(entry->mutex);
-    if (entry->valid && entry->expected) {
-        return true;
-    }
     const auto files =
         stands(*entry, record) ? filesOf(*entry->record) : std::optional<std::vector<RecordFile>>();
-    if (files) {
-        expectAll(*entry, *files, expected);
-    }
-    return files.has_value();
+    return files && std::ranges::all_of(*files, [&](const RecordFile& file) {
+               return expected.add(root_.absolute(file.path), file.state);
+           });
 }
 
 bool ProjectCache::insert(const std::string& key, const RecordText& record) {
@@ -450,7 +432,6 @@ bool ProjectCache::save() {
 
 void ProjectCache::Entry::invalidate() {
     valid = false;
-    expected = false;
     if (record) {
         record = unfinished(*record);
     }

@@ -94,13 +94,12 @@ class ProjectCache {
 
     /// Whether the record is the one with this hash and its files are still as it says, for a
     /// caller who knows that a request would be the same. The answer is `no` if a file
-    /// `isToBeMade`. Files of a record that stands are added to `expected`, unless it is null.
+    /// `isToBeMade`.
     Standing standing(const std::string& key, const ContentHash& record,
-                      const std::function<bool(const std::string&)>& isToBeMade,
-                      ExpectedFiles* expected);
+                      const std::function<bool(const std::string&)>& isToBeMade);
 
-    /// Adds the files of the record, which is the one with this hash, unless `standing` has added
-    /// them. False if there is no such record of a finished build.
+    /// Adds the files of the record, which is the one with this hash. False if there is no such
+    /// record of a finished build, or if its files are not as it says.
     bool expect(const std::string& key, const ContentHash& record, ExpectedFiles& expected);
 
     /// The files that `load` has read, to be asked about once they are saved.
@@ -141,8 +140,7 @@ class ProjectCache {
         std::optional<RecordText> record;  ///< of the last build
         DayNumber day = 0;                 ///< when it was last asked for; 0: not one of vesk's
         bool valid = false;                ///< it is finished, and no newer build has begun
-        bool stored = false;    ///< the file holds a record that could be taken for a hit
-        bool expected = false;  ///< its files have been added to those that are expected
+        bool stored = false;  ///< the file holds a record that could be taken for a hit
         bool claimed = false;
         bool closed = false;
         std::uint64_t token = 0;  ///< of the claim; 0 if there is none
@@ -160,9 +158,7 @@ class ProjectCache {
     void addLoaded(std::string_view key, RecordText record);
     void markAsked(Entry& entry) noexcept;
     static bool stands(const Entry& entry, const ContentHash& record);
-    Standing filesStand(Entry& entry, const std::function<bool(const std::string&)>& isToBeMade,
-                        ExpectedFiles* expected);
-    void expectAll(Entry& entry, const std::vector<RecordFile>& files, ExpectedFiles& expected);
+    Standing filesStand(Entry& entry, const std::function<bool(const std::string&)>& isToBeMade);
     ObtainResult check(Entry& entry, const CacheRequest& request);
     void beginClaim(Entry& entry, ObtainResult& result);
     ObtainResult obtainAfterWaiting(Entry& entry, const CacheRequest& request,

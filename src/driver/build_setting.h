@@ -12,6 +12,7 @@
 
 namespace Vesk {
 
+class StandingVisits;
 class VisitKeeper;
 class VisitTree;
 
@@ -42,6 +43,9 @@ struct BuildSetting {
     BuildEvents* events = &noEvents();
     VisitKeeper* keeper = nullptr;  ///< null: every visit is made, and none is kept
     VisitTree* tree = nullptr;      ///< gets all visits; null: nobody wants to know
+
+    /// Of an earlier run, to be passed over. Null: every visit is looked at. Needs a tree.
+    StandingVisits* standing = nullptr;
 };
 
 }  // namespace Vesk

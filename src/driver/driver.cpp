@@ -9,7 +9,6 @@
 #include "driver/build_errors.h"
 #include "driver/target_news.h"
 #include "driver/target_visit.h"
-#include "driver/visit_tree.h"
 #include "types/context/context_value.h"
 
 namespace Vesk {
@@ -91,7 +90,9 @@ void Driver::throwEndless(const Target& target) const {
     throw error;
 }
 
-Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<ValuePtr> arguments) {
+/// `expected`: the visit that it was in an earlier run, if that can be told.
+Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<ValuePtr> arguments,
+                               std::optional<StandingVisits::Node> expected) {
     const std::string key = visitKey(location, arguments);
     if (const auto known = visited_.find(key); known != visited_.end()) {
         if (!known->second.finished) {
@@ -107,18 +108,101 @@ Driver::Visited& Driver::enter(const TargetLocation& location, std::vector<Value
     visited.arguments = referredContexts(arguments);
     const events::Id dependant = stack_.empty() ? 0 : stack_.back()->seenAs().visit;
     push(location, std::move(arguments), key);
+    const auto earlier = topInEarlierRun(expected);
+    if (passOverTop(visited, earlier)) {
+        return visited;
+    }
     visited.visit = stack_.back()->seenAs().visit;
     tellNeeded(dependant, visited.visit);
     addToTree(visited);
     stack_.back()->begin();
+    if (earlier) {
+        setting_.standing->visit(*earlier);
+        stack_.back()->standAs(*earlier);
+    }
     return visited;
 }
 
 void Driver::addToTree(Visited& visited) {
     if (setting_.tree != nullptr) {
-        const TargetVisit& visit = *stack_.back();
-        visited.node = setting_.tree->add(visit.prefix(), visit.keptAs(),
-                                          setting_.cacheOf(*visit.location().project));
+        TargetVisit& visit = *stack_.back();
+        visited.inTree = setting_.tree->add(visit.displayName(), visit.prefix(), visit.keptAs(),
+                                            setting_.cacheOf(*visit.location().project));
+        visit.setInTree(visited.inTree);
+    }
+}
+
+/// The next dependency of a visit that goes as it went in an earlier run.
+std::optional<StandingVisits::Node> Driver::nextInEarlierRun(const TargetVisit& visit) const {
+    const auto dependant = setting_.standing != nullptr ? visit.standsAs() : std::nullopt;
+    return dependant ? std::optional(
+                           setting_.standing->tree().dependencies(*dependant)[visit.nextNumber()])
+                     : std::nullopt;
+}
+
+std::optional<StandingVisits::Node> Driver::topInEarlierRun(
+    std::optional<StandingVisits::Node> expected) const {
+    const auto key = stack_.back()->keptAs();
+    if (setting_.standing == nullptr || !key) {
+        return std::nullopt;
+    }
+    return expected && setting_.standing->tree().visits()[*expected].key == *key
+               ? expected
+               : setting_.standing->find(*key);
+}
+
+/// Whether the visit has been passed over, or is now.
+bool Driver::isPassed(StandingVisits::Node visit) {
+    StandingVisits& standing = *setting_.standing;
+    if (standing.isPassed(visit)) {
+        return true;
+    }
+    if (!standing.mayPass(visit)) {
+        return false;
+    }
+    if (others_) {
+        others_->waitUnlessOverlapping(standing.overlaps(visit));
+    }
+    const auto isToBeMade = [this](const std::string& file) {
+        return others_ && others_->isToBeMade(file);
+    };
+    if (!standing.stillStands(visit, isToBeMade)) {
+        return false;
+    }
+    console::repeat(standing.pass(visit));
+    return true;
+}
+
+bool Driver::passOverNext(TargetVisit& visit) {
+    const auto next = nextInEarlierRun(visit);
+    if (!next || !isPassed(*next)) {
+        return false;
+    }
+    setting_.tree->depends(visit.inTree(), visit.nextNumber(), setting_.tree->addPassed(*next));
+    setting_.events->dropped(1);
+    visit.passOver();
+    return true;
+}
+
+/// For a dependant that is visited itself, and wants the outputs.
+bool Driver::passOverTop(Visited& visited, std::optional<StandingVisits::Node> earlier) {
+    auto result = earlier ? stack_.back()->resultAs(*earlier) : std::nullopt;
+    if (!result || !isPassed(*earlier)) {
+        return false;
+    }
+    visited.result = std::move(*result);
+    visited.finished = true;
+    visited.inTree = setting_.tree->addPassed(*earlier);
+    pop();
+    return true;
+}
+
+/// For those who sum up a build that has failed.
+void Driver::tellPassed() const {
+    if (setting_.standing != nullptr) {
+        for (const std::string& target : setting_.standing->targetsPassed()) {
+            setting_.events->ended(target, TargetEnd::UpToDate);
+        }
     }
 }
 
@@ -139,12 +223,16 @@ void Driver::pop() {
 }
 
 void Driver::visitNextDependency(TargetVisit& visit) {
+    if (passOverNext(visit)) {
+        return;
+    }
+    const auto expected = nextInEarlierRun(visit);
     auto [location, arguments] = visit.next();
     const std::size_t number = visit.nextNumber();
     try {
-        const Visited& visited = enter(location, std::move(arguments));
+        const Visited& visited = enter(location, std::move(arguments), expected);
         if (setting_.tree != nullptr) {
-            setting_.tree->depends(visited_.at(visit.key()).node, number, visited.node);
+            setting_.tree->depends(visit.inTree(), number, visited.inTree);
         }
         if (visited.hasFailed()) {
             visit.skipDependency();
@@ -317,15 +405,19 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
     beginBuild();
     const std::string root = visitKey(location, {});
     setting_.events->expected(1);
-    orAbandon([&] {
-        enter(location, {});
-        visitAll();
-    });
-    const Visited& visited = visited_.at(root);
-    if (visited.hasFailed()) {
-        throw BuildFailed();
+    try {
+        orAbandon([&] {
+            enter(location, {}, StandingVisits::Node{0});
+            visitAll();
+        });
+        if (visited_.at(root).hasFailed()) {
+            throw BuildFailed();
+        }
+    } catch (...) {
+        tellPassed();
+        throw;
     }
-    return visited.result.outputs.context();
+    return visited_.at(root).result.outputs.context();
 }
 
 }  // namespace Vesk

@@ -46,7 +46,7 @@ class Driver {
         bool finished = false;
         bool failed = false;
         events::Id visit = 0;
-        std::size_t node = 0;  ///< of the tree of visits
+        VisitTree::Node inTree = 0;
 
         bool hasFailed() const noexcept {
             return failed || (result.scheduled && result.scheduled->failed());
@@ -56,8 +56,15 @@ class Driver {
             arguments;  ///< contexts whose addresses are in the key
     };
 
-    Visited& enter(const TargetLocation& location, std::vector<ValuePtr> arguments);
+    Visited& enter(const TargetLocation& location, std::vector<ValuePtr> arguments,
+                   std::optional<StandingVisits::Node> expected);
     void visitNextDependency(TargetVisit& visit);
+    std::optional<StandingVisits::Node> nextInEarlierRun(const TargetVisit& visit) const;
+    std::optional<StandingVisits::Node> topInEarlierRun(
+        std::optional<StandingVisits::Node> expected) const;
+    bool passOverNext(TargetVisit& visit);
+    bool passOverTop(Visited& visited, std::optional<StandingVisits::Node> earlier);
+    bool isPassed(StandingVisits::Node visit);
     void step(TargetVisit& visit);
     void beginBuild();
     void visitAll();
@@ -74,6 +81,7 @@ class Driver {
     void finishTop();
     void failTop();
     void addToTree(Visited& visited);
+    void tellPassed() const;
     void reportFailure(const VeskException& error);
     void push(const TargetLocation& location, std::vector<ValuePtr> arguments, std::string key);
     void pop();

@@ -9,7 +9,6 @@
 #include "driver/mistyped_names.h"
 #include "driver/target_news.h"
 #include "driver/target_wishes.h"
-#include "driver/visit_tree.h"
 #include "keep/encoding.h"
 #include "types/context/context_value.h"
 #include "types/values/errors.h"
@@ -296,6 +295,25 @@ void TargetVisit::addOutputs(const TargetLocation& dependency, const TargetResul
     }
 }
 
+void TargetVisit::passOver() {
+    console::repeat(memory_->taken()->dependencies[next_++].said);
+    scheduled_.push_back(nullptr);
+}
+
+std::optional<StandingVisits::Node> TargetVisit::standsAs() const {
+    return memory_->taken() != nullptr ? standsAs_ : std::nullopt;
+}
+
+void TargetVisit::standAs(StandingVisits::Node visit) {
+    if (memory_->takesThat(setting_.standing->tree().visits()[visit].kept)) {
+        standsAs_ = visit;
+    }
+}
+
+std::optional<TargetResult> TargetVisit::resultAs(StandingVisits::Node visit) const {
+    return memory_->resultOf(setting_.standing->tree().visits()[visit].kept);
+}
+
 void TargetVisit::skipDependency() {
     ++next_;
     failedDependency_ = true;
@@ -324,8 +342,7 @@ bool TargetVisit::endsAsKept(SideBySide* others) {
     const auto isToBeMade = [others](const std::string& file) {
         return others != nullptr && others->isToBeMade(file);
     };
-    return memory_->ends(setting_.cacheOf(*location_.project), isToBeMade,
-                         setting_.tree != nullptr ? &setting_.tree->files() : nullptr);
+    return memory_->ends(setting_.cacheOf(*location_.project), isToBeMade);
 }
 
 bool TargetVisit::isSettled(SideBySide* others) {
@@ -355,6 +372,25 @@ bool TargetVisit::takesRecipes(SideBySide* others) {
     return recipes_.has_value();
 }
 
+/// For visits that might be passed over while it runs, or after that. What runs alongside others
+/// changes nothing but what it says.
+void TargetVisit::tellWhatRuns(const TargetBuild& build, bool alongside) const {
+    if (setting_.standing == nullptr || build.recipes().empty()) {
+        return;
+    }
+    for (const CacheRequest::Part& part : build.cache().request().parts) {
+        for (const auto* files : {&part.writes, &part.byProducts}) {
+            for (const std::string& file : *files) {
+                setting_.standing->isMade(file);
+            }
+        }
+        alongside = alongside && part.outputDirectory.empty();
+    }
+    if (!alongside) {
+        setting_.standing->anythingChanges();
+    }
+}
+
 TargetResult TargetVisit::buildAsKept(SideBySide* others) {
     const KeptVisit& kept = *memory_->taken();
     console::repeat(kept.saidLast);
@@ -370,6 +406,7 @@ TargetResult TargetVisit::buildAsKept(SideBySide* others) {
     auto build = std::make_unique<TargetBuild>(setting_, std::move(subject), std::move(*recipes_),
                                                VisitOutputs::fromKept(kept.outputs));
     std::erase(scheduled_, nullptr);
+    tellWhatRuns(*build, others != nullptr);
     return others != nullptr ? others->build(std::move(build), std::move(scheduled_))
                              : build->buildNow();
 }
@@ -424,12 +461,14 @@ void TargetVisit::takeStamps(SideBySide& others) {
 
 TargetResult TargetVisit::build(SideBySide* others) {
     overlaps_ = SideBySide::mayOverlap(*choice_.builder, input_->context());
-    if (others == nullptr) {
-        return targetBuild()->buildNow();
+    if (others != nullptr) {
+        takeStamps(*others);
+        others->waitForRecipes(*choice_.builder, input_->context(), scheduled_);
     }
-    takeStamps(*others);
-    others->waitForRecipes(*choice_.builder, input_->context(), scheduled_);
-    return others->build(targetBuild(), std::move(scheduled_));
+    std::unique_ptr<TargetBuild> build = targetBuild();
+    tellWhatRuns(*build, others != nullptr && overlaps_);
+    return others != nullptr ? others->build(std::move(build), std::move(scheduled_))
+                             : build->buildNow();
 }
 
 void TargetVisit::resolve() {

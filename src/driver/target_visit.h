@@ -10,9 +10,11 @@
 #include "driver/dependency_outputs.h"
 #include "driver/input_context.h"
 #include "driver/side_by_side.h"
+#include "driver/standing_visits.h"
 #include "driver/target_build.h"
 #include "driver/tool_choice.h"
 #include "driver/visit_memory.h"
+#include "driver/visit_tree.h"
 
 namespace Vesk {
 
@@ -53,6 +55,21 @@ class TargetVisit {
 
     /// Takes its outputs and goes on to the one after it.
     void addOutputs(const TargetLocation& dependency, const TargetResult& result);
+
+    /// The next one gives what it gave to the visit that is kept; goes on to the one after it.
+    void passOver();
+
+    /// The visit that it is in the tree of an earlier run, while it goes as that one went.
+    std::optional<StandingVisits::Node> standsAs() const;
+
+    /// It is this visit, if what is kept of it has not changed since.
+    void standAs(StandingVisits::Node visit);
+
+    /// What it gives if it is passed over as this visit. Nothing if that is not known any more.
+    std::optional<TargetResult> resultAs(StandingVisits::Node visit) const;
+
+    VisitTree::Node inTree() const noexcept { return inTree_; }
+    void setInTree(VisitTree::Node node) noexcept { inTree_ = node; }
 
     /// Goes on to the next one without outputs, after a failure; this target cannot be built then.
     void skipDependency();
@@ -98,6 +115,7 @@ class TargetVisit {
     TargetResult keptResult();
     bool takesRecipes(SideBySide* others);
     TargetResult buildAsKept(SideBySide* others);
+    void tellWhatRuns(const TargetBuild& build, bool alongside) const;
     void tellEntered() const;
     void tellKept(const KeptVisit& kept) const;
     VisitMemory::Watch watch(VisitMemory::Part part);
@@ -123,6 +141,8 @@ class TargetVisit {
     std::size_t next_ = 0;
     std::size_t repeated_ = 0;  ///< of so many dependencies the messages have been written before
     std::optional<KeptRecipes> recipes_;  ///< of the kept visit, where only files differ
+    std::optional<StandingVisits::Node> standsAs_;
+    VisitTree::Node inTree_ = 0;
     bool failedDependency_ = false;
     bool overlaps_ = false;
 };

@@ -98,19 +98,33 @@ const KeptVisit* VisitMemory::taken() const noexcept {
     return kept_ && !keeper_->use().checks ? &*kept_ : nullptr;
 }
 
+std::optional<TargetResult> VisitMemory::resultOf(const ContentHash& visit) const {
+    if (keeper_ == nullptr || keeper_->store().hash(key_) != visit) {
+        return std::nullopt;
+    }
+    const auto kept = keeper_->store().find(key_);
+    if (!kept || kept->digest != digest_) {
+        return std::nullopt;
+    }
+    return TargetResult{VisitOutputs::fromKept(kept->outputs), std::string(kept->stamp), nullptr};
+}
+
+bool VisitMemory::takesThat(const ContentHash& visit) const {
+    return taken() != nullptr && keeper_->store().hash(key_) == visit;
+}
+
 bool VisitMemory::sameOutputs(std::size_t number, const TargetResult& result) const {
     const KeptDependency& dependency = kept_->dependencies[number];
     return result.outputs.hash() == dependency.outputs && result.stamp == dependency.stamp;
 }
 
 bool VisitMemory::ends(ProjectCache& cache,
-                       const std::function<bool(const std::string&)>& isToBeMade,
-                       ExpectedFiles* expected) {
+                       const std::function<bool(const std::string&)>& isToBeMade) {
     if (!platform::stillValid(kept_->askedLast)) {
         return false;
     }
     std::string key(kept_->recordKey);
-    const auto standing = cache.standing(key, kept_->record, isToBeMade, expected);
+    const auto standing = cache.standing(key, kept_->record, isToBeMade);
     if (standing == ProjectCache::Standing::refreshed) {
         keeper_->store().renew(key_, recordIn(cache, std::move(key)));
         kept_ = keeper_->store().find(key_);

@@ -81,9 +81,14 @@ class VisitMemory {
     bool sameOutputs(std::size_t number, const TargetResult& result) const;
 
     /// Whether all that was asked after the dependencies has the same answers, and what the cache
-    /// has stands. `expected` as for ProjectCache::standing.
-    bool ends(ProjectCache& cache, const std::function<bool(const std::string&)>& isToBeMade,
-              ExpectedFiles* expected);
+    /// has stands.
+    bool ends(ProjectCache& cache, const std::function<bool(const std::string&)>& isToBeMade);
+
+    /// What the visit gives that is kept, if this is its hash (see VisitStore::hash).
+    std::optional<TargetResult> resultOf(const ContentHash& visit) const;
+
+    /// Whether the visit that is taken has this hash.
+    bool takesThat(const ContentHash& visit) const;
 
     /// When that is not so, because of files alone: the recipes that the visit would make again.
     std::optional<KeptRecipes> recipes(ProjectCache& cache) const;

@@ -1,5 +1,7 @@
 #include "driver/visit_tree.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "base/console.h"
@@ -7,9 +9,14 @@
 
 namespace Vesk {
 
-VisitTree::Node VisitTree::add(std::string prefix, const std::optional<ContentHash>& key,
-                               ProjectCache& cache) {
-    visits_.push_back({std::move(prefix), key, &cache, {}});
+VisitTree::Node VisitTree::add(std::string target, std::string prefix,
+                               const std::optional<ContentHash>& key, ProjectCache& cache) {
+    visits_.push_back({std::move(target), std::move(prefix), key, &cache, 0, {}});
+    return visits_.size() - 1;
+}
+
+VisitTree::Node VisitTree::addPassed(StandingVisits::Node visit) {
+    visits_.push_back({{}, {}, std::nullopt, nullptr, visit, {}});
     return visits_.size() - 1;
 }
 
@@ -20,17 +27,24 @@ void VisitTree::depends(Node dependant, std::size_t number, Node dependency) {
 }
 
 /// One walk over the tree, with a stack of its own, as a chain may have any length.
-class VisitTree::Foreseen {
+class VisitTree::Walk {
   public:
-    Foreseen(VisitTree& tree, const VisitStore& store)
+    Walk(VisitTree& tree, std::string transcript, const VisitStore& store, StandingVisits* passed)
         : visits_(tree.visits_),
           store_(store),
+          passed_(passed),
           questions_(tree.questions_),
-          files_(tree.files_),
-          given_(tree.visits_.size()) {}
+          files_(tree.questions_),
+          given_(tree.visits_.size()),
+          keptPassed_(passed == nullptr ? 0 : passed->tree().visits().size(), kNone),
+          questionsPassed_(passed == nullptr ? 0 : passed->tree().endOfQuestions, kNone) {
+        foreseen_.transcript = std::move(transcript);
+    }
 
     /// False if the next run will not go this way.
     bool walk() {
+        foreseen_.tree.firstQuestion = static_cast<KeptTree::Question>(questions_.size());
+        foreseen_.tree.day = passed_ == nullptr ? today() : passed_->tree().day;
         if (!enter(0)) {
             return false;
         }
@@ -42,80 +56,163 @@ class VisitTree::Foreseen {
                 return false;
             }
         }
-        return files_.complete();
+        foreseen_.tree.endOfQuestions = static_cast<KeptTree::Question>(questions_.size());
+        return true;
     }
 
-    std::string takeTranscript() { return std::move(transcript_); }
+    Foreseen take() { return std::move(foreseen_); }
 
   private:
+    static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+
     struct Open {
         Node visit = 0;
         KeptVisit kept;
+        KeptTree::Node place = 0;
         std::size_t next = 0;
+        std::vector<KeptTree::Node> dependencies;
+        std::vector<KeptTree::Question> questions;
     };
 
     /// What a dependant gets.
     struct Given {
+        KeptTree::Node place = 0;
+        bool wasPassed = false;  ///< then it gives what it gave before
         ContentHash outputs;
         std::string_view stamp;
     };
 
     bool enter(Node node) {
         const Visit& visit = visits_[node];
+        if (visit.cache == nullptr) {
+            return addPassed(node);
+        }
         auto kept = visit.key ? store_.findStanding(*visit.key) : std::nullopt;
-        if (!kept || kept->dependencies.size() != visit.dependencies.size() ||
-            !questions_.add(kept->askedFirst)) {
+        if (!kept || kept->dependencies.size() != visit.dependencies.size()) {
             return false;
         }
-        say(visit, "Visiting target");
-        transcript_ += kept->saidFirst;
-        open_.push_back({node, std::move(*kept), 0});
-        return true;
+        std::string& transcript = foreseen_.transcript;
+        const KeptTree::Node place = foreseen_.tree.begin(
+            {.key = *visit.key,
+             .kept = *store_.hash(*visit.key),
+             .target = kept->hasRecipes ? std::string_view(visit.target) : std::string_view(),
+             .overlaps = kept->overlaps,
+             .saidFrom = transcript.size()});
+        console::appendNormal(transcript, visit.prefix, "Visiting target");
+        transcript += kept->saidFirst;
+        Open& open = open_.emplace_back(node, std::move(*kept), place);
+        questions_.collect(&open.questions);
+        return questions_.add(open.kept.askedFirst);
     }
 
     /// To the dependency whose turn it is, or past it when it has been visited.
     bool goDown(Open& top) {
         const Node dependency = visits_[top.visit].dependencies[top.next];
-        if (!given_[dependency]) {
+        const auto& given = given_[dependency];
+        if (!given) {
             return enter(dependency);
         }
         const KeptDependency& kept = top.kept.dependencies[top.next++];
-        transcript_ += kept.said;
-        return kept.outputs == given_[dependency]->outputs &&
-               kept.stamp == given_[dependency]->stamp;
+        foreseen_.transcript += kept.said;
+        top.dependencies.push_back(given->place);
+        return given->wasPassed || (kept.outputs == given->outputs && kept.stamp == given->stamp);
     }
 
-    bool leave(const Open& top) {
+    bool leave(Open& top) {
         const Visit& visit = visits_[top.visit];
         const KeptVisit& kept = top.kept;
+        questions_.collect(&top.questions);
         if (!questions_.add(kept.askedLast) ||
             !visit.cache->expect(std::string(kept.recordKey), kept.record, files_)) {
             return false;
         }
-        transcript_ += kept.saidLast;
-        say(visit, "Build done");
-        given_[top.visit] = {hashText(kept.outputs), kept.stamp};
+        foreseen_.transcript += kept.saidLast;
+        console::appendNormal(foreseen_.transcript, visit.prefix, "Build done");
+        std::ranges::sort(top.questions);
+        const auto twice = std::ranges::unique(top.questions);
+        top.questions.erase(twice.begin(), twice.end());
+        foreseen_.tree.end(top.place, foreseen_.transcript.size(), top.dependencies, top.questions);
+        given_[top.visit] = {top.place, false, hashText(kept.outputs), kept.stamp};
         open_.pop_back();
         return true;
     }
 
-    void say(const Visit& visit, std::string_view text) {
-        console::appendNormal(transcript_, visit.prefix, text);
+    /// With all that were passed together with it. False when they do not follow on what came
+    /// before.
+    bool addPassed(Node node) {
+        const StandingVisits::Node head = visits_[node].passed;
+        questions_.collect(nullptr);
+        if (keptPassed_[head] == kNone) {
+            const KeptTree::Visit& before = passed_->tree().visits()[head];
+            const std::size_t saidFrom = foreseen_.transcript.size();
+            for (StandingVisits::Node i = head; i < before.end; ++i) {
+                if (!copyPassed(i, saidFrom - before.saidFrom)) {
+                    return false;
+                }
+            }
+            foreseen_.transcript += passed_->saidBy(head);
+        }
+        given_[node] = {keptPassed_[head], true, {}, {}};
+        return true;
+    }
+
+    /// Those that it depends on, and that are not among the ones before it, follow it closely.
+    bool copyPassed(StandingVisits::Node visit, std::size_t saidFurtherOn) {
+        const KeptTree& before = passed_->tree();
+        KeptTree::Visit copy = before.visits()[visit];
+        const auto place = static_cast<KeptTree::Node>(foreseen_.tree.visits().size());
+        std::vector<KeptTree::Node> dependencies;
+        for (const StandingVisits::Node dependency : before.dependencies(visit)) {
+            const bool follows = dependency > visit && dependency < copy.end;
+            dependencies.push_back(follows ? place + (dependency - visit)
+                                           : keptPassed_[dependency]);
+        }
+        if (keptPassed_[visit] != kNone ||
+            std::ranges::find(dependencies, kNone) != dependencies.end()) {
+            return false;
+        }
+        keptPassed_[visit] = place;
+        copy.end = place + (copy.end - visit);
+        copy.saidFrom += saidFurtherOn;
+        copy.saidTo += saidFurtherOn;
+        foreseen_.tree.add(copy, dependencies, questionsOf(visit));
+        return true;
+    }
+
+    std::vector<KeptTree::Question> questionsOf(StandingVisits::Node passed) {
+        std::vector<KeptTree::Question> numbers;
+        for (const KeptTree::Question before : passed_->tree().questions(passed)) {
+            KeptTree::Question& number = questionsPassed_[before];
+            if (number == kNone) {
+                number = questions_.addQuestion(passed_->question(before));
+            }
+            numbers.push_back(number);
+        }
+        return numbers;
     }
 
     const std::vector<Visit>& visits_;
     const VisitStore& store_;
+    StandingVisits* passed_;
     platform::QuestionList& questions_;
-    ExpectedFiles& files_;
-    std::string transcript_;
+    ExpectedFiles files_;
+    Foreseen foreseen_;
     std::vector<Open> open_;
     std::vector<std::optional<Given>> given_;
+    std::vector<KeptTree::Node> keptPassed_;
+    std::vector<KeptTree::Question> questionsPassed_;
 };
 
-std::optional<std::string> VisitTree::foresee(const VisitStore& store) {
-    Foreseen foreseen(*this, store);
-    return !visits_.empty() && foreseen.walk() ? std::optional(foreseen.takeTranscript())
-                                               : std::nullopt;
+std::optional<VisitTree::Foreseen> VisitTree::foresee(std::string transcript,
+                                                      const VisitStore& store,
+                                                      StandingVisits* passed) {
+    if (visits_.empty()) {
+        return std::nullopt;
+    }
+    Walk walk(*this, std::move(transcript), store, passed);
+    const bool isKnown = walk.walk();
+    questions_.collect(nullptr);
+    return isKnown ? std::optional(walk.take()) : std::nullopt;
 }
 
 }  // namespace Vesk

@@ -9,6 +9,8 @@
 
 #include "base/content_hash.h"
 #include "cache/project_cache.h"
+#include "driver/standing_visits.h"
+#include "keep/kept_tree.h"
 #include "keep/visit_store.h"
 #include "platform/question_list.h"
 
@@ -22,36 +24,46 @@ class VisitTree {
     VisitTree(const VisitTree&) = delete;
     VisitTree& operator=(const VisitTree&) = delete;
 
-    /// The first one is the root. `prefix`: of its messages. `key`: of what is kept of it; nothing:
-    /// it is not kept.
-    Node add(std::string prefix, const std::optional<ContentHash>& key, ProjectCache& cache);
+    /// The first one is the root. `target`: its name in messages, `prefix`: what they begin with.
+    /// `key`: of what is kept of it; nothing: it is not kept.
+    Node add(std::string target, std::string prefix, const std::optional<ContentHash>& key,
+             ProjectCache& cache);
+
+    /// One that is passed over.
+    Node addPassed(StandingVisits::Node visit);
 
     /// Dependency `number` of `dependant`, counted from zero. A later call replaces an earlier one.
     void depends(Node dependant, std::size_t number, Node dependency);
 
-    /// The files of records that stand are added to these.
-    ExpectedFiles& files() noexcept { return files_; }
+    /// What the next run would do.
+    struct Foreseen {
+        std::string transcript;  ///< `transcript` as it was given, and what visits write
+        KeptTree tree;           ///< its texts belong to this tree, and to what has been passed
+    };
 
-    /// What the next run would write while it visits, as a transcript. All that it would ask has
-    /// then been added to `questions`. Nothing if it may go another way: a visit has not been kept.
-    /// To be called when the build is done, and caches and store are saved.
-    std::optional<std::string> foresee(const VisitStore& store);
+    /// That run writes `transcript` before its first visit. All that it would ask while it visits
+    /// has then been added to `questions`. `passed`: from which visits have been; null: none has.
+    /// Nothing if it may go another way: a visit has not been kept. To be called when the build is
+    /// done, and caches and store are saved.
+    std::optional<Foreseen> foresee(std::string transcript, const VisitStore& store,
+                                    StandingVisits* passed);
 
     platform::QuestionList& questions() noexcept { return questions_; }
 
   private:
     struct Visit {
-        std::string prefix;  ///< of its messages
+        std::string target;
+        std::string prefix;
         std::optional<ContentHash> key;
-        ProjectCache* cache = nullptr;
+        ProjectCache* cache = nullptr;  ///< null: it has been passed
+        StandingVisits::Node passed = 0;
         std::vector<Node> dependencies;
     };
 
-    class Foreseen;
+    class Walk;
 
     std::vector<Visit> visits_;
     platform::QuestionList questions_;
-    ExpectedFiles files_{questions_};
 };
 
 }  // namespace Vesk

@@ -63,6 +63,10 @@ void setRecord(std::string& encodedVisit, const ContentHash& record) {
     encodedVisit.replace(0, kHashBytes, out.bytes);
 }
 
+std::string_view withoutRecord(std::string_view encodedVisit) noexcept {
+    return encodedVisit.substr(std::min(kHashBytes, encodedVisit.size()));
+}
+
 std::optional<KeptVisit> decodedVisit(std::string_view bytes) {
     Decoder decoder(bytes);
     KeptVisit visit;

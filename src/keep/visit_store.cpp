@@ -84,6 +84,13 @@ std::optional<KeptVisit> VisitStore::find(const ContentHash& key) {
     return entry != nullptr ? decodedVisit(entry->visit) : std::nullopt;
 }
 
+std::optional<ContentHash> VisitStore::hash(const ContentHash& key) const {
+    const auto found = entries_.find(key);
+    return found != entries_.end() && !found->second.visit.empty()
+               ? std::optional(hashText(withoutRecord(found->second.visit)))
+               : std::nullopt;
+}
+
 std::optional<std::string_view> VisitStore::findText(const ContentHash& key) {
     const Entry* const entry = findEntry(key);
     return entry != nullptr ? std::optional(entry->visit) : std::nullopt;

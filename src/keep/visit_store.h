@@ -27,6 +27,9 @@ class VisitStore {
     /// What is kept under a key; it stays good until the next `put` or `drop` of that key.
     std::optional<KeptVisit> find(const ContentHash& key);
 
+    /// Of all that is kept under a key, but for the record that the visit depends on.
+    std::optional<ContentHash> hash(const ContentHash& key) const;
+
     /// Tells the record that a visit depends on when all is saved. Nothing: it is not to be kept.
     using RecordHash = std::function<std::optional<ContentHash>()>;
 

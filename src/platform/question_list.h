@@ -7,7 +7,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
+#include <vector>
 
 #include "platform/files.h"
 
@@ -17,6 +18,19 @@ namespace Vesk::platform {
 /// both are listed, and the list is never valid.
 class QuestionList {
   public:
+    /// The place of a question in the list, counted from zero.
+    using Number = std::uint32_t;
+
+    /// From now on the number of each question that is added also goes to `numbers`; null: to
+    /// nobody.
+    void collect(std::vector<Number>* numbers) noexcept { collected_ = numbers; }
+
+    /// How many there are.
+    std::size_t size() const noexcept { return numbers_.size(); }
+
+    /// One as it stands in another recording. Returns its number.
+    Number addQuestion(std::string_view question);
+
     /// The path, in UTF-8, has this status, or nothing is there. A status is taken as it is, even
     /// of a file that was written a moment ago.
     void addStatus(const std::string& path, const std::optional<FileStatus>& status);
@@ -47,10 +61,9 @@ class QuestionList {
         }
     };
 
-    void addOnce(std::string_view question);
-
     std::string recording_;
-    std::unordered_set<Digest, DigestHash> known_;  ///< of each question, with its answer
+    std::unordered_map<Digest, Number, DigestHash> numbers_;  ///< by question, with its answer
+    std::vector<Number>* collected_ = nullptr;
 };
 
 }  // namespace Vesk::platform

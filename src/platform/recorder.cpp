@@ -295,4 +295,35 @@ bool stillValid(std::string_view recording) {
     return true;
 }
 
+std::vector<std::string_view> questionsIn(std::string_view recording) {
+    std::vector<std::string_view> questions;
+    eachQuestion(recording,
+                 [&questions](std::string_view question) { questions.push_back(question); });
+    return questions;
+}
+
+std::string_view subjectOf(std::string_view question) noexcept {
+    constexpr std::size_t kStart = 1 + kDigestBytes;
+    return question.size() > kStart ? question.substr(kStart, question.size() - kStart - 1)
+                                    : std::string_view();
+}
+
+std::optional<std::vector<std::uint32_t>> differingAnswers(
+    std::string_view recording, const std::function<bool(std::uint32_t)>& mayDiffer) {
+    std::vector<std::uint32_t> differing;
+    for (std::uint32_t number = 0; !recording.empty(); ++number) {
+        const auto question = takeQuestion(recording);
+        if (!question) {
+            return std::nullopt;
+        }
+        if (!isStillAnswered(*question)) {
+            if (!mayDiffer(number)) {
+                return std::nullopt;
+            }
+            differing.push_back(number);
+        }
+    }
+    return differing;
+}
+
 }  // namespace Vesk::platform

@@ -6,9 +6,12 @@
 // for as long as every answer stays the same.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Vesk::platform {
 
@@ -61,5 +64,17 @@ void recordAgain(const Questions& questions);
 /// Asks all of it again. False at the first answer that differs, and for bytes that are no such
 /// recording. What it asks is recorded like any other question.
 bool stillValid(std::string_view recording);
+
+/// The questions of a recording, each of which is one by itself.
+std::vector<std::string_view> questionsIn(std::string_view recording);
+
+/// What a question is about: the path of a file, the name of a variable.
+std::string_view subjectOf(std::string_view question) noexcept;
+
+/// Asks all of it again, to its end. The numbers, counted from zero, of the questions whose answers
+/// differ. Nothing at the first one of those that `mayDiffer` does not allow, and for bytes that
+/// are no such recording.
+std::optional<std::vector<std::uint32_t>> differingAnswers(
+    std::string_view recording, const std::function<bool(std::uint32_t)>& mayDiffer);
 
 }  // namespace Vesk::platform

@@ -5,7 +5,7 @@ import random
 import shutil
 import time
 
-from harness import ProgramTest, on_system
+from harness import SETTINGS, ProgramTest, on_system
 
 PROJECT = """
     name many
@@ -124,7 +124,7 @@ class Edits(KeptVisitsTest):
     def test_any_row_of_them(self):
         for seed in (3, 14):
             dice = random.Random(seed)
-            for number in range(25):
+            for number in range(8 if SETTINGS.windows else 20):
                 deed = self.edit(dice)
                 run = ("all", *dice.choice(((), (), ("-j2",), ("loud",), ('x="set"',))))
                 with self.subTest(seed=seed, number=number, deed=deed, run=run):

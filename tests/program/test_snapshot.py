@@ -238,7 +238,7 @@ class Files(SnapshotTest):
             self.file.write_bytes(content)
             result = self.build()
             self.assertEqual((result.out, result.err), (expected.out, expected.err))
-            self.assertEqual(self.file.read_bytes()[:15], b"VESK_SNAPSHOT_3")
+            self.assertEqual(self.file.read_bytes()[:15], b"VESK_SNAPSHOT_4")
         self.settle()
 
     def test_where_none_can_be_written(self):

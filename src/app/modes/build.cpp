@@ -106,6 +106,11 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
     CompileCommands built;
     if (keeping.snapshot != nullptr) {
         collecting.tree = &keeping.tree;
+        // Those who listen want to know of every visit.
+        if (keeper == nullptr || !keeper->use().takes || events::listened()) {
+            keeping.snapshot->dropStanding();
+        }
+        collecting.standing = keeping.snapshot->standing();
         keeping.snapshot->visitsBegin();
     }
     if (!settings.compileCommands.empty()) {
@@ -141,6 +146,17 @@ void buildNaming(const Settings& settings, Session& session, Keeping& keeping) {
     }
 }
 
+/// While the session still locks the caches.
+void keepFailedRun(Keeping& keeping, const Session& session) {
+    if (keeping.snapshot != nullptr) {
+        keeping.snapshot->end({});
+    }
+    saveVisits(keeping.visits, keeping.directory);
+    if (keeping.snapshot != nullptr && session.caches.areLocked()) {
+        keeping.snapshot->keepStanding(session.caches.ownFiles());
+    }
+}
+
 Session runBuild(const Settings& given, Keeping& keeping) {
     KeptOutlines outlines(keeping.visits, visitKeeping(given));
     Session session = openSession(given, &outlines);
@@ -155,7 +171,7 @@ Session runBuild(const Settings& given, Keeping& keeping) {
     } catch (...) {
         session.caches.save();  // what was built before the failure is not built again
         if (!settings.dryRun) {
-            saveVisits(keeping.visits, keeping.directory);
+            keepFailedRun(keeping, session);
         }
         throw;
     }
@@ -175,10 +191,13 @@ bool isQuietNextTime(Keeping& keeping, const Session& session) {
 /// While the session still locks the caches.
 void keepRun(Keeping& keeping, const Session& session) {
     const std::vector<fs::path> ownFiles = session.caches.ownFiles();
-    const bool isKept = !session.caches.areLocked() || keeping.snapshot->keep(ownFiles);
+    Snapshot& snapshot = *keeping.snapshot;
+    snapshot.end(ownFiles);
     saveVisits(keeping.visits, keeping.directory);
-    if (!isKept && isQuietNextTime(keeping, session)) {
-        keeping.snapshot->keepForeseen(keeping.tree, keeping.visits, ownFiles);
+    if (session.caches.areLocked() &&
+        (!isQuietNextTime(keeping, session) ||
+         !snapshot.keepForeseen(keeping.tree, keeping.visits, ownFiles))) {
+        snapshot.keep();
     }
 }
 
@@ -191,7 +210,7 @@ T& leftAlone(std::unique_ptr<T> whole) {
     return *kept;
 }
 
-bool repeats(const Snapshot& snapshot) {
+bool repeats(Snapshot& snapshot) {
     bool repeated = false;
     {
         const events::Span span(events::Activity::Cache, "compare the snapshot");

@@ -1,0 +1,97 @@
+// Which visits of a run that was kept still stand: neither they nor any below them have asked
+// something whose answer differs now. A build passes over them, and visits the others.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "keep/kept_tree.h"
+
+namespace Vesk {
+
+class StandingVisits {
+  public:
+    using Node = KeptTree::Node;
+
+    /// `transcript` and `recording` are those of the run. They, and the texts of the tree, outlive
+    /// this. `differing`: the questions whose answers differ.
+    StandingVisits(KeptTree tree, std::string_view transcript, std::string_view recording,
+                   const std::vector<KeptTree::Question>& differing);
+
+    const KeptTree& tree() const noexcept { return tree_; }
+
+    /// The visit that is kept under this key.
+    std::optional<Node> find(const ContentHash& key);
+
+    /// Whether it has been passed over.
+    bool isPassed(Node visit) const noexcept { return progress_[visit] == Progress::Passed; }
+
+    /// Whether it can be passed over, with all visits that begin before it ends: they stand, and
+    /// this is the first time that this run comes to them.
+    bool mayPass(Node visit) const;
+
+    /// The same, after what this run has begun meanwhile: whether all of them still find what they
+    /// found. `isToBeMade`: tells whether a file is not made yet.
+    bool stillStands(Node visit, const std::function<bool(const std::string&)>& isToBeMade);
+
+    /// Whether all of them may be built while others are.
+    bool overlaps(Node visit) const;
+
+    /// They are passed over. Returns what they said, as a transcript.
+    std::string_view pass(Node visit);
+
+    /// It is visited.
+    void visit(Node visit) noexcept { progress_[visit] = Progress::Visited; }
+
+    /// Commands begin to run that may change any file.
+    void anythingChanges() noexcept { ++changes_; }
+
+    /// Somebody makes this file.
+    void isMade(const std::string& file) { made_.insert(file); }
+
+    /// The names of the targets that have been passed over and have recipes.
+    std::vector<std::string> targetsPassed() const;
+
+    std::string_view transcript() const noexcept { return transcript_; }
+    std::string_view saidBy(Node visit) const;
+
+    /// A question as it stands in the recording.
+    std::string_view question(KeptTree::Question number);
+
+    /// The tree for the next run after one that ended early: what does not stand is open.
+    KeptTree treeOfFailure() const;
+
+  private:
+    enum class Progress : std::uint8_t { Ahead, Visited, Passed };
+
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const noexcept {
+            return std::hash<std::string_view>{}(text);
+        }
+    };
+
+    bool isComplete(Node visit) const;
+    bool isStillAnswered(KeptTree::Question number,
+                         const std::function<bool(const std::string&)>& isToBeMade);
+    void findAffected(const std::vector<bool>& differing);
+
+    KeptTree tree_;
+    std::string_view transcript_;
+    std::string_view recording_;
+    std::vector<bool> affected_;  ///< visits, by a difference, or through what they depend on
+    std::vector<Progress> progress_;
+    std::unordered_map<std::uint64_t, Node> byKey_;  ///< by half a key; made when it is needed
+    std::vector<std::string_view> questions_;        ///< likewise
+    std::unordered_set<std::string, TextHash, std::equal_to<>> made_;
+    unsigned changes_ = 0;              ///< how often anything may have changed
+    std::vector<unsigned> askedAfter_;  ///< so many changes, of each question
+};
+
+}  // namespace Vesk
