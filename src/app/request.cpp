@@ -9,11 +9,12 @@
 namespace Vesk {
 namespace {
 
-void loadImports(const Workspace& workspace, const Positionals& words, const Registry* registry) {
+void loadImports(const Workspace& workspace, const Positionals& words,
+                 const UserRegistry& registry) {
     if (!workspace.project->standalone()) {
         workspace.loader->loadImports(*workspace.project, words.profile);
     }
-    if (registry != nullptr && words.target && !words.target->ns.empty()) {
+    if (registry.isOffered() && words.target && !words.target->ns.empty()) {
         workspace.loader->loadRequested(*workspace.project, words.target->ns);
     }
 }
@@ -75,7 +76,7 @@ std::shared_ptr<Context> withoutAppends(const Context& context) {
 Positionals selectProfile(const Settings& settings, const Workspace& workspace,
                           const UserRegistry& registry) {
     Positionals words = classifyPositionals(settings.positionals, *workspace.project);
-    loadImports(workspace, words, registry.ifRead());
+    loadImports(workspace, words, registry);
     return words;
 }
 

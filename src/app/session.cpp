@@ -17,14 +17,25 @@ Toolbox makeStaticTools() {
     return tools;
 }
 
-DeclaredTools makeDeclaredTools(const Registry& registry, const ProjectStore& store,
-                                const Context& builtins, const Request& request,
-                                platform::Questions& asked) {
+DeclaredTools makeDeclaredTools(const Registry& registry,
+                                const std::vector<const Project*>& projects,
+                                const Context& builtins, const Request& request) {
     const events::Span span(events::Activity::Read, "toolchains");
-    const platform::QuestionScope scope(asked);
-    return {registry, store.projects(), [&](const Project& project) {
+    return {registry, projects, [&](const Project& project) {
                 return implicitLayers(project, builtins, *request.assignments);
             }};
+}
+
+/// The visit that needs them first does not ask for what they ask.
+const Toolbox& declaredTools(Session& session, const Project& project) {
+    if (!session.declaredTools) {
+        platform::Questions asked;
+        const platform::QuestionScope scope(asked);
+        session.declaredTools =
+            makeDeclaredTools(session.registry->read(), session.catalog.projects(),
+                              *session.builtins, session.request);
+    }
+    return session.declaredTools->of(project);
 }
 
 }  // namespace
@@ -42,7 +53,7 @@ BuildSetting buildSetting(const Settings& settings, Session& session) {
         session.catalog,
         session.staticTools,
         [&session](const Project& project) -> const Toolbox& {
-            return session.declaredTools.of(project);
+            return declaredTools(session, project);
         },
         [&session](const Project& project) -> ProjectCache& { return session.caches.of(project); },
         {static_cast<int>(settings.jobCount), settings.rebuild, settings.dryRun, settings.keepGoing,
@@ -50,30 +61,37 @@ BuildSetting buildSetting(const Settings& settings, Session& session) {
     };
 }
 
-Session openSession(const Settings& given, UnitOutlines* outlines) {
+Session openSession(const Settings& given, UnitOutlines* outlines,
+                    const std::optional<ContentHash>& surroundings) {
     const events::Span span(events::Activity::Read, "project, registry and toolchains");
     Settings settings = given;
-    UserRegistry registry;
-    registry.read();
-    Workspace workspace = loadWorkspaceOrUnit(settings, registry, outlines);
-    const auto builtins = builtinVariables(workspace.root.directory);
-    Positionals words = selectProfile(settings, workspace, registry);
+    auto registry = std::make_unique<UserRegistry>();
+    registry->offer();
+    if (!surroundings) {
+        registry->read();
+    }
+    Workspace workspace = loadWorkspaceOrUnit(settings, *registry, outlines);
+    std::shared_ptr<Context> builtins = builtinVariables(workspace.root.directory);
+    Positionals words = selectProfile(settings, workspace, *registry);
     applyProjectOptions(settings, *workspace.project, *builtins);
     Request request = readRequest(settings, workspace, std::move(words));
     Toolbox staticTools = makeStaticTools();
+    std::optional<DeclaredTools> declared;
     platform::Questions asked;
-    DeclaredTools declared =
-        makeDeclaredTools(registry.read(), *workspace.store, *builtins, request, asked);
+    if (!surroundings) {
+        const platform::QuestionScope scope(asked);
+        declared = makeDeclaredTools(registry->read(), workspace.store->projects(), *builtins,
+                                     request);
+    }
     ProjectCatalog catalog = makeCatalog(workspace, *builtins, request);
     ProjectCaches caches(catalog.projects(),
                          settings.dryRun ? ProjectCaches::Use::look : ProjectCaches::Use::build);
-    const auto surroundings =
-        asked.repeatable
-            ? std::optional(surroundingsOfRun(registry.read(), *builtins, request, asked))
-            : std::nullopt;
-    return {std::move(settings), std::move(request), std::move(staticTools),
-            std::move(declared), std::move(catalog), std::move(caches),
-            surroundings};
+    const auto found = surroundings || !asked.repeatable
+                           ? surroundings
+                           : surroundingsOfRun(registry->read(), *builtins, request, asked);
+    return {std::move(settings), std::move(request),  std::move(staticTools),
+            std::move(registry), std::move(builtins), std::move(declared),
+            std::move(catalog),  std::move(caches),   found};
 }
 
 }  // namespace Vesk

@@ -141,6 +141,9 @@ void Snapshot::begin() {
         std::error_code ignored;
         platform::writePrivateFile(file_, "", platform::Append::no, ignored);
     }
+    if (standing_) {
+        return;
+    }
     watches_ = true;
     platform::startRecording();
     platform::fileStatus(platform::executable());  // another build of vesk may find otherwise
@@ -148,12 +151,16 @@ void Snapshot::begin() {
 }
 
 void Snapshot::visitsBegin() {
-    if (auto recording = platform::recordingSoFar()) {
+    if (standing_) {
+        beginning_ = {std::string(standing_->saidFirst()), std::string(standing_->askedFirst()),
+                      {}};
+    } else if (auto recording = watches_ ? platform::recordingSoFar() : std::nullopt) {
         beginning_ = {console::transcriptSoFar(), std::move(*recording), {}};
     }
-    if (standing_) {
-        stopWatching();  // what is passed over does not ask
-    }
+}
+
+bool Snapshot::saidNothing() const {
+    return watches_ && console::transcriptSoFar().empty();
 }
 
 void Snapshot::stopWatching() {
@@ -179,7 +186,8 @@ void Snapshot::end(const std::vector<std::filesystem::path>& ownFiles) {
 }
 
 bool Snapshot::keepForeseen(VisitTree& tree, const VisitStore& store,
-                            const std::vector<std::filesystem::path>& ownFiles) {
+                            const std::vector<std::filesystem::path>& ownFiles,
+                            const std::optional<ContentHash>& surroundings) {
     platform::QuestionList& questions = tree.questions();
     if (!beginning_ || !questions.add(beginning_->recording)) {
         return false;
@@ -188,6 +196,7 @@ bool Snapshot::keepForeseen(VisitTree& tree, const VisitStore& store,
     if (!foreseen) {
         return false;
     }
+    foreseen->tree.surroundings = surroundings;
     for (const std::filesystem::path& file : ownFiles) {
         questions.addStatusNow(file);
     }

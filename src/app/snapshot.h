@@ -53,8 +53,11 @@ class Snapshot {
     /// Nobody passes over them.
     void dropStanding() noexcept { standing_.reset(); }
 
-    /// Begins to watch a run.
+    /// Begins to watch a run. One that passes over visits goes as it went before its first visit.
     void begin();
+
+    /// Whether the run that is watched has written something so far.
+    bool saidNothing() const;
 
     /// Its first visit is about to begin.
     void visitsBegin();
@@ -65,7 +68,8 @@ class Snapshot {
     /// When all is saved: keeps what the next run will do. False if that is not known. A failure to
     /// write it is none of the build's: this only saves time.
     bool keepForeseen(VisitTree& tree, const VisitStore& store,
-                      const std::vector<std::filesystem::path>& ownFiles);
+                      const std::vector<std::filesystem::path>& ownFiles,
+                      const std::optional<ContentHash>& surroundings);
 
     /// Keeps the run itself, if it only asked.
     void keep() const;

@@ -13,11 +13,13 @@ class UserRegistry {
     /// Throws what `userDataDirectory` and `loadRegistry` throw.
     const Registry& read();
 
-    /// Null while nobody has asked for it.
-    const Registry* ifRead() const noexcept { return registry_ ? &*registry_ : nullptr; }
+    /// In this run it also counts for those who could do without.
+    void offer() noexcept { isOffered_ = true; }
+    bool isOffered() const noexcept { return isOffered_; }
 
   private:
     std::optional<Registry> registry_;
+    bool isOffered_ = false;
 };
 
 }  // namespace Vesk

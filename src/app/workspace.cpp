@@ -24,8 +24,8 @@ void addCommandLineUnit(Workspace& workspace) {
 
 /// The registered project whose target the command line names, where nothing else can be built;
 /// empty without one.
-std::string requestedProject(const Settings& settings, const Registry* registry) {
-    if (registry == nullptr || settings.unitFileSource != UnitFileSource::Default ||
+std::string requestedProject(const Settings& settings, UserRegistry& registry) {
+    if (!registry.isOffered() || settings.unitFileSource != UnitFileSource::Default ||
         platform::isFile(settings.unitFile)) {
         return {};
     }
@@ -33,7 +33,7 @@ std::string requestedProject(const Settings& settings, const Registry* registry)
         const std::size_t slash = word.find('/');
         const std::size_t colons = word.find("::");
         const bool hasProject = slash < colons && colons != std::string::npos;
-        if (hasProject && registry->projects.contains(word.substr(0, slash))) {
+        if (hasProject && registry.read().projects.contains(word.substr(0, slash))) {
             return word.substr(0, slash);
         }
     }
@@ -86,11 +86,10 @@ Workspace loadWorkspaceOrUnit(const Settings& settings, UserRegistry& registry,
     if (workspace.project != nullptr) {
         return workspace;
     }
-    const Registry* const read = registry.ifRead();
     if (settings.commandLineMode) {
         addCommandLineUnit(workspace);
-    } else if (const std::string name = requestedProject(settings, read); !name.empty()) {
-        addRegisteredProject(workspace, name, *read);
+    } else if (const std::string name = requestedProject(settings, registry); !name.empty()) {
+        addRegisteredProject(workspace, name, registry.read());
     } else {
         addUnitFile(workspace, settings, outlines);
     }

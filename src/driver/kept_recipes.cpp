@@ -100,6 +100,10 @@ Recipe takeKind(Decoder& in) {
     return recipe;
 }
 
+bool compiles(const Recipe& recipe) {
+    return recipe.role == RecipeRole::Compile;
+}
+
 bool isPlain(const Recipe& recipe) {
     return !recipe.action && recipe.outputDirectory.empty() && recipe.environment.empty() &&
            recipe.secretVariables.empty() && !recipe.deadline;
@@ -120,6 +124,9 @@ class RecipeEncoder {
         Encoder out;
         out.piece(platform::pathToUtf8(BuildEnv(environmentSettings(context_)).outputDirectory()));
         append(out, directories());
+        out.number(build_.isList() ? 1 : 0);
+        append(out, build_.ownFiles());
+        out.number(request_.parts[kTargetPart].reads.size());
         append(out, kinds_);
         out.number(build_.recipes().size());
         for (std::size_t i = 0; i < build_.recipes().size(); ++i) {
@@ -131,17 +138,13 @@ class RecipeEncoder {
   private:
     bool canBeKept() {
         const std::vector<Recipe>& recipes = build_.recipes();
-        const auto isAlone = [](const CacheRequest::Part& part) {
-            return part.judged == Judged::Alone;
-        };
-        if (recipes.empty() || !build_.subject().builder->onlyMakesRecipes() ||
-            environmentOf(context_) != nullptr || !std::ranges::all_of(recipes, isPlain) ||
-            !request_.parts[kTargetPart].reads.empty() ||
-            !std::all_of(request_.parts.begin() + kFirstRecipePart, request_.parts.end(),
-                         isAlone)) {
+        if (!build_.subject().builder->onlyMakesRecipes() || environmentOf(context_) != nullptr ||
+            !std::ranges::all_of(recipes, isPlain)) {
             return false;
         }
-        others_ = filesOfOthers();
+        if (std::ranges::any_of(recipes, compiles)) {
+            others_ = filesOfOthers();
+        }
         return others_.size() * recipes.size() <= kMostPairs;
     }
 
@@ -191,9 +194,10 @@ class RecipeEncoder {
             out.piece(trackedPath(file.path));
             out.piece(file.content);
         }
-        append(out, recipe.role == RecipeRole::Compile
+        append(out, compiles(recipe)
                         ? filesMentioned(recipe, others_, build_.subject().cache.root())
                         : std::vector<std::string>());
+        appendEnum(out, part.judged);
         out.number(part.reads.size());
         const auto source = std::ranges::find(part.reads, part.source);
         out.number(source == part.reads.end()
@@ -230,6 +234,9 @@ bool KeptRecipes::takeAll(std::string_view bytes) {
     Decoder in(bytes);
     outputDirectory_ = in.piece();
     directories_ = takeTexts(in);
+    isList_ = in.number() != 0;
+    ownFiles_ = takeTexts(in);
+    reads_ = in.number();
     for (const std::string_view kind : takePieces(in)) {
         Decoder pieces(kind);
         Recipe common = takeKind(pieces);
@@ -249,6 +256,7 @@ bool KeptRecipes::takeAll(std::string_view bytes) {
             single.supportFiles.emplace_back(path, in.piece());
         }
         single.mentioned = takePieces(in);
+        takeEnum(in, single.judged);
         single.reads = in.number();
         single.source = in.number();
         if (single.kind >= kinds_.size() || single.source > single.reads) {
@@ -261,7 +269,7 @@ bool KeptRecipes::takeAll(std::string_view bytes) {
 CacheRequest::Part KeptRecipes::partOf(const Single& single) const {
     const Recipe& common = kinds_[single.kind].common;
     CacheRequest::Part part;
-    part.judged = Judged::Alone;
+    part.judged = single.judged;
     part.declaration = single.dependencyFile.empty() ? common.declaration : Declaration::Complete;
     part.dependencyFile = single.dependencyFile;
     part.headerSearch = common.headerSearch;
@@ -295,14 +303,19 @@ bool KeptRecipes::makeRequest(const RecordText& record, const TrackingRoot& root
         if (!reads || !writes) {
             return false;
         }
-        if (i >= kFirstRecipePart) {
-            const Single& single = singles_[i - kFirstRecipePart];
-            if (reads->size() < single.reads || writes->empty()) {
-                return false;
-            }
-            reads->resize(single.reads);
-            part.reads = named(*reads, *files, root);
-            part.source = single.source == 0 ? "" : part.reads[single.source - 1];
+        const Single* const single =
+            i >= kFirstRecipePart ? &singles_[i - kFirstRecipePart] : nullptr;
+        const std::size_t declared = single != nullptr ? single->reads
+                                     : i == kTargetPart ? reads_
+                                                        : 0;
+        if (reads->size() < declared ||
+            (single != nullptr && single->judged == Judged::Alone && writes->empty())) {
+            return false;
+        }
+        reads->resize(declared);
+        part.reads = named(*reads, *files, root);
+        if (single != nullptr && single->source != 0) {
+            part.source = part.reads[single->source - 1];
         }
         part.writes = named(*writes, *files, root);
     }

@@ -42,6 +42,11 @@ class KeptRecipes {
     const std::string& outputDirectory() const noexcept { return outputDirectory_; }
     const std::vector<std::string>& directories() const noexcept { return directories_; }
 
+    /// Whether it is a list of commands, which start together, and the files that the target makes
+    /// then without a recipe that declares it.
+    bool isList() const noexcept { return isList_; }
+    const std::vector<std::string>& ownFiles() const noexcept { return ownFiles_; }
+
   private:
     /// What recipes have in common.
     struct Kind {
@@ -57,6 +62,7 @@ class KeptRecipes {
         std::string_view dependencyFile;
         std::vector<std::pair<std::string_view, std::string_view>> supportFiles;
         std::vector<std::string_view> mentioned;
+        Judged judged = Judged::WithTarget;
         std::size_t reads = 0;   ///< how many it declares
         std::size_t source = 0;  ///< among these, counted from 1; 0: none
     };
@@ -67,6 +73,9 @@ class KeptRecipes {
 
     std::string outputDirectory_;
     std::vector<std::string> directories_;  ///< of the target's outputs
+    bool isList_ = false;
+    std::vector<std::string> ownFiles_;
+    std::size_t reads_ = 0;  ///< how many the target declares as a whole
     std::vector<Kind> kinds_;
     std::vector<Single> singles_;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <unordered_set>
 #include <utility>
 
 #include "base/collector.h"
@@ -11,27 +10,9 @@
 #include "base/report.h"
 #include "driver/build_errors.h"
 #include "driver/target_news.h"
-#include "driver/value_paths.h"
 #include "platform/interrupt.h"
-#include "types/context/context_value.h"
 
 namespace Vesk {
-namespace {
-
-/// Files that dependencies have told of; who has such a file among its outputs hands it on.
-std::unordered_set<std::string> filesOfDependencies(const Context& target) {
-    std::unordered_set<std::string> files;
-    for (const auto& [name, assignment] : target.assignments()) {
-        if (valueAs<VeskContext>(assignment.value.get()) != nullptr) {
-            for (std::string& file : pathsIn(assignment)) {
-                files.insert(std::move(file));
-            }
-        }
-    }
-    return files;
-}
-
-}  // namespace
 
 ScheduledBuild::ScheduledBuild(SharedSchedule& shared, std::unique_ptr<TargetBuild> build,
                                Dependencies dependencies)
@@ -52,7 +33,7 @@ TargetResult ScheduledBuild::begin() {
             }
         }
     }
-    for (const std::string& file : ownFiles()) {
+    for (const std::string& file : build_->ownFiles()) {
         shared_.schedule.requireUnmade(file, name());
     }
     addStages();
@@ -60,18 +41,6 @@ TargetResult ScheduledBuild::begin() {
     addSources();
     result.scheduled = shared_from_this();
     return result;
-}
-
-/// What the target makes without a recipe that declares it.
-std::vector<std::string> ScheduledBuild::ownFiles() const {
-    std::vector<std::string> files;
-    if (isList_) {
-        const auto handedOn = filesOfDependencies(*build_->subject().context);
-        std::ranges::copy_if(
-            build_->cache().request().parts[kTargetPart].writes, std::back_inserter(files),
-            [&handedOn](const std::string& file) { return !handedOn.contains(file); });
-    }
-    return files;
 }
 
 NodeId ScheduledBuild::join(std::vector<NodeId> nodes) {
@@ -193,7 +162,7 @@ void ScheduledBuild::addBatch(std::vector<std::size_t> recipes, std::vector<Node
         const auto& writes = cache.request().parts[kFirstRecipePart + number].writes;
         node.makes.insert(node.makes.end(), writes.begin(), writes.end());
     }
-    std::ranges::move(ownFiles(), std::back_inserter(node.makes));
+    std::ranges::move(build_->ownFiles(), std::back_inserter(node.makes));
     const unsigned most = shared_.setting.options.maxCommands;
     const auto size = static_cast<unsigned>(recipes.size());
     batch->recipes = std::move(recipes);
@@ -222,7 +191,7 @@ void ScheduledBuild::addCompletion() {
     node.after = unfinishedDependencies();
     node.after.insert(node.after.end(), recipeNodes_.begin(), recipeNodes_.end());
     if (recipeNodes_.empty()) {
-        node.makes = ownFiles();
+        node.makes = build_->ownFiles();
     }
     node.seconds = 0;
     node.end = [self = shared_from_this()](NodeEnd end) { return self->completed(end); };

@@ -57,7 +57,6 @@ class ScheduledBuild : public std::enable_shared_from_this<ScheduledBuild> {
         std::unique_ptr<Stage> stage;
     };
 
-    std::vector<std::string> ownFiles() const;
     void addStages();
     bool isKept(std::size_t number);
     bool sourcesAreMissing() const;

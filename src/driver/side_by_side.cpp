@@ -143,7 +143,7 @@ TargetResult SideBySide::build(std::unique_ptr<TargetBuild> build,
         std::ranges::any_of(build->recipes(),
                             [](const Recipe& r) { return r.action != nullptr; }) &&
         !build->variables().empty();
-    if (!build->isKept() && (!mayOverlap(*subject.builder, *subject.context) || ownEnvironment)) {
+    if (!subject.overlaps || ownEnvironment) {
         waitForAll();  // the variables of actions are those of the process
         return build->buildNow();
     }

@@ -120,6 +120,18 @@ std::string_view StandingVisits::saidBy(Node visit) const {
     return transcript_.substr(by.saidFrom, by.saidTo - by.saidFrom);
 }
 
+std::string_view StandingVisits::saidFirst() const {
+    return transcript_.substr(0, tree_.visits().front().saidFrom);
+}
+
+std::string_view StandingVisits::askedFirst() {
+    std::size_t bytes = 0;
+    for (KeptTree::Question i = 0; i < tree_.firstQuestion; ++i) {
+        bytes += question(i).size();
+    }
+    return recording_.substr(0, bytes);
+}
+
 std::string_view StandingVisits::question(KeptTree::Question number) {
     if (questions_.empty()) {
         questions_ = platform::questionsIn(recording_);

@@ -59,6 +59,11 @@ class StandingVisits {
     std::vector<std::string> targetsPassed() const;
 
     std::string_view transcript() const noexcept { return transcript_; }
+
+    /// What the run asked, and wrote, before its first visit.
+    std::string_view askedFirst();
+    std::string_view saidFirst() const;
+
     std::string_view saidBy(Node visit) const;
 
     /// A question as it stands in the recording.

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <map>
 #include <random>
+#include <unordered_set>
 
 #include "base/console.h"
 #include "base/interruption.h"
@@ -16,6 +17,7 @@
 #include "events/events.h"
 #include "platform/files.h"
 #include "platform/interrupt.h"
+#include "types/context/context_value.h"
 
 namespace Vesk {
 namespace {
@@ -45,6 +47,19 @@ std::shared_ptr<Context> knownOutputs(const RecipeSet& set) {
         outputs->addAssignment(assignment, ModifierMode::Copy);
     }
     return outputs;
+}
+
+/// Files that dependencies have told of; who has such a file among its outputs hands it on.
+std::unordered_set<std::string> filesOfDependencies(const Context& target) {
+    std::unordered_set<std::string> files;
+    for (const auto& [name, assignment] : target.assignments()) {
+        if (valueAs<VeskContext>(assignment.value.get()) != nullptr) {
+            for (std::string& file : pathsIn(assignment)) {
+                files.insert(std::move(file));
+            }
+        }
+    }
+    return files;
 }
 
 /// Different from all others of all builds.
@@ -110,17 +125,28 @@ TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
 }
 
 TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject, KeptRecipes kept,
-                         VisitOutputs outputs)
+                         TargetResult result)
     : setting_(setting),
       subject_(std::move(subject)),
       set_(std::make_shared<RecipeSet>(RecipeSet{std::move(kept.recipes), {}, true})),
       cache_(std::make_unique<CacheStep>(subject_.cache, subject_.cacheKey, std::move(kept.request),
                                          setting_.options, subject_.seenAs)),
       kept_(std::move(kept)),
-      keptOutputs_(std::move(outputs)) {}
+      keptResult_(std::move(result)) {}
 
 bool TargetBuild::isList() const {
-    return !isKept() && subject_.builder->overlap(*subject_.context) == Overlap::WhenAsked;
+    return isKept() ? kept_->isList()
+                    : subject_.builder->overlap(*subject_.context) == Overlap::WhenAsked;
+}
+
+std::vector<std::string> TargetBuild::ownFiles() const {
+    if (isKept() || !isList()) {
+        return isKept() ? kept_->ownFiles() : std::vector<std::string>();
+    }
+    std::vector<std::string> files = cache_->request().parts[kTargetPart].writes;
+    const auto handedOn = filesOfDependencies(*subject_.context);
+    std::erase_if(files, [&handedOn](const std::string& file) { return handedOn.contains(file); });
+    return files;
 }
 
 std::vector<std::string> TargetBuild::mentioned(
@@ -150,7 +176,7 @@ std::shared_ptr<const Recipe> TargetBuild::recipe(std::size_t number) const {
 
 TargetResult TargetBuild::expected() {
     if (isKept()) {
-        return {keptOutputs_, {}, {}};
+        return keptResult_;
     }
     TargetResult result{knownOutputs(*set_), {}, {}};
     addOutputsTo(*result.outputs.context(),
@@ -163,7 +189,7 @@ TargetResult TargetBuild::expected() {
 
 TargetResult TargetBuild::stored() const {
     TargetResult result{
-        isKept() ? keptOutputs_ : VisitOutputs(knownOutputs(*set_)), cache_->stamp(), {}};
+        isKept() ? keptResult_.outputs : VisitOutputs(knownOutputs(*set_)), cache_->stamp(), {}};
     if (!isKept()) {
         addOutputsTo(*result.outputs.context(), cache_->storedOutputs());
     }
@@ -186,12 +212,11 @@ bool TargetBuild::isStoredAs(const TargetResult& result) const {
 
 /// The record keeps what the last completion gave.
 TargetResult TargetBuild::completeKept() {
-    const bool stands = cache_->record(cache_->storedOutputs(), {});
-    TargetResult result{keptOutputs_, {}, {}};
+    const bool stands = cache_->record(cache_->storedOutputs(), keptResult_.stamp);
     if (stands && subject_.ended) {
-        subject_.ended(*this, result, false);
+        subject_.ended(*this, keptResult_, false);
     }
-    return result;
+    return keptResult_;
 }
 
 TargetResult TargetBuild::complete() {

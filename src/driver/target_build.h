@@ -47,6 +47,7 @@ struct BuildSubject {
     std::vector<DependencyStamp> dependencies;
     ProjectCache& cache;
     std::string cacheKey;
+    bool overlaps = false;  ///< it may be built while others are
     Runs runs = Runs::AsNeeded;
     HiddenValues hidden = {};
 
@@ -66,9 +67,9 @@ class TargetBuild {
     /// Makes the recipes. Throws what the builder throws.
     TargetBuild(const BuildSetting& setting, BuildSubject subject);
 
-    /// Takes those of a visit that is kept, which had these outputs. The subject has no builder.
+    /// Takes those of a visit that is kept. The subject has no builder.
     TargetBuild(const BuildSetting& setting, BuildSubject subject, KeptRecipes kept,
-                VisitOutputs outputs);
+                TargetResult result);
 
     const BuildSubject& subject() const noexcept { return subject_; }
     const std::vector<Recipe>& recipes() const noexcept { return set_->recipes; }
@@ -79,6 +80,9 @@ class TargetBuild {
 
     /// Whether it is a list of commands, which start together.
     bool isList() const;
+
+    /// What such a list makes without a recipe that declares it.
+    std::vector<std::string> ownFiles() const;
 
     /// Those of the files that a compiler's command names and somebody else `isToMake`.
     std::vector<std::string> mentioned(std::size_t recipe,
@@ -134,7 +138,7 @@ class TargetBuild {
     std::unique_ptr<CacheStep> cache_;     ///< null: only the recipes are wanted
     std::optional<BuildEnv> environment_;  ///< made when it is needed first
     std::optional<KeptRecipes> kept_;
-    VisitOutputs keptOutputs_;
+    TargetResult keptResult_;
     std::optional<std::vector<std::string>> filesToBeMade_;
 };
 

@@ -361,10 +361,14 @@ bool TargetVisit::isSettled(SideBySide* others) {
 }
 
 /// Whether the visit would make the same recipes again. Those of them that are stale run without
-/// it, some perhaps when dependencies have been built.
+/// it, some perhaps when dependencies have been built. Without any the sources of others do not
+/// matter.
 bool TargetVisit::takesRecipes(SideBySide* others) {
-    const auto isOpen = [others](const auto& build) {
-        return build && !build->finished() && (others == nullptr || others->isOpen(*build));
+    const bool hasRecipes = memory_->taken()->hasRecipes;
+    const auto isOpen = [others, hasRecipes](const auto& build) {
+        return build && !build->finished() &&
+               (others == nullptr || !build->stampKnown() ||
+                (hasRecipes && others->isOpen(*build)));
     };
     if (!std::ranges::any_of(scheduled_, isOpen)) {
         recipes_ = memory_->recipes(setting_.cacheOf(*location_.project));
@@ -398,15 +402,23 @@ TargetResult TargetVisit::buildAsKept(SideBySide* others) {
     const auto ended = [memory = memory_, &cache](const TargetBuild&, const TargetResult&, bool) {
         memory->builtAgain(cache);
     };
-    BuildSubject subject{
-        seenAs_, location_.target->name,     note(), std::string(kept.tool), nullptr, nullptr, {},
-        cache,   std::string(kept.recordKey)};
+    BuildSubject subject{seenAs_,
+                         location_.target->name,
+                         note(),
+                         std::string(kept.tool),
+                         nullptr,
+                         nullptr,
+                         {},
+                         cache,
+                         std::string(kept.recordKey),
+                         kept.overlaps};
     subject.hidden = setting_.options.hidden;
     subject.ended = ended;
-    auto build = std::make_unique<TargetBuild>(setting_, std::move(subject), std::move(*recipes_),
-                                               VisitOutputs::fromKept(kept.outputs));
+    auto build = std::make_unique<TargetBuild>(
+        setting_, std::move(subject), std::move(*recipes_),
+        TargetResult{VisitOutputs::fromKept(kept.outputs), std::string(kept.stamp), nullptr});
     std::erase(scheduled_, nullptr);
-    tellWhatRuns(*build, others != nullptr);
+    tellWhatRuns(*build, others != nullptr && kept.overlaps);
     return others != nullptr ? others->build(std::move(build), std::move(scheduled_))
                              : build->buildNow();
 }
@@ -425,6 +437,7 @@ BuildSubject TargetVisit::subject() const {
             stamps_,
             setting_.cacheOf(*location_.project),
             cacheKey(),
+            overlaps_,
             alwaysRuns() ? Runs::Always : Runs::AsNeeded,
             setting_.options.hidden,
             setting_.keeper != nullptr && !alwaysRuns()

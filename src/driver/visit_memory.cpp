@@ -138,7 +138,8 @@ bool VisitMemory::ends(ProjectCache& cache,
 
 std::optional<KeptRecipes> VisitMemory::recipes(ProjectCache& cache) const {
     const std::string key(kept_->recordKey);
-    if (kept_->recipes.empty() || !kept_->overlaps || !kept_->stamp.empty() ||
+    const bool stampIsItsOwn = kept_->hasRecipes && !kept_->stamp.empty();
+    if (kept_->recipes.empty() || stampIsItsOwn ||
         !platform::stillValid(kept_->askedLast) || cache.recordHash(key) != kept_->record) {
         return std::nullopt;
     }

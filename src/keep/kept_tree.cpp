@@ -74,6 +74,8 @@ std::string KeptTree::encoded() const {
     out.number(firstQuestion);
     out.number(endOfQuestions);
     out.number(day);
+    out.number(surroundings ? 1 : 0);
+    out.hash(surroundings.value_or(ContentHash()));
     out.number(visits_.size());
     for (Node i = 0; i < visits_.size(); ++i) {
         const Visit& visit = visits_[i];
@@ -101,6 +103,9 @@ std::optional<KeptTree> KeptTree::decoded(std::string_view bytes) {
     tree.firstQuestion = static_cast<Question>(in.number());
     tree.endOfQuestions = static_cast<Question>(in.number());
     tree.day = static_cast<DayNumber>(in.number());
+    const bool isKnown = in.number() != 0;
+    const ContentHash surroundings = in.hash();
+    tree.surroundings = isKnown ? std::optional(surroundings) : std::nullopt;
     const std::uint64_t count = std::min<std::uint64_t>(in.number(), bytes.size());
     tree.visits_.resize(count);
     for (Node i = 0; i < count && in.good(); ++i) {

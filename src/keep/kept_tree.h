@@ -63,6 +63,10 @@ class KeptTree {
 
     DayNumber day = 0;  ///< when all visits were last looked at
 
+    /// A hash of what they depend on besides their targets' texts. Nothing: the run that found it
+    /// out had something to say meanwhile.
+    std::optional<ContentHash> surroundings;
+
     std::string encoded() const;
 
     /// Refers to the bytes. Nothing for bytes that are no tree.

@@ -11,7 +11,7 @@ namespace {
 
 // A file is the header and blocks, of each its hash and its entries. An entry is key, day and
 // visit; it takes the place of earlier ones of that key, and one without a visit ends them.
-constexpr std::string_view kHeader = "VESK_VISITS_4\n";
+constexpr std::string_view kHeader = "VESK_VISITS_5\n";
 
 /// A file may grow by what it has when it is written as a whole, and by so much.
 constexpr std::size_t kSlack = std::size_t{64} * 1024;

@@ -84,7 +84,8 @@ class KeptRecipes(ToolchainTest):
                     self.assertEqual(self.output_of("out/app"), self.expected())
                     if dice.randrange(3) == 0:
                         env = {"VESK_KEEP": "check"}
-                        self.assertEqual(self.run_vesk("app", jobs, env=env).status, 0)
+                        checked = self.run_vesk("app", jobs, env=env)
+                        self.assertEqual(checked.status, 0, checked.err)
                     self.nothing_to_do("app", jobs)
 
     def visited(self, *arguments):

@@ -149,7 +149,7 @@ class Files(KeptVisitsTest):
         expected = self.run_in(self.dir, "all")
         whole = self.file.read_bytes()
         self.assertGreater(len(whole), 500)
-        damaged = [b"", b"\xff" * 5000, whole + b"x", whole[:-1], b"VESK_VISITS_4\n"]
+        damaged = [b"", b"\xff" * 5000, whole + b"x", whole[:-1], b"VESK_VISITS_5\n"]
         damaged += [whole[:at] + bytes([whole[at] ^ 1]) + whole[at + 1:]
                     for at in range(0, len(whole), len(whole) // 8)]
         for content in damaged:
@@ -158,7 +158,7 @@ class Files(KeptVisitsTest):
                 snapshot.unlink()
             result = self.run_in(self.dir, "all")
             self.assertEqual((result.out, result.err), (expected.out, expected.err))
-            self.assertTrue(self.file.read_bytes().startswith(b"VESK_VISITS_4\n"))
+            self.assertTrue(self.file.read_bytes().startswith(b"VESK_VISITS_5\n"))
 
     def test_what_is_new_is_written_behind_the_rest(self):
         self.run_in(self.dir, "all")

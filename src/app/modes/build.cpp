@@ -89,6 +89,7 @@ struct Keeping {
     VisitStore visits;
     VisitTree tree;
     Snapshot* snapshot = nullptr;  ///< null: the run is not one that is repeated
+    std::optional<ContentHash> surroundings;  ///< of the visits; see KeptTree
 };
 
 std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
@@ -106,8 +107,7 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
     CompileCommands built;
     if (keeping.snapshot != nullptr) {
         collecting.tree = &keeping.tree;
-        // Those who listen want to know of every visit.
-        if (keeper == nullptr || !keeper->use().takes || events::listened()) {
+        if (keeper == nullptr || !keeper->use().takes) {
             keeping.snapshot->dropStanding();
         }
         collecting.standing = keeping.snapshot->standing();
@@ -159,7 +159,10 @@ void keepFailedRun(Keeping& keeping, const Session& session) {
 
 Session runBuild(const Settings& given, Keeping& keeping) {
     KeptOutlines outlines(keeping.visits, visitKeeping(given));
-    Session session = openSession(given, &outlines);
+    Session session = openSession(given, &outlines, keeping.surroundings);
+    if (keeping.snapshot != nullptr && keeping.snapshot->saidNothing()) {
+        keeping.surroundings = session.surroundings;
+    }
     const Settings& settings = session.settings;
     reportUnreadVariables(settings.doubts, session);
     console::normal("Starting build");
@@ -196,7 +199,8 @@ void keepRun(Keeping& keeping, const Session& session) {
     saveVisits(keeping.visits, keeping.directory);
     if (session.caches.areLocked() &&
         (!isQuietNextTime(keeping, session) ||
-         !snapshot.keepForeseen(keeping.tree, keeping.visits, ownFiles))) {
+         !snapshot.keepForeseen(keeping.tree, keeping.visits, ownFiles,
+                                keeping.surroundings))) {
         snapshot.keep();
     }
 }
@@ -240,8 +244,15 @@ int build(const Settings& settings) {
         return 0;
     }
     Snapshot snapshot(keeping.directory, settings.arguments);
-    if (!visitKeeping(settings).checks && repeats(snapshot)) {
+    const VisitKeeping use = visitKeeping(settings);
+    if (!use.checks && repeats(snapshot)) {
         return 0;
+    }
+    if (!use.takes || events::listened()) {  // who listens wants to know of every visit
+        snapshot.dropStanding();
+    }
+    if (const StandingVisits* standing = snapshot.standing()) {
+        keeping.surroundings = standing->tree().surroundings;
     }
     platform::expectLargeHeap();
     loadVisits(keeping.visits, keeping.directory);

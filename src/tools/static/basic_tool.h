@@ -38,6 +38,7 @@ class BasicBuilder : public Builder {
     LookedFor lookedFor(const TargetContext&) const override { return {false, {}}; }
 
     /// The exit code as the output "result".
+    bool onlyMakesRecipes() const override { return true; }
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
 
     /// Only the target's output assignments.

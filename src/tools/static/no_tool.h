@@ -31,6 +31,7 @@ class NoToolBuilder : public Builder {
     std::string name() const override { return "no_tool"; }
     Overlap overlap(const TargetContext&) const override { return Overlap::Always; }
     LookedFor lookedFor(const TargetContext&) const override { return {false, {}}; }
+    bool onlyMakesRecipes() const override { return true; }
     std::shared_ptr<Context> complete(TargetContext& target, int exitCode) override;
     RecipeSet createRecipes(TargetContext& target) override;
 };
