@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <utility>
@@ -30,6 +31,21 @@ int openRetrying(const std::filesystem::path& path, int flags, mode_t mode = kCo
             return descriptor;
         }
     }
+}
+
+/// The same path from the current directory, if it lies below: the system looks up fewer names then,
+/// which is a fifth of what it does for a status. vesk never changes its current directory.
+const char* fromHere(const char* path) noexcept {
+    static const std::string here = [] {
+        std::error_code unknown;
+        const std::string directory = std::filesystem::current_path(unknown).native();
+        return directory.ends_with('/') ? directory : directory + "/";
+    }();
+    if (here.size() == 1 || std::strncmp(path, here.c_str(), here.size()) != 0) {
+        return path;
+    }
+    const char* const rest = path + here.size();
+    return *rest != '\0' && *rest != '/' ? rest : path;
 }
 
 /// Opens for reading what is a regular file; a directory fails like one. Asked before it is opened,
@@ -263,7 +279,7 @@ bool replaceFile(const std::filesystem::path& from, const std::filesystem::path&
 std::optional<FileStatus> statusAt(const char* path, std::error_code& error) {
     error.clear();
     struct stat status {};
-    if (::stat(path, &status) == 0) {
+    if (::stat(fromHere(path), &status) == 0) {
         return statusFrom(status);
     }
     if (!isMissing(errno)) {
