@@ -6,6 +6,7 @@
 #include "cache/cache_text.h"
 #include "cache/record_files.h"
 #include "platform/directories.h"
+#include "platform/file_view.h"
 #include "platform/files.h"
 
 namespace Vesk {
@@ -38,9 +39,9 @@ std::string directoryText(const std::filesystem::path& file) {
 namespace {
 
 /// Reads record by record, as the file has them. False after a fault.
-bool takeSealed(const std::filesystem::path& file,
-                const std::shared_ptr<const std::string>& storage, const RecordSink& take) {
-    CacheReader reader(*storage);
+bool takeSealed(const std::filesystem::path& file, const platform::FileView& content,
+                const RecordSink& take) {
+    CacheReader reader(content.bytes());
     std::string_view header;
     if (!reader.line(header)) {
         return startEmpty(file, "has invalid header");
@@ -63,14 +64,14 @@ bool takeSealed(const std::filesystem::path& file,
             return startEmpty(file, "is malformed ({})", fault);
         }
         const std::string_view text = between(start, reader.position());
-        const auto day = checkSeal(key, RecordText(storage, text));
+        const auto day = checkSeal(key, RecordText(content.owner(), text));
         if (!day) {
             return startEmpty(file, "is malformed ({})", "record seal");
         }
         StoredRecord stored;
         stored.whole = between(whole, reader.position());
         stored.day = *day;
-        take(key, RecordText(storage, text, stored));
+        take(key, RecordText(content.owner(), text, stored));
     }
     return reader.atEnd() || startEmpty(file, "is malformed ({})", "text after the last record");
 }
@@ -79,7 +80,7 @@ bool takeSealed(const std::filesystem::path& file,
 
 bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take) {
     std::error_code error;
-    auto content = platform::readWholeFile(file, error);
+    const auto content = platform::FileView::open(file, error);
     if (!content) {
         std::error_code unknown;
         if (platform::fileStatus(platform::pathToUtf8(file), unknown) || unknown) {
@@ -87,12 +88,11 @@ bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take) {
         }
         return true;
     }
-    const auto storage = std::make_shared<const std::string>(std::move(*content));
     const IndexedSink takeRecord = [&](std::string_view key, std::string_view text,
                                        const StoredRecord& stored) {
-        take(key, RecordText(storage, text, stored));
+        take(key, RecordText(content->owner(), text, stored));
     };
-    switch (takeIndexed(file, *storage, takeRecord)) {
+    switch (takeIndexed(file, content->bytes(), takeRecord)) {
         case IndexUse::all:
             return true;
         case IndexUse::faulty:
@@ -100,7 +100,7 @@ bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take) {
         case IndexUse::none:
             break;
     }
-    return takeSealed(file, storage, take);
+    return takeSealed(file, *content, take);
 }
 
 struct CacheFileWriter::Output {

@@ -60,7 +60,7 @@ std::string_view textBetween(const char* begin, const char* end) {
 }  // namespace
 
 RecordText::RecordText(std::string text)
-    : storage_(std::make_shared<const std::string>(std::move(text))), text_(*storage_) {}
+    : RecordText(std::make_shared<const std::string>(std::move(text))) {}
 
 RecordText::Layout RecordText::layout(std::size_t atMost) const {
     Layout layout;

@@ -45,7 +45,7 @@ class RecordText {
     explicit RecordText(std::string text);
 
     /// A piece of a text that `storage` keeps alive and that `skipRecord` has accepted.
-    RecordText(std::shared_ptr<const std::string> storage, std::string_view text,
+    RecordText(std::shared_ptr<const void> storage, std::string_view text,
                const StoredRecord& stored = {})
         : storage_(std::move(storage)), text_(text), stored_(stored) {}
 
@@ -58,11 +58,14 @@ class RecordText {
 
     /// If there are more than `atMost` parts: only the first ones, and no environment.
     Layout layout(std::size_t atMost = std::numeric_limits<std::size_t>::max()) const;
-    const std::shared_ptr<const std::string>& storage() const noexcept { return storage_; }
+    const std::shared_ptr<const void>& storage() const noexcept { return storage_; }
     const StoredRecord& stored() const noexcept { return stored_; }
 
   private:
-    std::shared_ptr<const std::string> storage_;
+    explicit RecordText(const std::shared_ptr<const std::string>& text)
+        : storage_(text), text_(*text) {}
+
+    std::shared_ptr<const void> storage_;
     std::string_view text_;
     StoredRecord stored_;
 };

@@ -27,10 +27,9 @@ void append(Encoder& out, const ContentHash& key, DayNumber day, std::string_vie
 void VisitStore::load(const std::filesystem::path& directory) {
     file_ = directory / kFileName;
     std::error_code error;
-    auto bytes = platform::readWholeFile(file_, error);
-    if (bytes && bytes->starts_with(kHeader)) {
-        loaded_ = std::move(*bytes);
-        takeBlocks(std::string_view(loaded_).substr(kHeader.size()));
+    loaded_ = platform::FileView::open(file_, error);
+    if (loaded_ && loaded_->bytes().starts_with(kHeader)) {
+        takeBlocks(loaded_->bytes().substr(kHeader.size()));
     }
 }
 
@@ -46,7 +45,7 @@ void VisitStore::takeBlocks(std::string_view bytes) {
         takeEntries(block);
         writtenBytes_ = writtenBytes_ == 0 ? block.size() : writtenBytes_;
     }
-    fileBytes_ = loaded_.size();
+    fileBytes_ = loaded_->bytes().size();
 }
 
 void VisitStore::takeEntries(std::string_view bytes) {
@@ -171,15 +170,29 @@ std::string VisitStore::allEntries() const {
     return std::move(out.bytes);
 }
 
-void VisitStore::write(std::string_view start, const std::string& entries) {
+/// What has been read of the file belongs to it, so it is replaced, not overwritten.
+bool VisitStore::write(std::string_view bytes, bool isWhole) const {
+    std::error_code error;
+    if (!isWhole) {
+        return platform::writePrivateFile(file_, bytes, platform::Append::yes, error);
+    }
+    std::filesystem::path temporary = file_;
+    temporary += ".tmp";
+    if (platform::writePrivateFile(temporary, bytes, platform::Append::no, error) &&
+        platform::replaceFile(temporary, file_, error)) {
+        return true;
+    }
+    platform::removeFile(temporary, error);
+    return false;
+}
+
+void VisitStore::writeBlock(std::string_view start, const std::string& entries) {
     Encoder out;
     out.bytes = start;
     out.hash(hashText(entries));
     out.piece(entries);
     const bool isWhole = !start.empty();
-    std::error_code error;
-    const bool written = platform::writePrivateFile(
-        file_, out.bytes, isWhole ? platform::Append::no : platform::Append::yes, error);
+    const bool written = write(out.bytes, isWhole);
     if (isWhole) {
         writtenBytes_ = entries.size();
     }
@@ -193,9 +206,9 @@ void VisitStore::save() {
     completeNews();
     const std::string entries = newEntries();
     if (fileBytes_ != 0 && fileBytes_ + entries.size() < 2 * writtenBytes_ + kSlack) {
-        write({}, entries);
+        writeBlock({}, entries);
     } else {
-        write(kHeader, allEntries());
+        writeBlock(kHeader, allEntries());
     }
     for (const ContentHash& key : news_) {
         entries_.at(key).isNew = false;

@@ -13,6 +13,7 @@
 #include "base/content_hash.h"
 #include "base/day_number.h"
 #include "keep/kept_visit.h"
+#include "platform/file_view.h"
 
 namespace Vesk {
 
@@ -75,10 +76,11 @@ class VisitStore {
     void completeNews();
     std::string newEntries() const;
     std::string allEntries() const;
-    void write(std::string_view start, const std::string& entries);
+    bool write(std::string_view bytes, bool isWhole) const;
+    void writeBlock(std::string_view start, const std::string& entries);
 
     std::filesystem::path file_;
-    std::string loaded_;
+    std::optional<platform::FileView> loaded_;
     std::unordered_map<ContentHash, Entry, KeyHash> entries_;
     std::vector<ContentHash> news_;
     std::size_t fileBytes_ = 0;     ///< the file has as many; 0: it is to be written as a whole

@@ -254,7 +254,9 @@ int build(const Settings& settings) {
     if (const StandingVisits* standing = snapshot.standing()) {
         keeping.surroundings = standing->tree().surroundings;
     }
-    platform::expectLargeHeap();
+    if (snapshot.standing() == nullptr) {
+        platform::expectLargeHeap();
+    }
     loadVisits(keeping.visits, keeping.directory);
     snapshot.begin();
     keeping.snapshot = &snapshot;
