@@ -306,10 +306,12 @@ bool ScheduledBuild::completed(NodeEnd end) {
     try {
         CacheStep& cache = build_->cache();
         if (end == NodeEnd::Done && platform::interruptSignal() == 0) {
-            if (!cache.asked()) {
-                cache.ask();
+            if (!build_->stands()) {
+                if (!cache.asked()) {
+                    cache.ask();
+                }
+                stamp_ = (cache.mustBuild() ? build_->complete() : build_->stored()).stamp;
             }
-            stamp_ = (cache.mustBuild() ? build_->complete() : build_->stored()).stamp;
             console::normal("Build done");
             succeeded_ = true;
             build_->tellEnd(ran_ ? TargetEnd::Ran : TargetEnd::UpToDate);

@@ -138,6 +138,10 @@ bool SideBySide::waitsForOthers(TargetBuild& build,
 
 TargetResult SideBySide::build(std::unique_ptr<TargetBuild> build,
                                ScheduledBuild::Dependencies dependencies) {
+    if (build->stands()) {
+        return std::make_shared<ScheduledBuild>(shared_, std::move(build), std::move(dependencies))
+            ->begin();
+    }
     const BuildSubject& subject = build->subject();
     const bool ownEnvironment =
         std::ranges::any_of(build->recipes(),

@@ -43,7 +43,7 @@ class SideBySide {
     void waitForStamp(const ScheduledBuild& dependency);
 
     /// Takes what the cache has, leaves the recipes to the schedule, or builds the target here and
-    /// now. Throws what building throws.
+    /// now; one that stands is scheduled behind its dependencies. Throws what building throws.
     TargetResult build(std::unique_ptr<TargetBuild> build,
                        ScheduledBuild::Dependencies dependencies);
 

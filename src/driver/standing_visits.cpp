@@ -13,6 +13,7 @@ StandingVisits::StandingVisits(KeptTree tree, std::string_view transcript,
     : tree_(std::move(tree)),
       transcript_(transcript),
       recording_(recording),
+      differs_(tree_.visits().size()),
       affected_(tree_.visits().size()),
       progress_(tree_.visits().size()),
       askedAfter_(tree_.endOfQuestions) {
@@ -29,10 +30,12 @@ void StandingVisits::findAffected(const std::vector<bool>& differing) {
     const auto endThoseBefore = [&](Node next) {
         for (; !open.empty() && tree_.visits()[open.back()].end <= next; open.pop_back()) {
             const Node ended = open.back();
+            differs_[ended] = tree_.visits()[ended].isOpen ||
+                              std::ranges::any_of(tree_.questions(ended), [&](auto number) {
+                                  return differing[number];
+                              });
             affected_[ended] =
-                affected_[ended] || tree_.visits()[ended].isOpen ||
-                std::ranges::any_of(tree_.questions(ended),
-                                    [&](auto number) { return differing[number]; }) ||
+                differs_[ended] ||
                 std::ranges::any_of(tree_.dependencies(ended),
                                     [&](Node dependency) { return affected_[dependency]; });
         }
@@ -101,6 +104,14 @@ bool StandingVisits::stillStands(Node visit,
         allStand = allStand && !affected_[i];
     }
     return allStand;
+}
+
+bool StandingVisits::asksTheSame(Node visit,
+                                 const std::function<bool(const std::string&)>& isToBeMade) {
+    return !differs_[visit] &&
+           std::ranges::all_of(tree_.questions(visit), [&](KeptTree::Question number) {
+               return isStillAnswered(number, isToBeMade);
+           });
 }
 
 bool StandingVisits::overlaps(Node visit) const {

@@ -40,6 +40,10 @@ class StandingVisits {
     /// found. `isToBeMade`: tells whether a file is not made yet.
     bool stillStands(Node visit, const std::function<bool(const std::string&)>& isToBeMade);
 
+    /// Whether what this visit alone asked has the same answers, whatever others found. `isToBeMade`
+    /// as above.
+    bool asksTheSame(Node visit, const std::function<bool(const std::string&)>& isToBeMade);
+
     /// Whether all of them may be built while others are.
     bool overlaps(Node visit) const;
 
@@ -90,7 +94,8 @@ class StandingVisits {
     KeptTree tree_;
     std::string_view transcript_;
     std::string_view recording_;
-    std::vector<bool> affected_;  ///< visits, by a difference, or through what they depend on
+    std::vector<bool> differs_;   ///< visits that found other answers
+    std::vector<bool> affected_;  ///< those, and what depends on them
     std::vector<Progress> progress_;
     std::unordered_map<std::uint64_t, Node> byKey_;  ///< by half a key; made when it is needed
     std::vector<std::string_view> questions_;        ///< likewise

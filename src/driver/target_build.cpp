@@ -109,6 +109,7 @@ TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject)
     for (Recipe& command : subject_.builder->commandRecipes(*subject_.context)) {
         set_->recipes.push_back(std::move(command));
     }
+    hasRecipes_ = !set_->recipes.empty();
     if (setting_.onRecipes) {
         setting_.onRecipes(set_->recipes);
     }
@@ -132,16 +133,27 @@ TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject, Kept
       cache_(std::make_unique<CacheStep>(subject_.cache, subject_.cacheKey, std::move(kept.request),
                                          setting_.options, subject_.seenAs)),
       kept_(std::move(kept)),
-      keptResult_(std::move(result)) {}
+      keptResult_(std::move(result)),
+      hasRecipes_(!set_->recipes.empty()) {}
+
+TargetBuild::TargetBuild(const BuildSetting& setting, BuildSubject subject, bool hasRecipes,
+                         TargetResult result)
+    : setting_(setting),
+      subject_(std::move(subject)),
+      set_(std::make_shared<RecipeSet>()),
+      cache_(std::make_unique<CacheStep>(subject_.cache, subject_.cacheKey, CacheRequest(),
+                                         setting_.options, subject_.seenAs)),
+      keptResult_(std::move(result)),
+      hasRecipes_(hasRecipes) {}
 
 bool TargetBuild::isList() const {
-    return isKept() ? kept_->isList()
+    return isKept() ? kept_ && kept_->isList()
                     : subject_.builder->overlap(*subject_.context) == Overlap::WhenAsked;
 }
 
 std::vector<std::string> TargetBuild::ownFiles() const {
     if (isKept() || !isList()) {
-        return isKept() ? kept_->ownFiles() : std::vector<std::string>();
+        return kept_ ? kept_->ownFiles() : std::vector<std::string>();
     }
     std::vector<std::string> files = cache_->request().parts[kTargetPart].writes;
     const auto handedOn = filesOfDependencies(*subject_.context);
@@ -257,15 +269,19 @@ TargetResult TargetBuild::buildNow() {
 
 /// Targets that only group others are not worth a word.
 void TargetBuild::tellEnd(TargetEnd end) const {
-    const bool groups = set_->recipes.empty();
-    if (!groups) {
+    if (hasRecipes_) {
         setting_.events->ended(name(), end);
     }
     if (events::listened()) {
-        const KeptSteps kept = cache_->kept();
+        const KeptSteps kept = keptSteps();
         events::emit(events::TargetFinished{
-            subject_.seenAs, outcomeOf(end, groups), {}, kept.steps, kept.seconds});
+            subject_.seenAs, outcomeOf(end, !hasRecipes_), {}, kept.steps, kept.seconds});
     }
+}
+
+KeptSteps TargetBuild::keptSteps() const {
+    const auto record = stands() ? subject_.cache.last(subject_.cacheKey) : std::nullopt;
+    return record ? stepsIn(*record) : cache_->kept();
 }
 
 HiddenValues TargetBuild::hidden() const {

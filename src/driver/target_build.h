@@ -71,12 +71,18 @@ class TargetBuild {
     TargetBuild(const BuildSetting& setting, BuildSubject subject, KeptRecipes kept,
                 TargetResult result);
 
+    /// Of a visit that is kept and stands, with this result. Nothing is left to do but to wait for
+    /// dependencies. The subject has no builder.
+    TargetBuild(const BuildSetting& setting, BuildSubject subject, bool hasRecipes,
+                TargetResult result);
+
     const BuildSubject& subject() const noexcept { return subject_; }
     const std::vector<Recipe>& recipes() const noexcept { return set_->recipes; }
     std::shared_ptr<const Recipe> recipe(std::size_t number) const;
     CacheStep& cache() noexcept { return *cache_; }
     const CacheStep& cache() const noexcept { return *cache_; }
-    bool isKept() const noexcept { return kept_.has_value(); }
+    bool isKept() const noexcept { return subject_.builder == nullptr; }
+    bool stands() const noexcept { return isKept() && !kept_; }
 
     /// Whether it is a list of commands, which start together.
     bool isList() const;
@@ -120,6 +126,7 @@ class TargetBuild {
     const std::string& name() const noexcept { return subject_.seenAs.target; }
 
   private:
+    KeptSteps keptSteps() const;
     void tellWhatMayFollow() const;
     bool stampIsItsOwn() const;
     bool isStoredAs(const TargetResult& result) const;
@@ -139,6 +146,7 @@ class TargetBuild {
     std::optional<BuildEnv> environment_;  ///< made when it is needed first
     std::optional<KeptRecipes> kept_;
     TargetResult keptResult_;
+    bool hasRecipes_ = true;
     std::optional<std::vector<std::string>> filesToBeMade_;
 };
 

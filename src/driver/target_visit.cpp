@@ -330,10 +330,20 @@ bool TargetVisit::hasFailedDependency() const noexcept {
            });
 }
 
+/// Whether dependencies that are being built may give something else in the end. Of a visit that
+/// makes nothing only what they say of themselves matters; of one that is to be checked, everything.
+bool TargetVisit::waitsForMore(const SideBySide* others) const {
+    const KeptVisit* const kept = memory_->taken();
+    return std::ranges::any_of(scheduled_, [others, kept](const auto& build) {
+        return build && !build->finished() &&
+               (others == nullptr || kept == nullptr || !build->stampKnown() ||
+                (kept->hasRecipes && others->isOpen(*build)));
+    });
+}
+
 bool TargetVisit::endsAsKept(SideBySide* others) {
     const events::Span span(events::Activity::Cache, "compare the kept visit");
-    if (std::ranges::any_of(scheduled_,
-                            [](const auto& build) { return build && !build->finished(); })) {
+    if (waitsForMore(others)) {
         return false;
     }
     if (others != nullptr) {
@@ -342,6 +352,10 @@ bool TargetVisit::endsAsKept(SideBySide* others) {
     const auto isToBeMade = [others](const std::string& file) {
         return others != nullptr && others->isToBeMade(file);
     };
+    if (standsAs() && setting_.standing->asksTheSame(*standsAs_, isToBeMade)) {
+        memory_->stands();
+        return true;
+    }
     return memory_->ends(setting_.cacheOf(*location_.project), isToBeMade);
 }
 
@@ -361,16 +375,9 @@ bool TargetVisit::isSettled(SideBySide* others) {
 }
 
 /// Whether the visit would make the same recipes again. Those of them that are stale run without
-/// it, some perhaps when dependencies have been built. Without any the sources of others do not
-/// matter.
-bool TargetVisit::takesRecipes(SideBySide* others) {
-    const bool hasRecipes = memory_->taken()->hasRecipes;
-    const auto isOpen = [others, hasRecipes](const auto& build) {
-        return build && !build->finished() &&
-               (others == nullptr || !build->stampKnown() ||
-                (hasRecipes && others->isOpen(*build)));
-    };
-    if (!std::ranges::any_of(scheduled_, isOpen)) {
+/// it, some perhaps when dependencies have been built.
+bool TargetVisit::takesRecipes(const SideBySide* others) {
+    if (!waitsForMore(others)) {
         recipes_ = memory_->recipes(setting_.cacheOf(*location_.project));
     }
     return recipes_.has_value();
@@ -395,13 +402,9 @@ void TargetVisit::tellWhatRuns(const TargetBuild& build, bool alongside) const {
     }
 }
 
-TargetResult TargetVisit::buildAsKept(SideBySide* others) {
+/// Of a visit that is not made.
+BuildSubject TargetVisit::keptSubject() const {
     const KeptVisit& kept = *memory_->taken();
-    console::repeat(kept.saidLast);
-    ProjectCache& cache = setting_.cacheOf(*location_.project);
-    const auto ended = [memory = memory_, &cache](const TargetBuild&, const TargetResult&, bool) {
-        memory->builtAgain(cache);
-    };
     BuildSubject subject{seenAs_,
                          location_.target->name,
                          note(),
@@ -409,11 +412,21 @@ TargetResult TargetVisit::buildAsKept(SideBySide* others) {
                          nullptr,
                          nullptr,
                          {},
-                         cache,
+                         setting_.cacheOf(*location_.project),
                          std::string(kept.recordKey),
                          kept.overlaps};
     subject.hidden = setting_.options.hidden;
-    subject.ended = ended;
+    return subject;
+}
+
+TargetResult TargetVisit::buildAsKept(SideBySide* others) {
+    const KeptVisit& kept = *memory_->taken();
+    console::repeat(kept.saidLast);
+    BuildSubject subject = keptSubject();
+    subject.ended = [memory = memory_, &cache = subject.cache](const TargetBuild&,
+                                                               const TargetResult&, bool) {
+        memory->builtAgain(cache);
+    };
     auto build = std::make_unique<TargetBuild>(
         setting_, std::move(subject), std::move(*recipes_),
         TargetResult{VisitOutputs::fromKept(kept.outputs), std::string(kept.stamp), nullptr});
@@ -509,7 +522,7 @@ std::unique_ptr<TargetBuild> TargetVisit::prepareBuild(Runs runs) {
 TargetResult TargetVisit::finish(SideBySide* others) {
     announce();
     if (memory_->taken() != nullptr && !recipes_) {
-        return keptResult();
+        return keptResult(others);
     }
     TargetResult result;
     try {
@@ -539,15 +552,22 @@ TargetResult TargetVisit::finish(SideBySide* others) {
     return result;
 }
 
-TargetResult TargetVisit::keptResult() {
+TargetResult TargetVisit::keptResult(SideBySide* others) {
     const KeptVisit& kept = *memory_->taken();
     console::repeat(kept.saidLast);
+    TargetResult result{VisitOutputs::fromKept(kept.outputs), std::string(kept.stamp), nullptr};
+    std::erase_if(scheduled_, [](const auto& build) { return !build || build->finished(); });
+    if (!scheduled_.empty()) {
+        return others->build(std::make_unique<TargetBuild>(setting_, keptSubject(),
+                                                           kept.hasRecipes, std::move(result)),
+                             std::move(scheduled_));
+    }
     if (kept.hasRecipes) {
         setting_.events->ended(displayName(), TargetEnd::UpToDate);
     }
     tellKept(kept);
     console::normal("Build done");
-    return {VisitOutputs::fromKept(kept.outputs), std::string(kept.stamp), nullptr};
+    return result;
 }
 
 /// One cache belongs to one project: unit, target, arguments and profile tell its records apart.

@@ -112,8 +112,10 @@ class TargetVisit {
     std::optional<Next> nextAsKept();
     bool takeKeptOutputs(const TargetResult& result);
     bool endsAsKept(SideBySide* others);
-    TargetResult keptResult();
-    bool takesRecipes(SideBySide* others);
+    bool waitsForMore(const SideBySide* others) const;
+    BuildSubject keptSubject() const;
+    TargetResult keptResult(SideBySide* others);
+    bool takesRecipes(const SideBySide* others);
     TargetResult buildAsKept(SideBySide* others);
     void tellWhatRuns(const TargetBuild& build, bool alongside) const;
     void tellEntered() const;

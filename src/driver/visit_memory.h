@@ -90,6 +90,9 @@ class VisitMemory {
     /// Whether the visit that is taken has this hash.
     bool takesThat(const ContentHash& visit) const;
 
+    /// The same, where it is known already.
+    void stands() { keeper_->store().confirm(key_); }
+
     /// When that is not so, because of files alone: the recipes that the visit would make again.
     std::optional<KeptRecipes> recipes(ProjectCache& cache) const;
 
