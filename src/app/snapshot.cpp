@@ -185,7 +185,7 @@ void Snapshot::end(const std::vector<std::filesystem::path>& ownFiles) {
     }
 }
 
-bool Snapshot::keepForeseen(VisitTree& tree, const VisitStore& store,
+bool Snapshot::keepForeseen(VisitTree& tree, VisitStore& store,
                             const std::vector<std::filesystem::path>& ownFiles,
                             const std::optional<ContentHash>& surroundings) {
     platform::QuestionList& questions = tree.questions();
@@ -226,16 +226,21 @@ void Snapshot::keepStanding(const std::vector<std::filesystem::path>& ownFiles) 
 }
 
 void Snapshot::write(const Run& run) const {
-    std::string content;
-    content.reserve(run.transcript.size() + run.recording.size() + run.tree.size() + 64);
-    appendText(content, run.transcript);
-    appendText(content, run.recording);
-    appendText(content, run.tree);
-    if (content.size() > kMaxBytes || !platform::isFile(cache_)) {
+    const std::size_t size = run.transcript.size() + run.recording.size() + run.tree.size();
+    if (size > kMaxBytes || !platform::isFile(cache_)) {
         return;
     }
-    std::string bytes = start_;
-    bytes.append(digits(hashText(content))).append("\n").append(content);
+    constexpr std::size_t kLengths = 128;  // and more than the hash takes
+    std::string bytes;
+    bytes.reserve(start_.size() + kLengths + size);
+    bytes += start_;
+    const std::size_t hashSize = digits(ContentHash()).size();
+    bytes.append(hashSize, '0').append("\n");
+    const std::size_t content = bytes.size();
+    appendText(bytes, run.transcript);
+    appendText(bytes, run.recording);
+    appendText(bytes, run.tree);
+    bytes.replace(start_.size(), hashSize, digits(hashText(std::string_view(bytes).substr(content))));
     std::error_code ignored;
     platform::writePrivateFile(file_, bytes, platform::Append::no, ignored);
 }

@@ -67,7 +67,7 @@ class Snapshot {
 
     /// When all is saved: keeps what the next run will do. False if that is not known. A failure to
     /// write it is none of the build's: this only saves time.
-    bool keepForeseen(VisitTree& tree, const VisitStore& store,
+    bool keepForeseen(VisitTree& tree, VisitStore& store,
                       const std::vector<std::filesystem::path>& ownFiles,
                       const std::optional<ContentHash>& surroundings);
 

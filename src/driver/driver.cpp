@@ -186,7 +186,11 @@ bool Driver::passOverNext(TargetVisit& visit) {
 
 /// For a dependant that is visited itself, and wants the outputs.
 bool Driver::passOverTop(Visited& visited, std::optional<StandingVisits::Node> earlier) {
-    auto result = earlier ? stack_.back()->resultAs(*earlier) : std::nullopt;
+    const StandingVisits* const standing = setting_.standing;
+    if (!earlier || !(standing->isPassed(*earlier) || standing->mayPass(*earlier))) {
+        return false;
+    }
+    auto result = stack_.back()->resultAs(*earlier);
     if (!result || !isPassed(*earlier)) {
         return false;
     }

@@ -63,6 +63,7 @@ class StandingVisits {
     std::vector<std::string> targetsPassed() const;
 
     std::string_view transcript() const noexcept { return transcript_; }
+    std::string_view recording() const noexcept { return recording_; }
 
     /// What the run asked, and wrote, before its first visit.
     std::string_view askedFirst();

@@ -354,6 +354,7 @@ bool TargetVisit::endsAsKept(SideBySide* others) {
     };
     if (standsAs() && setting_.standing->asksTheSame(*standsAs_, isToBeMade)) {
         memory_->stands();
+        setting_.tree->asksAs(inTree_, *standsAs_);
         return true;
     }
     return memory_->ends(setting_.cacheOf(*location_.project), isToBeMade);

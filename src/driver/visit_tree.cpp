@@ -11,12 +11,12 @@ namespace Vesk {
 
 VisitTree::Node VisitTree::add(std::string target, std::string prefix,
                                const std::optional<ContentHash>& key, ProjectCache& cache) {
-    visits_.push_back({std::move(target), std::move(prefix), key, &cache, 0, {}});
+    visits_.push_back({std::move(target), std::move(prefix), key, &cache, 0, std::nullopt, {}});
     return visits_.size() - 1;
 }
 
 VisitTree::Node VisitTree::addPassed(StandingVisits::Node visit) {
-    visits_.push_back({{}, {}, std::nullopt, nullptr, visit, {}});
+    visits_.push_back({{}, {}, std::nullopt, nullptr, visit, std::nullopt, {}});
     return visits_.size() - 1;
 }
 
@@ -29,7 +29,7 @@ void VisitTree::depends(Node dependant, std::size_t number, Node dependency) {
 /// One walk over the tree, with a stack of its own, as a chain may have any length.
 class VisitTree::Walk {
   public:
-    Walk(VisitTree& tree, std::string transcript, const VisitStore& store, StandingVisits* passed)
+    Walk(VisitTree& tree, std::string transcript, VisitStore& store, StandingVisits* passed)
         : visits_(tree.visits_),
           store_(store),
           passed_(passed),
@@ -39,6 +39,10 @@ class VisitTree::Walk {
           keptPassed_(passed == nullptr ? 0 : passed->tree().visits().size(), kNone),
           questionsPassed_(passed == nullptr ? 0 : passed->tree().endOfQuestions, kNone) {
         foreseen_.transcript = std::move(transcript);
+        if (passed_ != nullptr) {  // there will be about as much as there was
+            foreseen_.transcript.reserve(passed_->transcript().size());
+            questions_.reserve(passed_->tree().endOfQuestions, passed_->recording().size());
+        }
     }
 
     /// False if the next run will not go this way.
@@ -101,6 +105,11 @@ class VisitTree::Walk {
         console::appendNormal(transcript, visit.prefix, "Visiting target");
         transcript += kept->saidFirst;
         Open& open = open_.emplace_back(node, std::move(*kept), place);
+        if (visit.asksAs) {
+            questions_.collect(nullptr);
+            open.questions = questionsOf(*visit.asksAs);
+            return true;
+        }
         questions_.collect(&open.questions);
         return questions_.add(open.kept.askedFirst);
     }
@@ -121,19 +130,27 @@ class VisitTree::Walk {
     bool leave(Open& top) {
         const Visit& visit = visits_[top.visit];
         const KeptVisit& kept = top.kept;
-        questions_.collect(&top.questions);
-        if (!questions_.add(kept.askedLast) ||
-            !visit.cache->expect(std::string(kept.recordKey), kept.record, files_)) {
+        if (!visit.asksAs && !addAskedLast(top)) {
             return false;
         }
         foreseen_.transcript += kept.saidLast;
         console::appendNormal(foreseen_.transcript, visit.prefix, "Build done");
-        std::ranges::sort(top.questions);
-        const auto twice = std::ranges::unique(top.questions);
-        top.questions.erase(twice.begin(), twice.end());
         foreseen_.tree.end(top.place, foreseen_.transcript.size(), top.dependencies, top.questions);
         given_[top.visit] = {top.place, false, hashText(kept.outputs), kept.stamp};
         open_.pop_back();
+        return true;
+    }
+
+    bool addAskedLast(Open& top) {
+        questions_.collect(&top.questions);
+        const Visit& visit = visits_[top.visit];
+        if (!questions_.add(top.kept.askedLast) ||
+            !visit.cache->expect(std::string(top.kept.recordKey), top.kept.record, files_)) {
+            return false;
+        }
+        std::ranges::sort(top.questions);
+        const auto twice = std::ranges::unique(top.questions);
+        top.questions.erase(twice.begin(), twice.end());
         return true;
     }
 
@@ -192,7 +209,7 @@ class VisitTree::Walk {
     }
 
     const std::vector<Visit>& visits_;
-    const VisitStore& store_;
+    VisitStore& store_;
     StandingVisits* passed_;
     platform::QuestionList& questions_;
     ExpectedFiles files_;
@@ -204,7 +221,7 @@ class VisitTree::Walk {
 };
 
 std::optional<VisitTree::Foreseen> VisitTree::foresee(std::string transcript,
-                                                      const VisitStore& store,
+                                                      VisitStore& store,
                                                       StandingVisits* passed) {
     if (visits_.empty()) {
         return std::nullopt;

@@ -32,6 +32,9 @@ class VisitTree {
     /// One that is passed over.
     Node addPassed(StandingVisits::Node visit);
 
+    /// It asks what it asked as a visit of an earlier run.
+    void asksAs(Node visit, StandingVisits::Node earlier) { visits_[visit].asksAs = earlier; }
+
     /// Dependency `number` of `dependant`, counted from zero. A later call replaces an earlier one.
     void depends(Node dependant, std::size_t number, Node dependency);
 
@@ -45,7 +48,7 @@ class VisitTree {
     /// has then been added to `questions`. `passed`: from which visits have been; null: none has.
     /// Nothing if it may go another way: a visit has not been kept. To be called when the build is
     /// done, and caches and store are saved.
-    std::optional<Foreseen> foresee(std::string transcript, const VisitStore& store,
+    std::optional<Foreseen> foresee(std::string transcript, VisitStore& store,
                                     StandingVisits* passed);
 
     platform::QuestionList& questions() noexcept { return questions_; }
@@ -57,6 +60,7 @@ class VisitTree {
         std::optional<ContentHash> key;
         ProjectCache* cache = nullptr;  ///< null: it has been passed
         StandingVisits::Node passed = 0;
+        std::optional<StandingVisits::Node> asksAs;
         std::vector<Node> dependencies;
     };
 

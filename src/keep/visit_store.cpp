@@ -83,11 +83,16 @@ std::optional<KeptVisit> VisitStore::find(const ContentHash& key) {
     return entry != nullptr ? decodedVisit(entry->visit) : std::nullopt;
 }
 
-std::optional<ContentHash> VisitStore::hash(const ContentHash& key) const {
+std::optional<ContentHash> VisitStore::hash(const ContentHash& key) {
     const auto found = entries_.find(key);
-    return found != entries_.end() && !found->second.visit.empty()
-               ? std::optional(hashText(withoutRecord(found->second.visit)))
-               : std::nullopt;
+    if (found == entries_.end() || found->second.visit.empty()) {
+        return std::nullopt;
+    }
+    Entry& entry = found->second;
+    if (!entry.hash) {
+        entry.hash = hashText(withoutRecord(entry.visit));
+    }
+    return entry.hash;
 }
 
 std::optional<std::string_view> VisitStore::findText(const ContentHash& key) {
@@ -113,6 +118,7 @@ void VisitStore::putText(const ContentHash& key, std::string text) {
     Entry& entry = entries_[key];
     entry.own = std::move(text);
     entry.visit = entry.own;
+    entry.hash.reset();
     entry.record = nullptr;
     setNew(key, entry);
 }

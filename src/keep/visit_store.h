@@ -29,7 +29,7 @@ class VisitStore {
     std::optional<KeptVisit> find(const ContentHash& key);
 
     /// Of all that is kept under a key, but for the record that the visit depends on.
-    std::optional<ContentHash> hash(const ContentHash& key) const;
+    std::optional<ContentHash> hash(const ContentHash& key);
 
     /// Tells the record that a visit depends on when all is saved. Nothing: it is not to be kept.
     using RecordHash = std::function<std::optional<ContentHash>()>;
@@ -61,6 +61,7 @@ class VisitStore {
         RecordHash record;       ///< to be asked before saving
         bool isNew = false;      ///< the file does not have it
         bool stands = false;     ///< it is how this run's visit went
+        std::optional<ContentHash> hash = std::nullopt;  ///< see there; nothing: not asked yet
     };
 
     struct KeyHash {

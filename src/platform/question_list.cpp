@@ -7,6 +7,11 @@
 
 namespace Vesk::platform {
 
+void QuestionList::reserve(std::size_t count, std::size_t bytes) {
+    numbers_.reserve(count);
+    recording_.reserve(bytes);
+}
+
 QuestionList::Number QuestionList::addQuestion(std::string_view question) {
     const XXH128_hash_t hash = XXH3_128bits(question.data(), question.size());
     const auto [found, isNew] =

@@ -25,6 +25,9 @@ class QuestionList {
     /// nobody.
     void collect(std::vector<Number>* numbers) noexcept { collected_ = numbers; }
 
+    /// Makes room for so many, of so many bytes.
+    void reserve(std::size_t count, std::size_t bytes);
+
     /// How many there are.
     std::size_t size() const noexcept { return numbers_.size(); }
 
