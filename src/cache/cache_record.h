@@ -26,6 +26,8 @@
 
 namespace Vesk {
 
+class RecordContent;
+
 /// What is known of a record in the file from which it was read.
 struct StoredRecord {
     std::string_view whole;           ///< its text there, with its key; empty: it is in no file
@@ -61,6 +63,11 @@ class RecordText {
     const std::shared_ptr<const void>& storage() const noexcept { return storage_; }
     const StoredRecord& stored() const noexcept { return stored_; }
 
+    /// What has been found out by taking it apart (see RecordContent), for those who get a copy.
+    /// Null: nobody has kept it.
+    const std::shared_ptr<const RecordContent>& content() const noexcept { return content_; }
+    void keep(std::shared_ptr<const RecordContent> content) { content_ = std::move(content); }
+
   private:
     explicit RecordText(const std::shared_ptr<const std::string>& text)
         : storage_(text), text_(*text) {}
@@ -68,6 +75,7 @@ class RecordText {
     std::shared_ptr<const void> storage_;
     std::string_view text_;
     StoredRecord stored_;
+    std::shared_ptr<const RecordContent> content_;
 };
 
 class CacheReader;

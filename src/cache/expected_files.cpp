@@ -3,25 +3,10 @@
 #include <optional>
 
 namespace Vesk {
-namespace {
-
-platform::FileStatus statusIn(const FileState& state) noexcept {
-    platform::FileStatus status;
-    status.regular = true;
-    status.device = state.device;
-    status.number = state.number;
-    status.size = state.size;
-    status.modifiedNanoseconds = state.modified;
-    status.changedNanoseconds = state.changed;
-    return status;
-}
-
-}  // namespace
-
 bool ExpectedFiles::add(const std::string& path, const FileState& state) {
     switch (state.kind) {
         case FileState::Kind::File:
-            questions_.addStatus(path, statusIn(state));
+            questions_.addStatus(path, statusOf(state));
             return true;
         case FileState::Kind::Recent:
             questions_.addContent(path, state.hash.low);

@@ -86,6 +86,17 @@ bool isKind(char letter) {
 
 }  // namespace
 
+platform::FileStatus statusOf(const FileState& state) noexcept {
+    platform::FileStatus status;
+    status.regular = true;
+    status.device = state.device;
+    status.number = state.number;
+    status.size = state.size;
+    status.modifiedNanoseconds = state.modified;
+    status.changedNanoseconds = state.changed;
+    return status;
+}
+
 void appendStateLine(std::string& table, const FileState& state, std::string_view path) {
     table += static_cast<char>(state.kind);
     table += ' ';

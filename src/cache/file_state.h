@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/content_hash.h"
+#include "platform/files.h"
 
 namespace Vesk {
 
@@ -28,6 +29,9 @@ struct FileState {
     std::int64_t changed = 0;
     ContentHash hash;
 };
+
+/// The status of a file that was in this state, which is of kind File.
+platform::FileStatus statusOf(const FileState& state) noexcept;
 
 /// Appends a line "kind device number size modified changed hash path" to a record's table of
 /// files.

@@ -203,6 +203,20 @@ FileStates::Comparison FileStates::compare(Node& node, const FileState& stored) 
     return same ? Comparison::SameContent : Comparison::Changed;
 }
 
+void FileStates::assume(std::string_view path, const FileState& state) {
+    const std::lock_guard lock(mutex_);
+    Entry& entry = known(path).second;
+    if (entry.examined || entry.builtHere) {
+        return;
+    }
+    entry.examined = true;
+    entry.examinedAt = platform::fileClock();
+    entry.kind = state.kind;
+    entry.status = statusOf(state);
+    entry.hash = state.hash;
+    entry.hashed = true;
+}
+
 FileState FileStates::current(std::string_view path) {
     const std::lock_guard lock(mutex_);
     return stateOf(examined(path), path);

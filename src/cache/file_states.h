@@ -58,6 +58,9 @@ class FileStates {
     Comparison compare(std::string_view path, const FileState& stored);
     Comparison compare(File file, const FileState& stored);
 
+    /// The file is in this state now, which is of kind File, unless it has been examined before.
+    void assume(std::string_view path, const FileState& state);
+
     /// The file as the build found it, with the hash of its content.
     FileState current(std::string_view path);
     FileState current(File file);

@@ -8,48 +8,29 @@ using Comparison = FileStates::Comparison;
 
 Freshness::Freshness(const CacheRequest& request, const RecordText* last, FileStates& states,
                      const TrackingRoot& root)
-    : request_(request), last_(last), states_(states), root_(root) {
-    if (last_ != nullptr) {
-        layout_ = last_->layout();
-        auto files = filesOf(layout_.parts);
-        damaged_ = !files;
-        files_ = std::move(files).value_or(std::vector<RecordFile>());
-        tracked_.resize(files_.size());
-        reads_.resize(layout_.parts.size());
-        writes_.resize(layout_.parts.size());
-    }
-}
+    : request_(request),
+      last_(last),
+      states_(states),
+      root_(root),
+      content_(contentOf(last != nullptr ? *last : RecordText(std::string()))),
+      tracked_(content_->files().size()) {}
 
 FileStates::File Freshness::lastFile(std::size_t number) const {
     auto& tracked = tracked_[number];
     if (!tracked) {
-        tracked = states_.file(root_.absolute(files_[number].path));
+        tracked = states_.file(root_.absolute(lastFiles()[number].path));
     }
     return *tracked;
 }
 
-const Freshness::Numbers& Freshness::lastReads(std::size_t lastPart) const {
-    auto& reads = reads_[lastPart];
-    return reads ? *reads
-                 : reads.emplace(
-                       fileNumbers(layout_.parts[lastPart], recordField::kReads, files_.size()));
-}
-
-const Freshness::Numbers& Freshness::lastWrites(std::size_t lastPart) const {
-    auto& writes = writes_[lastPart];
-    return writes ? *writes
-                  : writes.emplace(
-                        fileNumbers(layout_.parts[lastPart], recordField::kWrites, files_.size()));
-}
-
 std::vector<RecordFile> Freshness::filesWritten() const {
-    std::vector<bool> written(files_.size());
+    std::vector<bool> written(lastFiles().size());
     std::vector<RecordFile> files;
-    for (std::size_t part = 0; part < layout_.parts.size(); ++part) {
+    for (std::size_t part = 0; part < lastParts().size(); ++part) {
         for (const std::size_t number : lastWrites(part).value_or(std::vector<std::size_t>())) {
             if (!written[number]) {
                 written[number] = true;
-                files.push_back(files_[number]);
+                files.push_back(lastFiles()[number]);
             }
         }
     }
@@ -57,13 +38,13 @@ std::vector<RecordFile> Freshness::filesWritten() const {
 }
 
 Comparison Freshness::compared(std::size_t file) const {
-    return states_.compare(lastFile(file), files_[file].state);
+    return states_.compare(lastFile(file), lastFiles()[file].state);
 }
 
 /// Names that come and go do not matter by themselves; see headersStand.
 bool Freshness::unchanged(std::size_t file) {
     const Comparison comparison = compared(file);
-    if (isNamesPath(files_[file].path)) {
+    if (isNamesPath(lastFiles()[file].path)) {
         namesChanged_ = namesChanged_ || comparison != Comparison::Same;
         return true;
     }
@@ -72,17 +53,17 @@ bool Freshness::unchanged(std::size_t file) {
 }
 
 bool Freshness::samePart(std::size_t part) const {
-    return part < layout_.parts.size() && part < request_.parts.size() &&
-           sameInputs(layout_.parts[part].inputs, request_.parts[part].inputs);
+    return part < lastParts().size() && part < request_.parts.size() &&
+           sameInputs(lastParts()[part].inputs, request_.parts[part].inputs);
 }
 
 bool Freshness::sameText() const {
-    if (last_ == nullptr || damaged_ || !request_.again.empty() ||
-        layout_.parts.size() != request_.parts.size() ||
-        !sameEnvironment(layout_.environment, request_.environment)) {
+    if (last_ == nullptr || content_->isFaulty() || !request_.again.empty() ||
+        lastParts().size() != request_.parts.size() ||
+        !sameEnvironment(content_->environment(), request_.environment)) {
         return false;
     }
-    for (std::size_t i = 0; i < layout_.parts.size(); ++i) {
+    for (std::size_t i = 0; i < lastParts().size(); ++i) {
         if (!samePart(i)) {
             return false;
         }
@@ -95,14 +76,14 @@ bool Freshness::tellsOfFiles() const {
     const bool expected = std::ranges::any_of(request_.parts, [](const CacheRequest::Part& part) {
         return !part.reads.empty() || !part.writes.empty();
     });
-    return !expected || !files_.empty();
+    return !expected || !lastFiles().empty();
 }
 
 bool Freshness::everything() {
     if (!sameText() || !tellsOfFiles()) {
         return false;
     }
-    for (std::size_t i = 0; i < files_.size(); ++i) {
+    for (std::size_t i = 0; i < lastFiles().size(); ++i) {
         if (!unchanged(i)) {
             return false;
         }
@@ -120,12 +101,12 @@ bool Freshness::everything() {
 }
 
 RecordText Freshness::refreshed() const {
-    std::vector<RecordFile> files = files_;
+    std::vector<RecordFile> files = lastFiles();
     for (RecordFile& file : files) {
         if (watchIsOutdated_ && isNamesPath(file.path)) {
             continue;  // looks different next time too, and is then searched again
         }
-        file.state = states_.current(root_.absolute(file.path));
+        file.setState(states_.current(root_.absolute(file.path)));
     }
     return withFiles(*last_, files);
 }
@@ -135,8 +116,8 @@ std::optional<std::size_t> Freshness::lastPart(std::size_t part) const {
         return part;
     }
     if (partsByInputs_.empty()) {
-        for (std::size_t i = kFirstRecipePart; i < layout_.parts.size(); ++i) {
-            partsByInputs_.try_emplace(layout_.parts[i].inputs, i);
+        for (std::size_t i = kFirstRecipePart; i < lastParts().size(); ++i) {
+            partsByInputs_.try_emplace(lastParts()[i].inputs, i);
         }
     }
     const auto found = partsByInputs_.find(request_.parts[part].inputs);
@@ -164,13 +145,13 @@ HeadersRead Freshness::headersRead(std::size_t part, std::size_t lastPart) const
 bool Freshness::sameNames(std::size_t lastPart) {
     const Numbers& numbers = lastReads(lastPart);
     return numbers && std::ranges::all_of(*numbers, [this](std::size_t number) {
-               return !isNamesPath(files_[number].path) || compared(number) == Comparison::Same;
+               return !isNamesPath(lastFiles()[number].path) || compared(number) == Comparison::Same;
            });
 }
 
 bool Freshness::isWatched(const std::string& names) {
     if (watched_.empty()) {
-        for (const RecordFile& file : files_) {
+        for (const RecordFile& file : lastFiles()) {
             if (isNamesPath(file.path)) {
                 watched_.insert(root_.absolute(file.path));
             }
@@ -213,8 +194,8 @@ bool Freshness::partUnchanged(std::size_t lastPart, const CacheRequest::Part& wa
 }
 
 bool Freshness::fresh(std::size_t part) {
-    if (last_ == nullptr || damaged_ || !request_.again.empty() ||
-        !sameEnvironment(layout_.environment, request_.environment)) {
+    if (last_ == nullptr || content_->isFaulty() || !request_.again.empty() ||
+        !sameEnvironment(content_->environment(), request_.environment)) {
         return false;
     }
     const CacheRequest::Part& wanted = request_.parts[part];
@@ -241,15 +222,15 @@ Difference Freshness::textReason() const {
     if (!request_.again.empty()) {
         return {std::string(request_.again), {}, {}, {}};
     }
-    if (damaged_) {
+    if (content_->isFaulty()) {
         return {"its record is damaged", {}, {}, {}};
     }
-    return firstDifference(layout_, request_);
+    return firstDifference({lastParts(), content_->environment()}, request_);
 }
 
 std::vector<Reason> Freshness::fileReasons(std::size_t most) {
     std::vector<Reason> reasons;
-    for (const RecordFile& file : files_) {
+    for (const RecordFile& file : lastFiles()) {
         if (isNamesPath(file.path) || reasons.size() == most) {
             continue;
         }

@@ -52,13 +52,13 @@ class Freshness {
 
     /// The number of the record's part that corresponds to the request's; nothing if there is none.
     std::optional<std::size_t> lastPart(std::size_t part) const;
-    const std::vector<RecordText::Part>& lastParts() const noexcept { return layout_.parts; }
-    const std::vector<RecordFile>& lastFiles() const noexcept { return files_; }
+    const std::vector<RecordText::Part>& lastParts() const noexcept { return content_->parts(); }
+    const std::vector<RecordFile>& lastFiles() const noexcept { return content_->files(); }
 
-    /// The numbers of a record's part's files, as fileNumbers gives them.
-    using Numbers = std::optional<std::vector<std::size_t>>;
-    const Numbers& lastReads(std::size_t lastPart) const;
-    const Numbers& lastWrites(std::size_t lastPart) const;
+    /// The numbers of a record's part's files.
+    using Numbers = RecordContent::Numbers;
+    const Numbers& lastReads(std::size_t lastPart) const { return content_->reads(lastPart); }
+    const Numbers& lastWrites(std::size_t lastPart) const { return content_->writes(lastPart); }
 
     /// The files that any part of the record has written, each once.
     std::vector<RecordFile> filesWritten() const;
@@ -89,14 +89,10 @@ class Freshness {
 
     const CacheRequest& request_;
     const RecordText* last_;  ///< null if there is none
-    bool damaged_ = false;    ///< the record's table of files cannot be read
     FileStates& states_;
     const TrackingRoot& root_;
-    RecordText::Layout layout_;
-    std::vector<RecordFile> files_;
-    mutable std::vector<std::optional<FileStates::File>> tracked_;  ///< of `files_`, when asked for
-    mutable std::vector<std::optional<Numbers>> reads_;             ///< of each part, likewise
-    mutable std::vector<std::optional<Numbers>> writes_;
+    std::shared_ptr<const RecordContent> content_;                  ///< without parts if there is none
+    mutable std::vector<std::optional<FileStates::File>> tracked_;  ///< its files, when asked for
     mutable std::unordered_map<std::string_view, std::size_t> partsByInputs_;
     bool touched_ = false;
     bool namesChanged_ = false;

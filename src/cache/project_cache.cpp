@@ -193,30 +193,46 @@ std::optional<ContentHash> ProjectCache::recordHash(const std::string& key) {
                                          : std::nullopt;
 }
 
-ProjectCache::Standing ProjectCache::filesStand(
-    Entry& entry, const std::function<bool(const std::string&)>& isToBeMade) {
-    auto files = filesOf(*entry.record);
-    if (!files) {
-        return Standing::no;
+/// A file that cannot differ is not looked at, here or later.
+FileStates::Comparison ProjectCache::compare(const RecordFile& file,
+                                             const StandingQuestion& question) {
+    const std::string path = root_.absolute(file.path);
+    const bool isKnown = file.state.kind == FileState::Kind::File && question.mayDiffer &&
+                         !question.mayDiffer(path);
+    if (isKnown) {
+        states_.assume(path, file.state);
     }
+    if (question.isToBeMade(path)) {
+        return FileStates::Comparison::Changed;
+    }
+    return isKnown ? FileStates::Comparison::Same : states_.compare(path, file.state);
+}
+
+ProjectCache::Standing ProjectCache::filesStand(Entry& entry, const StandingQuestion& question) {
+    const auto content = contentOf(*entry.record);
     bool touched = false;
-    for (const RecordFile& file : *files) {
-        const std::string path = root_.absolute(file.path);
-        const auto comparison =
-            isToBeMade(path) ? FileStates::Comparison::Changed : states_.compare(path, file.state);
-        if (comparison != FileStates::Comparison::Same &&
-            comparison != FileStates::Comparison::SameContent) {
-            return Standing::no;
+    bool changed = content->isFaulty();
+    for (const RecordFile& file : content->files()) {
+        if (changed && !question.mayDiffer) {
+            break;  // nothing more is to be learnt
         }
+        const auto comparison = compare(file, question);
         touched = touched || comparison == FileStates::Comparison::SameContent;
+        changed = changed || (comparison != FileStates::Comparison::Same &&
+                              comparison != FileStates::Comparison::SameContent);
+    }
+    if (changed) {
+        entry.record->keep(content);  // those who find out what is stale take it from there
+        return Standing::no;
     }
     if (!touched) {
         return Standing::yes;
     }
-    for (RecordFile& file : *files) {
-        file.state = states_.current(root_.absolute(file.path));
+    std::vector<RecordFile> files = content->files();
+    for (RecordFile& file : files) {
+        file.setState(states_.current(root_.absolute(file.path)));
     }
-    entry.record = withFiles(*entry.record, *files);
+    entry.record = withFiles(*entry.record, files);
     changed_ = true;
     return Standing::refreshed;
 }
@@ -227,9 +243,8 @@ bool ProjectCache::stands(const Entry& entry, const ContentHash& record) {
            hashWithoutSeal(*entry.record) == record;
 }
 
-ProjectCache::Standing ProjectCache::standing(
-    const std::string& key, const ContentHash& record,
-    const std::function<bool(const std::string&)>& isToBeMade) {
+ProjectCache::Standing ProjectCache::standing(const std::string& key, const ContentHash& record,
+                                              const StandingQuestion& question) {
     Entry* entry = find(key);
     if (entry == nullptr) {
         return Standing::no;
@@ -239,7 +254,7 @@ ProjectCache::Standing ProjectCache::standing(
         return Standing::no;
     }
     markAsked(*entry);
-    return filesStand(*entry, isToBeMade);
+    return filesStand(*entry, question);
 }
 
 bool ProjectCache::expect(const std::string& key, const ContentHash& record,
@@ -375,7 +390,10 @@ void ProjectCache::confirmRecent(Entry& entry) {
     bool confirmed = false;
     for (RecordFile& file : *files) {
         if (file.state.kind == FileState::Kind::Recent) {
-            confirmed |= FileStates::confirmRecent(root_.absolute(file.path), file.state);
+            if (FileStates::confirmRecent(root_.absolute(file.path), file.state)) {
+                file.line = {};
+                confirmed = true;
+            }
         }
     }
     if (confirmed) {

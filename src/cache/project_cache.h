@@ -92,11 +92,19 @@ class ProjectCache {
         refreshed,  ///< files were touched, so the record was replaced by one with their new times
     };
 
+    struct StandingQuestion {
+        /// Whether somebody is going to make a file: then the record does not stand.
+        std::function<bool(const std::string&)> isToBeMade;
+
+        /// Whether a file may not be as the record says. Empty: any may not. The others have been
+        /// looked at a moment ago.
+        std::function<bool(const std::string&)> mayDiffer = {};
+    };
+
     /// Whether the record is the one with this hash and its files are still as it says, for a
-    /// caller who knows that a request would be the same. The answer is `no` if a file
-    /// `isToBeMade`.
+    /// caller who knows that a request would be the same.
     Standing standing(const std::string& key, const ContentHash& record,
-                      const std::function<bool(const std::string&)>& isToBeMade);
+                      const StandingQuestion& question);
 
     /// Adds the files of the record, which is the one with this hash. False if there is no such
     /// record of a finished build, or if its files are not as it says.
@@ -158,7 +166,8 @@ class ProjectCache {
     void addLoaded(std::string_view key, RecordText record);
     void markAsked(Entry& entry) noexcept;
     static bool stands(const Entry& entry, const ContentHash& record);
-    Standing filesStand(Entry& entry, const std::function<bool(const std::string&)>& isToBeMade);
+    Standing filesStand(Entry& entry, const StandingQuestion& question);
+    FileStates::Comparison compare(const RecordFile& file, const StandingQuestion& question);
     ObtainResult check(Entry& entry, const CacheRequest& request);
     void beginClaim(Entry& entry, ObtainResult& result);
     ObtainResult obtainAfterWaiting(Entry& entry, const CacheRequest& request,

@@ -112,6 +112,36 @@ std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part
     return numbers;
 }
 
+RecordContent::RecordContent(const RecordText& record)
+    : storage_(record.storage()), layout_(record.layout()) {
+    auto files = filesOf(layout_.parts);
+    isFaulty_ = !files;
+    files_ = std::move(files).value_or(std::vector<RecordFile>());
+}
+
+void RecordContent::findNumbers() const {
+    std::call_once(numbersFound_, [this] {
+        for (const RecordText::Part& part : layout_.parts) {
+            reads_.push_back(fileNumbers(part, recordField::kReads, files_.size()));
+            writes_.push_back(fileNumbers(part, recordField::kWrites, files_.size()));
+        }
+    });
+}
+
+const RecordContent::Numbers& RecordContent::reads(std::size_t part) const {
+    findNumbers();
+    return reads_[part];
+}
+
+const RecordContent::Numbers& RecordContent::writes(std::size_t part) const {
+    findNumbers();
+    return writes_[part];
+}
+
+std::shared_ptr<const RecordContent> contentOf(const RecordText& record) {
+    return record.content() ? record.content() : std::make_shared<const RecordContent>(record);
+}
+
 double secondsIn(const RecordText::Part& part) {
     const std::string_view text = fieldOf(part, recordField::kMilliseconds);
     std::uint64_t milliseconds = 0;
@@ -138,8 +168,13 @@ RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& fi
         return record;
     }
     std::string table;
+    table.reserve(old.size());
     for (const RecordFile& file : files) {
-        appendStateLine(table, file.state, file.path);
+        if (file.line.empty()) {
+            appendStateLine(table, file.state, file.path);
+        } else {
+            table += file.line;
+        }
     }
     // In the text, the line with the old table's length comes before it.
     const auto start = static_cast<std::size_t>(old.data() - text.data());

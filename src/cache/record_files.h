@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,7 +19,12 @@ namespace Vesk {
 struct RecordFile {
     std::string_view path;  ///< as TrackingRoot stores it
     FileState state;
-    std::string_view line = {};  ///< of the table, with its line end
+    std::string_view line = {};  ///< of the table, with its line end; empty: it is to be written
+
+    void setState(const FileState& now) {
+        state = now;
+        line = {};
+    }
 };
 
 /// The table of a record, given its parts. Refers to the record's text. Nothing if the table is
@@ -35,6 +42,39 @@ std::string_view tableOf(const RecordText& record);
 std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part,
                                                     std::string_view field, std::size_t limit);
 
+/// A record taken apart.
+class RecordContent {
+  public:
+    /// The numbers of a part's files; nothing if they are faulty.
+    using Numbers = std::optional<std::vector<std::size_t>>;
+
+    explicit RecordContent(const RecordText& record);
+
+    const std::vector<RecordText::Part>& parts() const noexcept { return layout_.parts; }
+    std::string_view environment() const noexcept { return layout_.environment; }
+
+    /// Empty if the table is faulty.
+    const std::vector<RecordFile>& files() const noexcept { return files_; }
+    bool isFaulty() const noexcept { return isFaulty_; }
+
+    const Numbers& reads(std::size_t part) const;
+    const Numbers& writes(std::size_t part) const;
+
+  private:
+    void findNumbers() const;
+
+    std::shared_ptr<const void> storage_;  ///< keeps the text alive
+    RecordText::Layout layout_;
+    std::vector<RecordFile> files_;
+    bool isFaulty_ = false;
+    mutable std::once_flag numbersFound_;
+    mutable std::vector<Numbers> reads_;
+    mutable std::vector<Numbers> writes_;
+};
+
+/// The one that is kept with the record, or a new one.
+std::shared_ptr<const RecordContent> contentOf(const RecordText& record);
+
 /// The files that any part has written, each once. Refers to the record's text.
 std::vector<RecordFile> filesWritten(const RecordText& record);
 
@@ -51,7 +91,7 @@ struct KeptSteps {
 };
 KeptSteps stepsIn(const RecordText& record);
 
-/// The same record with other states in its table.
+/// The same record with these files, some perhaps in other states, in its table.
 RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files);
 
 /// The same record, marked as that of an unfinished build.

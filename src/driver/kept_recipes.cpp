@@ -1,6 +1,7 @@
 #include "driver/kept_recipes.h"
 
 #include <algorithm>
+#include <span>
 #include <unordered_set>
 #include <utility>
 
@@ -214,7 +215,7 @@ class RecipeEncoder {
 };
 
 /// The files with these numbers.
-std::vector<std::string> named(const std::vector<std::size_t>& numbers,
+std::vector<std::string> named(std::span<const std::size_t> numbers,
                                const std::vector<RecordFile>& files, const TrackingRoot& root) {
     std::vector<std::string> paths;
     paths.reserve(numbers.size());
@@ -286,20 +287,20 @@ CacheRequest::Part KeptRecipes::partOf(const Single& single) const {
 
 /// The texts are those of the record, and so are the files.
 bool KeptRecipes::makeRequest(const RecordText& record, const TrackingRoot& root) {
-    const RecordText::Layout layout = record.layout();
-    const auto files = filesOf(layout.parts);
-    if (!files || layout.parts.size() != kFirstRecipePart + singles_.size()) {
+    const auto content = contentOf(record);
+    const std::vector<RecordFile>& files = content->files();
+    if (content->isFaulty() || content->parts().size() != kFirstRecipePart + singles_.size()) {
         return false;
     }
     request.parts.resize(kFirstRecipePart);
     for (const Single& single : singles_) {
         request.parts.push_back(partOf(single));
     }
-    for (std::size_t i = 0; i < layout.parts.size(); ++i) {
+    for (std::size_t i = 0; i < content->parts().size(); ++i) {
         CacheRequest::Part& part = request.parts[i];
-        part.inputs = layout.parts[i].inputs;
-        auto reads = fileNumbers(layout.parts[i], recordField::kReads, files->size());
-        const auto writes = fileNumbers(layout.parts[i], recordField::kWrites, files->size());
+        part.inputs = content->parts()[i].inputs;
+        const RecordContent::Numbers& reads = content->reads(i);
+        const RecordContent::Numbers& writes = content->writes(i);
         if (!reads || !writes) {
             return false;
         }
@@ -312,14 +313,13 @@ bool KeptRecipes::makeRequest(const RecordText& record, const TrackingRoot& root
             (single != nullptr && single->judged == Judged::Alone && writes->empty())) {
             return false;
         }
-        reads->resize(declared);
-        part.reads = named(*reads, *files, root);
+        part.reads = named(std::span(*reads).first(declared), files, root);
         if (single != nullptr && single->source != 0) {
             part.source = part.reads[single->source - 1];
         }
-        part.writes = named(*writes, *files, root);
+        part.writes = named(*writes, files, root);
     }
-    request.environment = layout.environment;
+    request.environment = content->environment();
     return true;
 }
 

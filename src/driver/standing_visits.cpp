@@ -20,6 +20,7 @@ StandingVisits::StandingVisits(KeptTree tree, std::string_view transcript,
     std::vector<bool> differs(tree_.endOfQuestions);
     for (const KeptTree::Question number : differing) {
         differs[number] = true;
+        differing_.insert(platform::subjectOf(question(number)));
     }
     findAffected(differs);
 }
@@ -112,6 +113,10 @@ bool StandingVisits::asksTheSame(Node visit,
            std::ranges::all_of(tree_.questions(visit), [&](KeptTree::Question number) {
                return isStillAnswered(number, isToBeMade);
            });
+}
+
+bool StandingVisits::knowsFilesOf(Node visit) const {
+    return changes_ == 0 && !tree_.visits()[visit].isOpen;
 }
 
 bool StandingVisits::overlaps(Node visit) const {

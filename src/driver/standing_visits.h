@@ -44,6 +44,13 @@ class StandingVisits {
     /// as above.
     bool asksTheSame(Node visit, const std::function<bool(const std::string&)>& isToBeMade);
 
+    /// Whether the files that the visit asked about are as it found them, except those that
+    /// `mayDiffer`.
+    bool knowsFilesOf(Node visit) const;
+    bool mayDiffer(std::string_view file) const {
+        return differing_.contains(file) || made_.contains(file);
+    }
+
     /// Whether all of them may be built while others are.
     bool overlaps(Node visit) const;
 
@@ -101,6 +108,7 @@ class StandingVisits {
     std::unordered_map<std::uint64_t, Node> byKey_;  ///< by half a key; made when it is needed
     std::vector<std::string_view> questions_;        ///< likewise
     std::unordered_set<std::string, TextHash, std::equal_to<>> made_;
+    std::unordered_set<std::string_view> differing_;  ///< what the questions are about that differ
     unsigned changes_ = 0;              ///< how often anything may have changed
     std::vector<unsigned> askedAfter_;  ///< so many changes, of each question
 };

@@ -357,7 +357,13 @@ bool TargetVisit::endsAsKept(SideBySide* others) {
         setting_.tree->asksAs(inTree_, *standsAs_);
         return true;
     }
-    return memory_->ends(setting_.cacheOf(*location_.project), isToBeMade);
+    ProjectCache::StandingQuestion question{isToBeMade};
+    if (standsAs() && setting_.standing->knowsFilesOf(*standsAs_)) {
+        question.mayDiffer = [standing = setting_.standing](const std::string& file) {
+            return standing->mayDiffer(file);
+        };
+    }
+    return memory_->ends(setting_.cacheOf(*location_.project), question);
 }
 
 bool TargetVisit::isSettled(SideBySide* others) {

@@ -118,13 +118,12 @@ bool VisitMemory::sameOutputs(std::size_t number, const TargetResult& result) co
     return result.outputs.hash() == dependency.outputs && result.stamp == dependency.stamp;
 }
 
-bool VisitMemory::ends(ProjectCache& cache,
-                       const std::function<bool(const std::string&)>& isToBeMade) {
+bool VisitMemory::ends(ProjectCache& cache, const ProjectCache::StandingQuestion& question) {
     if (!platform::stillValid(kept_->askedLast)) {
         return false;
     }
     std::string key(kept_->recordKey);
-    const auto standing = cache.standing(key, kept_->record, isToBeMade);
+    const auto standing = cache.standing(key, kept_->record, question);
     if (standing == ProjectCache::Standing::refreshed) {
         keeper_->store().renew(key_, recordIn(cache, std::move(key)));
         kept_ = keeper_->store().find(key_);

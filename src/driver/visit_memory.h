@@ -82,7 +82,7 @@ class VisitMemory {
 
     /// Whether all that was asked after the dependencies has the same answers, and what the cache
     /// has stands.
-    bool ends(ProjectCache& cache, const std::function<bool(const std::string&)>& isToBeMade);
+    bool ends(ProjectCache& cache, const ProjectCache::StandingQuestion& question);
 
     /// What the visit gives that is kept, if this is its hash (see VisitStore::hash).
     std::optional<TargetResult> resultOf(const ContentHash& visit) const;
