@@ -80,8 +80,8 @@ Session openSession(const Settings& given, UnitOutlines* outlines,
     platform::Questions asked;
     if (!surroundings) {
         const platform::QuestionScope scope(asked);
-        declared = makeDeclaredTools(registry->read(), workspace.store->projects(), *builtins,
-                                     request);
+        declared =
+            makeDeclaredTools(registry->read(), workspace.store->projects(), *builtins, request);
     }
     ProjectCatalog catalog = makeCatalog(workspace, *builtins, request);
     ProjectCaches caches(catalog.projects(),

@@ -152,8 +152,8 @@ void Snapshot::begin() {
 
 void Snapshot::visitsBegin() {
     if (standing_) {
-        beginning_ = {std::string(standing_->saidFirst()), std::string(standing_->askedFirst()),
-                      {}};
+        beginning_ = {
+            std::string(standing_->saidFirst()), std::string(standing_->askedFirst()), {}};
     } else if (auto recording = watches_ ? platform::recordingSoFar() : std::nullopt) {
         beginning_ = {console::transcriptSoFar(), std::move(*recording), {}};
     }
@@ -240,7 +240,8 @@ void Snapshot::write(const Run& run) const {
     appendText(bytes, run.transcript);
     appendText(bytes, run.recording);
     appendText(bytes, run.tree);
-    bytes.replace(start_.size(), hashSize, digits(hashText(std::string_view(bytes).substr(content))));
+    bytes.replace(start_.size(), hashSize,
+                  digits(hashText(std::string_view(bytes).substr(content))));
     std::error_code ignored;
     platform::writePrivateFile(file_, bytes, platform::Append::no, ignored);
 }

@@ -145,7 +145,8 @@ HeadersRead Freshness::headersRead(std::size_t part, std::size_t lastPart) const
 bool Freshness::sameNames(std::size_t lastPart) {
     const Numbers& numbers = lastReads(lastPart);
     return numbers && std::ranges::all_of(*numbers, [this](std::size_t number) {
-               return !isNamesPath(lastFiles()[number].path) || compared(number) == Comparison::Same;
+               return !isNamesPath(lastFiles()[number].path) ||
+                      compared(number) == Comparison::Same;
            });
 }
 

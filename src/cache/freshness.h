@@ -91,7 +91,7 @@ class Freshness {
     const RecordText* last_;  ///< null if there is none
     FileStates& states_;
     const TrackingRoot& root_;
-    std::shared_ptr<const RecordContent> content_;                  ///< without parts if there is none
+    std::shared_ptr<const RecordContent> content_;  ///< without parts if there is none
     mutable std::vector<std::optional<FileStates::File>> tracked_;  ///< its files, when asked for
     mutable std::unordered_map<std::string_view, std::size_t> partsByInputs_;
     bool touched_ = false;

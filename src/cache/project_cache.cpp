@@ -197,8 +197,8 @@ std::optional<ContentHash> ProjectCache::recordHash(const std::string& key) {
 FileStates::Comparison ProjectCache::compare(const RecordFile& file,
                                              const StandingQuestion& question) {
     const std::string path = root_.absolute(file.path);
-    const bool isKnown = file.state.kind == FileState::Kind::File && question.mayDiffer &&
-                         !question.mayDiffer(path);
+    const bool isKnown =
+        file.state.kind == FileState::Kind::File && question.mayDiffer && !question.mayDiffer(path);
     if (isKnown) {
         states_.assume(path, file.state);
     }

@@ -187,9 +187,9 @@ class ProjectCache {
 
     std::mutex mutex_;
     bool closed_ = false;
-    std::deque<Entry> storage_;                      ///< entries are never removed
-    std::deque<std::string> ownKeys_;                ///< for entries that were not in the file
-    std::shared_ptr<const void> textOfKeys_;         ///< keeps the other keys alive
+    std::deque<Entry> storage_;               ///< entries are never removed
+    std::deque<std::string> ownKeys_;         ///< for entries that were not in the file
+    std::shared_ptr<const void> textOfKeys_;  ///< keeps the other keys alive
     std::unordered_map<std::string_view, Entry*> entries_;
 
     std::mutex saving_;

@@ -38,6 +38,10 @@ RecordTable::Place RecordTable::add(std::string_view stored, const FileState& st
 std::string RecordTable::finish(
     const std::function<void(std::string&, const RecordFile&, Place)>& lineOf) {
     std::string text;
+    if (!last_.empty() && !last_.back().line.empty()) {  // most lines stay as they are
+        text.reserve(
+            static_cast<std::size_t>(last_.back().line.end() - last_.front().line.begin()));
+    }
     numbers_.resize(last_.size() + others_.size());
     std::size_t next = 0;
     for (Place place = 0; place < last_.size(); ++place) {

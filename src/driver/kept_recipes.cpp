@@ -306,7 +306,7 @@ bool KeptRecipes::makeRequest(const RecordText& record, const TrackingRoot& root
         }
         const Single* const single =
             i >= kFirstRecipePart ? &singles_[i - kFirstRecipePart] : nullptr;
-        const std::size_t declared = single != nullptr ? single->reads
+        const std::size_t declared = single != nullptr  ? single->reads
                                      : i == kTargetPart ? reads_
                                                         : 0;
         if (reads->size() < declared ||

@@ -32,13 +32,12 @@ void StandingVisits::findAffected(const std::vector<bool>& differing) {
         for (; !open.empty() && tree_.visits()[open.back()].end <= next; open.pop_back()) {
             const Node ended = open.back();
             differs_[ended] = tree_.visits()[ended].isOpen ||
-                              std::ranges::any_of(tree_.questions(ended), [&](auto number) {
-                                  return differing[number];
-                              });
-            affected_[ended] =
-                differs_[ended] ||
-                std::ranges::any_of(tree_.dependencies(ended),
-                                    [&](Node dependency) { return affected_[dependency]; });
+                              std::ranges::any_of(tree_.questions(ended),
+                                                  [&](auto number) { return differing[number]; });
+            affected_[ended] = differs_[ended] ||
+                               std::ranges::any_of(tree_.dependencies(ended), [&](Node dependency) {
+                                   return affected_[dependency];
+                               });
         }
     };
     const auto count = static_cast<Node>(tree_.visits().size());

@@ -40,8 +40,8 @@ class StandingVisits {
     /// found. `isToBeMade`: tells whether a file is not made yet.
     bool stillStands(Node visit, const std::function<bool(const std::string&)>& isToBeMade);
 
-    /// Whether what this visit alone asked has the same answers, whatever others found. `isToBeMade`
-    /// as above.
+    /// Whether what this visit alone asked has the same answers, whatever others found.
+    /// `isToBeMade` as above.
     bool asksTheSame(Node visit, const std::function<bool(const std::string&)>& isToBeMade);
 
     /// Whether the files that the visit asked about are as it found them, except those that
@@ -109,8 +109,8 @@ class StandingVisits {
     std::vector<std::string_view> questions_;        ///< likewise
     std::unordered_set<std::string, TextHash, std::equal_to<>> made_;
     std::unordered_set<std::string_view> differing_;  ///< what the questions are about that differ
-    unsigned changes_ = 0;              ///< how often anything may have changed
-    std::vector<unsigned> askedAfter_;  ///< so many changes, of each question
+    unsigned changes_ = 0;                            ///< how often anything may have changed
+    std::vector<unsigned> askedAfter_;                ///< so many changes, of each question
 };
 
 }  // namespace Vesk

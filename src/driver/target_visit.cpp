@@ -331,7 +331,8 @@ bool TargetVisit::hasFailedDependency() const noexcept {
 }
 
 /// Whether dependencies that are being built may give something else in the end. Of a visit that
-/// makes nothing only what they say of themselves matters; of one that is to be checked, everything.
+/// makes nothing only what they say of themselves matters; of one that is to be checked,
+/// everything.
 bool TargetVisit::waitsForMore(const SideBySide* others) const {
     const KeptVisit* const kept = memory_->taken();
     return std::ranges::any_of(scheduled_, [others, kept](const auto& build) {
@@ -431,9 +432,8 @@ TargetResult TargetVisit::buildAsKept(SideBySide* others) {
     console::repeat(kept.saidLast);
     BuildSubject subject = keptSubject();
     subject.ended = [memory = memory_, &cache = subject.cache](const TargetBuild&,
-                                                               const TargetResult&, bool) {
-        memory->builtAgain(cache);
-    };
+                                                               const TargetResult&,
+                                                               bool) { memory->builtAgain(cache); };
     auto build = std::make_unique<TargetBuild>(
         setting_, std::move(subject), std::move(*recipes_),
         TargetResult{VisitOutputs::fromKept(kept.outputs), std::string(kept.stamp), nullptr});
@@ -565,8 +565,8 @@ TargetResult TargetVisit::keptResult(SideBySide* others) {
     TargetResult result{VisitOutputs::fromKept(kept.outputs), std::string(kept.stamp), nullptr};
     std::erase_if(scheduled_, [](const auto& build) { return !build || build->finished(); });
     if (!scheduled_.empty()) {
-        return others->build(std::make_unique<TargetBuild>(setting_, keptSubject(),
-                                                           kept.hasRecipes, std::move(result)),
+        return others->build(std::make_unique<TargetBuild>(setting_, keptSubject(), kept.hasRecipes,
+                                                           std::move(result)),
                              std::move(scheduled_));
     }
     if (kept.hasRecipes) {

@@ -138,8 +138,8 @@ bool VisitMemory::ends(ProjectCache& cache, const ProjectCache::StandingQuestion
 std::optional<KeptRecipes> VisitMemory::recipes(ProjectCache& cache) const {
     const std::string key(kept_->recordKey);
     const bool stampIsItsOwn = kept_->hasRecipes && !kept_->stamp.empty();
-    if (kept_->recipes.empty() || stampIsItsOwn ||
-        !platform::stillValid(kept_->askedLast) || cache.recordHash(key) != kept_->record) {
+    if (kept_->recipes.empty() || stampIsItsOwn || !platform::stillValid(kept_->askedLast) ||
+        cache.recordHash(key) != kept_->record) {
         return std::nullopt;
     }
     const auto record = cache.last(key);

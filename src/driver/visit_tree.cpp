@@ -220,8 +220,7 @@ class VisitTree::Walk {
     std::vector<KeptTree::Question> questionsPassed_;
 };
 
-std::optional<VisitTree::Foreseen> VisitTree::foresee(std::string transcript,
-                                                      VisitStore& store,
+std::optional<VisitTree::Foreseen> VisitTree::foresee(std::string transcript, VisitStore& store,
                                                       StandingVisits* passed) {
     if (visits_.empty()) {
         return std::nullopt;

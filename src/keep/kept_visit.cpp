@@ -57,12 +57,6 @@ std::string encoded(const KeptVisit& visit) {
     return std::move(out.bytes);
 }
 
-void setRecord(std::string& encodedVisit, const ContentHash& record) {
-    Encoder out;
-    out.hash(record);
-    encodedVisit.replace(0, kHashBytes, out.bytes);
-}
-
 std::string_view withoutRecord(std::string_view encodedVisit) noexcept {
     return encodedVisit.substr(std::min(kHashBytes, encodedVisit.size()));
 }

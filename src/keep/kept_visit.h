@@ -47,7 +47,6 @@ struct KeptVisit {
 
 /// As bytes that begin with the record's hash, which is not known before the cache is saved.
 std::string encoded(const KeptVisit& visit);
-void setRecord(std::string& encodedVisit, const ContentHash& record);
 std::string_view withoutRecord(std::string_view encodedVisit) noexcept;
 
 /// Refers to the bytes. Nothing for bytes that are no visit.

@@ -9,17 +9,31 @@
 namespace Vesk {
 namespace {
 
-// A file is the header and blocks, of each its hash and its entries. An entry is key, day and
-// visit; it takes the place of earlier ones of that key, and one without a visit ends them.
+// A file is the header and blocks, of each its hash and its entries. An entry is key, day, what it
+// has, and that: a visit, which takes the place of an earlier one of that key, or ends it if it is
+// empty; or the record that the earlier one depends on from now on.
 constexpr std::string_view kHeader = "VESK_VISITS_5\n";
 
 /// A file may grow by what it has when it is written as a whole, and by so much.
 constexpr std::size_t kSlack = std::size_t{64} * 1024;
 
-void append(Encoder& out, const ContentHash& key, DayNumber day, std::string_view visit) {
+enum class Has : std::uint8_t { Visit, Record };
+
+void append(Encoder& out, const ContentHash& key, DayNumber day, Has has) {
     out.hash(key);
     out.number(day);
-    out.piece(visit);
+    out.number(static_cast<std::uint64_t>(has));
+}
+
+void appendVisit(Encoder& out, std::string_view visit, const std::optional<ContentHash>& record) {
+    if (!record || visit.empty()) {
+        out.piece(visit);
+        return;
+    }
+    const std::string_view rest = withoutRecord(visit);
+    out.number(visit.size());
+    out.hash(*record);
+    out.bytes += rest;
 }
 
 }  // namespace
@@ -54,15 +68,41 @@ void VisitStore::takeEntries(std::string_view bytes) {
     if (count < bytes.size()) {
         entries_.reserve(entries_.size() + count);
     }
-    while (decoder.good() && !decoder.atEnd()) {
-        const ContentHash key = decoder.hash();
-        Entry entry;
-        entry.day = static_cast<DayNumber>(decoder.number());
-        entry.visit = decoder.piece();
-        if (decoder.good()) {
-            entries_.insert_or_assign(key, std::move(entry));
-        }
+    bool goesOn = decoder.good();
+    while (goesOn && !decoder.atEnd()) {
+        goesOn = takeEntry(decoder);
     }
+}
+
+/// False for bytes that are none.
+bool VisitStore::takeEntry(Decoder& decoder) {
+    const ContentHash key = decoder.hash();
+    const auto day = static_cast<DayNumber>(decoder.number());
+    if (decoder.number() == static_cast<std::uint64_t>(Has::Record)) {
+        const ContentHash record = decoder.hash();
+        const auto found = entries_.find(key);
+        if (decoder.good() && found != entries_.end()) {
+            found->second.day = day;
+            found->second.renewed = record;
+        }
+        return decoder.good();
+    }
+    Entry entry;
+    entry.day = day;
+    entry.visit = decoder.piece();
+    entry.isInFile = true;
+    if (decoder.good()) {
+        entries_.insert_or_assign(key, std::move(entry));
+    }
+    return decoder.good();
+}
+
+std::optional<KeptVisit> VisitStore::decoded(const Entry& entry) {
+    auto visit = decodedVisit(entry.visit);
+    if (visit && entry.renewed) {
+        visit->record = *entry.renewed;
+    }
+    return visit;
 }
 
 /// It has been asked for; null when there is none.
@@ -80,7 +120,7 @@ VisitStore::Entry* VisitStore::findEntry(const ContentHash& key) {
 
 std::optional<KeptVisit> VisitStore::find(const ContentHash& key) {
     const Entry* const entry = findEntry(key);
-    return entry != nullptr ? decodedVisit(entry->visit) : std::nullopt;
+    return entry != nullptr ? decoded(*entry) : std::nullopt;
 }
 
 std::optional<ContentHash> VisitStore::hash(const ContentHash& key) {
@@ -110,7 +150,7 @@ void VisitStore::put(const ContentHash& key, const KeptVisit& visit, RecordHash 
 std::optional<KeptVisit> VisitStore::findStanding(const ContentHash& key) const {
     const auto found = entries_.find(key);
     return found != entries_.end() && found->second.stands && !found->second.visit.empty()
-               ? decodedVisit(found->second.visit)
+               ? decoded(found->second)
                : std::nullopt;
 }
 
@@ -119,6 +159,8 @@ void VisitStore::putText(const ContentHash& key, std::string text) {
     entry.own = std::move(text);
     entry.visit = entry.own;
     entry.hash.reset();
+    entry.renewed.reset();
+    entry.isInFile = false;
     entry.record = nullptr;
     setNew(key, entry);
 }
@@ -132,10 +174,6 @@ void VisitStore::setNew(const ContentHash& key, Entry& entry) {
 
 void VisitStore::renew(const ContentHash& key, RecordHash record) {
     Entry& entry = entries_.at(key);
-    if (entry.own.empty()) {
-        entry.own = std::string(entry.visit);
-        entry.visit = entry.own;
-    }
     entry.record = std::move(record);
     setNew(key, entry);
 }
@@ -145,11 +183,10 @@ void VisitStore::completeNews() {
     for (const ContentHash& key : news_) {
         Entry& entry = entries_.at(key);
         if (entry.record) {
-            if (const auto record = entry.record()) {
-                setRecord(entry.own, *record);
-                entry.visit = entry.own;
-            } else {
+            entry.renewed = entry.record();
+            if (!entry.renewed) {
                 entry.visit = {};
+                entry.isInFile = false;
             }
         }
     }
@@ -160,7 +197,13 @@ std::string VisitStore::newEntries() const {
     out.number(news_.size());
     for (const ContentHash& key : news_) {
         const Entry& entry = entries_.at(key);
-        append(out, key, entry.day, entry.visit);
+        if (entry.isInFile && entry.renewed) {
+            append(out, key, entry.day, Has::Record);
+            out.hash(*entry.renewed);
+        } else {
+            append(out, key, entry.day, Has::Visit);
+            appendVisit(out, entry.visit, entry.renewed);
+        }
     }
     return std::move(out.bytes);
 }
@@ -170,7 +213,8 @@ std::string VisitStore::allEntries() const {
     out.number(entries_.size());
     for (const auto& [key, entry] : entries_) {
         if (!entry.visit.empty() && entry.day + kDaysKept >= today_) {
-            append(out, key, entry.day, entry.visit);
+            append(out, key, entry.day, Has::Visit);
+            appendVisit(out, entry.visit, entry.renewed);
         }
     }
     return std::move(out.bytes);
@@ -217,7 +261,9 @@ void VisitStore::save() {
         writeBlock(kHeader, allEntries());
     }
     for (const ContentHash& key : news_) {
-        entries_.at(key).isNew = false;
+        Entry& entry = entries_.at(key);
+        entry.isNew = false;
+        entry.isInFile = fileBytes_ != 0 && !entry.visit.empty();
     }
     news_.clear();
 }

@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/bytes.h"
 #include "base/content_hash.h"
 #include "base/day_number.h"
 #include "keep/kept_visit.h"
@@ -59,9 +60,11 @@ class VisitStore {
         DayNumber day = 0;       ///< on which it was last asked for
         std::string own;         ///< what `visit` refers to, when it is not from the file
         RecordHash record;       ///< to be asked before saving
-        bool isNew = false;      ///< the file does not have it
-        bool stands = false;     ///< it is how this run's visit went
-        std::optional<ContentHash> hash = std::nullopt;  ///< see there; nothing: not asked yet
+        std::optional<ContentHash> renewed = std::nullopt;  ///< the record, if not the encoded one
+        bool isNew = false;                                 ///< the file does not have all of this
+        bool isInFile = false;                              ///< but it has the visit
+        bool stands = false;                                ///< it is how this run's visit went
+        std::optional<ContentHash> hash = std::nullopt;     ///< see there; nothing: not asked yet
     };
 
     struct KeyHash {
@@ -70,9 +73,11 @@ class VisitStore {
         }
     };
 
+    static std::optional<KeptVisit> decoded(const Entry& entry);
     Entry* findEntry(const ContentHash& key);
     void takeBlocks(std::string_view bytes);
     void takeEntries(std::string_view bytes);
+    bool takeEntry(Decoder& decoder);
     void setNew(const ContentHash& key, Entry& entry);
     void completeNews();
     std::string newEntries() const;

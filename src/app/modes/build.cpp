@@ -88,7 +88,7 @@ struct Keeping {
     fs::path directory;  ///< of the project; empty: nothing is left
     VisitStore visits;
     VisitTree tree;
-    Snapshot* snapshot = nullptr;  ///< null: the run is not one that is repeated
+    Snapshot* snapshot = nullptr;             ///< null: the run is not one that is repeated
     std::optional<ContentHash> surroundings;  ///< of the visits; see KeptTree
 };
 
@@ -199,8 +199,7 @@ void keepRun(Keeping& keeping, const Session& session) {
     saveVisits(keeping.visits, keeping.directory);
     if (session.caches.areLocked() &&
         (!isQuietNextTime(keeping, session) ||
-         !snapshot.keepForeseen(keeping.tree, keeping.visits, ownFiles,
-                                keeping.surroundings))) {
+         !snapshot.keepForeseen(keeping.tree, keeping.visits, ownFiles, keeping.surroundings))) {
         snapshot.keep();
     }
 }

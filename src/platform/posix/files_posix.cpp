@@ -33,8 +33,8 @@ int openRetrying(const std::filesystem::path& path, int flags, mode_t mode = kCo
     }
 }
 
-/// The same path from the current directory, if it lies below: the system looks up fewer names then,
-/// which is a fifth of what it does for a status. vesk never changes its current directory.
+/// The same path from the current directory, if it lies below: the system looks up fewer names
+/// then, which is a fifth of what it does for a status. vesk never changes its current directory.
 const char* fromHere(const char* path) noexcept {
     static const std::string here = [] {
         std::error_code unknown;
