@@ -104,7 +104,7 @@ class VisitTree::Walk {
              .saidFrom = transcript.size()});
         console::appendNormal(transcript, visit.prefix, "Visiting target");
         transcript += kept->saidFirst;
-        Open& open = open_.emplace_back(node, std::move(*kept), place);
+        Open& open = open_.emplace_back(Open{node, std::move(*kept), place, 0, {}, {}});
         if (visit.asksAs) {
             questions_.collect(nullptr);
             open.questions = questionsOf(*visit.asksAs);
@@ -149,8 +149,8 @@ class VisitTree::Walk {
             return false;
         }
         std::ranges::sort(top.questions);
-        const auto twice = std::ranges::unique(top.questions);
-        top.questions.erase(twice.begin(), twice.end());
+        top.questions.erase(std::unique(top.questions.begin(), top.questions.end()),
+                            top.questions.end());
         return true;
     }
 
