@@ -30,12 +30,13 @@ void refuseIfBuilding(const std::string& building, const fs::path& directory) {
     }
 }
 
-/// Null, with a warning, when the lock is not available.
-std::unique_ptr<platform::FileLock> lock(const fs::path& directory) {
+/// Null, with a warning, when the lock is not available. Sets `waits` when somebody else has it.
+std::unique_ptr<platform::FileLock> lock(const fs::path& directory, bool& waits) {
     fs::path file = directory / kCacheFileName;
     file += ".lock";
     try {
-        return std::make_unique<platform::FileLock>(file, [&directory] {
+        return std::make_unique<platform::FileLock>(file, [&directory, &waits] {
+            waits = true;
             console::normal("Waiting for another vesk that builds in {}",
                             platform::pathToUtf8(directory));
             console::flush();
@@ -65,7 +66,7 @@ ProjectCaches::ProjectCaches(const std::vector<const Project*>& projects, Use us
     for (auto& [directory, entry] : caches_) {
         if (use == Use::build) {
             refuseIfBuilding(building, directory);
-            entry.lock = lock(directory);
+            entry.lock = lock(directory, hasWaited_);
             here += platform::pathToUtf8(directory) + "\n";
         }
         entry.cache = std::make_unique<ProjectCache>(directory, *states_);

@@ -33,6 +33,9 @@ class ProjectCaches {
     /// Whether no other vesk can write them.
     bool areLocked() const;
 
+    /// Whether another vesk has built while this one waited for it.
+    bool hasWaited() const noexcept { return hasWaited_; }
+
     /// What has been read of them. A run that is recorded asks about these files when it has
     /// saved the caches: what they were before, it has replaced itself.
     std::vector<std::filesystem::path> ownFiles() const;
@@ -51,6 +54,7 @@ class ProjectCaches {
     std::unique_ptr<FileStates> states_;              ///< the caches refer to it
     std::map<std::filesystem::path, Locked> caches_;  ///< by directory
     Use use_;
+    bool hasWaited_ = false;
 };
 
 }  // namespace Vesk

@@ -159,6 +159,12 @@ void Snapshot::visitsBegin() {
     }
 }
 
+void Snapshot::haveCaches(bool hasWaited) {
+    if (standing_ && (hasWaited || !platform::stillValid(standing_->askedLast()))) {
+        standing_.reset();
+    }
+}
+
 bool Snapshot::saidNothing() const {
     return watches_ && console::transcriptSoFar().empty();
 }

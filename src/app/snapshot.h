@@ -50,6 +50,11 @@ class Snapshot {
     /// When it would go another way: the visits that stand nevertheless. Null if that is not known.
     StandingVisits* standing() noexcept { return standing_ ? &*standing_ : nullptr; }
 
+    /// To be called when this run has the caches for itself. `hasWaited`: another one has built
+    /// meanwhile. What has been compared is out of date then, and so it is if the caches' own files
+    /// tell of another run.
+    void haveCaches(bool hasWaited);
+
     /// Nobody passes over them.
     void dropStanding() noexcept { standing_.reset(); }
 

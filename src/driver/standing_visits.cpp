@@ -139,12 +139,21 @@ std::string_view StandingVisits::saidFirst() const {
     return transcript_.substr(0, tree_.visits().front().saidFrom);
 }
 
-std::string_view StandingVisits::askedFirst() {
+/// In the recording.
+std::size_t StandingVisits::bytesBefore(KeptTree::Question number) {
     std::size_t bytes = 0;
-    for (KeptTree::Question i = 0; i < tree_.firstQuestion; ++i) {
+    for (KeptTree::Question i = 0; i < number; ++i) {
         bytes += question(i).size();
     }
-    return recording_.substr(0, bytes);
+    return bytes;
+}
+
+std::string_view StandingVisits::askedFirst() {
+    return recording_.substr(0, bytesBefore(tree_.firstQuestion));
+}
+
+std::string_view StandingVisits::askedLast() {
+    return recording_.substr(bytesBefore(tree_.endOfQuestions));
 }
 
 std::string_view StandingVisits::question(KeptTree::Question number) {

@@ -76,6 +76,9 @@ class StandingVisits {
     std::string_view askedFirst();
     std::string_view saidFirst() const;
 
+    /// What it asked after its last visit: about vesk's own files.
+    std::string_view askedLast();
+
     std::string_view saidBy(Node visit) const;
 
     /// A question as it stands in the recording.
@@ -98,6 +101,7 @@ class StandingVisits {
     bool isStillAnswered(KeptTree::Question number,
                          const std::function<bool(const std::string&)>& isToBeMade);
     void findAffected(const std::vector<bool>& differing);
+    std::size_t bytesBefore(KeptTree::Question number);
 
     KeptTree tree_;
     std::string_view transcript_;

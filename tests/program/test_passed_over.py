@@ -7,7 +7,7 @@ other visits every target again.
 import random
 import shutil
 
-from harness import SETTINGS, ProgramTest, on_system
+from harness import SETTINGS, ProgramTest, on_system, wait_until
 
 # Targets that are found by a name, by a file, and only by their order; that several need, that warn,
 # that run alongside others, and that do something nobody knows of.
@@ -33,6 +33,7 @@ UNIT = """
     chain1: { FILENAME = "out/chain1" WRITE_FILE = 1 TEXT = "chain" }
     chain2: chain1 { SRC = P"(e.txt)" cmdline = "child copy e.txt out/chain2" }
     chain3: chain2 { NO_TOOL = 1 }
+    hold: { cmdline = "child meet out/held out/go" }
     late: { SRC = P"(out/one)" ^LATE = P"(out/late)" SIDE_BY_SIDE = "yes"
             cmdline = "child copy out/one out/late" }
 """
@@ -127,3 +128,20 @@ class PassedOver(ProgramTest):
                     if dice.randrange(8) == 0 and SETTINGS.keep is None:
                         env = {"VESK_KEEP": "check", "APPDATA": on_system(self.base / "data")}
                         self.assertEqual(self.run_vesk(*arguments, env=env).err.count("wrong"), 0)
+
+    def test_edits_while_another_one_builds(self):
+        """What was compared before the other one ended is out of date."""
+        env = {"APPDATA": on_system(self.base / "data")}
+        self.same_in_both("all")
+        self.pass_a_tick()
+        self.same_in_both("all")
+        other = self.start("hold", env=env)
+        wait_until((self.dir / "out/held").exists)
+        self.write("b.txt", "first")
+        waiting = self.start("all", env=env)
+        self.assertIn(b"Waiting for another vesk", waiting.stdout.readline())
+        self.write("a.txt", "second")
+        self.write("out/go", "")
+        other.communicate()
+        waiting.communicate()
+        self.assertEqual((self.read("out/base"), self.read("out/first")), ("first", "second"))

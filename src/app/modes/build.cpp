@@ -160,6 +160,9 @@ void keepFailedRun(Keeping& keeping, const Session& session) {
 Session runBuild(const Settings& given, Keeping& keeping) {
     KeptOutlines outlines(keeping.visits, visitKeeping(given));
     Session session = openSession(given, &outlines, keeping.surroundings);
+    if (keeping.snapshot != nullptr) {
+        keeping.snapshot->haveCaches(session.caches.hasWaited());
+    }
     if (keeping.snapshot != nullptr && keeping.snapshot->saidNothing()) {
         keeping.surroundings = session.surroundings;
     }
