@@ -76,19 +76,24 @@ Session openSession(const Settings& given, UnitOutlines* outlines,
     applyProjectOptions(settings, *workspace.project, *builtins);
     Request request = readRequest(settings, workspace, std::move(words));
     Toolbox staticTools = makeStaticTools();
-    std::optional<DeclaredTools> declared;
-    platform::Questions asked;
-    if (!surroundings) {
-        const platform::QuestionScope scope(asked);
-        declared =
-            makeDeclaredTools(registry->read(), workspace.store->projects(), *builtins, request);
-    }
     ProjectCatalog catalog = makeCatalog(workspace, *builtins, request);
     ProjectCaches caches(catalog.projects(),
                          settings.dryRun ? ProjectCaches::Use::look : ProjectCaches::Use::build);
-    const auto found = surroundings || !asked.repeatable
-                           ? surroundings
-                           : surroundingsOfRun(registry->read(), *builtins, request, asked);
+    // While another vesk built, the registry may have changed.
+    const bool areKnown = surroundings && !caches.hasWaited();
+    std::optional<DeclaredTools> declared;
+    platform::Questions asked;
+    if (!areKnown) {
+        const Registry& read = registry->read();  // its hash stands for what this asks
+        const platform::QuestionScope scope(asked);
+        declared = makeDeclaredTools(read, catalog.projects(), *builtins, request);
+    }
+    std::optional<ContentHash> found;
+    if (areKnown) {
+        found = surroundings;
+    } else if (asked.repeatable) {
+        found = surroundingsOfRun(registry->read(), *builtins, request, asked);
+    }
     return {std::move(settings), std::move(request),  std::move(staticTools),
             std::move(registry), std::move(builtins), std::move(declared),
             std::move(catalog),  std::move(caches),   found};

@@ -28,7 +28,7 @@ class ExpectedFiles {
 
     platform::QuestionList& questions_;
     FileStates now_;
-    std::unordered_map<std::string, platform::Questions> asked_;  ///< by path, of what is no file
+    std::unordered_map<std::string, platform::Questions> asked_;  ///< by path, of what is not a file
 };
 
 }  // namespace Vesk

@@ -22,6 +22,9 @@ class FileView {
     const std::shared_ptr<const void>& owner() const noexcept { return owner_; }
 
   private:
+    /// The same with bytes of its own.
+    static std::optional<FileView> copy(const std::filesystem::path& path, std::error_code& error);
+
     FileView(std::shared_ptr<const void> owner, std::string_view bytes)
         : owner_(std::move(owner)), bytes_(bytes) {}
 

@@ -43,12 +43,7 @@ std::optional<FileView> FileView::open(const std::filesystem::path& path, std::e
             return FileView(std::move(pages), bytes);
         }
     }
-    auto content = readWholeFile(path, error);
-    if (!content) {
-        return std::nullopt;
-    }
-    const auto owner = std::make_shared<const std::string>(std::move(*content));
-    return FileView(owner, *owner);
+    return copy(path, error);
 }
 
 }  // namespace Vesk::platform

@@ -1,20 +1,10 @@
 #include "platform/file_view.h"
 
-#include <string>
-#include <utility>
-
-#include "platform/files.h"
-
 namespace Vesk::platform {
 
 /// A file that is mapped could not be replaced there.
 std::optional<FileView> FileView::open(const std::filesystem::path& path, std::error_code& error) {
-    auto content = readWholeFile(path, error);
-    if (!content) {
-        return std::nullopt;
-    }
-    const auto owner = std::make_shared<const std::string>(std::move(*content));
-    return FileView(owner, *owner);
+    return copy(path, error);
 }
 
 }  // namespace Vesk::platform
