@@ -28,7 +28,8 @@ class ExpectedFiles {
 
     platform::QuestionList& questions_;
     FileStates now_;
-    std::unordered_map<std::string, platform::Questions> asked_;  ///< by path, of what is not a file
+    /// By path, of what is not a file.
+    std::unordered_map<std::string, platform::Questions> asked_;
 };
 
 }  // namespace Vesk
