@@ -8,6 +8,9 @@ namespace Vesk {
 int compareIgnoringCase(std::string_view a, std::string_view b) noexcept {
     const std::size_t common = std::min(a.size(), b.size());
     for (std::size_t i = 0; i < common; ++i) {
+        if (a[i] == b[i]) {
+            continue;  // where names are equal at all, their case mostly is, too
+        }
         const auto left = static_cast<unsigned char>(asciiLower(a[i]));
         const auto right = static_cast<unsigned char>(asciiLower(b[i]));
         if (left != right) {

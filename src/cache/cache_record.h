@@ -28,11 +28,12 @@ namespace Vesk {
 
 class RecordContent;
 
-/// What is known of a record in the file from which it was read.
+/// What is known of a record that need not be found in its text.
 struct StoredRecord {
-    std::string_view whole;           ///< its text there, with its key; empty: it is in no file
-    DayNumber day = 0;                ///< in its seal; 0: it has none
+    std::string_view whole;           ///< in the file that it was read from, with its key, or empty
+    DayNumber day = 0;                ///< in its seal there; 0: it has none
     std::optional<ContentHash> hash;  ///< without its seal
+    std::string_view seal;            ///< empty: not known
     std::string_view files;           ///< its table of files; empty: not known
 };
 

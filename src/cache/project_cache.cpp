@@ -7,6 +7,7 @@
 #include "base/console.h"
 #include "cache/cache_file.h"
 #include "cache/freshness.h"
+#include "cache/record_seal.h"
 #include "platform/recording.h"
 
 namespace Vesk {
@@ -285,6 +286,7 @@ bool ProjectCache::insert(const std::string& key, const RecordText& record) {
 }
 
 bool ProjectCache::upsert(const std::string& key, RecordText record, std::uint64_t token) {
+    record = examined(record);
     if (insert(key, record)) {
         console::trace("Inserted new cache record for '{}'.", key);
         return true;

@@ -17,6 +17,9 @@ constexpr std::size_t kSealSize = kDayDigits + 1 + kHashDigits;  // "020417 0123
 
 /// Empty if the record has none.
 std::string_view sealOf(const RecordText& record) {
+    if (!record.stored().seal.empty()) {
+        return record.stored().seal;
+    }
     CacheReader reader(record.text());
     std::uint64_t count = 0;
     std::string_view flag;
@@ -38,6 +41,14 @@ std::string_view sealOf(const RecordText& record) {
 /// The hash of the key and the whole text except the hash itself, which starts at `hashAt`.
 std::string hashDigits(std::string_view key, std::string_view text, std::size_t hashAt) {
     return digits(hashText({key, "\n", text.substr(0, hashAt), text.substr(hashAt + kHashDigits)}));
+}
+
+ContentHash hashWithoutSeal(std::string_view text, std::string_view seal) {
+    if (seal.empty()) {
+        return hashText(text);
+    }
+    const auto before = static_cast<std::size_t>(seal.data() - text.data());
+    return hashText({text.substr(0, before), text.substr(before + seal.size())});
 }
 
 /// Whether any of vesk's own fields are there. They stand in many places, so damage never hits them
@@ -71,13 +82,15 @@ ContentHash hashWithoutSeal(const RecordText& record) {
     if (record.stored().hash) {
         return *record.stored().hash;
     }
-    const std::string_view text = record.text();
-    const std::string_view seal = sealOf(record);
-    if (seal.empty()) {
-        return hashText(text);
-    }
-    const auto before = static_cast<std::size_t>(seal.data() - text.data());
-    return hashText({text.substr(0, before), text.substr(before + seal.size())});
+    return hashWithoutSeal(record.text(), sealOf(record));
+}
+
+RecordText examined(const RecordText& record) {
+    StoredRecord known = record.stored();
+    known.seal = sealOf(record);
+    known.hash = hashWithoutSeal(record.text(), known.seal);
+    known.files = tableOf(record);
+    return {record.storage(), record.text(), known};
 }
 
 DayNumber appendSealed(std::string& out, std::string_view key, const RecordText& record,

@@ -25,6 +25,9 @@ std::optional<DayNumber> checkSeal(std::string_view key, const RecordText& recor
 /// The hash of the record without its seal, the same in memory and in any file.
 ContentHash hashWithoutSeal(const RecordText& record);
 
+/// A record that was just made, which will be asked for these facts several times.
+RecordText examined(const RecordText& record);
+
 /// Appends a record in the form that it has in the file. Gives the day in its seal; 0 if it has
 /// none.
 DayNumber appendSealed(std::string& out, std::string_view key, const RecordText& record,

@@ -15,6 +15,16 @@
 
 namespace Vesk {
 
+namespace {
+
+/// The system is asked once: it opens a file to tell.
+unsigned processors() {
+    static const unsigned count = std::thread::hardware_concurrency();
+    return count;
+}
+
+}  // namespace
+
 unsigned workerCount(int jobCount, std::size_t limit, std::size_t pieces) {
     if (jobCount == 0 || jobCount == 1) {
         return 1;
@@ -290,8 +300,7 @@ bool CacheStep::record(std::vector<Assignment> outputs, const std::string& stamp
     FileStates& states = cache_.states();
     lookAnewAtOutputs();
     const std::vector<std::string> files = filesToRead(request_, outcomes_);
-    states.readAhead(files, workerCount(options_.jobCount, std::thread::hardware_concurrency(),
-                                        files.size() / 2));
+    states.readAhead(files, workerCount(options_.jobCount, processors(), files.size() / 2));
     BuildResults results{outcomes_, seconds_, std::move(outputs), stamp, startedAt_, true};
     std::vector<std::string> missing;
     auto record = makeRecord(request_, results, *freshness_, states, cache_.root(), &missing);

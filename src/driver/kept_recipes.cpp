@@ -123,7 +123,7 @@ class RecipeEncoder {
             kindOf_.push_back(numberOfKind(encodedKind(recipe)));
         }
         Encoder out;
-        out.piece(platform::pathToUtf8(BuildEnv(environmentSettings(context_)).outputDirectory()));
+        out.piece(build_.recipes().empty() ? std::string() : outputDirectory());
         append(out, directories());
         out.number(build_.isList() ? 1 : 0);
         append(out, build_.ownFiles());
@@ -137,6 +137,10 @@ class RecipeEncoder {
     }
 
   private:
+    std::string outputDirectory() const {
+        return platform::pathToUtf8(BuildEnv(environmentSettings(context_)).outputDirectory());
+    }
+
     bool canBeKept() {
         const std::vector<Recipe>& recipes = build_.recipes();
         if (!build_.subject().builder->onlyMakesRecipes() || environmentOf(context_) != nullptr ||

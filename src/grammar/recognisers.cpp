@@ -37,14 +37,25 @@ class PrintableErrors : public antlr4::DefaultErrorStrategy {
 }  // namespace
 
 CheckingLexer::CheckingLexer(antlr4::CharStream* input, Purpose purpose)
-    : CommonLexer(input), purpose_(purpose) {
-    auto* const simulator = getInterpreter<antlr4::atn::LexerATNSimulator>();
-    auto& automata = simulator->_decisionToDFA;
-    auto& cache = simulator->getSharedContextCache();
-    setInterpreter(new LoneSimulator(this, getATN(), automata, cache));
+    : CommonLexer(input),
+      purpose_(purpose),
+      simulator_(getInterpreter<antlr4::atn::LexerATNSimulator>()) {
+    auto& automata = simulator_->_decisionToDFA;
+    auto& cache = simulator_->getSharedContextCache();
+    simulator_ = new LoneSimulator(this, getATN(), automata, cache);
+    setInterpreter(simulator_);  // which deletes the other
+}
+
+/// The rule would skip them one run at a time, each for the price of a token.
+void CheckingLexer::passBlanks() {
+    for (std::size_t next = _input->LA(1);
+         next == ' ' || next == '\n' || next == '\t' || next == '\r'; next = _input->LA(1)) {
+        simulator_->consume(_input);
+    }
 }
 
 std::unique_ptr<antlr4::Token> CheckingLexer::nextToken() {
+    passBlanks();
     auto next = CommonLexer::nextToken();
     switch (next->getType()) {
         case LBRACE:
@@ -87,12 +98,11 @@ void CheckingLexer::recover(const antlr4::LexerNoViableAltException& error) {
 /// From where the lexer gave up to the end of the line on which the token begins.
 void CheckingLexer::goBackToEndOfLine() {
     const std::size_t end = _input->index();
-    auto* const simulator = getInterpreter<antlr4::atn::LexerATNSimulator>();
     _input->seek(tokenStartCharIndex);
-    simulator->setLine(tokenStartLine);
-    simulator->setCharPositionInLine(tokenStartCharPositionInLine);
+    simulator_->setLine(tokenStartLine);
+    simulator_->setCharPositionInLine(tokenStartCharPositionInLine);
     while (_input->index() < end && _input->LA(1) != '\n') {
-        simulator->consume(_input);
+        simulator_->consume(_input);
     }
 }
 
@@ -129,9 +139,8 @@ void CheckingLexer::countOpen(const antlr4::Token& bracket) {
 
 void CheckingLexer::reportOpenComment() {
     const std::size_t start = tokenStartCharIndex;
-    auto* const simulator = getInterpreter<antlr4::atn::LexerATNSimulator>();
     while (_input->LA(1) != antlr4::IntStream::EOF) {
-        simulator->consume(_input);
+        simulator_->consume(_input);
     }
     notifyListeners(antlr4::LexerNoViableAltException(this, _input, start, nullptr));
 }

@@ -31,15 +31,21 @@ class CheckingLexer : public grammar::CommonLexer {
     /// first character in the file.
     void restart(antlr4::CharStream* input, std::size_t line, std::size_t column);
 
+    // The runtime's own cast the simulator to its class each time that a token is made.
+    std::size_t getLine() const override { return simulator_->getLine(); }
+    std::size_t getCharPositionInLine() override { return simulator_->getCharPositionInLine(); }
+
     /// Messages go to a terminal, and texts of files may contain anything.
     std::string getErrorDisplay(const std::string& text) override;
 
   private:
+    void passBlanks();
     void countOpen(const antlr4::Token& bracket);
     void reportOpenComment();
     void goBackToEndOfLine();
 
     Purpose purpose_;
+    antlr4::atn::LexerATNSimulator* simulator_;
     std::size_t open_ = 0;
 };
 

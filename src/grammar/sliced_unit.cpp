@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/exception.h"
+#include "grammar/tree_parts.h"
 #include "platform/files.h"
 
 namespace Vesk {
@@ -34,25 +35,23 @@ TargetsByHash byHash(const UnitOutline* outline) {
 
 SliceParser::SliceParser(std::string_view text, const std::string& name,
                          const std::shared_ptr<const std::filesystem::path>& file)
-    : text_(text), visitor_(file, name, FileKind::Unit), name_(name) {}
+    : text_(text), visitor_(file, name, FileKind::Unit), trees_(name) {}
 
 /// Null for one with errors. The tree lives until the next call.
 Parser::VeskUnitContext* SliceParser::parse(const TextSlice& slice) {
-    input_.emplace(slice.in(text_), name_);
-    if (!recognisers_) {
-        makeFast(recognisers_.emplace(&*input_));
-    }
-    recognisers_->restart(&*input_, slice.line, slice.column - 1);
-    Parser::UnitFileContext* const tree = tryRule(*recognisers_, &Parser::unitFile);
+    Parser::UnitFileContext* const tree =
+        trees_.parse(slice.in(text_), slice.line, slice.column - 1);
     return tree == nullptr ? nullptr : tree->veskUnit();
 }
 
 std::shared_ptr<const Target> SliceParser::target(const TextSlice& slice) {
     Parser::VeskUnitContext* const tree = parse(slice);
-    if (tree == nullptr || tree->unit_name() != nullptr || tree->target().size() != 1) {
+    if (tree == nullptr || tree->children.size() != 1) {
         return nullptr;
     }
-    return taken<VeskVisitorImpl::TargetPtr>(visitor_.visitTarget(tree->target(0)));
+    auto* const target = partOf<Parser::TargetContext>(*tree);
+    return target == nullptr ? nullptr
+                             : taken<VeskVisitorImpl::TargetPtr>(visitor_.visitTarget(target));
 }
 
 std::optional<std::string> SliceParser::unitName(const TextSlice& slice) {

@@ -11,10 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "grammar/recognisers.h"
+#include "grammar/slice_trees.h"
 #include "grammar/source_file.h"
 #include "grammar/text_slices.h"
-#include "grammar/text_stream.h"
 #include "grammar/unit_outline.h"
 #include "grammar/visitor.h"
 #include "types/model/target.h"
@@ -40,9 +39,7 @@ class SliceParser {
 
     std::string_view text_;
     VeskVisitorImpl visitor_;
-    std::string name_;
-    std::optional<TextStream> input_;
-    std::optional<Recognisers> recognisers_;
+    SliceTrees trees_;
 };
 
 /// One file; for those of its targets that are not parsed yet it stays in memory.

@@ -1,4 +1,5 @@
 // Contexts: assignments and conditional blocks.
+#include "grammar/tree_parts.h"
 #include "grammar/visitor.h"
 #include "types/context/assignment.h"
 #include "types/values/identifier_value.h"
@@ -7,11 +8,15 @@ namespace Vesk {
 
 antlrcpp::Any VeskVisitorImpl::visitContext(Parser::ContextContext* tree) {
     auto context = std::make_shared<ContextTemplate>();
-    for (auto* assignment : tree->assignment()) {
-        context->assignments.push_back(taken<Assignment>(visitAssignment(assignment)));
-    }
-    for (auto* block : tree->cond_context()) {
-        context->conditions.push_back(taken<Condition>(visitCond_context(block)));
+    context->assignments.reserve(tree->children.size() - 2);  // all but the braces
+    for (antlr4::tree::ParseTree* const part : tree->children) {
+        if (isPart<Parser::AssignmentContext>(*part)) {
+            context->assignments.push_back(
+                taken<Assignment>(visitAssignment(static_cast<Parser::AssignmentContext*>(part))));
+        } else if (isPart<Parser::Cond_contextContext>(*part)) {
+            context->conditions.push_back(taken<Condition>(
+                visitCond_context(static_cast<Parser::Cond_contextContext*>(part))));
+        }
     }
     return TemplatePtr(std::move(context));
 }
@@ -32,10 +37,10 @@ antlrcpp::Any VeskVisitorImpl::visitBool_expr(Parser::Bool_exprContext* tree) {
     Condition condition;
     auto path = taken<IdentifierPath>(visitIdentifier(tree->identifier()));
     condition.left = std::make_shared<VeskIdentifier>(std::move(path));
-    if (auto* op = tree->bool_operator()) {
+    if (auto* op = partOf<Parser::Bool_operatorContext>(*tree)) {
         const std::string outerKey = std::exchange(key_, condition.left->toDisplayString());
         condition.op = taken<ConditionOperator>(visitBool_operator(op));
-        condition.right = taken<ValuePtr>(visitValueNode(tree->valueNode()));
+        condition.right = taken<ValuePtr>(visitValueNode(partOf<Parser::ValueNodeContext>(*tree)));
         key_ = outerKey;
     }
     return condition;
@@ -60,14 +65,14 @@ antlrcpp::Any VeskVisitorImpl::visitAssignment(Parser::AssignmentContext* tree) 
     Assignment assignment;
     std::string key = tree->IDENTIFIER()->getText();
     assignment.place = placeOf(tree);
-    if (auto* modifier = tree->assignment_modifier()) {
+    if (auto* modifier = partOf<Parser::Assignment_modifierContext>(*tree)) {
         assignment.modifier = taken<AssignModifier>(visitAssignment_modifier(modifier));
     }
     assignment.op = AssignOperator::None;
-    if (auto* op = tree->assign_operator()) {
+    if (auto* op = partOf<Parser::Assign_operatorContext>(*tree)) {
         const std::string outerKey = std::exchange(key_, key);
         assignment.op = taken<AssignOperator>(visitAssign_operator(op));
-        assignment.value = taken<ValuePtr>(visitValueNode(tree->valueNode()));
+        assignment.value = taken<ValuePtr>(visitValueNode(partOf<Parser::ValueNodeContext>(*tree)));
         key_ = outerKey;
     }
     assignment.name = CiString(std::move(key));

@@ -1,5 +1,6 @@
 // Unit files: targets and their dependencies.
 #include "base/exception.h"
+#include "grammar/tree_parts.h"
 #include "grammar/visitor.h"
 #include "types/model/target.h"
 
@@ -12,7 +13,7 @@ antlrcpp::Any VeskVisitorImpl::visitVeskUnit(Parser::VeskUnitContext* tree) {
         unit.nameDeclared = true;
     }
     unit.files.push_back(*file_);
-    for (auto* target : tree->target()) {
+    for (auto* target : partsOf<Parser::TargetContext>(*tree)) {
         unit.addTarget(taken<TargetPtr>(visitTarget(target)));
     }
     return unit;
@@ -23,14 +24,14 @@ antlrcpp::Any VeskVisitorImpl::visitTarget(Parser::TargetContext* tree) {
     target->name = targetName_ = tree->IDENTIFIER()->getText();
     target->file = file_;
     target->line = lineOf(tree);
-    for (auto* parameter : tree->parameter_name()) {
+    for (auto* parameter : partsOf<Parser::Parameter_nameContext>(*tree)) {
         addParameter(*target, parameter);
     }
     std::vector<DependencyRecord> dependencies;
-    for (auto* dependency : tree->dependency()) {
+    for (auto* dependency : partsOf<Parser::DependencyContext>(*tree)) {
         dependencies.push_back(taken<DependencyRecord>(visitDependency(dependency)));
     }
-    auto body = taken<TemplatePtr>(visitContext(tree->context()));
+    auto body = taken<TemplatePtr>(visitContext(partOf<Parser::ContextContext>(*tree)));
     try {
         target->setText(
             std::make_shared<const TargetText>(std::move(dependencies), std::move(body)));
@@ -69,23 +70,23 @@ void VeskVisitorImpl::addParameter(Target& target, Parser::Parameter_nameContext
 antlrcpp::Any VeskVisitorImpl::visitDependency(Parser::DependencyContext* tree) {
     DependencyRecord record;
     record.place = placeOf(tree);
-    record.merge = tree->dependency_modifier() != nullptr;
-    auto* identifier = tree->dependency_identifier();
-    if (auto* macro = identifier->dependency_macro()) {
+    record.merge = partOf<Parser::Dependency_modifierContext>(*tree) != nullptr;
+    auto* identifier = partOf<Parser::Dependency_identifierContext>(*tree);
+    if (auto* macro = partOf<Parser::Dependency_macroContext>(*identifier)) {
         record.kind = DependencyKind::Macro;
         record.macro = taken<IdentifierPath>(visitDependency_macro(macro));
     } else {
-        record.reference =
-            taken<DependencyReference>(visitDirect_dependency(identifier->direct_dependency()));
+        record.reference = taken<DependencyReference>(
+            visitDirect_dependency(partOf<Parser::Direct_dependencyContext>(*identifier)));
     }
-    for (auto* parameter : tree->dependency_parameter()) {
+    for (auto* parameter : partsOf<Parser::Dependency_parameterContext>(*tree)) {
         if (auto* path = parameter->identifier()) {
             record.parameters.push_back(taken<IdentifierPath>(visitIdentifier(path)));
         } else {
             setSourceParameter(record, parameter);
         }
     }
-    if (auto* alias = tree->dependency_alias()) {
+    if (auto* alias = partOf<Parser::Dependency_aliasContext>(*tree)) {
         record.aliasKind = taken<AliasKind>(visitDependency_alias(alias));
         record.alias = tree->IDENTIFIER()->getText();
     }

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include "grammar/literals.h"
+#include "grammar/tree_parts.h"
 #include "grammar/visitor.h"
 #include "platform/files.h"
 #include "types/context/context.h"
@@ -40,12 +41,12 @@ antlrcpp::Any VeskVisitorImpl::visitValueNode(Parser::ValueNodeContext* tree) {
         case Parser::NUMBER:
             return integerValue(tree);
         case Parser::LSQUARE:
-            return visitList(tree->list());
+            return visitList(partOf<Parser::ListContext>(*tree));
         case Parser::LBRACE:
-            return nestedContext(tree->context());
+            return nestedContext(partOf<Parser::ContextContext>(*tree));
         default:
             return ValuePtr(std::make_shared<VeskIdentifier>(
-                taken<IdentifierPath>(visitIdentifier(tree->identifier()))));
+                taken<IdentifierPath>(visitIdentifier(partOf<Parser::IdentifierContext>(*tree)))));
     }
 }
 
@@ -60,7 +61,7 @@ ValuePtr VeskVisitorImpl::integerValue(Parser::ValueNodeContext* tree) const {
 
 antlrcpp::Any VeskVisitorImpl::visitList(Parser::ListContext* tree) {
     auto list = std::make_shared<VeskList>();
-    const auto elements = tree->valueNode();
+    const auto elements = partsOf<Parser::ValueNodeContext>(*tree);
     list->items.reserve(elements.size());
     for (auto* element : elements) {
         list->items.push_back(taken<ValuePtr>(visitValueNode(element)));
@@ -90,7 +91,7 @@ ValuePtr VeskVisitorImpl::pathValue(std::string text) const {
 
 antlrcpp::Any VeskVisitorImpl::visitIdentifier(Parser::IdentifierContext* tree) {
     IdentifierPath path;
-    for (auto* segment : tree->segment()) {
+    for (auto* segment : partsOf<Parser::SegmentContext>(*tree)) {
         path.segments.push_back(taken<IdentifierSegment>(visitSegment(segment)));
     }
     return path;
@@ -99,7 +100,7 @@ antlrcpp::Any VeskVisitorImpl::visitIdentifier(Parser::IdentifierContext* tree) 
 antlrcpp::Any VeskVisitorImpl::visitSegment(Parser::SegmentContext* tree) {
     IdentifierSegment segment;
     segment.name = tree->identifierName()->getText();
-    for (auto* index : tree->index()) {
+    for (auto* index : partsOf<Parser::IndexContext>(*tree)) {
         segment.keys.push_back(taken<PathIndex>(visitIndex(index)));
     }
     return segment;

@@ -75,14 +75,17 @@ Matcher::Matcher(CiString name, std::string typeWord, const AssignmentMap& wants
     declared_.insert_or_assign(type.name, std::move(type));
 }
 
-MatchResult Matcher::match(const Context& target) const {
+MatchResult Matcher::match(const Context& target, Comparison comparison) const {
     MatchResult result;
     if (needsSatisfied(target)) {
         result = matchTool(target);
     }
     console::message(console::level::kMatch, console::colour::kReport,
                      "{}::match - result.note: {}", name_, matchNoteName(result.note));
-    compareWants(target, result);
+    if (comparison == Comparison::Always || result.note == MatchNote::BuildPossible ||
+        console::enabled(console::level::kMatch)) {
+        compareWants(target, result);
+    }
     return result;
 }
 

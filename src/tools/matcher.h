@@ -1,6 +1,7 @@
 // Tools from the side that chooses among them.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -29,12 +30,18 @@ class Matcher {
     virtual MatchResult matchTool(const Context& target) const;
 
   public:
+    /// Of the variables of a target: the score of a tool that cannot build it helps nobody.
+    enum class Comparison : std::uint8_t {
+        Always,
+        IfNeeded,  ///< if the tool can build the target, or the log shows the outcome
+    };
+
     /// The builder of this tool for the target. Throws VeskException if there is none.
     virtual std::shared_ptr<Builder> createBuilder(const Context& target) const = 0;
 
     /// Compares the tool with a target in which the values of `comparedNames` are resolved. A value
     /// that is still an identifier differs from every other.
-    MatchResult match(const Context& target) const;
+    MatchResult match(const Context& target, Comparison comparison = Comparison::Always) const;
 
     const CiString& name() const noexcept { return name_; }
 

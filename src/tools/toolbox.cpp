@@ -48,7 +48,7 @@ int Toolbox::add(std::unique_ptr<Matcher> matcher) {
 Selection Toolbox::select(const Context& target, const MatchWeights& weights) const {
     Selection best;
     for (const auto& [name, matcher] : matchers_) {
-        MatchResult result = matcher->match(target);
+        MatchResult result = matcher->match(target, Matcher::Comparison::IfNeeded);
         if (result.note != MatchNote::BuildPossible) {
             continue;
         }

@@ -84,6 +84,8 @@ TEST_F(SlicedUnits, AreCutWhereTargetsEnd) {
         "/*\u00e4\u20ac*/ a: { x = \"\u00e4\" } /*\u00e4*/ b: { y = 1 z }\n\tc: { }",
         "a: { R P x = R } R: { P }",
         "unit-x: {} units: {}",
+        "a(p): b => c { x = [1, \"y\"] if q { ^r += s[2] } }\n  d(e): f +> g { h = [-2, \"i\"] "
+        "if j { ?k ?= l[0x3] } }b:{}f:{}",  // the second has the first one's tree
     };
     for (const char* const text : texts) {
         EXPECT_EQ(bySlices(text), byParser(text)) << text;
