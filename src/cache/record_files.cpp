@@ -179,7 +179,9 @@ RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& fi
     // In the text, the line with the old table's length comes before it.
     const auto start = static_cast<std::size_t>(old.data() - text.data());
     const std::size_t lengthLine = text.rfind('\n', start - 2) + 1;
-    std::string changed(text.substr(0, lengthLine));
+    std::string changed;
+    changed.reserve(text.size() + table.size());
+    changed += text.substr(0, lengthLine);
     appendText(changed, table);
     changed += text.substr(start + old.size() + 1);
     return RecordText(std::move(changed));
@@ -206,7 +208,9 @@ RecordText unfinished(const RecordText& record) {
     const std::string_view text = record.text();
     const std::string_view inputs = parts[kVariablesPart].inputs;
     const auto start = static_cast<std::size_t>(inputs.data() - text.data());
-    std::string changed(text.substr(0, start));
+    std::string changed;
+    changed.reserve(text.size() + unfinishedInputs().size());
+    changed += text.substr(0, start);
     changed += unfinishedInputs();
     changed += text.substr(start + inputs.size());
     return RecordText(std::move(changed));

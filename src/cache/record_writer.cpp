@@ -65,7 +65,8 @@ class RecordMaker {
     using Place = RecordTable::Place;
     using Places = std::vector<Place>;
 
-    static constexpr std::size_t kSizeOfOutputs = 120;  ///< often enough
+    static constexpr std::size_t kSizeOfOutputs =
+        250;  ///< mostly more than enough; what is not touched costs nothing
 
     struct Part {
         std::string_view inputs;
