@@ -385,21 +385,13 @@ void ProjectCache::close() noexcept {
 
 /// Files that had changed just before they were examined: by now their times may be reliable.
 void ProjectCache::confirmRecent(Entry& entry) {
-    auto files = filesOf(*entry.record);
-    if (!files) {
-        return;
-    }
-    bool confirmed = false;
-    for (RecordFile& file : *files) {
-        if (file.state.kind == FileState::Kind::Recent) {
-            if (FileStates::confirmRecent(root_.absolute(file.path), file.state)) {
-                file.line = {};
-                confirmed = true;
-            }
-        }
-    }
-    if (confirmed) {
-        entry.record = withFiles(*entry.record, *files);
+    std::vector<RecordFile> files = recentFiles(*entry.record);
+    std::erase_if(files, [this](const RecordFile& file) {
+        FileState state = file.state;
+        return !FileStates::confirmRecent(root_.absolute(file.path), state);
+    });
+    if (!files.empty()) {
+        entry.record = confirmed(*entry.record, files);
     }
 }
 

@@ -187,6 +187,35 @@ RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& fi
     return RecordText(std::move(changed));
 }
 
+std::vector<RecordFile> recentFiles(const RecordText& record) {
+    std::vector<RecordFile> files;
+    std::string_view table = tableOf(record);
+    while (!table.empty()) {
+        RecordFile file;
+        file.line = table.substr(0, table.find('\n') + 1);
+        if (file.line.empty()) {
+            return {};
+        }
+        table.remove_prefix(file.line.size());
+        std::string_view line = file.line;
+        if (line.front() == static_cast<char>(FileState::Kind::Recent) &&
+            takeStateLine(line, file.state, file.path)) {
+            files.push_back(file);
+        }
+    }
+    return files;
+}
+
+/// Its kind is the first character of a file's line.
+RecordText confirmed(const RecordText& record, const std::vector<RecordFile>& recent) {
+    std::string text(record.text());
+    for (const RecordFile& file : recent) {
+        text[static_cast<std::size_t>(file.line.data() - record.text().data())] =
+            static_cast<char>(FileState::Kind::File);
+    }
+    return RecordText(std::move(text));
+}
+
 std::string hashInstead(std::string_view text) {
     return std::string(kHashInstead) + digits(hashText(text));
 }

@@ -94,6 +94,13 @@ KeptSteps stepsIn(const RecordText& record);
 /// The same record with these files, some perhaps in other states, in its table.
 RecordText withFiles(const RecordText& record, const std::vector<RecordFile>& files);
 
+/// The files of the record's table whose content decides, as they had changed just before they were
+/// examined. Empty for a faulty table.
+std::vector<RecordFile> recentFiles(const RecordText& record);
+
+/// The same record, in which the times of these files of it are reliable.
+RecordText confirmed(const RecordText& record, const std::vector<RecordFile>& recent);
+
 /// The same record, marked as that of an unfinished build.
 RecordText unfinished(const RecordText& record);
 

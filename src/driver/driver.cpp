@@ -404,7 +404,7 @@ std::vector<std::unique_ptr<TargetVisit>> Driver::visitOnly(
     return visits;
 }
 
-std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
+VisitOutputs Driver::build(const TargetLocation& location) {
     const PrefixEnd prefixEnd;
     beginBuild();
     const std::string root = visitKey(location, {});
@@ -421,7 +421,7 @@ std::shared_ptr<Context> Driver::build(const TargetLocation& location) {
         tellPassed();
         throw;
     }
-    return visited_.at(root).result.outputs.context();
+    return visited_.at(root).result.outputs;
 }
 
 }  // namespace Vesk

@@ -27,11 +27,11 @@ class Driver {
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
 
-    /// Returns the target's output context. Throws VeskException when it cannot be built,
-    /// LoopFoundException for targets that need each other (nothing of the loop is built then),
-    /// EndlessVisits for targets that do so with ever new arguments, Interrupted, and what
+    /// Returns what the target gives to its dependants. Throws VeskException when it cannot be
+    /// built, LoopFoundException for targets that need each other (nothing of the loop is built
+    /// then), EndlessVisits for targets that do so with ever new arguments, Interrupted, and what
     /// contexts, tools and the file system throw.
-    std::shared_ptr<Context> build(const TargetLocation& location);
+    VisitOutputs build(const TargetLocation& location);
 
     /// Visits each target and builds all that it depends on, but not the target itself: that is the
     /// caller's, with TargetVisit::prepareBuild, while the driver lives. A dependant gets a target

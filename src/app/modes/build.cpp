@@ -57,10 +57,10 @@ void writeCompileCommands(const Settings& settings, const Session& session,
 
 /// Builds, and says in the end how it went if that was asked for, or if more than one command can
 /// have failed.
-std::shared_ptr<Context> buildAndSumUp(const BuildSetting& setting, const TargetLocation& target,
-                                       const Settings& settings, const BuildSummary& summary) {
+VisitOutputs buildAndSumUp(const BuildSetting& setting, const TargetLocation& target,
+                           const Settings& settings, const BuildSummary& summary) {
     try {
-        std::shared_ptr<Context> outputs = Driver(setting).build(target);
+        VisitOutputs outputs = Driver(setting).build(target);
         if (settings.summary) {
             summary.print();
         }
@@ -92,8 +92,8 @@ struct Keeping {
     std::optional<ContentHash> surroundings;  ///< of the visits; see KeptTree
 };
 
-std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
-                                     VisitKeeper* keeper, Keeping& keeping) {
+VisitOutputs buildTarget(const Settings& settings, Session& session, VisitKeeper* keeper,
+                         Keeping& keeping) {
     const TargetLocation target =
         session.catalog.locate(session.request.words.target.value_or(DependencyReference{}));
     const BuildSetting setting = buildSetting(settings, session);
@@ -116,7 +116,7 @@ std::shared_ptr<Context> buildTarget(const Settings& settings, Session& session,
     if (!settings.compileCommands.empty()) {
         collecting.onRecipes = [&](const std::vector<Recipe>& recipes) { built.add(recipes); };
     }
-    std::shared_ptr<Context> outputs = buildAndSumUp(collecting, target, settings, summary);
+    VisitOutputs outputs = buildAndSumUp(collecting, target, settings, summary);
     if (settings.why && !reasons.any()) {
         console::writeAnswer("Nothing has to be built.");
     }
@@ -128,10 +128,10 @@ void buildAndWrite(const Settings& settings, Session& session, Keeping& keeping)
     VisitKeeper keeper(keeping.visits, visitKeeping(settings), [&](const Project& project) {
         return surroundingsIn(project, *session.surroundings);
     });
-    const std::shared_ptr<Context> outputs =
+    const VisitOutputs outputs =
         buildTarget(settings, session, session.surroundings ? &keeper : nullptr, keeping);
-    if (!settings.dryRun) {
-        writeOutputFile(settings.mainOutput, *outputs);
+    if (!settings.dryRun && !settings.mainOutput.empty()) {
+        writeOutputFile(settings.mainOutput, *outputs.context());
     }
 }
 
