@@ -246,8 +246,10 @@ void CacheStep::ran(std::size_t recipe, double seconds) {
     seconds_[part] = seconds;
     outcomes_[part] = StepOutcome::Ran;
     takeOutputDirectory(request_.parts[part]);
-    for (const std::string& file : request_.parts[part].writes) {
-        cache_.states().written(file);
+    for (const auto* files : {&request_.parts[part].writes, &request_.parts[part].byProducts}) {
+        for (const std::string& file : *files) {
+            cache_.states().written(file);
+        }
     }
 }
 
