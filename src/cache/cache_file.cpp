@@ -54,31 +54,47 @@ bool takeSealed(const std::filesystem::path& file, const platform::FileView& con
         return startEmpty(file, "has invalid records count");
     }
     for (; count > 0; --count) {
-        const char* const whole = reader.position();
-        std::string_view key;
-        if (!reader.text(key)) {
-            return startEmpty(file, "is malformed ({})", "record key");
+        const SealedRecord sealed = takeSealedRecord(reader, content.owner());
+        if (!sealed.fault.empty()) {
+            return startEmpty(file, "is malformed ({})", sealed.fault);
         }
-        const char* const start = reader.position();
-        if (const char* fault = skipRecord(reader)) {
-            return startEmpty(file, "is malformed ({})", fault);
-        }
-        const std::string_view text = between(start, reader.position());
-        const auto day = checkSeal(key, RecordText(content.owner(), text));
-        if (!day) {
-            return startEmpty(file, "is malformed ({})", "record seal");
-        }
-        StoredRecord stored;
-        stored.whole = between(whole, reader.position());
-        stored.day = *day;
-        take(key, RecordText(content.owner(), text, stored));
+        take(sealed.key, sealed.record);
     }
     return reader.atEnd() || startEmpty(file, "is malformed ({})", "text after the last record");
 }
 
 }  // namespace
 
-bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take) {
+SealedRecord takeSealedRecord(CacheReader& reader, const std::shared_ptr<const void>& storage) {
+    const auto faulty = [](std::string_view what) { return SealedRecord{{}, {nullptr, {}}, what}; };
+    const char* const whole = reader.position();
+    std::string_view key;
+    if (!reader.text(key)) {
+        return faulty("record key");
+    }
+    const char* const start = reader.position();
+    if (const char* const fault = skipRecord(reader)) {
+        return faulty(fault);
+    }
+    const std::string_view text = between(start, reader.position());
+    const auto day = checkSeal(key, RecordText(storage, text));
+    if (!day) {
+        return faulty("record seal");
+    }
+    StoredRecord stored;
+    stored.whole = between(whole, reader.position());
+    stored.day = *day;
+    return {key, RecordText(storage, text, stored), {}};
+}
+
+DayNumber appendSealedRecord(std::string& out, std::string_view key, const RecordText& record,
+                             DayNumber day) {
+    appendText(out, key);
+    return appendSealed(out, key, record, day);
+}
+
+bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take,
+                   std::optional<CacheFileIdentity>& identity) {
     std::error_code error;
     const auto content = platform::FileView::open(file, error);
     if (!content) {
@@ -92,15 +108,21 @@ bool loadCacheFile(const std::filesystem::path& file, const RecordSink& take) {
                                        const StoredRecord& stored) {
         take(key, RecordText(content->owner(), text, stored));
     };
-    switch (takeIndexed(file, content->bytes(), takeRecord)) {
+    const CacheFileIdentity found{hashText(content->bytes()), content->bytes().size()};
+    switch (takeIndexed(file, content->bytes(), found.hash, takeRecord)) {
         case IndexUse::all:
+            identity = found;
             return true;
         case IndexUse::faulty:
             return startEmpty(file, "has an index that does not fit");
         case IndexUse::none:
             break;
     }
-    return takeSealed(file, *content, take);
+    if (!takeSealed(file, *content, take)) {
+        return false;
+    }
+    identity = found;
+    return true;
 }
 
 struct CacheFileWriter::Output {
@@ -150,6 +172,7 @@ void CacheFileWriter::put(std::string_view text) {
         return;
     }
     index_.take(text);
+    size_ += text.size();
     if (!output_->file.write(text)) {
         fail(fmt::format("Unable to flush cache file '{}'.", platform::pathToUtf8(temporary_)));
     }
@@ -192,8 +215,7 @@ void CacheFileWriter::write(std::string_view key, const RecordText& record, DayN
         copy(stored.whole);
     } else {
         endRun();
-        appendText(buffer_, key);
-        stored.day = appendSealed(buffer_, key, record, day);
+        stored.day = appendSealedRecord(buffer_, key, record, day);
     }
     index_.add(key, record.text(), stored);
     if (buffer_.size() >= kBufferBytes) {
@@ -201,9 +223,9 @@ void CacheFileWriter::write(std::string_view key, const RecordText& record, DayN
     }
 }
 
-bool CacheFileWriter::finish() {
+std::optional<CacheFileIdentity> CacheFileWriter::finish() {
     if (failed_) {
-        return false;
+        return std::nullopt;
     }
     endRun();
     flush();
@@ -216,10 +238,11 @@ bool CacheFileWriter::finish() {
                          platform::pathToUtf8(file_), platform::pathToUtf8(temporary_),
                          error.message()));
     }
-    if (!failed_) {
-        index_.write(file_);
+    if (failed_) {
+        return std::nullopt;
     }
-    return !failed_;
+    index_.write(file_);
+    return CacheFileIdentity{index_.hashOfFile(), size_};
 }
 
 }  // namespace Vesk

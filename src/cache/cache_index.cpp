@@ -90,7 +90,7 @@ void CacheIndexWriter::write(const std::filesystem::path& cacheFile) const {
 }
 
 IndexUse takeIndexed(const std::filesystem::path& cacheFile, std::string_view content,
-                     const IndexedSink& take) {
+                     const ContentHash& hash, const IndexedSink& take) {
     std::error_code ignored;
     const auto bytes = platform::readWholeFile(indexOf(cacheFile), ignored);
     const auto rest = bytes ? unsealed(*bytes) : std::nullopt;
@@ -98,7 +98,7 @@ IndexUse takeIndexed(const std::filesystem::path& cacheFile, std::string_view co
         return IndexUse::none;
     }
     Decoder decoder(*rest);
-    if (decoder.hash() != hashText(content)) {
+    if (decoder.hash() != hash) {
         return IndexUse::none;
     }
     std::size_t position = sizeOfStart(content);

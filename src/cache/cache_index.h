@@ -22,6 +22,8 @@ class CacheIndexWriter {
     /// All text of the cache file, piece by piece.
     void take(std::string_view text) noexcept { hasher_.take(text); }
 
+    ContentHash hashOfFile() const noexcept { return hasher_.hash(); }
+
     /// The next record of the file. `record` is its text, of which `stored` is known.
     void add(std::string_view key, std::string_view record, const StoredRecord& stored);
 
@@ -38,9 +40,9 @@ using IndexedSink =
 
 enum class IndexUse { none, all, faulty };
 
-/// Hands over the records of a cache file with this content, in its order. `none`: there is no
-/// index of just this content. `faulty`: the records are not all that there is.
+/// Hands over the records of a cache file with this content and its hash, in its order. `none`:
+/// there is no index of just this content. `faulty`: the records are not all that there is.
 IndexUse takeIndexed(const std::filesystem::path& cacheFile, std::string_view content,
-                     const IndexedSink& take);
+                     const ContentHash& hash, const IndexedSink& take);
 
 }  // namespace Vesk

@@ -11,20 +11,35 @@
 namespace Vesk {
 namespace {
 
-/// The keys in the text, each followed by its hash. Nothing if the text is anything else; an empty
-/// text is a file that was cut short.
-std::optional<std::vector<std::string>> keysIn(std::string_view content) {
-    std::vector<std::string> keys;
+/// A claim without its hash.
+std::string textOf(const Claim& claim) {
+    std::string text;
+    appendText(text, claim.key);
+    appendNumber(text, claim.changes);
+    return text;
+}
+
+/// The claims in the text, each followed by its hash. Nothing if the text is anything else; an
+/// empty text is a file that was cut short.
+std::optional<std::vector<Claim>> claimsIn(std::string_view content) {
+    std::vector<Claim> claims;
     CacheReader reader(content);
     do {
+        Claim claim;
         std::string_view key;
         std::string_view hash;
-        if (!reader.text(key) || !reader.line(hash) || hash != digits(hashText(key))) {
+        const char* const start = reader.position();
+        if (!reader.text(key) || !reader.number(claim.changes)) {
             return std::nullopt;
         }
-        keys.emplace_back(key);
+        const std::string_view text(start, static_cast<std::size_t>(reader.position() - start));
+        if (!reader.line(hash) || hash != digits(hashText(text))) {
+            return std::nullopt;
+        }
+        claim.key = key;
+        claims.push_back(std::move(claim));
     } while (!reader.atEnd());
-    return keys;
+    return claims;
 }
 
 }  // namespace
@@ -33,27 +48,26 @@ ClaimJournal::ClaimJournal(const std::filesystem::path& cacheFile) : file_(cache
     file_ += ".claims";
 }
 
-std::optional<std::vector<std::string>> ClaimJournal::read() {
+std::optional<std::vector<Claim>> ClaimJournal::read() {
     std::error_code error;
     const auto content = platform::readWholeFile(file_, error);
     if (error == std::errc::no_such_file_or_directory) {
-        return std::vector<std::string>();
+        return std::vector<Claim>();
     }
     exists_ = true;
-    auto keys = content ? keysIn(*content) : std::nullopt;
-    if (!keys) {
+    auto claims = content ? claimsIn(*content) : std::nullopt;
+    if (!claims) {
         console::warning("Claims file '{}' {}. Starting with empty cache.",
                          platform::pathToUtf8(file_),
                          error ? "cannot be read: " + error.message() : "is malformed");
     }
-    return keys;
+    return claims;
 }
 
-bool ClaimJournal::note(std::string_view key) {
+bool ClaimJournal::note(const Claim& claim) {
     const std::lock_guard lock(mutex_);
-    std::string text;
-    appendText(text, key);
-    text += digits(hashText(key)) + "\n";
+    std::string text = textOf(claim);
+    text += digits(hashText(text)) + "\n";
     return std::exchange(exists_, true) ? append(text) : create(text);
 }
 

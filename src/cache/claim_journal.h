@@ -1,6 +1,7 @@
-// Which records of the cache file are outdated by builds that the file does not contain yet.
+// Which records of the cache file are outdated by builds that it does not contain.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <mutex>
 #include <optional>
@@ -10,19 +11,25 @@
 
 namespace Vesk {
 
+struct Claim {
+    std::string key;
+    std::uint64_t changes = 0;  ///< the size of the file of changes when the build began
+};
+
 /// A file next to the cache file. A key is written to it before the first command runs that may
-/// change what the key's record describes. When the cache file has been saved, the journal is
-/// removed. So a killed process leaves no record that could wrongly be taken for a hit.
+/// change what the key's record describes. When the cache file has been written, the journal is
+/// removed; a record that is appended to the file of changes makes up for the claims before it. So
+/// a killed process leaves no record that could wrongly be taken for a hit.
 class ClaimJournal {
   public:
     explicit ClaimJournal(const std::filesystem::path& cacheFile);
 
-    /// The keys left by a killed process. Nothing, after a warning, if they cannot be known; then
-    /// each record may be one of them.
-    std::optional<std::vector<std::string>> read();
+    /// All claims, in order. Nothing, after a warning, if they cannot be known; then each record
+    /// may be one of them.
+    std::optional<std::vector<Claim>> read();
 
-    /// False if the key cannot be written.
-    bool note(std::string_view key);
+    /// False if the claim cannot be written.
+    bool note(const Claim& claim);
 
     void clear() noexcept;
 

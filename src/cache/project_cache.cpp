@@ -34,6 +34,7 @@ ProjectCache::ProjectCache(const std::filesystem::path& directory, FileStates& s
     : root_(directory),
       states_(states),
       journal_(directory / kCacheFileName),
+      changes_(directory / kCacheFileName),
       made_(directory),
       file_(directory / kCacheFileName) {}
 
@@ -62,7 +63,9 @@ ProjectCache::Entry* ProjectCache::findOrCreate(const std::string& key) {
 void ProjectCache::addLoaded(std::string_view key, RecordText record) {
     const auto found = entries_.find(key);
     Entry& entry = found == entries_.end() ? create(key) : *found->second;
-    textOfKeys_ = record.storage();
+    if (textsOfKeys_.empty() || textsOfKeys_.back() != record.storage()) {
+        textsOfKeys_.push_back(record.storage());
+    }
     entry.day = record.stored().day;
     entry.record = std::move(record);
     entry.valid = entry.day != 0;  // a record that vesk did not seal answers no request
@@ -74,29 +77,66 @@ void ProjectCache::forgetEverything() {
     storage_.clear();
 }
 
-void ProjectCache::load() {
-    const bool whole = loadCacheFile(file_, [this](std::string_view key, RecordText record) {
-        addLoaded(key, std::move(record));
-    });
-    const auto claimed = journal_.read();
-    if (!whole || !claimed) {
-        forgetEverything();
-        changed_ = true;               // a bad file is replaced even if nothing else is new
-        platform::recordSideEffect();  // and the next run has nothing to warn of
-        return;
-    }
-    for (const std::string& key : *claimed) {
-        changed_ = true;
-        if (Entry* entry = find(key)) {
+void ProjectCache::addChanges(const CacheFileIdentity& identity) {
+    changes_.take(identity,
+                  [this](std::string_view key, RecordText record, std::uint64_t position) {
+                      changedUpTo_[key] = position;
+                      addLoaded(key, std::move(record));
+                  });
+}
+
+/// A record that was appended after its claim is that of the build that made the claim.
+void ProjectCache::invalidateClaimed(const std::vector<Claim>& claims) {
+    for (const Claim& claim : claims) {
+        const auto changed = changedUpTo_.find(claim.key);
+        if (changed != changedUpTo_.end() && changed->second > claim.changes) {
+            continue;
+        }
+        noteWholeIsDue();
+        if (Entry* entry = find(claim.key)) {
             entry->invalidate();
         }
     }
 }
 
+void ProjectCache::load() {
+    changes_.read();
+    std::optional<CacheFileIdentity> identity;
+    const bool whole = loadCacheFile(
+        file_,
+        [this](std::string_view key, RecordText record) { addLoaded(key, std::move(record)); },
+        identity);
+    if (whole && identity) {
+        addChanges(*identity);
+    }
+    const auto claimed = journal_.read();
+    if (!whole || !claimed) {
+        forgetEverything();
+        noteWholeIsDue();              // a bad file is replaced even if nothing else is new
+        platform::recordSideEffect();  // and the next run has nothing to warn of
+        return;
+    }
+    invalidateClaimed(*claimed);
+}
+
+void ProjectCache::noteUnsaved(Entry& entry) {
+    if (!entry.unsaved) {
+        entry.unsaved = true;
+        const std::lock_guard lock(unsavedMutex_);
+        unsaved_.push_back(&entry);
+    }
+    changed_ = true;
+}
+
+void ProjectCache::noteWholeIsDue() noexcept {
+    wholeIsDue_ = true;
+    changed_ = true;
+}
+
 /// A file in which nothing else is new is written for this only once in a while.
 void ProjectCache::markAsked(Entry& entry) noexcept {
     if (entry.day != 0 && entry.day + kDaysKept / 3 <= today_) {
-        changed_ = true;
+        noteWholeIsDue();
     }
     entry.day = today_;
 }
@@ -112,23 +152,24 @@ ObtainResult ProjectCache::check(Entry& entry, const CacheRequest& request) {
         hit = freshness.everything();
         if (hit && freshness.touched()) {
             entry.record = freshness.refreshed();
-            changed_ = true;
+            noteUnsaved(entry);
         }
     }
     return {hit ? CacheAnswer::Hit : CacheAnswer::Miss, entry.record, 0};
 }
 
 void ProjectCache::beginClaim(Entry& entry, ObtainResult& result) {
-    if (entry.stored && !journal_.note(entry.key)) {
+    if (entry.stored && !journal_.note({std::string(entry.key), changes_.size()})) {
         // What cannot be recorded in the journal must not be in the file either.
         std::error_code ignored;
         platform::removeFile(file_, ignored);
+        noteWholeIsDue();
     }
     entry.stored = false;
     entry.invalidate();
     entry.claimed = true;
     entry.token = newToken();
-    changed_ = true;
+    noteUnsaved(entry);
     result.answer = CacheAnswer::Claimed;
     result.token = entry.token;
 }
@@ -234,7 +275,7 @@ ProjectCache::Standing ProjectCache::filesStand(Entry& entry, const StandingQues
         file.setState(states_.current(root_.absolute(file.path)));
     }
     entry.record = withFiles(*entry.record, files);
-    changed_ = true;
+    noteUnsaved(entry);
     return Standing::refreshed;
 }
 
@@ -281,7 +322,7 @@ bool ProjectCache::insert(const std::string& key, const RecordText& record) {
     entry.record = record;
     entry.day = today_;
     entry.valid = true;
-    changed_ = true;
+    noteUnsaved(entry);
     return true;
 }
 
@@ -307,7 +348,7 @@ bool ProjectCache::upsert(const std::string& key, RecordText record, std::uint64
         entry->record = std::move(record);
         entry->valid = true;
         entry->endClaim();
-        changed_ = true;
+        noteUnsaved(*entry);
     }
     saveWhenDue();
     return true;
@@ -324,7 +365,7 @@ void ProjectCache::checkpoint(const std::string& key, RecordText record, std::ui
             return;
         }
         entry->record = std::move(record);
-        changed_ = true;
+        noteUnsaved(*entry);
     }
     saveWhenDue();
 }
@@ -366,7 +407,7 @@ void ProjectCache::forget(const std::string& key) {
     if (!entry->claimed) {
         entry->record.reset();
         entry->valid = false;
-        changed_ = true;
+        noteWholeIsDue();
     }
 }
 
@@ -399,13 +440,43 @@ bool ProjectCache::isOutdated(const Entry& entry) const noexcept {
     return entry.day != 0 && entry.day + kDaysKept < today_;
 }
 
-bool ProjectCache::save() {
-    const std::lock_guard saving(saving_);
-    made_.save();
-    if (!changed_.exchange(false)) {
-        return true;
+/// Nothing if one of them has to be written with all others.
+std::optional<std::size_t> ProjectCache::sizeOfChanges(const std::vector<Entry*>& entries) {
+    std::size_t size = 0;
+    for (Entry* entry : entries) {
+        const std::lock_guard lock(entry->mutex);
+        if (entry->record) {
+            size += entry->key.size() + entry->record->text().size();
+        }
     }
-    savedAt_ = std::chrono::steady_clock::now();
+    return changes_.takes(size) ? std::optional(size) : std::nullopt;
+}
+
+bool ProjectCache::appendChanges(const std::vector<Entry*>& unsaved) {
+    const auto size = sizeOfChanges(unsaved);
+    if (!size) {
+        return false;
+    }
+    std::string text;
+    text.reserve(*size + *size / 8);
+    for (Entry* entry : unsaved) {
+        const std::lock_guard lock(entry->mutex);
+        entry->unsaved = false;
+        if (!entry->record) {
+            continue;  // claimed for the first time, and not built
+        }
+        if (entry->valid && !entry->stored) {
+            confirmRecent(*entry);
+        }
+        if (appendSealedRecord(text, entry->key, *entry->record, entry->day) == 0) {
+            return false;
+        }
+        entry->stored = entry->valid;
+    }
+    return text.empty() || changes_.append(text);
+}
+
+bool ProjectCache::writeWhole() {
     std::vector<Entry*> entries;
     {
         const std::lock_guard lock(mutex_);
@@ -421,6 +492,7 @@ bool ProjectCache::save() {
     std::vector<Saved> records;
     for (Entry* entry : entries) {
         const std::lock_guard lock(entry->mutex);
+        entry->unsaved = false;
         if (entry->record && !isOutdated(*entry)) {
             if (entry->valid && !entry->stored) {
                 confirmRecent(*entry);
@@ -433,13 +505,32 @@ bool ProjectCache::save() {
     for (const auto& [key, record, day] : records) {
         writer.write(key, record, day);
     }
-    const bool saved = writer.finish();
-    if (saved) {
+    const auto written = writer.finish();
+    if (written) {
+        changes_.restart(*written);
         journal_.clear();
-    } else {
-        changed_ = true;
     }
-    return saved;
+    return written.has_value();
+}
+
+bool ProjectCache::save() {
+    const std::lock_guard saving(saving_);
+    made_.save();
+    if (!changed_.exchange(false)) {
+        return true;
+    }
+    savedAt_ = std::chrono::steady_clock::now();
+    std::vector<Entry*> unsaved;
+    {
+        const std::lock_guard lock(unsavedMutex_);
+        unsaved.swap(unsaved_);
+    }
+    const bool whole = wholeIsDue_.exchange(false);
+    if ((!whole && appendChanges(unsaved)) || writeWhole()) {
+        return true;
+    }
+    noteWholeIsDue();
+    return false;
 }
 
 void ProjectCache::Entry::invalidate() {

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "cache/cache_record.h"
+#include "cache/changes_file.h"
 #include "cache/claim_journal.h"
 #include "cache/expected_files.h"
 #include "cache/file_states.h"
@@ -111,7 +112,9 @@ class ProjectCache {
     bool expect(const std::string& key, const ContentHash& record, ExpectedFiles& expected);
 
     /// The files that `load` has read, to be asked about once they are saved.
-    std::vector<std::filesystem::path> ownFiles() const { return {file_, journal_.file()}; }
+    std::vector<std::filesystem::path> ownFiles() const {
+        return {file_, changes_.file(), journal_.file()};
+    }
 
     /// Stores the record of a finished build and ends the claim. False, with a message, if the
     /// token is not that of the current claim. A key that nobody has asked for yet is inserted.
@@ -134,7 +137,8 @@ class ProjectCache {
     /// Ends all waiting. From now on every operation on a record is refused.
     void close() noexcept;
 
-    /// Writes the file if anything is new. False, with a message, if that fails.
+    /// Writes the file if anything is new, or what is new to the file of changes. False, with a
+    /// message, if that fails.
     bool save();
 
     /// How long a finished build may stay unsaved while others run.
@@ -148,7 +152,8 @@ class ProjectCache {
         std::optional<RecordText> record;  ///< of the last build
         DayNumber day = 0;                 ///< when it was last asked for; 0: not one of vesk's
         bool valid = false;                ///< it is finished, and no newer build has begun
-        bool stored = false;  ///< the file holds a record that could be taken for a hit
+        bool stored = false;   ///< the file holds a record that could be taken for a hit
+        bool unsaved = false;  ///< no file holds the record
         bool claimed = false;
         bool closed = false;
         std::uint64_t token = 0;  ///< of the claim; 0 if there is none
@@ -174,6 +179,13 @@ class ProjectCache {
                                     std::unique_lock<std::mutex>& lock,
                                     std::uint64_t waitMilliseconds);
     void saveWhenDue();
+    void addChanges(const CacheFileIdentity& identity);
+    void invalidateClaimed(const std::vector<Claim>& claims);
+    void noteUnsaved(Entry& entry);
+    void noteWholeIsDue() noexcept;
+    std::optional<std::size_t> sizeOfChanges(const std::vector<Entry*>& entries);
+    bool appendChanges(const std::vector<Entry*>& unsaved);
+    bool writeWhole();
     void confirmRecent(Entry& entry);
     bool isOutdated(const Entry& entry) const noexcept;
     void forgetEverything();
@@ -181,19 +193,24 @@ class ProjectCache {
     TrackingRoot root_;
     FileStates& states_;
     ClaimJournal journal_;
+    ChangesFile changes_;
+    std::unordered_map<std::string_view, std::uint64_t> changedUpTo_;  ///< by key; see Claim
     MadeFiles made_;
     std::filesystem::path file_;
     DayNumber today_ = today();
 
     std::mutex mutex_;
     bool closed_ = false;
-    std::deque<Entry> storage_;               ///< entries are never removed
-    std::deque<std::string> ownKeys_;         ///< for entries that were not in the file
-    std::shared_ptr<const void> textOfKeys_;  ///< keeps the other keys alive
+    std::deque<Entry> storage_;        ///< entries are never removed
+    std::deque<std::string> ownKeys_;  ///< for entries that were not in the file
+    std::vector<std::shared_ptr<const void>> textsOfKeys_;  ///< keep the other keys alive
     std::unordered_map<std::string_view, Entry*> entries_;
 
     std::mutex saving_;
-    std::atomic<bool> changed_ = false;  ///< the file is out of date
+    std::atomic<bool> changed_ = false;     ///< what is in the files is out of date
+    std::atomic<bool> wholeIsDue_ = false;  ///< more than `unsaved_` is new
+    std::mutex unsavedMutex_;
+    std::vector<Entry*> unsaved_;
     std::chrono::steady_clock::time_point savedAt_ = std::chrono::steady_clock::now();
 };
 

@@ -59,9 +59,11 @@ class CacheFileTest : public testing::Test {
     std::string load() {
         records.clear();
         ConsoleCapture console;
-        const bool good = loadCacheFile(file, [this](std::string_view key, const RecordText& text) {
-            records.emplace(key, text);
-        });
+        std::optional<CacheFileIdentity> identity;
+        const bool good = loadCacheFile(
+            file,
+            [this](std::string_view key, const RecordText& text) { records.emplace(key, text); },
+            identity);
         std::string warning = console.text();
         EXPECT_EQ(good, warning.find("Cache file '") == std::string::npos) << warning;
         return warning;

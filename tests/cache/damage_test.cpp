@@ -87,7 +87,7 @@ TEST_F(DamageTest, EveryByteOfTheCache) {
 
 TEST_F(DamageTest, EveryByteOfTheClaims) {
     const fs::path claims = directory / ".vesk_cache.claims";
-    ClaimJournal(file).note(kApp);
+    ClaimJournal(file).note({kApp});
     EXPECT_EQ(build(), "");
     EXPECT_EQ(hits, 1) << "only the one that was claimed is no hit";
     expectThatEveryDamageIsSeen(claims, "Claims");

@@ -19,6 +19,60 @@ CHANGING = (
 )
 
 
+class CacheReader:
+    """Takes the records of a cache file apart."""
+
+    def __init__(self, data):
+        self.data, self.at = data, 0
+
+    def line(self):
+        start, self.at = self.at, self.data.index(b"\n", self.at) + 1
+        return self.data[start:self.at - 1]
+
+    def text(self):
+        size = int(self.line())
+        start, self.at = self.at, self.at + size + 1
+        return self.data[start:self.at - 1]
+
+    def assignments(self):
+        for _ in range(int(self.line())):
+            self.assignment()
+
+    def assignment(self):
+        for _ in range(1 if self.line().startswith(b"A") else 2):
+            self.text()
+
+    def record(self):
+        start = self.at
+        for _ in range(int(self.line())):
+            for _ in range(int(self.line())):
+                self.assignment()
+                if self.line() == b"1":
+                    self.assignment()
+            self.assignments()
+        self.assignments()
+        return self.data[start:self.at]
+
+    def records(self):
+        """By key, behind two lines of a header."""
+        self.line()
+        self.line()
+        records = {}
+        while self.at < len(self.data):
+            key = self.text()
+            records[key] = self.record()
+        return records
+
+
+def records_of(cache):
+    """With those that were appended since it was written."""
+    records = CacheReader(cache.read_bytes()).records()
+    changes = cache.with_name(cache.name + ".changes")
+    if changes.exists():
+        records.update(CacheReader(changes.read_bytes()).records())
+    return b"".join(key + b"\n" + record for key, record in records.items())
+
+
 def lasting(cache):
     for pattern, text in CHANGING:
         cache = re.sub(pattern, text, cache)
@@ -31,7 +85,7 @@ def state_of(directory):
     for path in sorted(directory.rglob("*")):
         name = path.relative_to(directory).as_posix()
         if path.name == ".vesk_cache":
-            caches[name] = lasting(path.read_text(errors="surrogateescape"))
+            caches[name] = lasting(records_of(path).decode(errors="surrogateescape"))
         elif path.is_file() and not path.name.startswith(".vesk_cache."):
             files[name] = path.read_bytes()
     return files, caches

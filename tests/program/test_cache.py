@@ -26,6 +26,9 @@ UNIT = """
 """
 EVERYTHING = ["app", "gen", "lib", "tool"]
 
+# The cache file is so large that what is new is appended to another one.
+LARGE_UNIT = UNIT.replace('"generated"', f'"{"generated " * 30_000}"')
+
 
 class Cached(ProgramTest):
     remembers = True
@@ -190,7 +193,10 @@ class Failures(Cached):
     @posix_only("killed processes are the same there, but cannot be killed from here")
     def test_killed_wherever_it_is(self):
         delays = random.Random(1)
-        for edit in range(12):
+        for edit in range(24):
+            if edit == 12:
+                self.unit(LARGE_UNIT)
+                self.built()
             text = f"edit {edit % 3}"
             self.write("src/lib.txt", text)
             self.write("src/app.txt", text)
@@ -202,6 +208,24 @@ class Failures(Cached):
                 self.built()
                 self.fresh()
                 self.assertEqual((self.read("out/lib"), self.read("out/app")), (text, text))
+
+    def test_a_large_file_is_appended_to(self):
+        self.unit(LARGE_UNIT)
+        self.built()
+        self.pass_a_tick()
+        self.built("-v", "3")  # visits all: by now the times of what was made are reliable
+        whole = (self.dir / ".vesk_cache").read_bytes()
+        for text in ("first", "second", "third"):
+            self.write("src/lib.txt", text)
+            self.assertEqual(self.built(), ["app", "lib"])
+            self.fresh()
+            self.assertEqual((self.dir / ".vesk_cache").read_bytes(), whole)
+            self.assertTrue((self.dir / ".vesk_cache.changes").exists())
+        self.write("src/lib.txt", "first")
+        self.assertEqual(self.built(), ["app", "lib"], "as its files were once, but not last")
+        self.assertEqual(self.built("--rebuild"), ["all", *EVERYTHING])
+        self.assertFalse((self.dir / ".vesk_cache.changes").exists())
+        self.fresh()
 
     def test_damaged_files_are_replaced(self):
         self.built()

@@ -30,7 +30,7 @@ UNIT = """
              cmdline = "child copy d.txt out/loose && child copy d.txt out/unknown" }
     reads: { SRC = P"(out/unknown)" ^READS = P"(out/reads)"
              cmdline = "child copy out/unknown out/reads" }
-    chain1: { FILENAME = "out/chain1" WRITE_FILE = 1 TEXT = "chain" }
+    chain1: { FILENAME = "out/chain1" WRITE_FILE = 1 TEXT = "chain ${long}" }
     chain2: chain1 { SRC = P"(e.txt)" cmdline = "child copy e.txt out/chain2" }
     chain3: chain2 { NO_TOOL = 1 }
     hold: { cmdline = "child meet out/held out/go" }
@@ -54,7 +54,8 @@ class PassedOver(ProgramTest):
         super().setUp()
         self.write(".vesk_project.txt",
                    'name p units { main { "main.txt" } more { "more.txt" } }')
-        self.write("main.txt", UNIT)
+        # Of a cache file that is as large as this, changes are appended to another one.
+        self.write("main.txt", UNIT.replace("${long}", "of links " * 35_000))
         self.write("more.txt", MORE)
         for name in SOURCES:
             self.write(f"{name}.txt", name)
