@@ -91,7 +91,7 @@ bool Snapshot::repeats(const Content& content) {
         if (!tree) {
             tree = KeptTree::decoded(content.tree);
         }
-        return tree && tree->day + kDaysKept / 3 > today();
+        return tree && !isDueAgain(tree->day, today());
     };
     const auto mayDiffer = [&](KeptTree::Question number) {
         return treeIsKnown() && number >= tree->firstQuestion && number < tree->endOfQuestions;

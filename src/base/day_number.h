@@ -18,4 +18,13 @@ inline DayNumber today() noexcept {
 /// How many days something is kept after its last use; its target may be gone for good.
 inline constexpr DayNumber kDaysKept = 90;
 
+constexpr bool isOutdated(DayNumber lastUse, DayNumber now) noexcept {
+    return lastUse + kDaysKept < now;
+}
+
+/// Whether another use is worth noting: what is used more often is not written again each time.
+constexpr bool isDueAgain(DayNumber lastUse, DayNumber now) noexcept {
+    return lastUse + kDaysKept / 3 <= now;
+}
+
 }  // namespace Vesk

@@ -210,7 +210,7 @@ void CacheFileWriter::write(std::string_view key, const RecordText& record, DayN
     StoredRecord stored = record.stored();
     stored.hash = hashWithoutSeal(record);
     stored.files = tableOf(record);
-    const bool asItIs = !stored.whole.empty() && day < stored.day + kDaysKept / 3;
+    const bool asItIs = !stored.whole.empty() && !isDueAgain(stored.day, day);
     if (asItIs) {
         copy(stored.whole);
     } else {

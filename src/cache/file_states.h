@@ -5,9 +5,9 @@
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "base/text_lookup.h"
 #include "cache/file_state.h"
 #include "platform/files.h"
 
@@ -103,15 +103,8 @@ class FileStates {
     static bool changedMeanwhile(const Entry& entry, std::string_view path, std::int64_t startedAt);
     static FileState stateOf(Entry& entry, std::string_view path);
 
-    struct TextHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept {
-            return std::hash<std::string_view>{}(text);
-        }
-    };
-
     std::mutex mutex_;
-    std::unordered_map<std::string, Entry, TextHash, std::equal_to<>> entries_;
+    TextMap<Entry> entries_;
 };
 
 }  // namespace Vesk

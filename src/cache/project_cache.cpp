@@ -135,7 +135,7 @@ void ProjectCache::noteWholeIsDue() noexcept {
 
 /// A file in which nothing else is new is written for this only once in a while.
 void ProjectCache::markAsked(Entry& entry) noexcept {
-    if (entry.day != 0 && entry.day + kDaysKept / 3 <= today_) {
+    if (entry.day != 0 && isDueAgain(entry.day, today_)) {
         noteWholeIsDue();
     }
     entry.day = today_;
@@ -437,7 +437,7 @@ void ProjectCache::confirmRecent(Entry& entry) {
 }
 
 bool ProjectCache::isOutdated(const Entry& entry) const noexcept {
-    return entry.day != 0 && entry.day + kDaysKept < today_;
+    return entry.day != 0 && Vesk::isOutdated(entry.day, today_);
 }
 
 /// Nothing if one of them has to be written with all others.

@@ -11,6 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/text_lookup.h"
 #include "keep/kept_tree.h"
 
 namespace Vesk {
@@ -90,13 +91,6 @@ class StandingVisits {
   private:
     enum class Progress : std::uint8_t { Ahead, Visited, Passed };
 
-    struct TextHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept {
-            return std::hash<std::string_view>{}(text);
-        }
-    };
-
     bool isComplete(Node visit) const;
     bool isStillAnswered(KeptTree::Question number,
                          const std::function<bool(const std::string&)>& isToBeMade);
@@ -111,7 +105,7 @@ class StandingVisits {
     std::vector<Progress> progress_;
     std::unordered_map<std::uint64_t, Node> byKey_;  ///< by half a key; made when it is needed
     std::vector<std::string_view> questions_;        ///< likewise
-    std::unordered_set<std::string, TextHash, std::equal_to<>> made_;
+    TextSet made_;
     std::unordered_set<std::string_view> differing_;  ///< what the questions are about that differ
     unsigned changes_ = 0;                            ///< how often anything may have changed
     std::vector<unsigned> askedAfter_;                ///< so many changes, of each question

@@ -112,7 +112,7 @@ VisitStore::Entry* VisitStore::findEntry(const ContentHash& key) {
         return nullptr;
     }
     Entry& entry = found->second;
-    if (entry.day + kDaysKept / 3 <= today_) {
+    if (isDueAgain(entry.day, today_)) {
         setNew(key, entry);
     }
     return &entry;
@@ -212,7 +212,7 @@ std::string VisitStore::allEntries() const {
     Encoder out;
     out.number(entries_.size());
     for (const auto& [key, entry] : entries_) {
-        if (!entry.visit.empty() && entry.day + kDaysKept >= today_) {
+        if (!entry.visit.empty() && !isOutdated(entry.day, today_)) {
             append(out, key, entry.day, Has::Visit);
             appendVisit(out, entry.visit, entry.renewed);
         }

@@ -13,10 +13,10 @@
 #include <string>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "base/text_lookup.h"
 #include "schedule/workers.h"
 
 namespace Vesk {
@@ -123,13 +123,6 @@ class Schedule {
         std::string owner;
     };
 
-    struct FileHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept {
-            return std::hash<std::string_view>{}(text);
-        }
-    };
-
     /// What waits for a place; the largest comes first.
     struct Ready {
         bool isShort;
@@ -154,7 +147,7 @@ class Schedule {
 
     Options options_;
     std::deque<Node> nodes_;
-    std::unordered_map<std::string, Maker, FileHash, std::equal_to<>> makers_;
+    TextMap<Maker> makers_;
     std::priority_queue<Ready> ready_;
     std::vector<NodeId> immediate_;  ///< can end without being run
     std::size_t unfinished_ = 0;
