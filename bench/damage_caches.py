@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Damages the cache of a project, again and again, and looks whether a build is ever wrong.
 
-    damage_caches.py --vesk PROGRAM [--rounds 10000] [--seed 1]
+    damage_caches.py --vesk PROGRAM [--rounds 10000] [--seed 1] [--large BYTES]
 
 The project has commands, a file writer and a C program; its compiler is a stand-in that works in a
 moment: an object holds the text of its source and headers, a program that of its objects. In each
 round something is edited, one of vesk's own files is damaged, and vesk builds. Then every output has
 to hold what the sources say, and a cache in which something was changed has to be reported.
+With a text of so many BYTES the cache file is large, and new records are appended to another one.
 """
 
 import argparse
@@ -55,7 +56,8 @@ int main(int count, char **arguments) {
 
 UNIT = """
 unit main
-all: copied written program { NO_TOOL = 1 }
+all: copied written program large { NO_TOOL = 1 }
+large: { FILENAME = "large" TEXT = "%s" WRITE_FILE = 1 }
 copied: { SRC = P"(command.txt)" ^DST = P"(copied)" cmdline = "cp command.txt copied" }
 written: { FILENAME = "written" TEXT = "%s" WRITE_FILE = 1 }
 program: { C_FILES = ["main.c"] OUTPUT_NAME = "program" OUTPUT_DIR = "." C_FLAGS = "-D%s" }
@@ -69,8 +71,9 @@ tools { quick { tool_type = "gnu-gcc" toolchain_name = "quick" toolchain_path = 
 
 
 class Project:
-    def __init__(self, vesk, base, dice):
+    def __init__(self, vesk, base, dice, large):
         self.vesk, self.dice, self.dir = vesk, dice, base / "work"
+        self.large = "x" * large
         tools = base / "tools"
         (base / "data/vesk").mkdir(parents=True)
         tools.mkdir()
@@ -87,7 +90,7 @@ class Project:
     def write(self, name):
         text = self.texts[name]
         if name == "written":
-            (self.dir / "vesk.txt").write_text(UNIT % (text.strip(), self.flag))
+            (self.dir / "vesk.txt").write_text(UNIT % (self.large, text.strip(), self.flag))
         else:
             include = '#include "main.h"\n' if name == "main.c" else ""
             (self.dir / name).write_text(include + text)
@@ -152,8 +155,9 @@ def damaged(whole, dice, earlier):
 
 def damage_something(project, dice, earlier):
     """Returns the kind of file in which a change must be reported, or nothing."""
-    file = project.dir / dice.choice((".vesk_cache",) * 5 + (".vesk_cache.snapshot",
-                                                             ".vesk_cache.claims"))
+    newest = ".vesk_cache.changes" if project.large else ".vesk_cache"
+    file = project.dir / dice.choice((newest,) * 5 + (
+        ".vesk_cache", ".vesk_cache.snapshot", ".vesk_cache.claims"))
     whole = file.read_bytes() if file.is_file() else b""
     if file.suffix == ".claims":
         # The format has a hash after each name.
@@ -196,11 +200,12 @@ def main():
     parser.add_argument("--vesk", type=Path, required=True)
     parser.add_argument("--rounds", type=int, default=10000)
     parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--large", type=int, default=0)
     arguments = parser.parse_args()
     dice = random.Random(arguments.seed)
     base = Path(tempfile.mkdtemp(prefix="vesk-damage-"))
     try:
-        project = Project(arguments.vesk.resolve(), base, dice)
+        project = Project(arguments.vesk.resolve(), base, dice, arguments.large)
         wrong = play(project, dice, arguments.rounds)
     finally:
         shutil.rmtree(base, ignore_errors=True)

@@ -33,6 +33,7 @@ void ChangesFile::read() {
     std::error_code ignored;
     if (auto bytes = platform::readWholeFile(file_, ignored)) {
         content_ = std::make_shared<const std::string>(std::move(*bytes));
+        exists_ = true;
     }
 }
 
@@ -56,8 +57,8 @@ void ChangesFile::take(const CacheFileIdentity& cacheFile, const Sink& sink) {
 }
 
 void ChangesFile::restart(const CacheFileIdentity& cacheFile) {
-    std::error_code ignored;
-    if (size_ > 0 || content_) {
+    if (std::exchange(exists_, false)) {
+        std::error_code ignored;
         platform::removeFile(file_, ignored);
     }
     content_ = nullptr;
@@ -74,9 +75,9 @@ bool ChangesFile::append(std::string_view records) {
     const std::string start = size_ == 0 ? startFor(*cacheFile_) : std::string();
     const auto mode = size_ == 0 ? platform::Append::no : platform::Append::yes;
     std::error_code error;
+    exists_ = true;
     if (!platform::writePrivateFile(file_, start + std::string(records), mode, error)) {
         cacheFile_.reset();
-        size_ = std::max<std::uint64_t>(size_, 1);  // there may be a file
         return false;
     }
     size_ += start.size() + records.size();

@@ -54,7 +54,8 @@ class ChangesFile {
     std::filesystem::path file_;
     std::shared_ptr<const std::string> content_;  ///< until it is taken
     std::optional<CacheFileIdentity> cacheFile_;  ///< nothing: none to which one could append
-    std::atomic<std::uint64_t> size_ = 0;         ///< 0: there is no file
+    std::atomic<std::uint64_t> size_ = 0;         ///< of what belongs to it
+    bool exists_ = false;                         ///< a file is there, whatever it belongs to
 };
 
 }  // namespace Vesk
