@@ -73,9 +73,9 @@ void CacheIndexWriter::add(std::string_view key, std::string_view record,
     records_.number(record.size());
     records_.number(stored.day);
     records_.hash(*stored.hash);
-    records_.number(stored.files.size());
-    if (!stored.files.empty()) {
-        records_.number(static_cast<std::size_t>(stored.files.data() - record.data()));
+    records_.number(stored.files->size());
+    if (!stored.files->empty()) {
+        records_.number(static_cast<std::size_t>(stored.files->data() - record.data()));
     }
 }
 

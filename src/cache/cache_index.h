@@ -24,7 +24,8 @@ class CacheIndexWriter {
 
     ContentHash hashOfFile() const noexcept { return hasher_.hash(); }
 
-    /// The next record of the file. `record` is its text, of which `stored` is known.
+    /// The next record of the file. `record` is its text, of which `stored` is known, with its hash
+    /// and its table.
     void add(std::string_view key, std::string_view record, const StoredRecord& stored);
 
     /// A failure does not matter: the next run reads the records themselves.

@@ -34,7 +34,7 @@ struct StoredRecord {
     DayNumber day = 0;                ///< in its seal there; 0: it has none
     std::optional<ContentHash> hash;  ///< without its seal
     std::string_view seal;            ///< empty: not known
-    std::string_view files;           ///< its table of files; empty: not known
+    std::optional<std::string_view> files;  ///< its table of files
 };
 
 /// A record as text, without its key. Immutable.

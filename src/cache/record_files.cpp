@@ -91,8 +91,8 @@ std::optional<std::vector<RecordFile>> filesOf(const RecordText& record) {
 }
 
 std::string_view tableOf(const RecordText& record) {
-    const std::string_view known = record.stored().files;
-    return known.empty() ? tableIn(record.layout(1).parts) : known;  // it is in the first part
+    const auto known = record.stored().files;
+    return known ? *known : tableIn(record.layout(1).parts);  // it is in the first part
 }
 
 std::optional<std::vector<std::size_t>> fileNumbers(const RecordText::Part& part,
