@@ -1,19 +1,22 @@
 #!/usr/bin/env python3
 """Damages the cache of a project, again and again, and looks whether a build is ever wrong.
 
-    damage_caches.py --vesk PROGRAM [--rounds 10000] [--seed 1] [--large BYTES]
+    damage_caches.py --vesk PROGRAM [--rounds 10000] [--seed 1] [--large BYTES] [--kill]
 
 The project has commands, a file writer and a C program; its compiler is a stand-in that works in a
 moment: an object holds the text of its source and headers, a program that of its objects. In each
 round something is edited, one of vesk's own files is damaged, and vesk builds. Then every output has
 to hold what the sources say, and a cache in which something was changed has to be reported.
 With a text of so many BYTES the cache file is large, and new records are appended to another one.
+With --kill nothing is damaged; builds are killed at any moment, and every other one is finished.
 """
 
 import argparse
+import os
 import random
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -119,6 +122,14 @@ class Project:
                               errors="backslashreplace", stdin=subprocess.DEVNULL,
                               capture_output=True)
 
+    def kill_one(self):
+        process = subprocess.Popen([self.vesk, "all"], cwd=self.dir, env=self.environment,
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL, start_new_session=True)
+        time.sleep(self.dice.random() * 0.05)
+        os.killpg(process.pid, signal.SIGKILL)  # it is ours until it has been waited for
+        process.wait()
+
     def wrong(self, result):
         """What the build did wrong; empty when nothing."""
         if result.returncode != 0:
@@ -169,7 +180,7 @@ def damage_something(project, dice, earlier):
     return "Cache" if file.name == ".vesk_cache" and is_wrong else ""
 
 
-def play(project, dice, rounds):
+def play(project, dice, rounds, kill):
     """Returns how many builds were wrong."""
     earlier, wrong, reported = {}, 0, 0
     start = time.monotonic()
@@ -177,7 +188,13 @@ def play(project, dice, rounds):
     for number in range(1, rounds + 1):
         for _ in range(dice.randrange(3)):
             project.edit()
-        must_say = damage_something(project, dice, earlier)
+        if kill:
+            must_say = ""
+            project.kill_one()
+            if number % 2:
+                continue
+        else:
+            must_say = damage_something(project, dice, earlier)
         result = project.build()
         # The parser may say of a damaged assignment what it met, the header may be any bytes.
         said = re.sub(r"(line \d+:\d+ .*?)?(Cache|Claims) file '.*' .*Starting with empty cache\.\n",
@@ -201,12 +218,13 @@ def main():
     parser.add_argument("--rounds", type=int, default=10000)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--large", type=int, default=0)
+    parser.add_argument("--kill", action="store_true")
     arguments = parser.parse_args()
     dice = random.Random(arguments.seed)
     base = Path(tempfile.mkdtemp(prefix="vesk-damage-"))
     try:
         project = Project(arguments.vesk.resolve(), base, dice, arguments.large)
-        wrong = play(project, dice, arguments.rounds)
+        wrong = play(project, dice, arguments.rounds, arguments.kill)
     finally:
         shutil.rmtree(base, ignore_errors=True)
     print(f"{arguments.rounds} rounds with seed {arguments.seed}: {wrong} wrong")
