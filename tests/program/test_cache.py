@@ -348,7 +348,8 @@ class Other(Cached):
         self.unit(UNIT + '    c: { OUTPUT_DIR = "new/place" cmdline = "child print c" }\n')
         before = everything()
         for target in ("all", "c"):
-            self.assertEqual(self.run_vesk("-n", target).status, 0)
+            result = self.run_vesk("-n", target)
+            self.assertEqual((result.status, result.err), (0, ""), result.out)
         self.assertEqual(everything(), before)
 
 
