@@ -300,15 +300,11 @@ void FileStates::writtenBelow(std::string_view directory) {
     }
 }
 
-bool FileStates::confirmRecent(std::string_view path, FileState& state) {
+bool FileStates::isSettled(std::string_view path, const FileState& state) {
     const std::filesystem::path file = platform::pathFromUtf8(path);
     const auto status = platform::fileStatus(file);
-    if (state.kind != FileState::Kind::Recent || !status || !untouched(*status, state) ||
-        platform::isRecent(*status) || hashFile(file) != state.hash) {
-        return false;
-    }
-    state.kind = FileState::Kind::File;
-    return true;
+    return state.kind == FileState::Kind::Recent && status && untouched(*status, state) &&
+           !platform::isRecent(*status) && hashFile(file) == state.hash;
 }
 
 void FileStates::readAhead(const std::vector<std::string>& paths, unsigned workers) {

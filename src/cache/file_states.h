@@ -84,9 +84,9 @@ class FileStates {
     /// The same for everything that is or was below a directory.
     void writtenBelow(std::string_view directory);
 
-    /// Whether a state of kind Recent can be trusted by now: enough time has passed and the file is
-    /// still the same. If so, its kind becomes File.
-    static bool confirmRecent(std::string_view path, FileState& state);
+    /// Whether the times in a state of kind Recent can be trusted by now: enough has passed and the
+    /// file is still the same. Then its kind may be File.
+    static bool isSettled(std::string_view path, const FileState& state);
 
     /// Reads what `current` would have to read for these files, on this many threads.
     void readAhead(const std::vector<std::string>& paths, unsigned workers);

@@ -77,19 +77,20 @@ void ProjectCache::forgetEverything() {
     storage_.clear();
 }
 
-void ProjectCache::addChanges(const CacheFileIdentity& identity) {
-    changes_.take(identity,
-                  [this](std::string_view key, RecordText record, std::uint64_t position) {
-                      changedUpTo_[key] = position;
-                      addLoaded(key, std::move(record));
-                  });
+ProjectCache::Positions ProjectCache::addChanges(const CacheFileIdentity& cacheFile) {
+    Positions changed;
+    changes_.take(cacheFile, [&](std::string_view key, RecordText record, std::uint64_t position) {
+        changed[key] = position;
+        addLoaded(key, std::move(record));
+    });
+    return changed;
 }
 
 /// A record that was appended after its claim is that of the build that made the claim.
-void ProjectCache::invalidateClaimed(const std::vector<Claim>& claims) {
+void ProjectCache::invalidateClaimed(const std::vector<Claim>& claims, const Positions& changed) {
     for (const Claim& claim : claims) {
-        const auto changed = changedUpTo_.find(claim.key);
-        if (changed != changedUpTo_.end() && changed->second > claim.changes) {
+        const auto last = changed.find(claim.key);
+        if (last != changed.end() && last->second > claim.changes) {
             continue;
         }
         noteWholeIsDue();
@@ -106,9 +107,7 @@ void ProjectCache::load() {
         file_,
         [this](std::string_view key, RecordText record) { addLoaded(key, std::move(record)); },
         identity);
-    if (whole && identity) {
-        addChanges(*identity);
-    }
+    const Positions changed = whole && identity ? addChanges(*identity) : Positions();
     const auto claimed = journal_.read();
     if (!whole || !claimed) {
         forgetEverything();
@@ -116,7 +115,7 @@ void ProjectCache::load() {
         platform::recordSideEffect();  // and the next run has nothing to warn of
         return;
     }
-    invalidateClaimed(*claimed);
+    invalidateClaimed(*claimed, changed);
 }
 
 void ProjectCache::noteUnsaved(Entry& entry) {
@@ -428,8 +427,7 @@ void ProjectCache::close() noexcept {
 void ProjectCache::confirmRecent(Entry& entry) {
     std::vector<RecordFile> files = recentFiles(*entry.record);
     std::erase_if(files, [this](const RecordFile& file) {
-        FileState state = file.state;
-        return !FileStates::confirmRecent(root_.absolute(file.path), state);
+        return !FileStates::isSettled(root_.absolute(file.path), file.state);
     });
     if (!files.empty()) {
         entry.record = confirmed(*entry.record, files);
@@ -440,7 +438,7 @@ bool ProjectCache::isOutdated(const Entry& entry) const noexcept {
     return entry.day != 0 && Vesk::isOutdated(entry.day, today_);
 }
 
-/// Nothing if one of them has to be written with all others.
+/// Nothing if they are better written with all others.
 std::optional<std::size_t> ProjectCache::sizeOfChanges(const std::vector<Entry*>& entries) {
     std::size_t size = 0;
     for (Entry* entry : entries) {

@@ -179,8 +179,12 @@ class ProjectCache {
                                     std::unique_lock<std::mutex>& lock,
                                     std::uint64_t waitMilliseconds);
     void saveWhenDue();
-    void addChanges(const CacheFileIdentity& identity);
-    void invalidateClaimed(const std::vector<Claim>& claims);
+
+    /// By key, the positions in the file of changes at which the last records end.
+    using Positions = std::unordered_map<std::string_view, std::uint64_t>;
+
+    Positions addChanges(const CacheFileIdentity& cacheFile);
+    void invalidateClaimed(const std::vector<Claim>& claims, const Positions& changed);
     void noteUnsaved(Entry& entry);
     void noteWholeIsDue() noexcept;
     std::optional<std::size_t> sizeOfChanges(const std::vector<Entry*>& entries);
@@ -194,7 +198,6 @@ class ProjectCache {
     FileStates& states_;
     ClaimJournal journal_;
     ChangesFile changes_;
-    std::unordered_map<std::string_view, std::uint64_t> changedUpTo_;  ///< by key; see Claim
     MadeFiles made_;
     std::filesystem::path file_;
     DayNumber today_ = today();

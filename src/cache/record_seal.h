@@ -25,7 +25,8 @@ std::optional<DayNumber> checkSeal(std::string_view key, const RecordText& recor
 /// The hash of the record without its seal, the same in memory and in any file.
 ContentHash hashWithoutSeal(const RecordText& record);
 
-/// A record that was just made, which will be asked for these facts several times.
+/// The same record, which knows its seal, its hash and its table of files from now on. For one that
+/// was just made: it is asked for them several times.
 RecordText examined(const RecordText& record);
 
 /// Appends a record in the form that it has in the file. Gives the day in its seal; 0 if it has

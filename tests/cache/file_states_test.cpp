@@ -18,9 +18,8 @@ class FileStatesTest : public testing::Test {
     /// A file that was last changed long enough ago for its times to tell.
     std::string settledFile(const char* name, const char* content) {
         write(directory / name, content);
-        FileState state = FileStates().current(path(name));
-        while (state.kind == FileState::Kind::Recent) {
-            FileStates::confirmRecent(path(name), state);
+        const FileState state = FileStates().current(path(name));
+        while (state.kind == FileState::Kind::Recent && !FileStates::isSettled(path(name), state)) {
         }
         return path(name);
     }
@@ -85,8 +84,8 @@ TEST_F(FileStatesTest, ARecentFileIsComparedByContent) {
     forged.hash.low ^= 1;
     EXPECT_EQ(FileStates().compare(path("a"), forged), Comparison::Changed)
         << "same size and times, other content";
-    while (!FileStates::confirmRecent(path("a"), state)) {}
-    EXPECT_EQ(state.kind, FileState::Kind::File);
+    while (!FileStates::isSettled(path("a"), state)) {}
+    EXPECT_EQ(FileStates().current(path("a")).kind, FileState::Kind::File);
 }
 
 TEST_F(FileStatesTest, WhatCommandsReadIsRememberedFromBeforeTheyBegan) {

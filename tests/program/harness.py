@@ -244,9 +244,10 @@ class ProgramTest(SameResult, unittest.TestCase):
     def run_vesk(self, *arguments, env=None, cwd=None, colours=False, merged=False):
         """Runs vesk to its end. `merged`: one pipe for both streams, to see the order."""
         result = self.run_once(*arguments, env=env, cwd=cwd, colours=colours, merged=merged)
-        # Now and then the emulator does not start a program, and says nothing. vesk, which failed,
-        # would have said why.
-        if SETTINGS.windows and (result.status, result.out, result.err) == (1, "", ""):
+        # Now and then the emulator does not start a program, and says nothing. vesk would have said
+        # why it failed, unless it was told not to.
+        if (SETTINGS.windows and "-v" not in arguments
+                and (result.status, result.out, result.err) == (1, "", "")):
             print(f"again {self.id()}: the emulator did not start vesk", flush=True)
             result = self.run_once(*arguments, env=env, cwd=cwd, colours=colours, merged=merged)
         return result
